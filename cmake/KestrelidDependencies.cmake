@@ -1,0 +1,48 @@
+# Libraries from outside. Each one that is missing stops here with the Debian package that brings it.
+find_package(PkgConfig REQUIRED)
+
+set(KESTRELID_MISSING_PACKAGES "")
+
+# kestrelid_require(TARGET PKG_CONFIG_NAME DEBIAN_PACKAGE): an imported target PkgConfig::TARGET.
+function(kestrelid_require target module package)
+    pkg_check_modules(${target} QUIET IMPORTED_TARGET ${module})
+    if(NOT ${target}_FOUND)
+        list(APPEND KESTRELID_MISSING_PACKAGES ${package})
+        set(KESTRELID_MISSING_PACKAGES "${KESTRELID_MISSING_PACKAGES}" PARENT_SCOPE)
+    endif()
+endfunction()
+
+kestrelid_require(ICU icu-uc libicu-dev)
+kestrelid_require(TurboJPEG libturbojpeg libturbojpeg0-dev)
+kestrelid_require(PNG libpng libpng-dev)
+kestrelid_require(WebP libwebp libwebp-dev)
+kestrelid_require(WebPDemux libwebpdemux libwebp-dev)
+kestrelid_require(TIFF libtiff-4 libtiff-dev)
+kestrelid_require(HEIF libheif libheif-dev)
+kestrelid_require(EXIF libexif libexif-dev)
+kestrelid_require(Tesseract tesseract libtesseract-dev)
+
+find_package(OpenCV 4.6 QUIET COMPONENTS core imgproc)
+if(NOT OpenCV_FOUND)
+    list(APPEND KESTRELID_MISSING_PACKAGES libopencv-dev)
+endif()
+
+find_path(ASIO_INCLUDE_DIR asio.hpp)
+if(NOT ASIO_INCLUDE_DIR)
+    list(APPEND KESTRELID_MISSING_PACKAGES libasio-dev)
+endif()
+
+# Debian 13 and later bring the headers as libonnxruntime-dev; earlier ones get them from tools/setup.
+find_path(ONNXRUNTIME_INCLUDE_DIR onnxruntime_c_api.h
+    PATH_SUFFIXES onnxruntime HINTS "${KESTRELID_DEPS_DIR}/onnxruntime/include")
+
+if(KESTRELID_MISSING_PACKAGES)
+    list(REMOVE_DUPLICATES KESTRELID_MISSING_PACKAGES)
+    list(JOIN KESTRELID_MISSING_PACKAGES " " packages)
+    message(FATAL_ERROR "Missing Debian packages: ${packages}\nInstall them with tools/setup or apt-get.")
+endif()
+if(NOT ONNXRUNTIME_INCLUDE_DIR)
+    message(FATAL_ERROR "No ONNX Runtime headers: run tools/setup, or install libonnxruntime-dev where it exists.")
+endif()
+
+find_package(Threads REQUIRED)

@@ -1,0 +1,9 @@
+# Warnings and sanitizers for everything of the project; consumers never see them.
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor)
+if(KESTRELID_STRICT)
+    add_compile_options(-Werror)
+endif()
+if(KESTRELID_SANITIZE)
+    add_compile_options(-fsanitize=${KESTRELID_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${KESTRELID_SANITIZE})
+endif()

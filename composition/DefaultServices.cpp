@@ -1,0 +1,46 @@
+#include <kestrelid/DefaultServices.h>
+
+#include "composition/Resources.h"
+#include "platform/dispatch/AsioQueue.h"
+#include "platform/vision/opencv/OpenCvRectangleService.h"
+#include "platform/vision/ppocr/PpOcrTextService.h"
+#include "platform/vision/tesseract/TesseractTextService.h"
+
+#include <algorithm>
+#include <iterator>
+#include <thread>
+
+namespace kestrelid {
+
+namespace {
+
+PpOcrOptions ppOcrOptions(const DefaultServicesOptions& options) {
+    return {.resources = resourceFolders(options.resources), .threads = options.textThreads};
+}
+
+std::shared_ptr<TextService> makeTextService(const DefaultServicesOptions& options) {
+    if (options.recognizer == Recognizer::tesseract)
+        return std::make_shared<TesseractTextService>();
+    return std::make_shared<PpOcrTextService>(ppOcrOptions(options));
+}
+
+}  // namespace
+
+PlatformServices defaultServices(const DefaultServicesOptions& options) {
+    // Two at least, so that one picture's outline is found while another's text is read.
+    const int threads = static_cast<int>(std::max(2u, std::thread::hardware_concurrency()));
+    return {.rectangles = std::make_shared<OpenCvRectangleService>(),
+            .text = makeTextService(options),
+            .queue = std::make_shared<AsioQueue>("kestrelid.user", threads)};
+}
+
+std::vector<ServiceStatus> diagnose(const DefaultServicesOptions& options) {
+    std::vector<ServiceStatus> all = PpOcrTextService(ppOcrOptions(options)).diagnose();
+    std::vector<ServiceStatus> tesseract = TesseractTextService().diagnose();
+    std::move(tesseract.begin(), tesseract.end(), std::back_inserter(all));
+    return all;
+}
+
+std::shared_ptr<PassportDetector> PassportDetector::create() { return create(defaultServices()); }
+
+}  // namespace kestrelid

@@ -1,0 +1,27 @@
+#include "composition/Resources.h"
+
+#include <dlfcn.h>
+
+namespace kestrelid {
+
+namespace {
+
+// The folder of the file that holds this code: the library, or a program that it is linked into.
+std::filesystem::path ownFolder() {
+    Dl_info place{};
+    static const char kHere = 0;
+    if (dladdr(&kHere, &place) == 0 || !place.dli_fname)
+        return {};
+    std::error_code error;
+    return std::filesystem::canonical(place.dli_fname, error).parent_path();
+}
+
+}  // namespace
+
+std::vector<std::filesystem::path> resourceFolders(const std::filesystem::path& chosen) {
+    if (!chosen.empty())
+        return {chosen};
+    return {ownFolder() / "kestrelid", KESTRELID_BUILD_RESOURCES};
+}
+
+}  // namespace kestrelid

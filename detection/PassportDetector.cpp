@@ -1,0 +1,106 @@
+#include <kestrelid/PassportDetector.h>
+
+#include "detection/KeywordTable.h"
+#include "detection/MrzLikeLines.h"
+#include "detection/NormalizedText.h"
+#include "detection/PassportKeywords.h"
+#include "detection/RectangleStage.h"
+#include "detection/Scoring.h"
+#include "detection/TextStage.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace kestrelid {
+
+namespace {
+
+void printToStandardOutput(std::string_view line) {
+    const std::string whole = std::string(line) + "\n";
+    std::fwrite(whole.data(), 1, whole.size(), stdout);
+    std::fflush(stdout);
+}
+
+PlatformServices withConsole(PlatformServices services) {
+    if (!services.console)
+        services.console = printToStandardOutput;
+    return services;
+}
+
+}  // namespace
+
+PassportValidationResult::PassportValidationResult(bool isPassport, double confidence,
+                                                   std::vector<std::string> reasons,
+                                                   std::string recognizedText)
+    : isPassport_(isPassport), confidence_(confidence), reasons_(std::move(reasons)),
+      recognizedText_(std::move(recognizedText)) {}
+
+// One validation. It holds no owner of the queue: the last one would then be released on a worker
+// of that queue, whose threads nobody could wait for when the process ends.
+struct PassportDetector::Call {
+    std::weak_ptr<const PassportDetector> detector;
+    Bitmap bitmap;
+    Completion completion;
+};
+
+PassportDetector::PassportDetector(PlatformServices services, ValidationEffort effort)
+    : keywords_(passportKeywords()), services_(withConsole(std::move(services))), effort_(effort) {}
+
+PassportDetector::~PassportDetector() = default;
+
+std::shared_ptr<PassportDetector> PassportDetector::create(PlatformServices services,
+                                                           ValidationEffort effort) {
+    if (!services.rectangles || !services.text || !services.queue)
+        return nullptr;
+    return std::shared_ptr<PassportDetector>(new PassportDetector(std::move(services), effort));
+}
+
+PassportValidationResult PassportDetector::makeResult(bool isPassport, double confidence,
+                                                      std::vector<std::string> reasons,
+                                                      std::string recognizedText) {
+    return {isPassport, confidence, std::move(reasons), std::move(recognizedText)};
+}
+
+void PassportDetector::validate(const Image& image, Completion completion) {
+    if (!completion)
+        completion = [](const PassportValidationResult&) {};
+    if (!image.bitmap()) {
+        completion(makeResult(false, 0.0, {"Invalid image"}, ""));
+        return;
+    }
+    const auto call = std::make_shared<const Call>(
+        Call{weak_from_this(), *image.bitmap(), std::move(completion)});
+    services_.queue->async([call, rectangles = services_.rectangles, console = services_.console] {
+        findRectangle(*rectangles, console, call->bitmap,
+                      [&call](const std::optional<RectangleObservation>& rectangle) {
+                          if (auto detector = call->detector.lock())
+                              readText(std::move(detector), *call, rectangle);
+                      });
+    });
+}
+
+void PassportDetector::readText(std::shared_ptr<const PassportDetector> detector, const Call& call,
+                                const std::optional<RectangleObservation>& rectangle) {
+    RectangleEvidence evidence = evaluateRectangle(rectangle, call.bitmap);
+    const PlatformServices& services = detector->services_;
+    DispatchQueue& queue = *services.queue;
+    // The block takes the only reference to the detector along and drops it before the completion,
+    // so that a host which releases its detector there, or ends the process, waits for this worker
+    // instead of leaving it behind.
+    queue.async([detector = std::move(detector), text = services.text, console = services.console,
+                 evidence = std::move(evidence), completion = call.completion]() mutable {
+        kestrelid::readText(*text, console, evidence.textBitmap, detector->effort_,
+                            [&](std::string recognizedText) {
+                                const std::string cleaned = normalize(recognizedText);
+                                Score score = combine(evidence.score, evidence.reason,
+                                                      KeywordTable::passport().matches(cleaned),
+                                                      detectMRZLikeLines(cleaned));
+                                detector.reset();
+                                completion(makeResult(score.isPassport, score.confidence,
+                                                      std::move(score.reasons),
+                                                      std::move(recognizedText)));
+                            });
+    });
+}
+
+}  // namespace kestrelid

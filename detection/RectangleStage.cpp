@@ -1,0 +1,77 @@
+#include "detection/RectangleStage.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace kestrelid {
+
+namespace {
+
+constexpr double kAreaThreshold = 0.15;  // as rectangleAreaThreshold of the detector
+
+// With a full stop whatever the locale.
+std::string twoDecimals(double value) {
+    std::array<char, 32> text{};
+    const auto end =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 2);
+    return end.ec == std::errc{} ? std::string(text.data(), end.ptr) : std::string("?");
+}
+
+// A whole number of pixels inside -limit..limit, NaN as 0.
+int pixels(double value, double limit) {
+    return std::isnan(value) ? 0 : static_cast<int>(std::clamp(value, -limit, limit));
+}
+
+// The box in rows from the top, rounded outward to whole pixels.
+PixelRect pixelBox(const NormalizedRect& box, const Bitmap& bitmap) {
+    constexpr double kFarOutside = 1e8;  // pixels; no bitmap is as large, and sums of it fit an int
+    const double width = bitmap.width();
+    const double height = bitmap.height();
+    const double left = box.x * width;
+    const double top = (1.0 - box.y - box.height) * height;
+    PixelRect region;
+    region.x = pixels(std::floor(left), kFarOutside);
+    region.y = pixels(std::floor(top), kFarOutside);
+    region.width = pixels(std::ceil(left + box.width * width), kFarOutside) - region.x;
+    region.height = pixels(std::ceil(top + box.height * height), kFarOutside) - region.y;
+    return region;
+}
+
+}  // namespace
+
+std::optional<RectangleObservation> largestRectangle(const std::vector<Observation>& results) {
+    const std::vector<RectangleObservation> rectangles = allOfKind<RectangleObservation>(results);
+    const auto largest =
+        std::max_element(rectangles.begin(), rectangles.end(),
+                         [](const RectangleObservation& a, const RectangleObservation& b) {
+                             return a.boundingBox.area() < b.boundingBox.area();
+                         });
+    return largest == rectangles.end() ? std::nullopt : std::optional(*largest);
+}
+
+void findRectangle(
+    RectangleService& service, const ConsoleSink& console, const Bitmap& bitmap,
+    const std::function<void(const std::optional<RectangleObservation>&)>& continuation) {
+    carryOut(
+        [&](const RequestCompletion& completion) {
+            return service.perform(bitmap, RectangleRequest{}, completion);
+        },
+        {.reported = "Rect detect error:", .failed = "Rectangle request failed:"}, console,
+        [&](const std::vector<Observation>& results) { continuation(largestRectangle(results)); });
+}
+
+RectangleEvidence evaluateRectangle(const std::optional<RectangleObservation>& rectangle,
+                                    const Bitmap& bitmap) {
+    if (!rectangle)
+        return {0.0, "No document rectangle found.", bitmap};
+    const double area = rectangle->boundingBox.area();
+    const bool isLarge = area >= kAreaThreshold;
+    return {isLarge ? 1.0 : std::fmin(area / kAreaThreshold, 1.0),
+            (isLarge ? "Document rectangle detected (area fraction "
+                     : "Rectangle present but small (area fraction ") +
+                twoDecimals(area) + ").",
+            bitmap.crop(pixelBox(rectangle->boundingBox, bitmap)).value_or(bitmap)};
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "detection/RectangleStage.h"
+
+#include <kestrelid/TextEvidence.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kestrelid {
+
+inline constexpr std::int64_t kKeywordsForFullScore =
+    3;  // as keywordMatchThreshold of the detector
+
+struct Score {
+    bool isPassport = false;
+    double confidence = 0.0;           // 0..1
+    std::vector<std::string> reasons;  // outline, keywords, machine-readable zone
+};
+
+// "Keywords matched: ..." with the keywords and their distances, or that there are none.
+[[nodiscard]] std::string keywordReason(const std::vector<KeywordMatch>& matches);
+
+// The three findings as one score. The outline's reason is left out where it is empty.
+[[nodiscard]] Score combine(double rectangleScore, const std::string& rectangleReason,
+                            const std::vector<KeywordMatch>& matches, const MrzLikeLines& mrzLike);
+
+}  // namespace kestrelid

@@ -1,0 +1,70 @@
+#include "detection/TextStage.h"
+
+#include "detection/KeywordTable.h"
+#include "detection/NormalizedText.h"
+#include "detection/Scoring.h"
+
+#include <memory>
+#include <vector>
+
+namespace kestrelid {
+
+namespace {
+
+// Counts the entries of the table that match within the single lines read so far. A line's words
+// stand side by side in the whole text too, so an entry that matches within a line matches there as
+// well: once enough have matched, the rest of the text cannot change the score.
+class EntriesMatchedByLines {
+public:
+    bool isEnoughAfter(std::string_view line) {
+        const KeywordTable& table = KeywordTable::passport();
+        const std::vector<std::int64_t> distances = table.distances(normalize(line));
+        matched_.resize(distances.size());
+        std::int64_t count = 0;
+        for (std::size_t entry = 0; entry < distances.size(); ++entry) {
+            matched_[entry] = matched_[entry] || table.isMatch(entry, distances[entry]);
+            count += matched_[entry];
+        }
+        return count >= kKeywordsForFullScore;
+    }
+
+private:
+    std::vector<bool> matched_;
+};
+
+std::string joinedLines(const std::vector<Observation>& results) {
+    std::string text;
+    bool isFirst = true;
+    for (const TextObservation& observation : allOfKind<TextObservation>(results)) {
+        const std::vector<RecognizedText> best = observation.topCandidates(1);
+        if (best.empty())
+            continue;
+        if (!isFirst)
+            text += '\n';
+        isFirst = false;
+        text += best.front().string;
+    }
+    return text;
+}
+
+}  // namespace
+
+void readText(TextService& service, const ConsoleSink& console, const Bitmap& bitmap,
+              ValidationEffort effort, const std::function<void(std::string)>& continuation) {
+    TextRequest request{.recognitionLevel = RecognitionLevel::accurate,
+                        .usesLanguageCorrection = true,
+                        .recognitionLanguages = {"en"}};
+    EntriesMatchedByLines matched;
+    if (effort == ValidationEffort::verdictOnly)
+        request.isEnough = [&matched](std::string_view line) {
+            return matched.isEnoughAfter(line);
+        };
+    carryOut(
+        [&](const RequestCompletion& completion) {
+            return service.perform(bitmap, request, completion);
+        },
+        {.reported = "Text recognition error:", .failed = "Text request failed:"}, console,
+        [&](const std::vector<Observation>& results) { continuation(joinedLines(results)); });
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "detection/Request.h"
+
+#include <kestrelid/PassportDetector.h>
+
+#include <functional>
+#include <string>
+
+namespace kestrelid {
+
+// Reads the text of bitmap on the calling thread and calls continuation once with its lines, joined
+// with line feeds; empty where there is none. Failures go to the console and count as no text.
+void readText(TextService& service, const ConsoleSink& console, const Bitmap& bitmap,
+              ValidationEffort effort, const std::function<void(std::string text)>& continuation);
+
+}  // namespace kestrelid

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <kestrelid/Export.h>
+#include <kestrelid/PassportDetector.h>
+#include <kestrelid/ServiceStatus.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+namespace kestrelid {
+
+enum class Recognizer : std::uint8_t {
+    ppocr,      // PP-OCRv4 mobile on ONNX Runtime
+    tesseract,  // Tesseract 5, English
+};
+
+struct DefaultServicesOptions {
+    Recognizer recognizer = Recognizer::ppocr;
+
+    // Folder that holds the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library.
+    // Empty: where the library is installed, else where it was built.
+    std::filesystem::path resources;
+
+    int textThreads = 2;  // threads that one text request may use, the calling one included
+};
+
+// The services of this machine. Nothing is loaded before the first request needs it; what is
+// missing becomes an error of that request. Thread: any.
+[[nodiscard]] KESTRELID_EXPORT PlatformServices
+defaultServices(const DefaultServicesOptions& options = {});
+
+// Looks for every part of both recognisers and loads them once. Thread: any; takes up to a second.
+[[nodiscard]] KESTRELID_EXPORT std::vector<ServiceStatus>
+diagnose(const DefaultServicesOptions& options = {});
+
+}  // namespace kestrelid

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <kestrelid/Export.h>
+#include <kestrelid/Image.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+
+namespace kestrelid {
+
+// Checked in the file's header before any pixel is decoded.
+inline constexpr std::int64_t kMaximumPixels = 100'000'000;
+inline constexpr int kMaximumSide = 20'000;                         // pixels
+inline constexpr std::size_t kMaximumFileSize = 64u * 1024 * 1024;  // bytes
+
+struct DecodeOptions {
+    // Pixels. A decoder that can give a smaller picture for less work (JPEG: by halves) may do so
+    // as long as the longer side stays at least this long; 0: full size.
+    int sufficientSide = 0;
+};
+
+// Why a picture could not be read or written: one line, without the file's name.
+struct ImageError {
+    std::string cause;
+};
+
+using ImageResult = std::variant<Image, ImageError>;
+
+// Decodes JPEG, PNG, WebP, TIFF or HEIC (told apart by their first bytes) into RGB8 or Gray8;
+// transparent parts are laid on white. Holds at most the decoded picture twice. Never throws; a
+// truncated or damaged file is an error. Thread: any.
+[[nodiscard]] KESTRELID_EXPORT ImageResult decodeImage(std::span<const std::byte> file,
+                                                       const DecodeOptions& options = {});
+
+// Reads and decodes a file; errors as for decodeImage(), and those of the file system. Thread: any.
+[[nodiscard]] KESTRELID_EXPORT ImageResult readImage(const std::filesystem::path& path,
+                                                     const DecodeOptions& options = {});
+
+// Writes a JPEG (.jpg, .jpeg; quality 90) or a PNG (.png), by the file's extension; rows as they
+// are shown. None: written. Replaces an existing file only once the new one is whole. Thread: any.
+[[nodiscard]] KESTRELID_EXPORT std::optional<ImageError>
+writeImage(const std::filesystem::path& path, const Image& image);
+
+}  // namespace kestrelid

@@ -1,0 +1,7 @@
+#include <kestrelid/DispatchQueue.h>
+
+namespace kestrelid {
+
+DispatchQueue::~DispatchQueue() = default;
+
+}  // namespace kestrelid

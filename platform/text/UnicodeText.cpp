@@ -1,0 +1,131 @@
+#include "platform/text/UnicodeText.h"
+
+#include <kestrelid/TextEvidence.h>
+
+#include <algorithm>
+#include <unicode/brkiter.h>
+#include <unicode/bytestream.h>
+#include <unicode/casemap.h>
+#include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
+#include <unicode/uscript.h>
+#include <unicode/utext.h>
+#include <unicode/utf8.h>
+
+namespace kestrelid {
+
+namespace {
+
+icu::StringPiece piece(std::string_view text) {
+    return {text.data(), static_cast<int32_t>(text.size())};
+}
+
+// A mark that any letter may carry, such as an acute accent; the Inherited script is Unicode's name
+// for "any".
+bool isAccent(UChar32 scalar) {
+    UErrorCode status = U_ZERO_ERROR;
+    return u_charType(scalar) == U_NON_SPACING_MARK &&
+           uscript_getScript(scalar, &status) == USCRIPT_INHERITED;
+}
+
+std::string normalized(const icu::Normalizer2* form, std::string_view text) {
+    std::string result;
+    icu::StringByteSink<std::string> sink(&result, static_cast<int32_t>(text.size()));
+    UErrorCode status = U_ZERO_ERROR;
+    form->normalizeUTF8(0, piece(text), sink, nullptr, status);
+    return result;
+}
+
+}  // namespace
+
+bool isAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+}
+
+std::string upperCased(std::string_view text) {
+    std::string result;
+    if (isAscii(text)) {
+        result.assign(text);
+        for (char& byte : result)
+            if (byte >= 'a' && byte <= 'z')
+                byte = static_cast<char>(byte - 'a' + 'A');
+        return result;
+    }
+    icu::StringByteSink<std::string> sink(&result, static_cast<int32_t>(text.size()));
+    UErrorCode status = U_ZERO_ERROR;
+    icu::CaseMap::utf8ToUpper("", 0, piece(text), sink, nullptr, status);
+    return result;
+}
+
+std::string withoutDiacritics(std::string_view text) {
+    if (isAscii(text))
+        return std::string(text);
+    UErrorCode status = U_ZERO_ERROR;
+    const std::string decomposed = normalized(icu::Normalizer2::getNFDInstance(status), text);
+    std::string bare;
+    bare.reserve(decomposed.size());
+    for (std::size_t offset = 0; offset < decomposed.size();) {
+        const std::size_t start = offset;
+        const char32_t scalar = nextScalar(decomposed, offset);
+        if (!isAccent(static_cast<UChar32>(scalar)))
+            bare.append(decomposed, start, offset - start);
+    }
+    return composed(bare);
+}
+
+std::string composed(std::string_view text) {
+    UErrorCode status = U_ZERO_ERROR;
+    return isAscii(text) ? std::string(text)
+                         : normalized(icu::Normalizer2::getNFCInstance(status), text);
+}
+
+std::vector<std::string_view> characters(std::string_view text) {
+    std::vector<std::string_view> result;
+    result.reserve(text.size());
+    // CR LF is the only cluster of more than one ASCII character.
+    if (isAscii(text) && text.find('\r') == std::string_view::npos) {
+        for (std::size_t offset = 0; offset < text.size(); ++offset)
+            result.push_back(text.substr(offset, 1));
+        return result;
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::BreakIterator> breaks(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    UText* view = utext_openUTF8(nullptr, text.data(), static_cast<int64_t>(text.size()), &status);
+    if (U_SUCCESS(status)) {
+        breaks->setText(view, status);
+        int32_t start = breaks->first();
+        for (int32_t end = breaks->next(); end != icu::BreakIterator::DONE; end = breaks->next()) {
+            result.push_back(text.substr(static_cast<std::size_t>(start),
+                                         static_cast<std::size_t>(end - start)));
+            start = end;
+        }
+    }
+    utext_close(view);
+    return result;
+}
+
+bool isAlphanumeric(char32_t scalar) {
+    constexpr uint32_t kLettersMarksNumbers = U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK;
+    return (U_MASK(u_charType(static_cast<UChar32>(scalar))) & kLettersMarksNumbers) != 0;
+}
+
+char32_t nextScalar(std::string_view text, std::size_t& offset) {
+    UChar32 scalar = 0;
+    U8_NEXT_OR_FFFD(text.data(), offset, text.size(), scalar);
+    return static_cast<char32_t>(scalar);
+}
+
+std::optional<std::size_t> invalidUtf8Offset(std::string_view text) {
+    for (std::size_t offset = 0; offset < text.size();) {
+        const std::size_t start = offset;
+        UChar32 scalar = 0;
+        U8_NEXT(text.data(), offset, text.size(), scalar);
+        if (scalar < 0)
+            return start;
+    }
+    return std::nullopt;
+}
+
+}  // namespace kestrelid
