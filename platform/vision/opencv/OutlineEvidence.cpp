@@ -1,0 +1,171 @@
+#include "platform/vision/opencv/OutlineEvidence.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace kestrelid::opencv {
+
+namespace {
+
+constexpr float kNear =
+    3.5f;  // pixels between an outline and the border of the picture that it follows
+constexpr float kStripDistance =
+    5.0f;  // pixels from the outline at which inside and outside are compared
+
+bool isInside(cv::Point2f point, cv::Size size) {
+    return point.x >= 0.0f && point.y >= 0.0f && point.x <= static_cast<float>(size.width - 1) &&
+           point.y <= static_cast<float>(size.height - 1);
+}
+
+bool followsBorder(cv::Point2f a, cv::Point2f b, cv::Size size) {
+    const auto right = static_cast<float>(size.width - 1) - kNear;
+    const auto bottom = static_cast<float>(size.height - 1) - kNear;
+    return (a.x < kNear && b.x < kNear) || (a.y < kNear && b.y < kNear) ||
+           (a.x > right && b.x > right) || (a.y > bottom && b.y > bottom);
+}
+
+cv::Vec3f colourAt(const WorkingPicture& picture, cv::Point2f point) {
+    const int x = cvRound(point.x);
+    const int y = cvRound(point.y);
+    if (picture.colour.empty()) {
+        return {static_cast<float>(picture.luma.at<std::uint8_t>(y, x)), 0.0f, 0.0f};
+    }
+    const auto lab = picture.colour.at<cv::Vec3b>(y, x);
+    return {static_cast<float>(lab[0]), 2.0f * static_cast<float>(lab[1]),
+            2.0f * static_cast<float>(lab[2])};
+}
+
+struct Side {
+    double support = 0.0;
+    double contrast = 0.0;
+    double overshoot = 0.0;
+    double length = 0.0;
+    bool border = false;
+};
+
+double meanSupport(const EdgeField& field, cv::Point2f from, cv::Point2f step, int steps,
+                   cv::Point2f normal) {
+    double sum = 0.0;
+    int count = 0;
+    for (int i = 0; i < steps; ++i) {
+        const cv::Point2f point = from + step * static_cast<float>(i);
+        if (isInside(point, field.gradient.size())) {
+            sum += lineSupport(field, point, normal);
+            ++count;
+        }
+    }
+    return count > 0 ? sum / count : 0.0;
+}
+
+// Compares the strips along both sides of a line: 1 where they differ by the same colour step all
+// along.
+double stripContrast(const WorkingPicture& picture, cv::Point2f a, cv::Point2f step, int steps,
+                     cv::Point2f inward) {
+    std::vector<cv::Vec3f> differences;
+    for (int i = 0; i < steps; i += 3) {
+        const cv::Point2f point = a + step * static_cast<float>(i);
+        const cv::Point2f inside = point + inward * kStripDistance;
+        const cv::Point2f outside = point - inward * kStripDistance;
+        if (isInside(inside, picture.size()) && isInside(outside, picture.size())) {
+            differences.push_back(colourAt(picture, inside) - colourAt(picture, outside));
+        }
+    }
+    if (differences.size() < 3) {
+        return 0.5;
+    }
+    cv::Vec3f mean;
+    for (const cv::Vec3f& difference : differences) {
+        mean += difference;
+    }
+    mean *= 1.0f / static_cast<float>(differences.size());
+    double spread = 0.0;
+    for (const cv::Vec3f& difference : differences) {
+        spread += cv::norm(difference - mean);
+    }
+    spread /= static_cast<double>(differences.size());
+    constexpr double kBarelySeen = 6.0;  // levels
+    const double step2 = cv::norm(mean);
+    return step2 / (step2 + 0.5 * spread + kBarelySeen);
+}
+
+Side weighSide(cv::Point2f a, cv::Point2f b, const Scene& scene) {
+    Side side;
+    const cv::Point2f along = b - a;
+    side.length = std::hypot(along.x, along.y);
+    side.border = followsBorder(a, b, scene.picture.size());
+    if (side.border || side.length < 8.0) {
+        return side;
+    }
+    const cv::Point2f step = along * static_cast<float>(1.0 / side.length);
+    const cv::Point2f inward(-step.y, step.x);  // corners run clockwise as seen
+    const int steps = static_cast<int>(side.length);
+    side.support = meanSupport(scene.edges, a, step, steps, inward);
+    side.contrast = stripContrast(scene.picture, a, step, steps, inward);
+    const int beyond = std::clamp(steps / 7, 8, 30);
+    const float skip = 6.0f;  // round corners
+    side.overshoot = 0.5 * (meanSupport(scene.edges, a - step * skip, -step, beyond, inward) +
+                            meanSupport(scene.edges, b + step * skip, step, beyond, inward));
+    return side;
+}
+
+}  // namespace
+
+OutlineEvidence weigh(const Quad& quad, const Scene& scene) {
+    OutlineEvidence evidence;
+    double length = 0.0;
+    double free = 0.0;
+    evidence.leastSupport = 1.0;
+    evidence.leastContrast = 1.0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        const Side side = weighSide(quad[i], quad[(i + 1) % 4], scene);
+        length += side.length;
+        if (side.border) {
+            continue;
+        }
+        free += side.length;
+        evidence.meanSupport += side.length * side.support;
+        evidence.contrast += side.length * side.contrast;
+        evidence.overshoot += side.length * side.overshoot;
+        evidence.leastSupport = std::min(evidence.leastSupport, side.support);
+        evidence.leastContrast = std::min(evidence.leastContrast, side.contrast);
+    }
+    if (free <= 0.0) {
+        return {};
+    }
+    evidence.meanSupport /= free;
+    evidence.contrast /= free;
+    evidence.overshoot /= free;
+    evidence.border = 1.0 - free / length;
+    evidence.plausibility = rectanglePlausibility(quad);
+    const cv::Size size = scene.picture.size();
+    evidence.area = double{clippedBox(quad, size).area()} / size.area();
+
+    double kept = 0.0;
+    double cut = 0.0;
+    double all = 0.0;
+    for (const TextLine& line : scene.text.lines) {
+        const double inside = static_cast<double>(
+            std::ranges::count_if(line.glyphs, [&](cv::Point2f p) { return contains(quad, p); }));
+        const auto glyphs = static_cast<double>(line.glyphs.size());
+        all += glyphs;
+        kept += inside;
+        if (inside > 0.12 * glyphs && inside < 0.88 * glyphs) {
+            cut += glyphs;
+        }
+    }
+    evidence.textKept = all > 0.0 ? kept / all : 0.0;
+    evidence.textCut = all > 0.0 ? cut / all : 0.0;
+    return evidence;
+}
+
+double confidenceOf(const OutlineEvidence& e) {
+    const double edges = 0.6 * e.meanSupport + 0.4 * e.leastSupport;
+    const double contrast = 0.6 * e.contrast + 0.4 * e.leastContrast;
+    const double score = edges * (0.5 + 0.6 * contrast) * (1.0 - 0.4 * e.overshoot) *
+                         (0.6 + 0.4 * e.plausibility) * (1.0 - 0.5 * e.textCut) *
+                         (1.0 - 0.3 * e.border);
+    return std::clamp(score, 0.0, 1.0);
+}
+
+}  // namespace kestrelid::opencv

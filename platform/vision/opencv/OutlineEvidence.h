@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/vision/opencv/OutlineFinder.h"
+
+namespace kestrelid::opencv {
+
+// What speaks for a quadrilateral being a page's outline. All 0..1.
+struct OutlineEvidence {
+    double meanSupport = 0.0;   // part of the outline along which an edge runs
+    double leastSupport = 0.0;  // the same for the side that has least of it
+    double contrast = 0.0;      // inside and outside differ, alike all along
+    double leastContrast = 0.0;
+    double overshoot = 0.0;     // sides that run on beyond their corners: table tops, grain, keys
+    double plausibility = 0.0;  // rectanglePlausibility
+    double border = 0.0;        // part of the outline that is the picture's own border
+    double textKept = 0.0;      // of the picture's text, the part inside
+    double textCut = 0.0;       // of the picture's text, the part in lines that the outline cuts
+    double area = 0.0;          // part of the picture that the bounding box covers
+};
+
+[[nodiscard]] OutlineEvidence weigh(const Quad& quad, const Scene& scene);
+
+// 0..1, see OpenCvRectangleService.h.
+[[nodiscard]] double confidenceOf(const OutlineEvidence& evidence);
+
+}  // namespace kestrelid::opencv

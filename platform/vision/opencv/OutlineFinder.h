@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/vision/opencv/EdgeField.h"
+#include "platform/vision/opencv/Quad.h"
+#include "platform/vision/opencv/TextLayout.h"
+#include "platform/vision/opencv/WorkingPicture.h"
+
+#include <vector>
+
+namespace kestrelid::opencv {
+
+struct OutlineCandidate {
+    Quad quad;
+    double confidence = 0.0;  // 0..1, on the scale that OpenCvRectangleService.h describes
+};
+
+// What all finders share of one picture.
+struct Scene {
+    WorkingPicture picture;
+    EdgeField edges;
+    TextLayout text;
+};
+
+// One way to find outlines. Stateless: several calls may run at once on one object.
+class OutlineFinder {
+public:
+    virtual ~OutlineFinder() = default;
+    // Candidates in any order, near-duplicates and nested ones included; the service sorts them
+    // out.
+    [[nodiscard]] virtual std::vector<OutlineCandidate> find(const Scene& scene) const = 0;
+};
+
+}  // namespace kestrelid::opencv

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <array>
+#include <opencv2/core.hpp>
+#include <optional>
+#include <vector>
+
+namespace kestrelid::opencv {
+
+// Corners in pixels of the working picture, origin at the top left, y growing downwards: top left,
+// top right, bottom right, bottom left as seen. Corners may lie outside the picture.
+using Quad = std::array<cv::Point2f, 4>;
+
+// Brings four corners into the order of Quad; none where they do not make a convex quadrilateral.
+[[nodiscard]] std::optional<Quad> orderedQuad(const std::array<cv::Point2f, 4>& corners);
+
+[[nodiscard]] double area(const Quad& quad);
+
+// Width over height, each the mean of two opposite sides.
+[[nodiscard]] double aspectRatio(const Quad& quad);
+
+[[nodiscard]] cv::Rect2f boundingBox(const Quad& quad);
+
+// The bounding box's part inside a picture of that size.
+[[nodiscard]] cv::Rect2f clippedBox(const Quad& quad, cv::Size picture);
+
+[[nodiscard]] bool contains(const Quad& quad, cv::Point2f point);
+
+// Intersection over union of the quadrilaterals, and the part of inner's area that lies in outer.
+[[nodiscard]] double overlap(const Quad& first, const Quad& second);
+[[nodiscard]] double containedPart(const Quad& inner, const Quad& outer);
+
+// 1 for a rectangle seen from the front, falling to 0 where the angles or the lengths of opposite
+// sides are beyond what a page shows under the tilt of a hand-held camera.
+[[nodiscard]] double rectanglePlausibility(const Quad& quad);
+
+// Where the lines through a-b and c-d meet; none where they are close to parallel.
+[[nodiscard]] std::optional<cv::Point2f> intersection(cv::Point2f a, cv::Point2f b, cv::Point2f c,
+                                                      cv::Point2f d);
+
+// The quadrilateral left of a convex polygon when its sides are given up one by one, each time the
+// one whose loss adds the least area: rounded and clipped corners come out as corners.
+[[nodiscard]] std::optional<Quad> enclosingQuad(std::vector<cv::Point2f> polygon);
+
+}  // namespace kestrelid::opencv

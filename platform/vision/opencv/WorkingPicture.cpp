@@ -1,0 +1,82 @@
+#include "platform/vision/opencv/WorkingPicture.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <opencv2/imgproc.hpp>
+
+namespace kestrelid::opencv {
+
+namespace {
+
+// A view: OpenCV has no read-only matrix, and nothing here writes through it.
+cv::Mat viewOf(const Bitmap& bitmap) {
+    auto* pixels = const_cast<std::byte*>(bitmap.row(0));
+    return {bitmap.height(), bitmap.width(), CV_8UC(bytesPerPixel(bitmap.format())), pixels,
+            static_cast<std::size_t>(bitmap.stride())};
+}
+
+// The factor that brings the brightest parts (99.5 % of the pixels are darker) to a well-lit level.
+// A dim picture keeps enough steps for edges up to about a factor of eight; beyond that there is
+// only noise to raise.
+double brighteningOf(const cv::Mat& luma) {
+    constexpr double kWellLit = 220.0;
+    constexpr double kMostGain = 8.0;
+    std::array<int, 256> histogram{};
+    for (int y = 0; y < luma.rows; ++y) {
+        const auto* row = luma.ptr<std::uint8_t>(y);
+        for (int x = 0; x < luma.cols; ++x) {
+            ++histogram[row[x]];
+        }
+    }
+    auto left = static_cast<std::ptrdiff_t>(luma.total() / 200);
+    int bright = 255;
+    while (bright > 1 && (left -= histogram[static_cast<std::size_t>(bright)]) >= 0) {
+        --bright;
+    }
+    return std::clamp(kWellLit / bright, 1.0, kMostGain);
+}
+
+}  // namespace
+
+WorkingPicture makeWorkingPicture(const Bitmap& bitmap, int longestSide) {
+    const cv::Mat view = viewOf(bitmap);
+    const double scale =
+        std::min(1.0, static_cast<double>(longestSide) / std::max(view.cols, view.rows));
+    const auto scaled = [scale](int side) {
+        return std::max(1, static_cast<int>(std::lround(side * scale)));
+    };
+    cv::Mat small;
+    cv::resize(view, small, {scaled(view.cols), scaled(view.rows)}, 0.0, 0.0, cv::INTER_AREA);
+
+    WorkingPicture picture;
+    cv::Mat bgr;
+    switch (bitmap.format()) {
+    case PixelFormat::gray8:
+        picture.luma = small;
+        break;
+    case PixelFormat::bgra8:
+        cv::cvtColor(small, bgr, cv::COLOR_BGRA2BGR);
+        break;
+    case PixelFormat::rgb8:
+        cv::cvtColor(small, bgr, cv::COLOR_RGB2BGR);
+        break;
+    }
+    if (!bgr.empty()) {
+        cv::cvtColor(bgr, picture.luma, cv::COLOR_BGR2GRAY);
+    }
+    const double gain = brighteningOf(picture.luma);
+    if (gain > 1.0) {
+        cv::Mat brighter;
+        picture.luma.convertTo(brighter, -1, gain);
+        picture.luma = brighter;
+        bgr.convertTo(bgr, -1, gain);
+    }
+    if (!bgr.empty()) {
+        cv::cvtColor(bgr, picture.colour, cv::COLOR_BGR2Lab);
+    }
+    return picture;
+}
+
+}  // namespace kestrelid::opencv
