@@ -1,0 +1,17 @@
+#pragma once
+
+#include <kestrelid/Image.h>
+
+#include <cstddef>
+#include <span>
+
+namespace kestrelid {
+
+// The orientation in an EXIF block, with or without its "Exif\0\0" lead. `up` where it is missing,
+// out of range or damaged. Throws std::bad_alloc.
+[[nodiscard]] Orientation exifOrientation(std::span<const std::byte> exif);
+
+// value: of TIFF tag 0x0112. `up` where out of range.
+[[nodiscard]] Orientation orientationFromTag(int value);
+
+}  // namespace kestrelid

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <kestrelid/ImageFile.h>
+
+#include <cstddef>
+#include <span>
+
+namespace kestrelid {
+
+// The primary picture, turned and mirrored as the file says, so always `up`. Throws std::bad_alloc.
+[[nodiscard]] ImageResult decodeHeif(std::span<const std::byte> file);
+
+}  // namespace kestrelid

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <kestrelid/ImageFile.h>
+
+#include <cstddef>
+#include <span>
+
+namespace kestrelid {
+
+// The first picture of an animation. Throws std::bad_alloc.
+[[nodiscard]] ImageResult decodeWebP(std::span<const std::byte> file);
+
+}  // namespace kestrelid
