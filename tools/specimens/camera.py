@@ -1,0 +1,109 @@
+"""A pinhole camera over a desk: where millimetres on the desk land in the picture.
+
+The desk is the plane z = 0; its origin is the document's centre, x to the right and y down.
+"""
+
+import cv2
+import numpy as np
+
+from .sheet import PX_PER_MM
+
+_FOCAL = 1.15  # focal length over the picture's longer side: a telephone's main camera
+_SUPERSAMPLE = 2
+
+
+def outline(size_mm):
+    """The corners of a document around the origin: 4 x 2, millimetres, its own tl, tr, br, bl."""
+    x, y = size_mm[0] / 2, size_mm[1] / 2
+    return np.array([[-x, -y], [x, -y], [x, y], [-x, y]])
+
+
+def as_seen(quad):
+    """Four corners as 4 x 2 pixels in the order top-left, top-right, bottom-right, bottom-left as seen."""
+    centred = quad - quad.mean(0)
+    clockwise = quad[np.argsort(np.arctan2(centred[:, 1], centred[:, 0]))]
+    return np.roll(clockwise, -int(np.argmin(clockwise.sum(1))), axis=0)
+
+
+class View:
+    """matrix: 3 x 3, homogeneous millimetres on the desk to pixels; size: (width, height) of the picture."""
+
+    def __init__(self, matrix, size):
+        self.matrix, self.size = matrix, size
+
+    def pixels(self, points_mm):
+        """N x 2 millimetres to N x 2 pixels."""
+        points = np.asarray(points_mm, float).reshape(-1, 1, 2)
+        return cv2.perspectiveTransform(points, self.matrix).reshape(-1, 2)
+
+    def scale(self):
+        """Pixels a millimetre at the origin."""
+        around = self.pixels([[-1, 0], [1, 0], [0, -1], [0, 1]])
+        return float(np.linalg.norm(around[1] - around[0]) + np.linalg.norm(around[3] - around[2])) / 4
+
+    def desk_grid(self):
+        """x and y in millimetres of every pixel's centre: two height x width arrays, float32."""
+        width, height = self.size
+        u, v = np.meshgrid(np.arange(width) + 0.5, np.arange(height) + 0.5)
+        inverse = np.linalg.inv(self.matrix)
+        x, y, w = (row[0] * u + row[1] * v + row[2] for row in inverse)
+        return (x / w).astype(np.float32), (y / w).astype(np.float32)
+
+    def project(self, texture, border=cv2.BORDER_CONSTANT):
+        """A texture (height x width [x 3], uint8, PX_PER_MM, centred on the origin) as the picture shows it."""
+        height, width = texture.shape[:2]
+        shrink = max(1.0, PX_PER_MM / (self.scale() * _SUPERSAMPLE))
+        if shrink > 1.2:  # a distant document would alias
+            texture = cv2.resize(texture, None, fx=1 / shrink, fy=1 / shrink, interpolation=cv2.INTER_AREA)
+        sx, sy = texture.shape[1] * PX_PER_MM / width, texture.shape[0] * PX_PER_MM / height
+        # Array element i covers i..i+1, while OpenCV's warp counts from element centres.
+        to_mm = np.array([[1 / sx, 0, 0.5 / sx - width / PX_PER_MM / 2],
+                          [0, 1 / sy, 0.5 / sy - height / PX_PER_MM / 2], [0, 0, 1]])
+        s = _SUPERSAMPLE
+        to_samples = np.array([[s, 0, -0.5], [0, s, -0.5], [0, 0, 1]])
+        large = cv2.warpPerspective(texture, to_samples @ self.matrix @ to_mm,
+                                    (self.size[0] * s, self.size[1] * s), flags=cv2.INTER_LINEAR,
+                                    borderMode=border)
+        return cv2.resize(large, self.size, interpolation=cv2.INTER_AREA)
+
+
+def _rotation(roll, tilt, yaw):
+    a, b, c = np.radians([roll, -tilt, -yaw])
+    about_z = np.array([[np.cos(a), -np.sin(a), 0], [np.sin(a), np.cos(a), 0], [0, 0, 1]])
+    about_x = np.array([[1, 0, 0], [0, np.cos(b), -np.sin(b)], [0, np.sin(b), np.cos(b)]])
+    about_y = np.array([[np.cos(c), 0, np.sin(c)], [0, 1, 0], [-np.sin(c), 0, np.cos(c)]])
+    return about_x @ about_y @ about_z
+
+
+def aimed(size_mm, size, share, roll=0.0, tilt=0.0, yaw=0.0, offset=(0.0, 0.0)):
+    """A View in which the document's bounding box takes share of the picture's tighter side.
+
+    roll turns the document clockwise; tilt lowers its far edge, yaw its right one (degrees). offset -1..1 moves
+    it from the middle towards the picture's edges, as far as the room left over allows.
+    """
+    rotation = _rotation(roll, tilt, yaw)
+    focal = _FOCAL * max(size)
+    corners = outline(size_mm)
+
+    def matrix(distance):
+        pose = np.column_stack([rotation[:, 0], rotation[:, 1], [0, 0, distance]])
+        return np.diag([focal, focal, 1.0]) @ pose
+
+    distance = 10.0 * max(size_mm)
+    for _ in range(12):
+        points = View(matrix(distance), size).pixels(corners)
+        extent = (points.max(0) - points.min(0)) / size
+        distance *= extent.max() / share
+    points = View(matrix(distance), size).pixels(corners)
+    room = (np.array(size) - (points.max(0) - points.min(0))) / 2
+    shift = np.array(size) / 2 - (points.max(0) + points.min(0)) / 2 + np.asarray(offset) * np.maximum(room, 0)
+    move = np.array([[1, 0, shift[0]], [0, 1, shift[1]], [0, 0, 1]])
+    return View(move @ matrix(distance), size)
+
+
+def filling(size_mm, size, quarter_turns=0):
+    """A View in which the document's outline is the picture's border, as on a flat-bed scanner."""
+    width, height = size
+    border = np.array([[0, 0], [width, 0], [width, height], [0, height]], np.float32)
+    target = np.roll(border, -quarter_turns, axis=0)
+    return View(cv2.getPerspectiveTransform(outline(size_mm).astype(np.float32), target), size)
