@@ -1,0 +1,19 @@
+#pragma once
+
+#include <kestrelid/VisionServices.h>
+
+#include <opencv2/core.hpp>
+
+#include <span>
+
+namespace kestrelid {
+
+// The bitmap in blue, green, red; smaller by area averaging where its longer side exceeds
+// longestSide pixels. The picture never shares the bitmap's pixels.
+[[nodiscard]] cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide);
+
+// The upright box around points of a picture, in terms of that picture.
+[[nodiscard]] NormalizedRect normalizedBounds(std::span<const cv::Point2f> points,
+                                              cv::Size picture);
+
+}  // namespace kestrelid

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <kestrelid/VisionServices.h>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+struct OrtSession;
+struct OrtValue;
+
+namespace kestrelid {
+
+class OnnxRuntime;
+
+// Input of a run; the caller keeps the values.
+struct OnnxInput {
+    std::span<const float> values;
+    std::span<const std::int64_t> shape;  // its product is the number of values
+};
+
+// An output of a run, in the memory of the runtime that made it.
+class OnnxTensor {
+public:
+    [[nodiscard]] std::span<const float> values() const noexcept { return values_; }
+    [[nodiscard]] const std::vector<std::int64_t>& shape() const noexcept { return shape_; }
+
+private:
+    friend class OnnxSession;
+
+    std::shared_ptr<OrtValue> value_;
+    std::span<const float> values_;
+    std::vector<std::int64_t> shape_;
+};
+
+// A model ready to run. Thread: any, several runs at once.
+class OnnxSession {
+public:
+    using Outputs = std::variant<std::vector<OnnxTensor>, RequestError>;
+
+    // One input for each of the model's, in its order; so are the outputs.
+    [[nodiscard]] Outputs run(std::span<const OnnxInput> inputs) const;
+
+private:
+    friend class OnnxRuntime;
+
+    OnnxSession() = default;
+    [[nodiscard]] static std::variant<OnnxSession, RequestError>
+    open(std::shared_ptr<const OnnxRuntime> runtime, const std::string& model, int threads);
+
+    std::shared_ptr<const OnnxRuntime> runtime_;
+    std::shared_ptr<OrtSession> session_;
+    std::vector<std::string> inputNames_;
+    std::vector<std::string> outputNames_;
+};
+
+}  // namespace kestrelid

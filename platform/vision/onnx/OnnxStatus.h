@@ -1,0 +1,21 @@
+#pragma once
+
+#include <kestrelid/VisionServices.h>
+
+#include <onnxruntime_c_api.h>
+
+#include <optional>
+#include <string>
+
+namespace kestrelid {
+
+// Takes the status that a call of the runtime gave; none where the call succeeded.
+[[nodiscard]] inline std::optional<RequestError> onnxError(const OrtApi& api, OrtStatus* status) {
+    if (!status)
+        return std::nullopt;
+    RequestError error{std::string("ONNX Runtime: ") + api.GetErrorMessage(status)};
+    api.ReleaseStatus(status);
+    return error;
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/vision/layout/LineCollector.h"
+#include "platform/vision/ppocr/PpOcrModels.h"
+
+#include <optional>
+
+namespace kestrelid {
+
+struct PageReaderSettings {
+    int detectorSide = 736;  // longest side of what the detector sees, in pixels, a multiple of 32
+    int threads = 2;         // that read lines, the calling one included
+    bool mayStopEarly =
+        false;  // lines likely to matter first, instead of the order that ends soonest
+};
+
+// Reads all lines of a picture into lines, until that has enough. Thread: any.
+[[nodiscard]] std::optional<RequestError> readPage(const PpOcrModels& models,
+                                                   const cv::Mat& picture,
+                                                   const PageReaderSettings& settings,
+                                                   LineCollector& lines);
+
+}  // namespace kestrelid
