@@ -1,0 +1,149 @@
+#include "cli/CommandLine.h"
+
+#include "cli/ChoiceOption.h"
+#include "cli/PictureInputs.h"
+#include "cli/StandardStreams.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <string>
+
+namespace kestrelid::cli {
+namespace {
+
+constexpr const char* kProgramFooter = R"(
+Examples:
+  kestrelid validate passport.jpg
+  kestrelid text recognised.txt
+  kestrelid doctor
+
+'kestrelid COMMAND --help' tells more. Exit status: 0 done, 1 some input could
+not be read, 2 wrong usage.)";
+
+constexpr const char* kValidateFooter = R"(
+Examples:
+  kestrelid validate passport.jpg card.png
+  kestrelid validate --json scans/ > verdicts.jsonl
+  kestrelid validate --annotate marked scans/*.jpg
+  curl -s https://example.org/page.jpg | kestrelid validate -)";
+
+constexpr const char* kTextFooter = R"(
+Examples:
+  kestrelid text recognised.txt
+  tesseract page.png - | kestrelid text --json)";
+
+constexpr const char* kDoctorFooter = R"(
+Exit status: 0 where the default recogniser works, 1 otherwise.
+
+Examples:
+  kestrelid doctor
+  kestrelid doctor --json --resources /opt/kestrelid/models)";
+
+// A file named "[a]" is not a list: CLI11 would take the brackets apart.
+CLI::Option* addInputs(CLI::App& command, std::vector<std::string>& inputs, const char* name,
+                       const char* description) {
+    return command.add_option(name, inputs, description)->allow_extra_args(false);
+}
+
+void addResources(CLI::App& command, std::filesystem::path& resources) {
+    command
+        .add_option_function<std::string>(
+            "--resources", [&](const std::string& folder) { resources = folder; },
+            "Folder that holds the models and the ONNX Runtime library")
+        ->type_name("DIR")
+        ->check(CLI::ExistingDirectory);
+}
+
+void addValidate(CLI::App& command, ValidateOptions& options) {
+    command.footer(kValidateFooter);
+    addInputs(command, options.inputs, "FILE",
+              "Pictures (JPEG, PNG, WebP, TIFF, HEIC), folders of them, or - for standard input")
+        ->required()
+        ->type_name("");
+    command.add_flag("--json", options.json, "One JSON object a line and input");
+    command.add_option("-j,--jobs", options.jobs, "Pictures judged at once, 1 to 64")
+        ->type_name("N")
+        ->check(CLI::Range(1, 64));
+    addChoiceOption<Recognizer>(command, "--recognizer", kRecognizers,
+                                "What reads the text (default: ppocr)",
+                                [&](Recognizer value) { options.recognizer = value; });
+    addChoiceOption<ValidationEffort>(
+        command, "--effort", kEfforts,
+        "verdict: stop reading once the verdict is certain (default: complete)",
+        [&](ValidationEffort value) { options.effort = value; });
+    addResources(command, options.resources);
+    command
+        .add_option_function<std::string>(
+            "--annotate",
+            [&](const std::string& folder) {
+                if (folder.empty())
+                    throw CLI::ValidationError("--annotate", "names no folder");
+                options.annotate = folder;
+            },
+            "Write copies with outline and verdict drawn on them into DIR")
+        ->type_name("DIR");
+    command.callback([&options] {
+        const auto standardInputs =
+            std::count(options.inputs.begin(), options.inputs.end(), kStandardInputName);
+        if (standardInputs > 1)
+            throw CLI::ValidationError("-", "standard input can be read only once");
+    });
+}
+
+ExitStatus usageError(const CLI::App& app, const std::string& message) {
+    // CLI11 spreads some messages over lines; one line each is what users of logs expect.
+    std::string line = message;
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    while (!line.empty() && line.back() == ' ')
+        line.pop_back();
+    std::string help = "kestrelid";
+    for (const CLI::App* command : app.get_subcommands())
+        help += " " + command->get_name();
+    writeError(line + " (see '" + help + " --help')");
+    return ExitStatus::wrongUsage;
+}
+
+}  // namespace
+
+std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* argv) {
+    CLI::App app("Tells whether pictures show a passport.", "kestrelid");
+    app.set_version_flag("--version", "kestrelid " KESTRELID_VERSION);
+    app.footer(kProgramFooter);
+    app.require_subcommand(1);
+
+    ValidateOptions validate;
+    TextOptions text;
+    DoctorOptions doctor;
+    CLI::App* validateCommand = app.add_subcommand("validate", "Judge pictures");
+    addValidate(*validateCommand, validate);
+    CLI::App* textCommand = app.add_subcommand("text", "Weigh text that was already recognised");
+    textCommand->footer(kTextFooter);
+    addInputs(*textCommand, text.files, "FILE", "Text in UTF-8; - or none: standard input")
+        ->type_name("");
+    textCommand->add_flag("--json", text.json, "One JSON object a line and file");
+    CLI::App* doctorCommand =
+        app.add_subcommand("doctor", "Say what this machine offers, and what is missing");
+    doctorCommand->footer(kDoctorFooter);
+    doctorCommand->add_flag("--json", doctor.json, "One JSON object");
+    addResources(*doctorCommand, doctor.resources);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        writeOutput(app.help());
+        return outputStatus();
+    } catch (const CLI::CallForVersion& version) {
+        writeOutput(std::string(version.what()) + "\n");
+        return outputStatus();
+    } catch (const CLI::ParseError& error) {
+        return usageError(app, error.what());
+    }
+    if (validateCommand->parsed())
+        return Command(std::move(validate));
+    if (textCommand->parsed())
+        return Command(std::move(text));
+    return Command(std::move(doctor));
+}
+
+}  // namespace kestrelid::cli

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "cli/DoctorCommand.h"
+#include "cli/ExitStatus.h"
+#include "cli/TextCommand.h"
+#include "cli/ValidateCommand.h"
+
+#include <variant>
+
+namespace kestrelid::cli {
+
+using Command = std::variant<ValidateOptions, TextOptions, DoctorOptions>;
+
+// What the arguments ask for; or, where help was asked for or the arguments make no sense, the
+// status to exit with, after saying so.
+[[nodiscard]] std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* argv);
+
+}  // namespace kestrelid::cli

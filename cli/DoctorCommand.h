@@ -1,0 +1,18 @@
+#pragma once
+
+#include "cli/ExitStatus.h"
+
+#include <filesystem>
+
+namespace kestrelid::cli {
+
+struct DoctorOptions {
+    bool json = false;
+    std::filesystem::path resources;  // empty: where the library finds them
+};
+
+// Says what recognition finds on this machine and what would bring the missing parts. done where
+// the default recogniser reads a picture, inputFailed otherwise.
+[[nodiscard]] ExitStatus doctor(const DoctorOptions& options);
+
+}  // namespace kestrelid::cli

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <variant>
+
+namespace kestrelid::cli {
+
+// Why a file could not be read: one line, without the file's name.
+struct ReadError {
+    std::string cause;
+};
+
+using BytesResult = std::variant<std::string, ReadError>;
+
+// The whole of a file; an error where it holds more than maximum bytes.
+[[nodiscard]] BytesResult readFile(const std::filesystem::path& path, std::size_t maximum);
+
+// The rest of standard input, likewise.
+[[nodiscard]] BytesResult readStandardInput(std::size_t maximum);
+
+}  // namespace kestrelid::cli
