@@ -51,9 +51,7 @@ std::string joinedLines(const std::vector<Observation>& results) {
 
 void readText(TextService& service, const ConsoleSink& console, const Bitmap& bitmap,
               ValidationEffort effort, const std::function<void(std::string)>& continuation) {
-    TextRequest request{.recognitionLevel = RecognitionLevel::accurate,
-                        .usesLanguageCorrection = true,
-                        .recognitionLanguages = {"en"}};
+    TextRequest request;  // accurate, with language correction, English
     EntriesMatchedByLines matched;
     if (effort == ValidationEffort::verdictOnly)
         request.isEnough = [&matched](std::string_view line) {

@@ -28,12 +28,14 @@ AsioQueue::AsioQueue(std::string label, int threads) : loop_(std::make_shared<Lo
 
 AsioQueue::~AsioQueue() {
     loop_->stayOpen.reset();
-    for (std::thread& thread : threads_) {
-        if (thread.get_id() == std::this_thread::get_id())
-            thread.detach();
-        else
-            thread.join();
-    }
+    // No thread of the loop ends before the block that runs this has returned, so none can be
+    // waited for in it.
+    const bool isOwnThread =
+        std::any_of(threads_.begin(), threads_.end(), [](const std::thread& thread) {
+            return thread.get_id() == std::this_thread::get_id();
+        });
+    for (std::thread& thread : threads_)
+        isOwnThread ? thread.detach() : thread.join();
 }
 
 void AsioQueue::async(Block block) {

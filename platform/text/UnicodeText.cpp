@@ -3,14 +3,15 @@
 #include <kestrelid/TextEvidence.h>
 
 #include <algorithm>
-#include <unicode/brkiter.h>
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
 #include <unicode/uscript.h>
-#include <unicode/utext.h>
 #include <unicode/utf8.h>
+
+// ICU's UTF-8 macros narrow their own intermediate values.
+#pragma GCC diagnostic ignored "-Wconversion"
 
 namespace kestrelid {
 
@@ -78,32 +79,6 @@ std::string composed(std::string_view text) {
     UErrorCode status = U_ZERO_ERROR;
     return isAscii(text) ? std::string(text)
                          : normalized(icu::Normalizer2::getNFCInstance(status), text);
-}
-
-std::vector<std::string_view> characters(std::string_view text) {
-    std::vector<std::string_view> result;
-    result.reserve(text.size());
-    // CR LF is the only cluster of more than one ASCII character.
-    if (isAscii(text) && text.find('\r') == std::string_view::npos) {
-        for (std::size_t offset = 0; offset < text.size(); ++offset)
-            result.push_back(text.substr(offset, 1));
-        return result;
-    }
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::BreakIterator> breaks(
-        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-    UText* view = utext_openUTF8(nullptr, text.data(), static_cast<int64_t>(text.size()), &status);
-    if (U_SUCCESS(status)) {
-        breaks->setText(view, status);
-        int32_t start = breaks->first();
-        for (int32_t end = breaks->next(); end != icu::BreakIterator::DONE; end = breaks->next()) {
-            result.push_back(text.substr(static_cast<std::size_t>(start),
-                                         static_cast<std::size_t>(end - start)));
-            start = end;
-        }
-    }
-    utext_close(view);
-    return result;
 }
 
 bool isAlphanumeric(char32_t scalar) {

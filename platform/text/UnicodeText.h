@@ -19,7 +19,8 @@ namespace kestrelid {
 // Canonical composition (NFC): two texts are canonically equivalent when theirs is equal.
 [[nodiscard]] std::string composed(std::string_view text);
 
-// Extended grapheme clusters (UAX #29), as views into text: what a reader calls characters.
+// Extended grapheme clusters (UAX #29, Unicode 15.0), as views into text: what a reader calls
+// characters.
 [[nodiscard]] std::vector<std::string_view> characters(std::string_view text);
 
 // Letters, marks and numbers of every script.

@@ -1,0 +1,127 @@
+#include "detection/EditDistance.h"
+#include "detection/KeywordTable.h"
+#include "detection/NormalizedText.h"
+#include "detection/PassportKeywords.h"
+#include "detection/Scoring.h"
+
+#include <gmock/gmock.h>
+#include <string>
+
+namespace kestrelid {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+
+struct TextRow {
+    const char* name;
+    std::string raw;
+    std::string cleaned;
+};
+void PrintTo(const TextRow& row, std::ostream* out) {
+    *out << row.name;
+}
+
+class Normalize : public testing::TestWithParam<TextRow> {};
+
+TEST_P(Normalize, Cleans) {
+    EXPECT_EQ(normalize(GetParam().raw), GetParam().cleaned);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, Normalize,
+    testing::Values(TextRow{"empty", "", ""}, TextRow{"onlySpaces", " \n  \n", ""},
+                    TextRow{"lineFeedsBecomeSingleSpaces", "Date\n\nof  Birth\n", "DATE OF BIRTH"},
+                    TextRow{"punctuationVanishesWithoutGap", "SUR-NAME P.A.S.S", "SURNAME PASS"},
+                    TextRow{"spacesAroundDroppedCharactersMeet", "A - B", "A B"},
+                    TextRow{"tabAndCarriageReturnVanish", "PASS\tPORT\r\nNO", "PASSPORT NO"},
+                    TextRow{"noBreakSpaceVanishes", "A\u00A0B", "AB"},
+                    TextRow{"zoneCharactersStay", "p<utoo'neil>>", "P<UTOO'NEIL>>"},
+                    TextRow{"composedAccentFolds", "R\u00C9PUBLIQUE", "REPUBLIQUE"},
+                    TextRow{"combiningAccentFolds", "RE\u0301PUBLIQUE", "REPUBLIQUE"},
+                    TextRow{"sharpSGrows", "Stra\u00DFe", "STRASSE"},
+                    TextRow{"ligatureGrows", "\uFB01n", "FIN"},
+                    TextRow{"bengaliKeepsItsSigns",
+                            "\u099C\u09A8\u09B8\u0982\u0996\u09CD\u09AF\u09BE",
+                            "\u099C\u09A8\u09B8\u0982\u0996\u09CD\u09AF\u09BE"},
+                    TextRow{"emojiVanishes", "A\U0001F600B", "AB"},
+                    TextRow{"digitsOfOtherScriptsStay", "\u09E7\u0663", "\u09E7\u0663"},
+                    TextRow{"illFormedBytesVanish",
+                            "A\xFF\xC3"
+                            "B",
+                            "AB"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(KeywordTable, IsOneSharedListOfThirty) {
+    EXPECT_EQ(passportKeywords().size(), 30u);
+    EXPECT_EQ(passportKeywords().data(), passportKeywords().data());
+    EXPECT_THAT(passportKeywords(), Contains("DATE OF ISSUEx"));
+    for (const char* repeated : {"PASSPORT", "BANGLADESH", "DATE OF BIRTH", "NATIONALITY"})
+        EXPECT_THAT(passportKeywords(), Contains(repeated).Times(2));
+}
+
+TEST(MatchKeywords, ListsRepeatedEntriesInTableOrder) {
+    EXPECT_THAT(matchKeywords(passportKeywords(), "PASSPORT"),
+                ElementsAre(KeywordMatch{"PASSPORT", 0}, KeywordMatch{"PASSEPORT", 1},
+                            KeywordMatch{"PASAPORTE", 2}, KeywordMatch{"PASSPORT", 0}));
+    EXPECT_THAT(matchKeywords(passportKeywords(), "PASSP0RT"),
+                ElementsAre(KeywordMatch{"PASSPORT", 1}, KeywordMatch{"PASSEPORT", 2},
+                            KeywordMatch{"PASAPORTE", 3}, KeywordMatch{"PASSPORT", 1}));
+}
+
+TEST(MatchKeywords, MatchesRunsOfWords) {
+    const auto issued = matchKeywords(passportKeywords(), "DATE OF ISSUE");
+    EXPECT_THAT(issued, Contains(KeywordMatch{"DATE OF ISSUEx", 1}));
+    EXPECT_THAT(issued, Contains(KeywordMatch{"BGD", 3}));
+
+    const auto republic = matchKeywords(passportKeywords(), "PEOPLES REPUBLIC OF BANGLADESH");
+    EXPECT_THAT(republic, Contains(KeywordMatch{"PEOPLE'S REPUBLIC OF BANGLADESH", 1}));
+    EXPECT_THAT(republic, Contains(KeywordMatch{"REPUBLIC OF BANGLADESH", 0}));
+    EXPECT_THAT(republic, Contains(KeywordMatch{"PEOPLE REUBLIC OF BANGLADESH", 2}));
+    EXPECT_THAT(republic, Contains(KeywordMatch{"BANGLADESH", 0}).Times(2));
+}
+
+TEST(MatchKeywords, ShortEntryMatchesAlmostAnyShortWord) {
+    EXPECT_EQ(keywordReason(matchKeywords(passportKeywords(), "HELLO WORLD")),
+              "Keywords matched: BGD (distance 4)");
+    EXPECT_EQ(keywordReason(matchKeywords(passportKeywords(), "")), "No passport keywords found.");
+}
+
+TEST(MatchKeywords, LongEntriesTolerateMore) {
+    // 35 characters allow 6 edits, 31 and 28 allow 5, all others 4.
+    EXPECT_THAT(matchKeywords(passportKeywords(), "XXXXXXAL DATA AND EMERGENCY CONTACT"),
+                Contains(KeywordMatch{"PERSONAL DATA AND EMERGENCY CONTACT", 6}));
+    EXPECT_THAT(matchKeywords(passportKeywords(), "XXXXXXXL DATA AND EMERGENCY CONTACT"),
+                Not(Contains(testing::Field(&KeywordMatch::keyword,
+                                            "PERSONAL DATA AND EMERGENCY CONTACT"))));
+}
+
+TEST(FuzzyDistance, ComparesWithNoRunLongerThanTheKeywordAndEight) {
+    EXPECT_EQ(fuzzyDistance("BGD", "12345678901"), 11);
+    EXPECT_EQ(fuzzyDistance("BGD", "123456789012"), kNoDistance);
+    EXPECT_EQ(fuzzyDistance("BGD", "123456789012 BGD"), 0);
+    EXPECT_EQ(fuzzyDistance("", "BGD"), kNoDistance);
+    EXPECT_EQ(fuzzyDistance("BGD", ""), kNoDistance);
+}
+
+TEST(FuzzyDistance, CountsAPhraseAsItStands) {
+    // The sign U+09BE is a character by itself at the start of a text, and part of the space before
+    // it elsewhere: the phrase "AB" space sign has three characters.
+    EXPECT_EQ(fuzzyDistance("AB", "AB \u09BE"), 0);
+    EXPECT_EQ(fuzzyDistance("AB \u09BE", "XX \u09BE"), 2);
+    EXPECT_EQ(fuzzyDistance("\u09BE", "AB \u09BE"), 0);
+}
+
+TEST(EditDistance, ComparesCharactersByCanonicalEquivalence) {
+    EXPECT_EQ(editDistance("", ""), 0);
+    EXPECT_EQ(editDistance("", "ab"), 2);
+    EXPECT_EQ(editDistance("ab", ""), 2);
+    EXPECT_EQ(editDistance("kitten", "sitting"), 3);
+    EXPECT_EQ(editDistance("caf\u00E9", "cafe\u0301"), 0);
+    EXPECT_EQ(editDistance("cafe", "cafe\u0301"), 1);
+    EXPECT_EQ(editDistance(std::string(63, 'a'), std::string(65, 'a')), 2);
+    EXPECT_EQ(editDistance(std::string(130, 'a') + "b", "c" + std::string(130, 'a')), 2);
+}
+
+}  // namespace
+}  // namespace kestrelid

@@ -1,0 +1,97 @@
+#include "platform/dispatch/AsioQueue.h"
+#include "tests/support/FakeServices.h"
+
+#include <kestrelid/PassportDetector.h>
+
+#include <atomic>
+#include <future>
+#include <gtest/gtest.h>
+#include <latch>
+#include <thread>
+
+namespace kestrelid {
+namespace {
+
+// Safe to call from several threads at once, unlike the recording fakes.
+class Rectangles final : public RectangleService {
+    std::optional<RequestError> perform(const Bitmap&, const RectangleRequest&,
+                                        const RequestCompletion& completion) override {
+        completion({.results = std::vector<Observation>{test::rectangleOf(0.9, 0.9)}, .error = {}});
+        return std::nullopt;
+    }
+};
+class Text final : public TextService {
+    std::optional<RequestError> perform(const Bitmap& bitmap, const TextRequest&,
+                                        const RequestCompletion& completion) override {
+        const std::string line = bitmap.width() > 50 ? "PASSPORT" : "";
+        completion({.results = std::vector<Observation>{TextObservation({}, {{line, 1.0f}})},
+                    .error = {}});
+        return std::nullopt;
+    }
+};
+
+PlatformServices services(int threads) {
+    return {.rectangles = std::make_shared<Rectangles>(),
+            .text = std::make_shared<Text>(),
+            .queue = std::make_shared<AsioQueue>("test", threads)};
+}
+
+TEST(PassportDetectorThreads, OverlappingCallsAreIndependent) {
+    constexpr int kCallers = 4;
+    constexpr int kCallsEach = 100;
+    const auto detector = PassportDetector::create(services(3));
+    std::atomic<int> right = 0;
+    std::latch done(kCallers * kCallsEach);
+    std::vector<std::jthread> callers;
+    for (int caller = 0; caller < kCallers; ++caller)
+        callers.emplace_back([&, caller] {
+            const auto here = std::this_thread::get_id();
+            for (int call = 0; call < kCallsEach; ++call) {
+                const bool isWide = (caller + call) % 2 == 0;
+                detector->validate(Image(test::blankBitmap(isWide ? 100 : 40, 30)),
+                                   [&, isWide, here](const PassportValidationResult& result) {
+                                       right += result.isPassport() == isWide &&
+                                                here != std::this_thread::get_id();
+                                       done.count_down();
+                                   });
+            }
+        });
+    done.wait();
+    EXPECT_EQ(right, kCallers * kCallsEach);
+}
+
+TEST(PassportDetectorThreads, ReleaseAtAnyMomentLeavesNothingBehind) {
+    // The last owner goes while calls are under way; every call either answers once or is given up.
+    for (int round = 0; round < 200; ++round) {
+        std::atomic<int> answers = 0;
+        std::weak_ptr<DispatchQueue> queue;
+        {
+            PlatformServices all = services(2);
+            queue = all.queue;
+            auto detector = PassportDetector::create(std::move(all));
+            for (int call = 0; call < 3; ++call)
+                detector->validate(Image(test::blankBitmap(60, 60)),
+                                   [&](const auto&) { ++answers; });
+            if (round % 2 == 0)
+                std::this_thread::yield();
+        }
+        // The queue's threads finish by themselves where a worker was the last owner.
+        while (!queue.expired())
+            std::this_thread::yield();
+        EXPECT_LE(answers, 3);
+    }
+}
+
+TEST(PassportDetectorThreads, MayBeReleasedInItsOwnCompletion) {
+    auto detector = PassportDetector::create(services(2));
+    std::promise<bool> answered;
+    detector->validate(Image(test::blankBitmap(60, 60)),
+                       [&](const PassportValidationResult& result) {
+                           detector.reset();
+                           answered.set_value(result.isPassport());
+                       });
+    EXPECT_TRUE(answered.get_future().get());
+}
+
+}  // namespace
+}  // namespace kestrelid
