@@ -30,7 +30,7 @@ ImageError errorFor(const heif_error& error) {
     case heif_error_Unsupported_feature:
     case heif_error_Unsupported_filetype:
     case heif_error_Plugin_loading_error:
-        return {std::string("this HEIC picture is not read: ") + error.message};
+        return decodingError(Fault::unsupported, "HEIC", error.message);
     default:
         return decodingError(error.subcode == heif_suberror_End_of_data ? Fault::truncated
                                                                         : Fault::damaged,
@@ -45,7 +45,7 @@ ImageResult imageOver(Picture picture, bool hasAlpha, Alpha alpha) {
     const int width = heif_image_get_width(picture.get(), heif_channel_interleaved);
     const int height = heif_image_get_height(picture.get(), heif_channel_interleaved);
     if (!rows || stride <= 0)
-        return ImageError{"this HEIC picture is not read: no RGB picture comes of it"};
+        return decodingError(Fault::unsupported, "HEIC", "no RGB picture comes of it");
     if (auto error = checkSize(width, height))
         return *std::move(error);
     if (hasAlpha) {
@@ -58,7 +58,7 @@ ImageResult imageOver(Picture picture, bool hasAlpha, Alpha alpha) {
                                std::shared_ptr<const std::byte[]>(owner, first),
                                static_cast<std::size_t>(stride) * static_cast<std::size_t>(height));
     if (!bitmap)
-        return ImageError{"this HEIC picture is not read: its rows overlap"};
+        return decodingError(Fault::damaged, "HEIC", "no whole rows come of it");
     return Image(*std::move(bitmap));
 }
 
@@ -79,9 +79,9 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     const Handle handle(primary);
     if (error.code != heif_error_Ok)
         return errorFor(error);
-    const std::int64_t width = heif_image_handle_get_width(primary);
-    const std::int64_t height = heif_image_handle_get_height(primary);
-    if (auto tooLarge = checkSize(width, height))
+    // Before cropping and turning: that much is decoded.
+    if (auto tooLarge = checkSize(heif_image_handle_get_ispe_width(primary),
+                                  heif_image_handle_get_ispe_height(primary)))
         return *std::move(tooLarge);
 
     const bool hasAlpha = heif_image_handle_has_alpha_channel(primary) != 0;

@@ -98,10 +98,9 @@ ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& opt
                       layout.turboFormat, TJFLAG_LIMITSCANS);
     if (result != 0) {
         const std::string message = tjGetErrorStr2(turbo.get());
-        if (!isPaddingBeforeEnd(message)) {
-            const bool truncated = message.find("Premature end of JPEG file") != std::string::npos;
-            return decodingError(truncated ? Fault::truncated : Fault::damaged, "JPEG", message);
-        }
+        if (!isPaddingBeforeEnd(message))
+            return decodingError(endsEarly(*header) ? Fault::truncated : Fault::damaged, "JPEG",
+                                 message);
     }
     if (layout.turboFormat == TJPF_CMYK) {
         for (int y = 0; y < height; ++y)

@@ -1,6 +1,7 @@
 #include "platform/image/JpegHeader.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 namespace kestrelid {
@@ -60,6 +61,11 @@ std::int64_t coefficientBytesOf(Bytes frame, const JpegHeader& header) {
 
 }  // namespace
 
+bool endsEarly(const JpegHeader& header) {
+    constexpr std::array kEnd = {std::byte{0xFF}, std::byte{kEndOfImage}};
+    return std::ranges::search(header.scans, kEnd).empty();
+}
+
 std::optional<JpegHeader> parseJpegHeader(Bytes file) {
     JpegHeader header;
     std::int64_t coefficients = 0;
@@ -102,6 +108,7 @@ std::optional<JpegHeader> parseJpegHeader(Bytes file) {
                 return std::nullopt;
             if (progressive || byteAt(segment, 0) < header.components)
                 header.coefficientBytes = coefficients;
+            header.scans = file.subspan(at - length);
             return header;
         }
     }

@@ -40,8 +40,10 @@ ImageError decodingError(Fault fault, const char* format, const std::string& tex
     std::string line = text.substr(0, kMaximumCauseLength);
     std::replace_if(
         line.begin(), line.end(), [](char c) { return c < ' ' || c > '~'; }, ' ');
-    return {std::string(fault == Fault::truncated ? "truncated " : "damaged ") + format + ": " +
-            line};
+    const char* what = fault == Fault::truncated ? "truncated "
+                       : fault == Fault::damaged ? "damaged "
+                                                 : "unsupported ";
+    return {std::string(what) + format + ": " + line};
 }
 
 PixelBuffer::PixelBuffer(int width, int height, int bytesPerPixel)

@@ -21,8 +21,8 @@ inline constexpr std::int64_t kMaximumDecoderMemory = 2 * 3 * kMaximumPixels;
 // them.
 [[nodiscard]] std::optional<ImageError> checkMemory(std::int64_t bytes);
 
-// "truncated JPEG: text" or "damaged JPEG: text", as one printable line whatever the library wrote.
-enum class Fault { truncated, damaged };
+// "truncated JPEG: text", for instance, as one printable line whatever the library wrote.
+enum class Fault { truncated, damaged, unsupported };
 [[nodiscard]] ImageError decodingError(Fault fault, const char* format, const std::string& text);
 
 // Memory for the pixels of one picture, not initialised, that a decoder fills before a Bitmap shows

@@ -12,17 +12,19 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace kestrelid {
 namespace {
 
-// The file as libtiff reads it, and the first thing that libtiff complained about.
+// The file as libtiff reads it, and the first error that libtiff reported.
 struct Source {
     std::span<const std::byte> file;
     std::uint64_t position = 0;
     std::array<char, 160> complaint = {};
+    bool endsEarly = false;
 };
 
 Source& sourceOf(thandle_t handle) {
@@ -71,15 +73,26 @@ int mapSource(thandle_t handle, void** base, toff_t* size) {
 
 void unmapSource(thandle_t, void*, toff_t) {}
 
+// libtiff has no code for it; its sentences about data beyond the end hold one of these, and some
+// are warnings.
+void noteEarlyEnd(Source& source, std::string_view sentence) {
+    constexpr std::array kWords = {"Read error", "Cannot read", "Can not read", "Not enough data",
+                                   "IO error"};
+    source.endsEarly |= std::ranges::any_of(
+        kWords, [&](const char* words) { return sentence.find(words) != std::string_view::npos; });
+}
+
 // Non-zero: dealt with, so that libtiff prints nothing.
-int keepComplaint(TIFF*, void* user, const char*, const char* format, std::va_list arguments) {
-    auto& complaint = static_cast<Source*>(user)->complaint;
-    if (complaint.front() == '\0')
-        std::vsnprintf(complaint.data(), complaint.size(), format, arguments);
+int onError(TIFF*, void* user, const char*, const char* format, std::va_list arguments) {
+    auto& source = *static_cast<Source*>(user);
+    noteEarlyEnd(source, format);
+    if (source.complaint.front() == '\0')
+        std::vsnprintf(source.complaint.data(), source.complaint.size(), format, arguments);
     return 1;
 }
 
-int dropWarning(TIFF*, void*, const char*, const char*, std::va_list) {
+int onWarning(TIFF*, void* user, const char*, const char* format, std::va_list) {
+    noteEarlyEnd(*static_cast<Source*>(user), format);
     return 1;
 }
 
@@ -93,8 +106,8 @@ Tiff openTiff(Source& source) {
         TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
     if (!options)
         return nullptr;
-    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &keepComplaint, &source);
-    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), &dropWarning, nullptr);
+    TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &onError, &source);
+    TIFFOpenOptionsSetWarningHandlerExtR(options.get(), &onWarning, &source);
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), kMaximumDecoderMemory);
     return Tiff(TIFFClientOpenExt("TIFF", "r", &source, &readSource, &refuseWrite, &seekSource,
                                   &closeSource, &sourceSize, &mapSource, &unmapSource,
@@ -103,12 +116,7 @@ Tiff openTiff(Source& source) {
 
 ImageError errorFor(const Source& source) {
     const std::string text = source.complaint.data();
-    // libtiff has no code for it; all its sentences about data beyond the end hold one of these.
-    const bool truncated = std::ranges::any_of(
-        std::array{"Read error", "Cannot read", "Can not read", "Not enough data", "seek error",
-                   "Seek error"},
-        [&](const char* words) { return text.find(words) != std::string::npos; });
-    return decodingError(truncated ? Fault::truncated : Fault::damaged, "TIFF",
+    return decodingError(source.endsEarly ? Fault::truncated : Fault::damaged, "TIFF",
                          text.empty() ? "its data make no sense" : text);
 }
 
@@ -228,7 +236,8 @@ ImageResult decodeTiff(std::span<const std::byte> file) {
         return *std::move(error);
     const int compression = tagOf(tiff.get(), TIFFTAG_COMPRESSION);
     if (!isReadCompression(compression))
-        return ImageError{"TIFF compression " + std::to_string(compression) + " is not read"};
+        return decodingError(Fault::unsupported, "TIFF",
+                             "compression " + std::to_string(compression));
 
     const auto plain = plainLayoutOf(tiff.get());
     const int pixelBytes = plain ? plain->channels : 4;

@@ -23,7 +23,8 @@ ImageError errorFor(VP8StatusCode status) {
     case VP8_STATUS_SUSPENDED:
         return decodingError(Fault::truncated, "WebP", "the file ends early");
     case VP8_STATUS_UNSUPPORTED_FEATURE:
-        return decodingError(Fault::damaged, "WebP", "it asks for what the format does not have");
+        return decodingError(Fault::unsupported, "WebP",
+                             "it asks for a feature that the decoder lacks");
     default:
         return decodingError(Fault::damaged, "WebP", "the picture's data make no sense");
     }

@@ -1,0 +1,107 @@
+#include <kestrelid/Bitmap.h>
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdint>
+#include <ostream>
+
+namespace kestrelid {
+
+static void PrintTo(const PixelRect& rect, std::ostream* out) {
+    *out << rect.x << "," << rect.y << " " << rect.width << "x" << rect.height;
+}
+
+namespace {
+
+std::shared_ptr<const std::byte[]> zeros(std::size_t size) {
+    return std::make_shared<std::byte[]>(size);
+}
+
+struct WrapCase {
+    const char* name;
+    int width, height;
+    std::ptrdiff_t stride;
+    PixelFormat format;
+    std::size_t size;
+    bool accepted;
+};
+
+TEST(BitmapWrap, AcceptsOnlyRowsInsideThePixels) {
+    // Sizes are claims here: nothing reads beyond the one byte that the pointer has.
+    const WrapCase cases[] = {
+        {"one pixel", 1, 1, 1, PixelFormat::gray8, 1, true},
+        {"last row without padding", 3, 2, 16, PixelFormat::bgra8, 16 + 12, true},
+        {"one byte short", 3, 2, 16, PixelFormat::bgra8, 16 + 11, false},
+        {"rows overlap", 3, 2, 8, PixelFormat::rgb8, 100, false},
+        {"negative stride", 3, 2, -9, PixelFormat::rgb8, 100, false},
+        {"no width", 0, 1, 4, PixelFormat::gray8, 4, false},
+        {"negative height", 1, -1, 4, PixelFormat::gray8, 4, false},
+        {"no bytes", 1, 1, 1, PixelFormat::gray8, 0, false},
+        {"row longer than int", INT_MAX, 1, std::ptrdiff_t{INT_MAX} * 4, PixelFormat::bgra8,
+         SIZE_MAX, true},
+        {"stride times height overflows", 1, INT_MAX, PTRDIFF_MAX, PixelFormat::gray8, SIZE_MAX,
+         false},
+        {"stride times height wraps to 0", 1, 5, PTRDIFF_MAX / 2 + 1, PixelFormat::gray8, 100,
+         false},
+    };
+    for (const WrapCase& c : cases) {
+        EXPECT_EQ(Bitmap::wrap(c.width, c.height, c.stride, c.format, zeros(1), c.size).has_value(),
+                  c.accepted)
+            << c.name;
+    }
+    EXPECT_FALSE(Bitmap::wrap(1, 1, 1, PixelFormat::gray8, nullptr, 1));
+}
+
+struct CropCase {
+    PixelRect region;
+    std::optional<PixelRect> inside;
+};
+
+TEST(BitmapCrop, IsTheIntersection) {
+    const CropCase cases[] = {
+        {{0, 0, 10, 8}, PixelRect{0, 0, 10, 8}},
+        {{2, 3, 4, 5}, PixelRect{2, 3, 4, 5}},
+        {{-3, -2, 5, 5}, PixelRect{0, 0, 2, 3}},
+        {{8, 6, 5, 5}, PixelRect{8, 6, 2, 2}},
+        {{INT_MIN, INT_MIN, INT_MAX, INT_MAX}, std::nullopt},
+        {{-5, -5, INT_MAX, INT_MAX}, PixelRect{0, 0, 10, 8}},
+        {{9, 7, INT_MAX, INT_MAX}, PixelRect{9, 7, 1, 1}},
+        {{INT_MAX, 0, INT_MAX, 8}, std::nullopt},
+        {{10, 0, 1, 1}, std::nullopt},
+        {{0, 8, 1, 1}, std::nullopt},
+        {{-4, 0, 4, 4}, std::nullopt},
+        {{3, 3, 0, 2}, std::nullopt},
+        {{3, 3, 2, -1}, std::nullopt},
+        {{INT_MIN, 0, INT_MIN, 8}, std::nullopt},
+    };
+    const auto whole = Bitmap::wrap(10, 8, 33, PixelFormat::rgb8, zeros(33 * 8), 33 * 8);
+    ASSERT_TRUE(whole);
+    for (const CropCase& c : cases) {
+        const auto part = whole->crop(c.region);
+        ASSERT_EQ(part.has_value(), c.inside.has_value()) << testing::PrintToString(c.region);
+        if (!part)
+            continue;
+        EXPECT_EQ(part->width(), c.inside->width) << testing::PrintToString(c.region);
+        EXPECT_EQ(part->height(), c.inside->height) << testing::PrintToString(c.region);
+        EXPECT_EQ(part->row(0), whole->row(c.inside->y) + c.inside->x * 3)
+            << testing::PrintToString(c.region);
+        EXPECT_EQ(part->stride(), whole->stride());
+    }
+}
+
+TEST(BitmapCrop, OfACropCountsFromItsCornerAndKeepsThePixelsAlive) {
+    auto pixels = std::make_shared<std::byte[]>(20 * 10);
+    pixels[20 * 5 + 7] = std::byte{42};
+    auto whole = Bitmap::wrap(20, 10, 20, PixelFormat::gray8, pixels, 20 * 10);
+    const auto part = whole->crop({4, 3, 10, 6})->crop({3, 2, 100, 100});
+    whole.reset();
+    pixels.reset();
+    ASSERT_TRUE(part);
+    EXPECT_EQ(part->width(), 7);
+    EXPECT_EQ(part->height(), 4);
+    EXPECT_EQ(part->row(0)[0], std::byte{42});
+}
+
+}  // namespace
+}  // namespace kestrelid

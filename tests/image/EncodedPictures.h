@@ -1,0 +1,72 @@
+#pragma once
+
+#include <kestrelid/Bitmap.h>
+#include <kestrelid/Image.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+// Files as the codec libraries write them. All of them fail the test that asks for what a library
+// refuses.
+namespace kestrelid {
+
+using Bytes = std::vector<std::byte>;
+
+// No EXIF block or TIFF tag at all where it is none; the number is written as it stands, valid or
+// not.
+using OrientationTag = std::optional<int>;
+
+// An EXIF block with its "Exif\0\0" lead.
+[[nodiscard]] Bytes encodeExif(int orientation);
+
+struct JpegCase {
+    enum class Color { rgb, gray, ink } color = Color::rgb;
+    bool progressive = false;
+    OrientationTag orientation = std::nullopt;
+};
+[[nodiscard]] Bytes encodeTestJpeg(const Bitmap& rgb, const JpegCase& options = {});
+
+struct PngCase {
+    enum class Color { rgb, rgba, gray, grayAlpha, palette } color = Color::rgb;
+    int bitDepth = 8;
+    bool interlaced = false;
+    int opacity = 255;  // 0..255, of every pixel; for palettes, by a tRNS chunk
+    OrientationTag orientation = std::nullopt;
+    std::size_t textBombs = 0;  // compressed text chunks that unpack to a megabyte each
+};
+[[nodiscard]] Bytes encodeTestPng(const Bitmap& rgb, const PngCase& options = {});
+
+// The start of a PNG up to its first row.
+[[nodiscard]] Bytes pngHeader(std::uint32_t width, std::uint32_t height);
+
+struct WebPCase {
+    bool lossless = false;
+    int opacity = 255;
+    OrientationTag orientation = std::nullopt;
+    bool animated =
+        false;  // one frame, to the right and below a margin of as many pixels as the picture has
+};
+[[nodiscard]] Bytes encodeTestWebP(const Bitmap& rgb, const WebPCase& options = {});
+
+struct TiffCase {
+    enum class Color { rgb, rgba, gray, whiteIsZero, palette, ink, ycbcr } color = Color::rgb;
+    int bits = 8;
+    int compression = 1;  // TIFFTAG_COMPRESSION: none
+    bool tiled = false;
+    bool planes = false;
+    bool bigEndian = false;
+    int opacity = 255;
+    OrientationTag orientation = std::nullopt;
+};
+[[nodiscard]] Bytes encodeTestTiff(const Bitmap& rgb, const TiffCase& options = {});
+
+// Nothing where this machine's libheif has no HEVC encoder.
+[[nodiscard]] std::optional<Bytes> encodeTestHeic(const Bitmap& rgb, Orientation orientation);
+
+// A HEIC of blockPicture() that encodeTestHeic() wrote, for machines without an encoder.
+[[nodiscard]] Bytes committedHeic();
+
+}  // namespace kestrelid
