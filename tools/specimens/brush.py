@@ -1,4 +1,4 @@
-"""Paints shapes into a photographed desk: flat ones with a shadow, and rounded ones under a lamp."""
+"""Paints shapes into a photographed desk: flat ones, rounded ones, and their shadows."""
 
 import cv2
 import numpy as np
@@ -8,7 +8,7 @@ _LAMP = np.array([-0.45, -0.55, 0.70])  # towards the light: left, up and out of
 
 
 def mask_of(size, polygons):
-    """Coverage 0..1 (height x width, float32) of polygons, each N x 2 pixels, in a picture of size."""
+    """Coverage 0..1 (height x width, float32) of polygons, each N x 2 pixels."""
     mask = np.zeros((size[1], size[0]), np.uint8)
     for polygon in polygons:
         points = np.round((np.asarray(polygon) - 0.5) * (1 << _SHIFT)).astype(np.int32)
@@ -17,7 +17,7 @@ def mask_of(size, polygons):
 
 
 def capsule(start, end, start_radius, end_radius):
-    """The outline of a finger-like shape between two points: N x 2, in the unit of its arguments."""
+    """The outline of a finger-like shape between two points: N x 2, in its arguments' unit."""
     start, end = np.asarray(start, float), np.asarray(end, float)
     angle = np.arctan2(*(end - start)[::-1])
     first = angle + np.pi / 2 + np.linspace(0, np.pi, 20)
@@ -38,14 +38,17 @@ def box(centre, width, height, degrees=0.0, corner=0.0):
     points = []
     for quarter, (sx, sy) in enumerate([(1, 1), (-1, 1), (-1, -1), (1, -1)]):
         angle = (quarter + np.linspace(0, 1, 6 if corner else 1)) * np.pi / 2
-        points.append(np.stack([sx * x + corner * np.cos(angle), sy * y + corner * np.sin(angle)], 1))
+        arc = corner * np.stack([np.cos(angle), np.sin(angle)], 1)
+        points.append(arc + [sx * x, sy * y])
     a = np.radians(degrees)
-    return np.concatenate(points) @ np.array([[np.cos(a), np.sin(a)], [-np.sin(a), np.cos(a)]]) + centre
+    turn = np.array([[np.cos(a), np.sin(a)], [-np.sin(a), np.cos(a)]])
+    return np.concatenate(points) @ turn + centre
 
 
 def cast_shadow(picture, mask, offset, blur, strength):
-    """Darkens picture (float32, in place) where mask, moved by offset pixels and blurred, blocks the lamp."""
-    moved = cv2.warpAffine(mask, np.float32([[1, 0, offset], [0, 1, offset * 1.2]]), mask.shape[::-1])
+    """Darkens picture (float32, in place) under mask, moved by offset pixels and blurred."""
+    moved = cv2.warpAffine(mask, np.float32([[1, 0, offset], [0, 1, offset * 1.2]]),
+                           mask.shape[::-1])
     picture *= (1 - strength * cv2.GaussianBlur(moved, (0, 0), max(blur, 0.5)))[..., None]
 
 

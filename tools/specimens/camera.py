@@ -19,14 +19,14 @@ def outline(size_mm):
 
 
 def as_seen(quad):
-    """Four corners as 4 x 2 pixels in the order top-left, top-right, bottom-right, bottom-left as seen."""
+    """Four corners (4 x 2 pixels) in the order tl, tr, br, bl in which the picture shows them."""
     centred = quad - quad.mean(0)
     clockwise = quad[np.argsort(np.arctan2(centred[:, 1], centred[:, 0]))]
     return np.roll(clockwise, -int(np.argmin(clockwise.sum(1))), axis=0)
 
 
 class View:
-    """matrix: 3 x 3, homogeneous millimetres on the desk to pixels; size: (width, height) of the picture."""
+    """matrix: 3 x 3, homogeneous millimetres on the desk to pixels; size: (width, height)."""
 
     def __init__(self, matrix, size):
         self.matrix, self.size = matrix, size
@@ -38,8 +38,8 @@ class View:
 
     def scale(self):
         """Pixels a millimetre at the origin."""
-        around = self.pixels([[-1, 0], [1, 0], [0, -1], [0, 1]])
-        return float(np.linalg.norm(around[1] - around[0]) + np.linalg.norm(around[3] - around[2])) / 4
+        left, right, above, below = self.pixels([[-1, 0], [1, 0], [0, -1], [0, 1]])
+        return float(np.linalg.norm(right - left) + np.linalg.norm(below - above)) / 4
 
     def desk_grid(self):
         """x and y in millimetres of every pixel's centre: two height x width arrays, float32."""
@@ -50,11 +50,12 @@ class View:
         return (x / w).astype(np.float32), (y / w).astype(np.float32)
 
     def project(self, texture, border=cv2.BORDER_CONSTANT):
-        """A texture (height x width [x 3], uint8, PX_PER_MM, centred on the origin) as the picture shows it."""
+        """A texture (height x width [x 3], uint8, PX_PER_MM, centred on the origin) as seen."""
         height, width = texture.shape[:2]
         shrink = max(1.0, PX_PER_MM / (self.scale() * _SUPERSAMPLE))
         if shrink > 1.2:  # a distant document would alias
-            texture = cv2.resize(texture, None, fx=1 / shrink, fy=1 / shrink, interpolation=cv2.INTER_AREA)
+            texture = cv2.resize(texture, None, fx=1 / shrink, fy=1 / shrink,
+                                 interpolation=cv2.INTER_AREA)
         sx, sy = texture.shape[1] * PX_PER_MM / width, texture.shape[0] * PX_PER_MM / height
         # Array element i covers i..i+1, while OpenCV's warp counts from element centres.
         to_mm = np.array([[1 / sx, 0, 0.5 / sx - width / PX_PER_MM / 2],
@@ -78,8 +79,8 @@ def _rotation(roll, tilt, yaw):
 def aimed(size_mm, size, share, roll=0.0, tilt=0.0, yaw=0.0, offset=(0.0, 0.0)):
     """A View in which the document's bounding box takes share of the picture's tighter side.
 
-    roll turns the document clockwise; tilt lowers its far edge, yaw its right one (degrees). offset -1..1 moves
-    it from the middle towards the picture's edges, as far as the room left over allows.
+    roll turns the document clockwise; tilt lowers its far edge, yaw its right one (degrees).
+    offset -1..1 moves it from the middle towards the picture's edges, as far as there is room.
     """
     rotation = _rotation(roll, tilt, yaw)
     focal = _FOCAL * max(size)
@@ -95,8 +96,9 @@ def aimed(size_mm, size, share, roll=0.0, tilt=0.0, yaw=0.0, offset=(0.0, 0.0)):
         extent = (points.max(0) - points.min(0)) / size
         distance *= extent.max() / share
     points = View(matrix(distance), size).pixels(corners)
-    room = (np.array(size) - (points.max(0) - points.min(0))) / 2
-    shift = np.array(size) / 2 - (points.max(0) + points.min(0)) / 2 + np.asarray(offset) * np.maximum(room, 0)
+    lowest, highest = points.min(0), points.max(0)
+    room = np.maximum((np.array(size) - (highest - lowest)) / 2, 0)
+    shift = (np.array(size) - highest - lowest) / 2 + np.asarray(offset) * room
     move = np.array([[1, 0, shift[0]], [0, 1, shift[1]], [0, 0, 1]])
     return View(move @ matrix(distance), size)
 

@@ -37,8 +37,8 @@ def _pen(desk, rng, at, degrees):
     tip, cap, end = (at + _turned(x, 0, degrees) for x in (-72, 20, 66))
     desk.roll(brush.capsule(at + _turned(-62, 0, degrees), tip, 3.0, 0.8), (200, 196, 188), 3)
     desk.roll(brush.capsule(at + _turned(-58, 0, degrees), end, 3.7, 3.7), colour, 3.7, 0.5)
-    desk.roll(brush.capsule(cap + _turned(0, -2.6, degrees), end + _turned(0, -2.6, degrees), 1.0, 1.0),
-              (206, 206, 210), 1.0, 0.6)
+    aside = _turned(0, -2.6, degrees)
+    desk.roll(brush.capsule(cap + aside, end + aside, 1.0, 1.0), (206, 206, 210), 1.0, 0.6)
 
 
 def _keyboard(desk, rng, at, degrees):
@@ -53,16 +53,16 @@ def _keyboard(desk, rng, at, degrees):
                 continue
             keys.append(brush.box(at + _turned(x, y, degrees), 17, 17, degrees, 2))
             tops.append(brush.box(at + _turned(x, y - 0.8, degrees), 13.5, 13.5, degrees, 2.5))
-    for outlines, x, width in ((keys, 0, 112), (tops, 0, 109)):
-        outlines.append(brush.box(at + _turned(-10, 36, degrees), width, 17 if outlines is keys else 13.5,
-                                  degrees, 2))
+    for outlines, width, height in ((keys, 112, 17), (tops, 109, 13.5)):
+        outlines.append(brush.box(at + _turned(-10, 36, degrees), width, height, degrees, 2))
     desk.lay(keys, tuple(int(c * 0.8) for c in key), 1.5)
     desk.lay(tops, key)
 
 
 def _mug(desk, rng, at, degrees):
     colour = [(228, 226, 220), (60, 92, 110), (168, 70, 56)][int(rng.integers(3))]
-    desk.roll(brush.capsule(at + _turned(38, 0, degrees), at + _turned(56, 0, degrees), 7, 9), colour, 7)
+    desk.roll(brush.capsule(at + _turned(38, 0, degrees), at + _turned(56, 0, degrees), 7, 9),
+              colour, 7)
     desk.lay([brush.circle(at, 42)], tuple(int(c * 0.86) for c in colour), 22)
     desk.roll(brush.circle(at, 42), colour, 4, 0.3)
     desk.lay([brush.circle(at, 37.5)], tuple(int(c * 0.55) for c in colour))
@@ -76,14 +76,15 @@ def _note(desk, rng, at, degrees):
     for line in range(4):
         length = rng.uniform(26, 54)
         desk.lay([brush.capsule(at + _turned(-30, -22 + 12 * line, degrees),
-                                at + _turned(-30 + length, -22 + 12 * line, degrees), 0.35, 0.35)], (70, 70, 96))
+                                at + _turned(-30 + length, -22 + 12 * line, degrees), 0.35, 0.35)],
+                 (70, 70, 96))
 
 
 def _telephone(desk, rng, at, degrees):
     desk.lay([brush.box(at, 72, 148, degrees, 9)], (30, 32, 36), 6)
     desk.lay([brush.box(at, 67, 143, degrees, 7)], (12, 14, 18))
-    desk.lay([at + np.stack([_turned(*p, degrees) for p in ((-20, -70), (30, -70), (30, 10), (-4, 10))])],
-             (30, 34, 42))
+    gleam = ((-20, -70), (30, -70), (30, 10), (-4, 10))
+    desk.lay([at + np.stack([_turned(x, y, degrees) for x, y in gleam])], (30, 34, 42))
 
 
 def _paper(desk, rng, at, degrees):
@@ -100,10 +101,11 @@ _THINGS = {_paper: 84, _note: 40, _telephone: 54, _keyboard: 56, _mug: 46, _pen:
 
 
 def scatter(picture, rng, view, free_mm, count=4):
-    """Lays things into picture (float32, 0..1, in place) around a free area of (width, height) millimetres."""
+    """Lays things into picture (float32, in place) around a free area (width, height in mm)."""
     desk = _Desk(picture, view)
     kinds = list(_THINGS)
-    directions = rng.uniform(0, 360) + rng.permutation(count) * 360 / count + rng.uniform(-20, 20, count)
+    directions = rng.uniform(0, 360) + rng.permutation(count) * 360 / count
+    directions += rng.uniform(-20, 20, count)
     chosen = [kind for turn in range(0, count, len(kinds))
               for kind in rng.permutation(len(kinds))[:count - turn]]
     for kind, direction in zip(sorted(chosen), np.radians(directions)):

@@ -17,9 +17,9 @@ _EXAMPLES = """examples:
   draw-specimens --out /tmp/set --count 200         200 pictures, two thirds of them passports
   draw-specimens --out /tmp/ids --count 20 --kind other-id --size 1280x720 --seed 7
 
-The same options give the same bytes with the same versions of Pillow, NumPy, OpenCV and the fonts, and a
-longer run starts with the pictures of a shorter one. Every folder gets a manifest.tsv with each picture's
-outline and machine-readable lines. All people, numbers and faces are invented.
+The same options give the same bytes with the same versions of Pillow, NumPy, OpenCV and the fonts;
+a longer run starts with the pictures of a shorter one. Every folder gets a manifest.tsv with each
+picture's outline and machine-readable lines. All people, numbers and faces are invented.
 """
 _MIX = {"passport-drawn": 0.65, "other-id": 0.08, "other-document": 0.17, "other-scene": 0.10}
 
@@ -43,13 +43,17 @@ def _natural(text):
 
 def _parser():
     parser = argparse.ArgumentParser(
-        prog="draw-specimens", description="Draws invented passports and other papers and photographs them.",
+        prog="draw-specimens",
+        description="Draws invented passports and other papers and photographs them.",
         epilog=_EXAMPLES, formatter_class=argparse.RawDescriptionHelpFormatter)
     target = parser.add_mutually_exclusive_group(required=True)
     target.add_argument("--out", metavar="FOLDER", help="draw pictures at random into FOLDER")
-    target.add_argument("--samples", metavar="FOLDER", help="draw exactly the project's samples into FOLDER")
-    parser.add_argument("--count", type=_natural, default=10, help="how many pictures (default: 10)")
-    parser.add_argument("--seed", type=_natural, default=1, help="start of the randomness (default: 1)")
+    target.add_argument("--samples", metavar="FOLDER",
+                        help="draw exactly the project's samples into FOLDER")
+    parser.add_argument("--count", type=_natural, default=10,
+                        help="how many pictures (default: 10)")
+    parser.add_argument("--seed", type=_natural, default=1,
+                        help="start of the randomness (default: 1)")
     parser.add_argument("--kind", choices=sorted(KINDS), help="only this kind (default: a mixture)")
     parser.add_argument("--size", type=_size, metavar="WxH",
                         help="pixels of every picture (default: 1280x720, 1280x960 or 960x1280)")
@@ -82,8 +86,11 @@ def main(arguments=None):
             (folder / name).write_bytes(picture.file_bytes())
             rows.append(manifest.row(name, picture))
         manifest.write(folder, rows)
-    except (MissingPackage, OSError) as error:
+    except MissingPackage as error:
         print(f"draw-specimens: {error}", file=sys.stderr)
+        return 1
+    except OSError as error:
+        print(f"draw-specimens: {error.filename}: {error.strerror}", file=sys.stderr)
         return 1
     print(f"{len(rows)} pictures and manifest.tsv in {folder}")
     return 0

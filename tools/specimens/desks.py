@@ -41,10 +41,12 @@ def wood(rng, x, y):
     board = np.floor(boards).astype(np.int32)
     shift = (board * 977 % 613).astype(np.float32)  # every board is cut from another tree
     x = x + shift
-    rings = (y + 7 * _noise(rng, x, y, 130, 26) + 1.6 * _noise(rng, x, y, 40, 7)) / rng.uniform(4.5, 7.5)
+    wandering = y + 7 * _noise(rng, x, y, 130, 26) + 1.6 * _noise(rng, x, y, 40, 7)
+    rings = wandering / rng.uniform(4.5, 7.5)
     grain = 0.5 + 0.5 * np.sin(2 * np.pi * rings)
     fibre = _noise(rng, x, y, 16, 0.45) + 0.6 * _noise(rng, x, y, 5, 0.3)
-    light = _colour(rng, [(196, 152, 104), (170, 122, 78), (142, 98, 62), (206, 172, 130), (112, 76, 52)])
+    light = _colour(rng, [(196, 152, 104), (170, 122, 78), (142, 98, 62), (206, 172, 130),
+                          (112, 76, 52)])
     share = 0.55 * grain ** 2 + 0.16 * fibre + 0.1 * _noise(rng, x, y, 90)
     picture = _mixed(light, light * 0.66, share)
     picture *= (1 + 0.05 * np.sin(board * 2.3))[..., None]
@@ -55,7 +57,8 @@ def wood(rng, x, y):
 def cloth(rng, x, y):
     """Woven cloth, plain or checked, with soft folds."""
     x, y = _turned(rng, x, y, 0.5)
-    base = _colour(rng, [(70, 92, 120), (130, 60, 62), (92, 104, 84), (196, 188, 172), (60, 60, 70)])
+    base = _colour(rng,
+                   [(70, 92, 120), (130, 60, 62), (92, 104, 84), (196, 188, 172), (60, 60, 70)])
     thread = rng.uniform(0.8, 1.3)
     weave = np.sin(2 * np.pi * x / thread) * np.sin(2 * np.pi * y / thread)
     folds = _noise(rng, x, y, 70) + 0.4 * _noise(rng, x, y, 28)
@@ -70,7 +73,8 @@ def cloth(rng, x, y):
 
 def plain(rng, x, y):
     """A laminate table top in one colour, lightly speckled."""
-    base = _colour(rng, [(150, 152, 154), (92, 96, 100), (176, 166, 148), (60, 66, 74), (122, 140, 146)])
+    base = _colour(rng,
+                   [(150, 152, 154), (92, 96, 100), (176, 166, 148), (60, 66, 74), (122, 140, 146)])
     tone = 1 + 0.04 * _noise(rng, x, y, 60) + 0.03 * _noise(rng, x, y, 0.6)
     return base * tone[..., None]
 
@@ -95,7 +99,8 @@ DESKS = {"wood": wood, "cloth": cloth, "plain": plain, "stone": stone}
 
 
 def texture(name, rng, view):
-    """The desk as view sees it: height x width x 3, float32, 0..1. name: a key of DESKS, or 'glass'."""
+    """What view sees of a desk (DESKS or 'glass'): height x width x 3, float32, 0..1."""
     x, y = view.desk_grid()
     paint = glass if name == "glass" else DESKS[name]
-    return np.clip(paint(rng, x + rng.uniform(0, 9000), y + rng.uniform(0, 9000)), 0, 1).astype(np.float32)
+    picture = paint(rng, x + rng.uniform(0, 9000), y + rng.uniform(0, 9000))
+    return np.clip(picture, 0, 1).astype(np.float32)

@@ -10,7 +10,7 @@ from .sheet import PX_PER_MM
 
 @dataclass(frozen=True)
 class Document:
-    """pixels: height x width x 3, uint8, RGB, at PX_PER_MM. zone: the machine-readable lines, or none."""
+    """pixels: height x width x 3, uint8, at PX_PER_MM. zone: machine-readable lines, or none."""
 
     pixels: np.ndarray
     kind: str

@@ -19,7 +19,7 @@ def tinted(colours, width_mm, height_mm):
     stops = np.linspace(0, 1, len(colours))
     across = np.linspace(0, 1, width)
     row = np.stack([np.interp(across, stops, [c[i] for c in colours]) for i in range(3)], 1)
-    return np.repeat(row[None], height, 0).round().astype(np.uint8)
+    return np.repeat(row.round().astype(np.uint8)[None], height, 0)
 
 
 def waves(pixels, rng, colour, pitch=1.3):

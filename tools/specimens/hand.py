@@ -32,12 +32,14 @@ class Hand:
         brush.rounded(picture, mask, colour or self._skin, radius_mm * self._scale, 0.04)
 
     def paint_behind(self, picture):
-        """The palm and the sleeve, before the document is laid over them (float32 picture, in place)."""
+        """Palm and sleeve, before the document is laid over them (float32 picture, in place)."""
         s = self._scale
-        self._paint(picture, [brush.capsule(self._at(-30, 52), self._at(-120, 130), 32 * s, 44 * s)], 30,
+        self._paint(picture,
+                    [brush.capsule(self._at(-30, 52), self._at(-120, 130), 32 * s, 44 * s)], 30,
                     self._sleeve)
         palm = [brush.capsule(self._at(6, 26), self._at(-34, 54), 27 * s, 27 * s)]
-        fingers = [brush.capsule(self._at(10, y), self._at(-13 + 1.5 * abs(y + 8) / 9, y + 5), 8 * s, 8.5 * s)
+        fingers = [brush.capsule(self._at(10, y), self._at(-13 + 1.5 * abs(y + 8) / 9, y + 5),
+                                 8 * s, 8.5 * s)
                    for y in (-26, -8, 10)]
         self._paint(picture, palm, 24)
         for finger in fingers:
@@ -47,7 +49,8 @@ class Hand:
         """The thumb, over the document's edge."""
         s = self._scale
         tip, joint, root = self._at(self._reach - 7, -1), self._at(-14, 10), self._at(-30, 36)
-        thumb = [brush.capsule(root, joint, 15 * s, 10.5 * s), brush.capsule(joint, tip, 10.5 * s, 8.6 * s)]
+        thumb = [brush.capsule(root, joint, 15 * s, 10.5 * s),
+                 brush.capsule(joint, tip, 10.5 * s, 8.6 * s)]
         self._paint(picture, thumb, 10)
         direction = (tip - joint) / np.linalg.norm(tip - joint)
         nail = brush.capsule(tip - direction * 2.4 * s, tip + direction * 3.4 * s, 4.5 * s, 4.6 * s)

@@ -64,7 +64,8 @@ def sensed(picture, rng, noise):
     picture = np.clip(picture, 0, 1)
     if noise > 0:
         grain = rng.standard_normal(picture.shape, np.float32)
-        grain = cv2.GaussianBlur(grain, (0, 0), 0.55) * 1.7  # demosaicing spreads it; 1.7 restores its deviation
+        # Demosaicing spreads noise over neighbours; 1.77 restores its deviation.
+        grain = cv2.GaussianBlur(grain, (0, 0), 0.55) * 1.77
         picture = picture + grain * (noise / 255) * np.sqrt(0.3 + 1.4 * picture)
     return np.clip(picture * 255 + 0.5, 0, 255).astype(np.uint8)
 

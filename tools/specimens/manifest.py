@@ -10,9 +10,9 @@ _ABSENT = "-"
 def row(name, picture):
     """The values of COLUMNS for a scene.Picture saved as name.
 
-    The quadrilateral holds the document's outline as seen, top-left first and clockwise, in pixels from the
-    picture's top-left corner; rounded corners are extended to where the edges would meet. The zone's two lines
-    are given for passports only.
+    The quadrilateral is the document's outline as seen, top-left first and clockwise, in pixels
+    from the picture's top-left corner; rounded corners are extended to where the edges would meet.
+    The zone's lines are given for passports only.
     """
     quad = _ABSENT
     if picture.quad is not None:

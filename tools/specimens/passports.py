@@ -16,15 +16,16 @@ _INK = (26, 26, 34)
 
 
 def print_zone(sheet, lines, left, last_baseline, pitch=2.54, leading=6.35):
-    """Prints machine-readable lines in OCR-B, 10 characters an inch, the last one at last_baseline."""
+    """Prints machine-readable lines in OCR-B, the last one at last_baseline; pitch in mm."""
     size = pitch / sheet.text_width("M", "zone", 1.0)
     for position, line in enumerate(lines):
         baseline = last_baseline - (len(lines) - 1 - position) * leading
         sheet.spaced(left, baseline, line, pitch, size)
 
 
-def field(sheet, x, y, label, value, width=40, font="bold", size=3.2, colour=_LABEL, label_size=2.7):
-    """Prints a label with its value under it; y is the label's baseline, width the room there is."""
+def field(sheet, x, y, label, value, width=40, font="bold", size=3.2, colour=_LABEL,
+          label_size=2.7):
+    """Prints a label at baseline y and its value under it, both made to fit width."""
     sheet.text(x, y, label, "sans", label_size, colour, width=width)
     sheet.text(x, y + size * 0.98, value, font, size, _INK, width=width)
 
@@ -51,7 +52,8 @@ def bangladesh_sheet(rng, person):
     field(sheet, left, 14.0, "Type", "P", 10)
     field(sheet, left + 14, 14.0, "Country Code", person.state, 22)
     field(sheet, left + 46, 14.0, "Passport No.", person.number, 32, size=3.8)
-    rows = [("Surname", person.surname), ("Given Name", person.given), ("Nationality", "BANGLADESHI"),
+    rows = [("Surname", person.surname), ("Given Name", person.given),
+            ("Nationality", "BANGLADESHI"),
             ("Date of Birth", spelled(person.born)), ("Sex", person.sex),
             ("Date of Issue", spelled(person.issued)), ("Date of Expiry", spelled(person.expires))]
     for position, (label, value) in enumerate(rows):
@@ -93,7 +95,7 @@ def _contact_sheet(rng, person):
 
 
 def _fold(pixels, middle):
-    # The pages bend down into the spine: 7 mm of falling light on the lower page, 4 mm on the upper.
+    # The pages bend down into the spine, the lower one further from the lamp.
     rows = (np.arange(pixels.shape[0]) - middle) / PX_PER_MM
     depth = np.where(rows < 0, 0.20 * np.exp(rows / 2.0), 0.36 * np.exp(-rows / 3.2))
     stitch = np.where(np.abs(rows) < 0.18, 0.45, 0)

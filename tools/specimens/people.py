@@ -5,7 +5,8 @@ from datetime import date
 
 _SURNAMES = {
     "BGD": ["NAMUNA", "SPECIMEN", "UDAHARAN", "EXEMPLAR", "NAMUNA SPECIMEN", "MUSTER"],
-    "UTO": ["MUSTER", "SPECIMEN", "EXEMPLAR", "VAN DER MUSTER", "ÉCHANTILLON", "MUESTRA", "VZOR-SPECIMEN"],
+    "UTO": ["MUSTER", "SPECIMEN", "EXEMPLAR", "VAN DER MUSTER", "ÉCHANTILLON", "MUESTRA",
+            "VZOR-SPECIMEN"],
 }
 _GIVEN = {
     "F": ["SAMPLE KHATUN", "MOCK ARA", "PROBA NINA", "ANNA EXEMPLA", "FICTIVA ROSE", "TESSA"],
@@ -13,7 +14,8 @@ _GIVEN = {
 }
 _PLACES = {"BGD": ["DHAKA", "KHULNA", "SYLHET", "BARISAL", "RANGPUR"],
            "UTO": ["ZENITH", "NOWHERE", "AMAUROT", "MEADOWVALE", "SANDBAR"]}
-_AUTHORITIES = {"BGD": ["DIP/EXAMPLE", "DIP/SPECIMEN"], "UTO": ["PASSPORT OFFICE", "CITY OF AMAUROT"]}
+_AUTHORITIES = {"BGD": ["DIP/EXAMPLE", "DIP/SPECIMEN"],
+                "UTO": ["PASSPORT OFFICE", "CITY OF AMAUROT"]}
 _STREETS = ["EXAMPLE ROAD", "SPECIMEN LANE", "MODEL STREET", "NAMUNA SARAK"]
 _RELATIONS = {"F": ["SISTER", "AUNT", "COUSIN"], "M": ["BROTHER", "UNCLE", "COUSIN"]}
 _MONTHS = ["JAN", "FEB", "MAR", "APR", "MAY", "JUN", "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"]
@@ -70,7 +72,8 @@ def _digits(rng, count):
 
 def _address(rng, state):
     country = "0000, BANGLADESH" if state == "BGD" else "00000 UTOPIA"
-    return (f"{int(rng.integers(1, 99))} {_pick(rng, _STREETS)}", f"{_pick(rng, _PLACES[state])} {country}")
+    return (f"{int(rng.integers(1, 99))} {_pick(rng, _STREETS)}",
+            f"{_pick(rng, _PLACES[state])} {country}")
 
 
 def invent(rng, state):
@@ -93,5 +96,6 @@ def invent(rng, state):
         father=f"{men.pop()} {surname}", mother=f"{women.pop()} {surname}",
         spouse=_pick(rng, ["", (men if sex == "F" else women).pop()]),
         address=_address(rng, state), emergency_name=f"{emergency} {surname}",
-        emergency_relation=_pick(rng, _RELATIONS[emergency_sex]), emergency_address=_address(rng, state),
+        emergency_relation=_pick(rng, _RELATIONS[emergency_sex]),
+        emergency_address=_address(rng, state),
         telephone="+000 0000 " + _digits(rng, 4))

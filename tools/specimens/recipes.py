@@ -5,8 +5,8 @@ from dataclasses import dataclass
 from .desks import DESKS
 
 KINDS = {  # kind, as the manifest names it: its layouts
-    "passport-drawn": ("bangladesh-page", "bangladesh-spread", "utopia-classic", "utopia-trilingual",
-                       "utopia-columns"),
+    "passport-drawn": ("bangladesh-page", "bangladesh-spread", "utopia-classic",
+                       "utopia-trilingual", "utopia-columns"),
     "other-id": ("identity-card",),
     "other-document": ("receipt", "letter", "blank"),
     "other-scene": ("none",),
@@ -49,7 +49,8 @@ class Recipe:
         """One line for the manifest."""
         words = [self.layout.replace("-", " ") if self.layout != "none" else "no document"]
         words.append("scan filling the picture" if self.fills else f"on {self.desk}")
-        turns = {1: "turned a quarter clockwise", 2: "upside down", 3: "turned a quarter anticlockwise"}
+        turns = {1: "turned a quarter clockwise", 2: "upside down",
+                 3: "turned a quarter anticlockwise"}
         for holds, word in ((self.turn, turns.get(self.turn)), (self.in_hand, "in hand"),
                             (self.things, "cluttered"), (self.exposure < 0.55, "dim"),
                             (self.shadow > 0, "shadow"), (self.glare > 0, "glare")):
@@ -59,7 +60,7 @@ class Recipe:
 
 
 def random_recipe(rng, kind, size=None):
-    """A Recipe of kind (a key of KINDS) drawn from rng (numpy Generator); size: None draws one of SIZES."""
+    """A Recipe of kind drawn from rng (numpy Generator); size None draws one of SIZES."""
     layout = str(rng.choice(KINDS[kind]))
     size = size or SIZES[int(rng.integers(len(SIZES)))]
     fills = layout != "none" and rng.random() < 0.06
@@ -67,7 +68,8 @@ def random_recipe(rng, kind, size=None):
     dim = rng.random() < 0.15
     return Recipe(
         layout=layout, desk=str(rng.choice(sorted(DESKS))), size=size,
-        share=float(rng.uniform(0.55, 0.78 if in_hand else 0.95)),  # the hand needs room on the right
+        # A hand needs room on the right.
+        share=float(rng.uniform(0.55, 0.78 if in_hand else 0.95)),
         offset=(float(rng.uniform(-0.9, -0.3 if in_hand else 0.9)), float(rng.uniform(-0.9, 0.9))),
         turn=int(rng.choice(4, p=[0.55, 0.15, 0.15, 0.15])), roll=float(rng.normal(0, 7)),
         tilt=float(rng.normal(0, 13)), yaw=float(rng.normal(0, 9)), fills=fills, in_hand=in_hand,
@@ -76,5 +78,7 @@ def random_recipe(rng, kind, size=None):
         warmth=float(rng.uniform(-0.5, 1.0)), falloff=float(rng.uniform(0.1, 0.5)),
         shadow=float(rng.uniform(0.2, 0.5)) if rng.random() < 0.3 else 0.0,
         glare=float(rng.uniform(0.2, 0.7)) if rng.random() < 0.15 else 0.0,
-        focus=float(abs(rng.normal(0.3, 0.5))), motion=float(rng.uniform(2, 6)) if rng.random() < 0.1 else 0.0,
-        noise=float(rng.uniform(5, 11) if dim else rng.uniform(1, 5)), quality=int(rng.integers(62, 93)))
+        focus=float(abs(rng.normal(0.3, 0.5))),
+        motion=float(rng.uniform(2, 6)) if rng.random() < 0.1 else 0.0,
+        noise=float(rng.uniform(5, 11) if dim else rng.uniform(1, 5)),
+        quality=int(rng.integers(62, 93)))

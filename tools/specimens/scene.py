@@ -11,7 +11,8 @@ from .recipes import Recipe
 
 _LAYOUTS = {
     "bangladesh-page": passports.bangladesh_page, "bangladesh-spread": passports.bangladesh_spread,
-    "utopia-classic": utopia.classic, "utopia-trilingual": utopia.trilingual, "utopia-columns": utopia.columns,
+    "utopia-classic": utopia.classic, "utopia-trilingual": utopia.trilingual,
+    "utopia-columns": utopia.columns,
     "identity-card": utopia.identity_card, "receipt": papers.receipt, "letter": papers.letter,
     "blank": papers.blank,
 }
@@ -20,7 +21,7 @@ _BARE_MM = (125, 88)  # a desk without document is seen from as near as one with
 
 @dataclass(frozen=True)
 class Picture:
-    """pixels: height x width x 3, uint8, RGB. quad: 4 x 2 pixels, corners as seen, or None. zone: its lines."""
+    """pixels: height x width x 3, uint8. quad: 4 x 2 pixels, corners as seen, or None."""
 
     recipe: Recipe
     pixels: np.ndarray
@@ -35,8 +36,8 @@ class Picture:
 def _seen_from(recipe, size_mm):
     if recipe.fills:
         return camera.filling(size_mm, recipe.size, recipe.turn)
-    return camera.aimed(size_mm, recipe.size, recipe.share, recipe.roll + 90 * recipe.turn, recipe.tilt,
-                        recipe.yaw, recipe.offset)
+    return camera.aimed(size_mm, recipe.size, recipe.share, recipe.roll + 90 * recipe.turn,
+                        recipe.tilt, recipe.yaw, recipe.offset)
 
 
 def _desk(recipe, rng, view, size_mm):
@@ -60,7 +61,7 @@ def lay(picture, document, view, shadow=True):
 
 
 def draw_picture(recipe, seed):
-    """Draws and photographs what recipe says; equal arguments give equal bytes. Returns a Picture."""
+    """A Picture of what recipe says; equal arguments give equal bytes."""
     print_rng, desk_rng, light_rng = (np.random.default_rng([seed, stream]) for stream in range(3))
     document = _LAYOUTS[recipe.layout](print_rng) if recipe.layout != "none" else None
     size_mm = document.size_mm if document else _BARE_MM

@@ -39,7 +39,7 @@ def require_fonts():
     for role in _FONTS:
         _font_path(role)
     if not features.check("raqm"):
-        raise MissingPackage("Pillow cannot shape Bengali text: install the Debian package libraqm0")
+        raise MissingPackage("no shaping of Bengali text: install the Debian package libraqm0")
 
 
 @lru_cache(maxsize=256)
@@ -72,11 +72,12 @@ class Sheet:
         return _font(font, round(size * PX_PER_MM)).getlength(text) / PX_PER_MM
 
     def text(self, x, y, text, font="sans", size=2.6, colour=(30, 30, 40), anchor="ls", width=None):
-        """Prints text with its baseline at y (Pillow anchor); size is the em, narrowed to fit width."""
+        """Prints text with its baseline at y; size is the em, made smaller to fit width."""
         if width is not None:
             size = min(size, size * width / max(self.text_width(text, font, size), 1e-6))
         ImageDraw.Draw(self.image).text(
-            (x * PX_PER_MM, y * PX_PER_MM), text, colour, _font(font, round(size * PX_PER_MM)), anchor)
+            (x * PX_PER_MM, y * PX_PER_MM), text, colour, _font(font, round(size * PX_PER_MM)),
+            anchor)
 
     def spaced(self, x, y, text, pitch, size, font="zone", colour=(25, 25, 30)):
         """Prints one character every pitch, as a machine-readable zone is set."""
@@ -86,7 +87,8 @@ class Sheet:
     def box(self, left, top, right, bottom, fill=None, outline=None, line=0.2):
         """A rectangle, filled, outlined or both."""
         corners = [v * PX_PER_MM for v in (left, top, right, bottom)]
-        ImageDraw.Draw(self.image).rectangle(corners, fill, outline, max(1, round(line * PX_PER_MM)))
+        ImageDraw.Draw(self.image).rectangle(corners, fill, outline,
+                                             max(1, round(line * PX_PER_MM)))
 
     def line(self, points, colour, width=0.15):
         """A polyline through points, (x, y) pairs."""
@@ -102,8 +104,10 @@ class Sheet:
 
     def stamp(self, x, y, text, size, colour, opacity, degrees, font="bold"):
         """Prints translucent text, turned counter-clockwise, centred at x, y."""
-        layer = Image.new("L", self.image.size, 0)
-        pixels = (x * PX_PER_MM, y * PX_PER_MM)
-        ImageDraw.Draw(layer).text(pixels, text, 255, _font(font, round(size * PX_PER_MM)), "mm")
-        layer = layer.rotate(degrees, Image.BICUBIC, center=pixels).point(lambda a: round(a * opacity))
-        self.image.paste(Image.new("RGB", self.image.size, colour), (0, 0), layer)
+        reach = round((self.text_width(text, font, size) / 2 + size) * PX_PER_MM)
+        layer = Image.new("L", (2 * reach, 2 * reach), 0)
+        ImageDraw.Draw(layer).text((reach, reach), text, 255, _font(font, round(size * PX_PER_MM)),
+                                   "mm")
+        layer = layer.rotate(degrees, Image.BICUBIC).point(lambda a: round(a * opacity))
+        corner = round(x * PX_PER_MM) - reach, round(y * PX_PER_MM) - reach
+        self.image.paste(Image.new("RGB", layer.size, colour), corner, layer)

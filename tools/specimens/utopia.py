@@ -1,4 +1,4 @@
-"""Passport pages and identity cards of Utopia (UTO), the state that ICAO Doc 9303 uses for examples."""
+"""Passport pages and identity cards of Utopia (UTO), the example state of ICAO Doc 9303."""
 
 from . import portrait, zone
 from .document import Document
@@ -40,7 +40,8 @@ def classic(rng):
     field(sheet, 65, 12.4, "Code / Code", "UTO", 18, colour=label)
     field(sheet, 89, 12.4, "Passport No. / No.", person.number, 32, size=3.7, colour=label)
     rows = [("Surname / Nom", person.surname), ("Given names / Prénoms", person.given),
-            ("Nationality / Nationalité", "UTOPIAN"), ("Date of birth / Date de naissance", spelled(person.born)),
+            ("Nationality / Nationalité", "UTOPIAN"),
+            ("Date of birth / Date de naissance", spelled(person.born)),
             ("Place of birth / Lieu de naissance", person.place),
             ("Date of issue / Date de délivrance", spelled(person.issued)),
             ("Date of expiry / Date d'expiration", spelled(person.expires))]
@@ -64,14 +65,16 @@ def trilingual(rng):
     field(sheet, 6, 16.8, "TYPE / TYP / TIPO", "P", 26, "sans", colour=label, label_size=2.5)
     field(sheet, 36, 16.8, "CODE", "UTO", 12, "sans", colour=label, label_size=2.5)
     field(sheet, 52, 16.8, "PASSPORT NO. / NR.", person.number, 30, "bold", 3.6, label, 2.5)
-    rows = [("SURNAME / NAME / APELLIDOS", person.surname), ("GIVEN NAMES / VORNAMEN", person.given),
+    rows = [("SURNAME / NAME / APELLIDOS", person.surname),
+            ("GIVEN NAMES / VORNAMEN", person.given),
             ("NATIONALITY / STAATSANGEHÖRIGKEIT", "UTOPIAN"),
             ("DATE OF BIRTH / GEBURTSDATUM", spelled(person.born)),
             ("PLACE OF BIRTH / GEBURTSORT", person.place),
             ("DATE OF ISSUE / AUSSTELLUNGSDATUM", spelled(person.issued)),
             ("DATE OF EXPIRY / GÜLTIG BIS", spelled(person.expires))]
     for position, (name, value) in enumerate(rows):
-        field(sheet, 6, 23.0 + 6.55 * position, name, value, 56, "sans", colour=label, label_size=2.5)
+        field(sheet, 6, 23.0 + 6.55 * position, name, value, 56, "sans", colour=label,
+              label_size=2.5)
     field(sheet, 66, 56.0, "SEX", person.sex, 12, "sans", colour=label, label_size=2.5)
     field(sheet, 82, 56.0, "AUTHORITY / BEHÖRDE", person.authority, 37, "sans", 3.0, label, 2.5)
     sheet.place(portrait.signature(rng), 84, 60, 26, 8)
@@ -92,11 +95,13 @@ def columns(rng):
              [("Surname", person.surname), ("Nationality", "UTOPIAN")],
              [("Given names", person.given), ("Sex", person.sex)],
              [("Date of birth", spelled(person.born)), ("Place of birth", person.place)],
-             [("Date of issue", spelled(person.issued)), ("Date of expiry", spelled(person.expires))],
+             [("Date of issue", spelled(person.issued)),
+              ("Date of expiry", spelled(person.expires))],
              [("Issuing authority", person.authority)]]
     for row, cell in enumerate(cells):
         for column, (name, value) in enumerate(cell):
-            field(sheet, 41 + 42 * column, 16.0 + 9.2 * row, name, value, 40, "serif-bold", 3.7, label, 2.9)
+            field(sheet, 41 + 42 * column, 16.0 + 9.2 * row, name, value, 40, "serif-bold", 3.7,
+                  label, 2.9)
     sheet.place(portrait.signature(rng), 7, 54.5, 28, 9)
     sheet.stamp(84, 42, "SPECIMEN", 14, (140, 90, 40), 0.15, 20)
     sheet.stamp(106, 63, "SPECIMEN", 5.5, (170, 30, 40), 0.5, 0)
@@ -112,7 +117,8 @@ def identity_card(rng):
     sheet.text(81.6, 4.6, "IDENTITY CARD / CARTE D'IDENTITÉ", "bold", 2.7, label, "rs")
     holder(sheet, rng, person, 4, 6.6, 19.5)
     rows = [("Name", f"{person.surname}, {person.given}"), ("Card number", person.number),
-            ("Born", f"{spelled(person.born)}, {person.place}"), ("Valid until", spelled(person.expires))]
+            ("Born", f"{spelled(person.born)}, {person.place}"),
+            ("Valid until", spelled(person.expires))]
     for position, (name, value) in enumerate(rows):
         field(sheet, 27, 8.6 + 6.0 * position, name, value, 54, "bold", 2.7, label, 2.1)
     sheet.stamp(64, 27, "SPECIMEN", 5.0, (170, 30, 40), 0.45, 8)
