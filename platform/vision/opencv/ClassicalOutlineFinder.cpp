@@ -12,7 +12,8 @@ std::vector<OutlineCandidate> ClassicalOutlineFinder::find(const Scene& scene) c
     quads.insert(quads.end(), fromLines.begin(), fromLines.end());
     std::vector<OutlineCandidate> candidates;
     for (const Quad& quad : quads) {
-        candidates.push_back({quad, confidenceOf(weigh(quad, scene))});
+        const OutlineEvidence evidence = weigh(quad, scene);
+        candidates.push_back({quad, confidenceOf(evidence), evidence.printKept});
     }
     return candidates;
 }

@@ -8,6 +8,9 @@ namespace kestrelid::opencv {
 
 namespace {
 
+// A well-supported outline that holds the print is the better answer.
+constexpr double kMostConfidence = 0.8;
+
 double rising(double value, double low, double high) {
     return std::clamp((value - low) / (high - low), 0.0, 1.0);
 }
@@ -38,13 +41,13 @@ std::vector<OutlineCandidate> FullPageFinder::find(const Scene& scene) const {
         }
     }
     const double spanned = std::min((right - left) / width, (bottom - top) / height);
-    const double confidence = rising(static_cast<double>(scene.text.lines.size()), 3, 9) *
-                              rising(static_cast<double>(glyphs), 20, 80) *
-                              rising(spanned, 0.45, 0.75) *
-                              rising(static_cast<double>(std::ranges::count(cells, true)), 5, 10) *
-                              rising(scene.text.inkPart, 0.1, 0.4);
+    const double confidence =
+        kMostConfidence * rising(static_cast<double>(scene.text.lines.size()), 3, 9) *
+        rising(static_cast<double>(glyphs), 20, 80) * rising(spanned, 0.45, 0.75) *
+        rising(static_cast<double>(std::ranges::count(cells, true)), 5, 10) *
+        rising(scene.text.inkPart, 0.1, 0.4);
     const Quad whole{cv::Point2f{0.0f, 0.0f}, {width, 0.0f}, {width, height}, {0.0f, height}};
-    return {{whole, confidence}};
+    return {{whole, confidence, 1.0}};
 }
 
 }  // namespace kestrelid::opencv

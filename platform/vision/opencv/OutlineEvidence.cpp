@@ -109,6 +109,55 @@ Side weighSide(cv::Point2f a, cv::Point2f b, const Scene& scene) {
     return side;
 }
 
+// Part of a grid spread over the quadrilateral, u and v from low to high, where the mask is set.
+struct Cover {
+    int set = 0;
+    int all = 0;
+    [[nodiscard]] double part() const { return all > 0 ? static_cast<double>(set) / all : 0.0; }
+};
+
+constexpr int kGrid = 16;
+
+template <class Take>
+void sampleGrid(const Quad& q, float low, float high, Take take) {
+    for (int row = 0; row < kGrid; ++row) {
+        const float v = low + (high - low) * (static_cast<float>(row) + 0.5f) / kGrid;
+        for (int column = 0; column < kGrid; ++column) {
+            const float u = low + (high - low) * (static_cast<float>(column) + 0.5f) / kGrid;
+            take(u, v, (q[0] * (1 - u) + q[1] * u) * (1 - v) + (q[3] * (1 - u) + q[2] * u) * v);
+        }
+    }
+}
+
+void weighPrint(const Quad& quad, const TextLayout& text, OutlineEvidence& evidence) {
+    const auto isSet = [](const cv::Mat1b& mask, cv::Point2f point) {
+        return mask(cvRound(point.y), cvRound(point.x)) != 0;
+    };
+    Cover print;
+    Cover around;
+    sampleGrid(quad, 0.03f, 0.97f, [&](float, float, cv::Point2f point) {
+        if (isInside(point, text.print.size())) {
+            ++print.all;
+            print.set += isSet(text.print, point);
+        }
+    });
+    sampleGrid(quad, -0.15f, 1.15f, [&](float u, float v, cv::Point2f point) {
+        if ((std::min(u, v) < -0.03f || std::max(u, v) > 1.03f) &&
+            isInside(point, text.print.size())) {
+            ++around.all;
+            around.set += isSet(text.print, point);
+        }
+    });
+    evidence.print = print.part();
+    evidence.printAround = around.part();
+    if (!text.samples.empty()) {
+        evidence.printKept =
+            static_cast<double>(std::ranges::count_if(
+                text.samples, [&](cv::Point2f point) { return contains(quad, point); })) /
+            static_cast<double>(text.samples.size());
+    }
+}
+
 }  // namespace
 
 OutlineEvidence weigh(const Quad& quad, const Scene& scene) {
@@ -137,35 +186,26 @@ OutlineEvidence weigh(const Quad& quad, const Scene& scene) {
     evidence.contrast /= free;
     evidence.overshoot /= free;
     evidence.border = 1.0 - free / length;
-    evidence.plausibility = rectanglePlausibility(quad);
     const cv::Size size = scene.picture.size();
     evidence.area = double{clippedBox(quad, size).area()} / size.area();
 
-    double kept = 0.0;
-    double cut = 0.0;
-    double all = 0.0;
-    for (const TextLine& line : scene.text.lines) {
-        const double inside = static_cast<double>(
-            std::ranges::count_if(line.glyphs, [&](cv::Point2f p) { return contains(quad, p); }));
-        const auto glyphs = static_cast<double>(line.glyphs.size());
-        all += glyphs;
-        kept += inside;
-        if (inside > 0.12 * glyphs && inside < 0.88 * glyphs) {
-            cut += glyphs;
-        }
-    }
-    evidence.textKept = all > 0.0 ? kept / all : 0.0;
-    evidence.textCut = all > 0.0 ? cut / all : 0.0;
+    weighPrint(quad, scene.text, evidence);
     return evidence;
 }
 
 double confidenceOf(const OutlineEvidence& e) {
-    const double edges = 0.6 * e.meanSupport + 0.4 * e.leastSupport;
-    const double contrast = 0.6 * e.contrast + 0.4 * e.leastContrast;
-    const double score = edges * (0.5 + 0.6 * contrast) * (1.0 - 0.4 * e.overshoot) *
-                         (0.6 + 0.4 * e.plausibility) * (1.0 - 0.5 * e.textCut) *
-                         (1.0 - 0.3 * e.border);
-    return std::clamp(score, 0.0, 1.0);
+    // Fitted by logistic regression to some 40,000 candidates on 200 drawn scenes (pages on plain,
+    // grained, checked and cluttered desks and on keyboards, many of them dim; half as many scenes
+    // without a page), where a candidate that overlaps the page by 0.85 or more is right; rounded
+    // since other scenes will shift them anyway.
+    const auto upTo = [](double value, double enough) { return std::min(value / enough, 1.0); };
+    const double outline = e.meanSupport * e.contrast;
+    const double weakestSide = e.leastSupport * e.leastContrast;
+    const double score = -4.1 + 3.3 * outline * outline + 0.7 * weakestSide - 1.3 * e.overshoot -
+                         2.7 * e.border + 1.3 * upTo(e.print, 0.25) -
+                         1.0 * upTo(e.printAround, 0.25) + 1.7 * e.printKept +
+                         0.8 * upTo(e.area, 0.25);
+    return 1.0 / (1.0 + std::exp(-score));
 }
 
 }  // namespace kestrelid::opencv

@@ -10,12 +10,12 @@ struct OutlineEvidence {
     double leastSupport = 0.0;  // the same for the side that has least of it
     double contrast = 0.0;      // inside and outside differ, alike all along
     double leastContrast = 0.0;
-    double overshoot = 0.0;     // sides that run on beyond their corners: table tops, grain, keys
-    double plausibility = 0.0;  // rectanglePlausibility
-    double border = 0.0;        // part of the outline that is the picture's own border
-    double textKept = 0.0;      // of the picture's text, the part inside
-    double textCut = 0.0;       // of the picture's text, the part in lines that the outline cuts
-    double area = 0.0;          // part of the picture that the bounding box covers
+    double overshoot = 0.0;    // sides that run on beyond their corners: table tops, grain, keys
+    double border = 0.0;       // part of the outline that is the picture's own border
+    double print = 0.0;        // part of the inside that is near lines of print
+    double printAround = 0.0;  // the same for a ring around it, a seventh of the sides wide
+    double printKept = 0.0;    // of all print in the picture, the part inside
+    double area = 0.0;         // part of the picture that the bounding box covers
 };
 
 [[nodiscard]] OutlineEvidence weigh(const Quad& quad, const Scene& scene);

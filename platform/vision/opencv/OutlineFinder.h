@@ -12,6 +12,7 @@ namespace kestrelid::opencv {
 struct OutlineCandidate {
     Quad quad;
     double confidence = 0.0;  // 0..1, on the scale that OpenCvRectangleService.h describes
+    double printKept = 1.0;   // of all print in the picture, the part inside
 };
 
 // What all finders share of one picture.

@@ -8,7 +8,24 @@ namespace {
 
 constexpr double kSameOutline = 0.85;   // overlap from which two candidates are one
 constexpr double kMostContained = 0.9;  // of a candidate's area in another
-constexpr double kMuchWorse = 0.15;     // of confidence
+constexpr double kAllPrint =
+    0.85;  // of the outer candidate's print, so that the inner one is the page
+constexpr double kMuchWorse = 0.15;  // of confidence
+constexpr double kEnclosingWorse =
+    0.1;  // the same for one that brings print which the better one leaves out
+
+// Whether candidate adds nothing to one of greater confidence, or is unlikely beside it.
+bool isBeaten(const OutlineCandidate& candidate, const OutlineCandidate& better) {
+    if (overlap(candidate.quad, better.quad) > kSameOutline ||
+        containedPart(candidate.quad, better.quad) > kMostContained) {
+        return true;
+    }
+    const double behind = better.confidence - candidate.confidence;
+    if (containedPart(better.quad, candidate.quad) > kMostContained) {
+        return better.printKept >= kAllPrint * candidate.printKept || behind > kEnclosingWorse;
+    }
+    return behind > kMuchWorse;
+}
 
 }  // namespace
 
@@ -26,12 +43,9 @@ std::vector<OutlineCandidate> selectOutlines(std::vector<OutlineCandidate> candi
         if (static_cast<int>(kept.size()) >= request.maximumObservations) {
             break;
         }
-        const bool isDoubtful = std::ranges::any_of(kept, [&](const OutlineCandidate& better) {
-            return overlap(candidate.quad, better.quad) > kSameOutline ||
-                   containedPart(candidate.quad, better.quad) > kMostContained ||
-                   candidate.confidence < better.confidence - kMuchWorse;
-        });
-        if (!isDoubtful) {
+        if (std::ranges::none_of(kept, [&](const OutlineCandidate& better) {
+                return isBeaten(candidate, better);
+            })) {
             kept.push_back(candidate);
         }
     }

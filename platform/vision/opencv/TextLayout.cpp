@@ -51,44 +51,125 @@ cv::Mat1b inkOf(const cv::Mat& luma, int longest) {
     return ink;
 }
 
-struct Strokes {
-    cv::Mat1b mask;
-    std::vector<cv::Point2f> centres;
-    double pixels = 0.0;
-    double allPixels = 0.0;
+enum class Direction { across, down, rising, falling };
+
+cv::Mat1b bridgeAlong(Direction direction, int gap) {
+    switch (direction) {
+    case Direction::across:
+        return cv::Mat1b(1, gap, std::uint8_t{1});
+    case Direction::down:
+        return cv::Mat1b(gap, 1, std::uint8_t{1});
+    case Direction::rising:
+    case Direction::falling:
+        break;
+    }
+    const int side = gap * 5 / 7 | 1;
+    cv::Mat1b bridge(side, side, std::uint8_t{0});
+    for (int i = 0; i < side; ++i) {
+        bridge(i, direction == Direction::falling ? i : side - 1 - i) = 1;
+    }
+    return bridge;
+}
+
+// Second moments of a connected piece.
+struct Piece {
+    double pixels = 0, x = 0, y = 0, xx = 0, xy = 0, yy = 0;
+
+    void add(int column, int row) {
+        pixels += 1;
+        x += column;
+        y += row;
+        xx += double(column) * column;
+        xy += double(column) * row;
+        yy += double(row) * row;
+    }
+
+    // The rectangle with the same moments, its width the longer side.
+    [[nodiscard]] cv::RotatedRect box() const {
+        const double mx = x / pixels;
+        const double my = y / pixels;
+        const double varX = xx / pixels - mx * mx;
+        const double varY = yy / pixels - my * my;
+        const double shared = xy / pixels - mx * my;
+        const double half = std::hypot(0.5 * (varX - varY), shared);
+        const double mean = 0.5 * (varX + varY);
+        const double angle = 0.5 * std::atan2(2.0 * shared, varX - varY);
+        const auto side = [](double variance) {
+            return static_cast<float>(std::sqrt(12.0 * std::max(variance, 1.0 / 12.0)));
+        };
+        return {{static_cast<float>(mx), static_cast<float>(my)},
+                {side(mean + half), side(mean - half)},
+                static_cast<float>(angle * 180.0 / CV_PI)};
+    }
 };
 
 // Ink in pieces of the size of letters or of words run together.
+struct Strokes {
+    cv::Mat1i labels;                    // 0: none
+    std::vector<cv::RotatedRect> boxes;  // by label
+    std::vector<std::uint8_t> kept;      // by label
+    double allPixels = 0.0;
+};
+
 Strokes strokesOf(const cv::Mat1b& ink, int longest) {
-    cv::Mat1i labels;
-    cv::Mat1i stats;
-    cv::Mat1d centres;
-    const int count = cv::connectedComponentsWithStats(ink, labels, stats, centres, 8, CV_32S);
     Strokes strokes;
-    std::vector<std::uint8_t> keep(static_cast<std::size_t>(count), 0);
-    for (int i = 1; i < count; ++i) {
-        const int width = stats(i, cv::CC_STAT_WIDTH);
-        const int height = stats(i, cv::CC_STAT_HEIGHT);
-        const int pixels = stats(i, cv::CC_STAT_AREA);
-        strokes.allPixels += pixels;
-        const double fill = static_cast<double>(pixels) / (width * height);
-        const bool isLetterSized = std::min(width, height) <= longest * kTallestLetter &&
-                                   std::max(width, height) <= longest * kLongestStroke;
-        const bool isRule = std::min(width, height) <= 2 && std::max(width, height) > longest / 16;
-        if (pixels >= 3 && isLetterSized && !isRule && fill >= 0.12) {
-            keep[static_cast<std::size_t>(i)] = 255;
-            strokes.pixels += pixels;
-            strokes.centres.emplace_back(static_cast<float>(centres(i, 0)),
-                                         static_cast<float>(centres(i, 1)));
-        }
-    }
-    strokes.mask.create(ink.size());
+    const auto count =
+        static_cast<std::size_t>(cv::connectedComponents(ink, strokes.labels, 8, CV_32S));
+    std::vector<Piece> pieces(count);
     for (int y = 0; y < ink.rows; ++y) {
         for (int x = 0; x < ink.cols; ++x) {
-            strokes.mask(y, x) = keep[static_cast<std::size_t>(labels(y, x))];
+            if (const int label = strokes.labels(y, x); label != 0) {
+                pieces[static_cast<std::size_t>(label)].add(x, y);
+                strokes.allPixels += 1.0;
+            }
         }
     }
+    strokes.boxes.resize(count);
+    strokes.kept.assign(count, 0);
+    for (std::size_t i = 1; i < count; ++i) {
+        const cv::RotatedRect box = pieces[i].box();
+        strokes.boxes[i] = box;
+        const bool isRule = box.size.height <= 2.0f && box.size.width > longest * kShortestLine;
+        strokes.kept[i] = pieces[i].pixels >= 3 && !isRule &&
+                          box.size.height <= longest * kTallestLetter &&
+                          box.size.width <= longest * kLongestStroke;
+    }
     return strokes;
+}
+
+double angleOf(Direction direction) {
+    switch (direction) {
+    case Direction::across:
+        return 0.0;
+    case Direction::down:
+        return 90.0;
+    case Direction::rising:
+        return -45.0;
+    case Direction::falling:
+        break;
+    }
+    return 45.0;
+}
+
+// The kept strokes, without those that stand tall across the direction: letters touch along a line,
+// grain and combs run across it.
+cv::Mat1b strokesAlong(const Strokes& strokes, int longest, Direction direction) {
+    std::vector<std::uint8_t> values(strokes.kept.size(), 0);
+    for (std::size_t i = 1; i < values.size(); ++i) {
+        const cv::RotatedRect& box = strokes.boxes[i];
+        const bool isTall =
+            box.size.width > 3.0f * box.size.height &&
+            box.size.width > longest * kTallestLetter / 2.5 &&
+            std::abs(std::cos((box.angle - angleOf(direction)) * CV_PI / 180.0)) < 0.6;
+        values[i] = strokes.kept[i] != 0 && !isTall ? 255 : 0;
+    }
+    cv::Mat1b mask(strokes.labels.size());
+    for (int y = 0; y < mask.rows; ++y) {
+        for (int x = 0; x < mask.cols; ++x) {
+            mask(y, x) = values[static_cast<std::size_t>(strokes.labels(y, x))];
+        }
+    }
+    return mask;
 }
 
 struct Lines {
@@ -96,76 +177,60 @@ struct Lines {
     double pixels = 0.0;
 };
 
-// Joins strokes along one direction; what comes out long and thin, with gaps between its strokes,
-// is a line.
-Lines joinedAlong(const Strokes& strokes, int longest, bool across) {
-    const int gap = std::max(3, static_cast<int>(longest * kWidestGap) | 1);
-    cv::Mat1b joined;
-    cv::morphologyEx(
-        strokes.mask, joined, cv::MORPH_CLOSE,
-        cv::getStructuringElement(cv::MORPH_RECT, across ? cv::Size{gap, 1} : cv::Size{1, gap}));
-    cv::Mat1i labels;
-    cv::Mat1i stats;
-    cv::Mat centroids;
-    const int count = cv::connectedComponentsWithStats(joined, labels, stats, centroids, 8, CV_32S);
+struct Ink {
+    double pixels = 0.0;
+    int runs = 0;  // uninterrupted stretches along the direction
+};
 
-    struct Piece {
-        double n = 0, x = 0, y = 0, xx = 0, xy = 0, yy = 0;
-        double ink = 0;
-        int runs = 0;
-    };
+// Joins strokes along one direction; what comes out long and thin, with gaps between its strokes,
+// is a line. Adds the lines' strokes to print.
+Lines joinedAlong(const Strokes& strokes, int longest, Direction direction, cv::Mat1b& print) {
+    const int gap = std::max(3, static_cast<int>(longest * kWidestGap) | 1);
+    const cv::Mat1b mask = strokesAlong(strokes, longest, direction);
+    cv::Mat1b joined;
+    cv::morphologyEx(mask, joined, cv::MORPH_CLOSE, bridgeAlong(direction, gap));
+    cv::Mat1i labels;
+    const int count = cv::connectedComponents(joined, labels, 8, CV_32S);
+
+    const bool across = direction != Direction::down;
     std::vector<Piece> pieces(static_cast<std::size_t>(count));
+    std::vector<Ink> inks(pieces.size());
     for (int y = 0; y < joined.rows; ++y) {
         for (int x = 0; x < joined.cols; ++x) {
             const int label = labels(y, x);
             if (label == 0) {
                 continue;
             }
-            Piece& piece = pieces[static_cast<std::size_t>(label)];
-            piece.n += 1;
-            piece.x += x;
-            piece.y += y;
-            piece.xx += double(x) * x;
-            piece.xy += double(x) * y;
-            piece.yy += double(y) * y;
-            if (strokes.mask(y, x) != 0) {
-                piece.ink += 1;
-                const bool starts = across ? x == 0 || strokes.mask(y, x - 1) == 0
-                                           : y == 0 || strokes.mask(y - 1, x) == 0;
-                piece.runs += starts;
+            pieces[static_cast<std::size_t>(label)].add(x, y);
+            if (mask(y, x) != 0) {
+                Ink& ink = inks[static_cast<std::size_t>(label)];
+                ink.pixels += 1.0;
+                ink.runs += across ? x == 0 || mask(y, x - 1) == 0 : y == 0 || mask(y - 1, x) == 0;
             }
         }
     }
     Lines result;
     std::vector<int> lineOf(static_cast<std::size_t>(count), -1);
-    for (int i = 1; i < count; ++i) {
-        const Piece& piece = pieces[static_cast<std::size_t>(i)];
-        const double mx = piece.x / piece.n;
-        const double my = piece.y / piece.n;
-        const double xx = piece.xx / piece.n - mx * mx;
-        const double xy = piece.xy / piece.n - mx * my;
-        const double yy = piece.yy / piece.n - my * my;
-        const double half = std::hypot(0.5 * (xx - yy), xy);
-        // Sides of the rectangle with the same second moments.
-        const double length = std::sqrt(12.0 * std::max(0.5 * (xx + yy) + half, 0.08));
-        const double thickness = std::sqrt(12.0 * std::max(0.5 * (xx + yy) - half, 0.08));
-        const double angle = 0.5 * std::atan2(2.0 * xy, xx - yy);
-        const bool alongJoin = (std::abs(std::cos(angle)) > 0.8) == across;
-        const double meanRun = piece.ink / std::max(piece.runs, 1);
-        if (length >= longest * kShortestLine && length >= 4.0 * thickness && alongJoin &&
-            thickness <= longest * kTallestLetter && meanRun <= 2.5 * thickness) {
-            lineOf[static_cast<std::size_t>(i)] = static_cast<int>(result.lines.size());
-            result.pixels += piece.ink;
-            result.lines.push_back(
-                {.box = {{static_cast<float>(mx), static_cast<float>(my)},
-                         {static_cast<float>(length), static_cast<float>(thickness)},
-                         static_cast<float>(angle * 180.0 / CV_PI)},
-                 .glyphs = {}});
+    for (std::size_t i = 1; i < pieces.size(); ++i) {
+        const cv::RotatedRect box = pieces[i].box();
+        const double meanRun = inks[i].pixels / std::max(inks[i].runs, 1);
+        if (box.size.width >= longest * kShortestLine && box.size.width >= 4.0f * box.size.height &&
+            box.size.height <= longest * kTallestLetter && meanRun <= 2.5 * box.size.height) {
+            lineOf[i] = static_cast<int>(result.lines.size());
+            result.pixels += inks[i].pixels;
+            result.lines.push_back({.box = box, .glyphs = {}});
         }
     }
-    for (const cv::Point2f centre : strokes.centres) {
-        const int label = labels(std::clamp(cvRound(centre.y), 0, labels.rows - 1),
-                                 std::clamp(cvRound(centre.x), 0, labels.cols - 1));
+    for (int y = 0; y < joined.rows; ++y) {
+        for (int x = 0; x < joined.cols; ++x) {
+            if (mask(y, x) != 0 && lineOf[static_cast<std::size_t>(labels(y, x))] >= 0) {
+                print(y, x) = 255;
+            }
+        }
+    }
+    for (std::size_t i = 1; i < strokes.boxes.size(); ++i) {
+        const cv::Point2f centre = strokes.boxes[i].center;
+        const int label = strokes.kept[i] != 0 ? labels(cvRound(centre.y), cvRound(centre.x)) : 0;
         const int line = lineOf[static_cast<std::size_t>(label)];
         if (label > 0 && line >= 0) {
             result.lines[static_cast<std::size_t>(line)].glyphs.push_back(centre);
@@ -174,16 +239,38 @@ Lines joinedAlong(const Strokes& strokes, int longest, bool across) {
     return result;
 }
 
+cv::Mat1b near(const cv::Mat1b& mask, int longest) {
+    const int reach = std::max(3, longest / 64 | 1);
+    cv::Mat1b grown;
+    cv::dilate(mask, grown, cv::getStructuringElement(cv::MORPH_RECT, {reach, reach}));
+    return grown;
+}
+
 }  // namespace
 
 TextLayout findTextLayout(const WorkingPicture& picture) {
     const int longest = std::max(picture.luma.cols, picture.luma.rows);
     const Strokes strokes = strokesOf(inkOf(picture.luma, longest), longest);
-    Lines across = joinedAlong(strokes, longest, true);
-    Lines down = joinedAlong(strokes, longest, false);
+    cv::Mat1b print(picture.size(), std::uint8_t{0});
+    Lines across = joinedAlong(strokes, longest, Direction::across, print);
+    Lines down = joinedAlong(strokes, longest, Direction::down, print);
+    joinedAlong(strokes, longest, Direction::rising, print);
+    joinedAlong(strokes, longest, Direction::falling, print);
     Lines& more = across.pixels >= down.pixels ? across : down;
+    print = near(print, longest);
+    std::vector<cv::Point2f> samples;
+    const int step = std::max(1, longest / 100);
+    for (int y = step / 2; y < print.rows; y += step) {
+        for (int x = step / 2; x < print.cols; x += step) {
+            if (print(y, x) != 0) {
+                samples.emplace_back(static_cast<float>(x), static_cast<float>(y));
+            }
+        }
+    }
     return {.lines = std::move(more.lines),
-            .inkPart = more.pixels / std::max(strokes.allPixels, 1.0)};
+            .inkPart = more.pixels / std::max(strokes.allPixels, 1.0),
+            .print = print,
+            .samples = std::move(samples)};
 }
 
 }  // namespace kestrelid::opencv

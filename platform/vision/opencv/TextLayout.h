@@ -18,6 +18,8 @@ struct TextLine {
 struct TextLayout {
     std::vector<TextLine> lines;  // of the direction, across or down, that has more of them
     double inkPart = 0.0;         // of all dark strokes, by pixels, the part that lies in lines
+    cv::Mat1b print;              // 255 near strokes that lie in lines of any direction
+    std::vector<cv::Point2f> samples;  // of print, at even steps
 };
 
 [[nodiscard]] TextLayout findTextLayout(const WorkingPicture& picture);
