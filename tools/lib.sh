@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # What the scripts share. Source it after `set -euo pipefail`.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
