@@ -4,6 +4,7 @@
 
 #include <libheif/heif.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -24,6 +25,8 @@ using Options = std::unique_ptr<heif_decoding_options, Releaser<heif_decoding_op
 using Picture = std::unique_ptr<heif_image, Releaser<heif_image_release>>;
 
 ImageError errorFor(const heif_error& error) {
+    if (error.subcode == heif_suberror_Security_limit_exceeded)
+        return decodingError(Fault::unsupported, "HEIC", error.message);
     switch (error.code) {
     case heif_error_Memory_allocation_error:
         return {"out of memory"};
@@ -69,7 +72,6 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     const Options options(heif_decoding_options_alloc());
     if (!context || !options)
         return ImageError{"out of memory"};
-    heif_context_set_maximum_image_size_limit(context.get(), kMaximumSide);
     heif_error error = heif_context_read_from_memory_without_copy(context.get(), file.data(),
                                                                   file.size(), nullptr);
     if (error.code != heif_error_Ok)
@@ -80,9 +82,15 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     if (error.code != heif_error_Ok)
         return errorFor(error);
     // Before cropping and turning: that much is decoded.
-    if (auto tooLarge = checkSize(heif_image_handle_get_ispe_width(primary),
-                                  heif_image_handle_get_ispe_height(primary)))
+    const int width = heif_image_handle_get_ispe_width(primary);
+    const int height = heif_image_handle_get_ispe_height(primary);
+    if (auto tooLarge = checkSize(width, height))
         return *std::move(tooLarge);
+    // What is put together from tiles has a size of its own, which libheif holds against this limit
+    // alone.
+    constexpr int kSideOfLargestSquare = 10'000;  // pixels; its square is kMaximumPixels
+    heif_context_set_maximum_image_size_limit(context.get(),
+                                              std::max({width, height, kSideOfLargestSquare}) + 1);
 
     const bool hasAlpha = heif_image_handle_has_alpha_channel(primary) != 0;
     const Alpha alpha =

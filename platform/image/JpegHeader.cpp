@@ -63,7 +63,8 @@ std::int64_t coefficientBytesOf(Bytes frame, const JpegHeader& header) {
 
 bool endsEarly(const JpegHeader& header) {
     constexpr std::array kEnd = {std::byte{0xFF}, std::byte{kEndOfImage}};
-    return std::ranges::search(header.scans, kEnd).empty();
+    return std::search(header.scans.begin(), header.scans.end(), kEnd.begin(), kEnd.end()) ==
+           header.scans.end();
 }
 
 std::optional<JpegHeader> parseJpegHeader(Bytes file) {

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 #include <libexif/exif-data.h>
-#include <libheif/heif.h>
 #include <png.h>
 #include <tiffio.h>
 #include <turbojpeg.h>
@@ -435,44 +434,9 @@ Bytes encodeTestTiff(const Bitmap& rgb, const TiffCase& options) {
     return target.bytes;
 }
 
-std::optional<Bytes> encodeTestHeic(const Bitmap& rgb, Orientation orientation) {
-    if (heif_have_encoder_for_format(heif_compression_HEVC) == 0)
-        return std::nullopt;
-    heif_context* context = heif_context_alloc();
-    heif_encoder* encoder = nullptr;
-    heif_context_get_encoder_for_format(context, heif_compression_HEVC, &encoder);
-    heif_encoder_set_lossy_quality(encoder, 90);
-    heif_image* image = nullptr;
-    heif_image_create(rgb.width(), rgb.height(), heif_colorspace_RGB, heif_chroma_interleaved_RGB,
-                      &image);
-    heif_image_add_plane(image, heif_channel_interleaved, rgb.width(), rgb.height(), 8);
-    int stride = 0;
-    std::uint8_t* plane = heif_image_get_plane(image, heif_channel_interleaved, &stride);
-    for (int y = 0; y < rgb.height(); ++y)
-        std::memcpy(plane + std::ptrdiff_t{y} * stride, rgb.row(y),
-                    static_cast<std::size_t>(rgb.width()) * 3);
-    heif_encoding_options* options = heif_encoding_options_alloc();
-    options->image_orientation = static_cast<heif_orientation>(orientation);
-    heif_image_handle* handle = nullptr;
-    const heif_error error = heif_context_encode_image(context, image, encoder, options, &handle);
-    EXPECT_EQ(error.code, heif_error_Ok) << error.message;
-    Bytes bytes;
-    heif_writer writer = {
-        1, [](heif_context*, const void* from, std::size_t size, void* to) {
-            append(*static_cast<Bytes*>(to), from, size);
-            return heif_error{heif_error_Ok, heif_suberror_Unspecified, "written"};
-        }};
-    heif_context_write(context, &writer, &bytes);
-    heif_image_handle_release(handle);
-    heif_encoding_options_free(options);
-    heif_image_release(image);
-    heif_encoder_release(encoder);
-    heif_context_free(context);
-    return bytes;
-}
-
-Bytes committedHeic() {
-    std::ifstream file(KESTRELID_SOURCE_DIR "/tests/image/data/blocks.heic", std::ios::binary);
+Bytes committedHeic(const char* name) {
+    std::ifstream file(std::string(KESTRELID_SOURCE_DIR "/tests/image/data/") + name,
+                       std::ios::binary);
     const std::string contents(std::istreambuf_iterator<char>(file), {});
     EXPECT_FALSE(contents.empty());
     Bytes bytes;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <kestrelid/Bitmap.h>
-#include <kestrelid/Image.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -63,10 +62,7 @@ struct TiffCase {
 };
 [[nodiscard]] Bytes encodeTestTiff(const Bitmap& rgb, const TiffCase& options = {});
 
-// Nothing where this machine's libheif has no HEVC encoder.
-[[nodiscard]] std::optional<Bytes> encodeTestHeic(const Bitmap& rgb, Orientation orientation);
-
-// A HEIC of blockPicture() that encodeTestHeic() wrote, for machines without an encoder.
-[[nodiscard]] Bytes committedHeic();
+// blockPicture() in tests/image/data/, because few machines have an HEVC encoder.
+[[nodiscard]] Bytes committedHeic(const char* name = "blocks.heic");
 
 }  // namespace kestrelid
