@@ -1,0 +1,56 @@
+#include <kestrelid/DefaultServices.h>
+#include <kestrelid/ImageFile.h>
+
+#include <benchmark/benchmark.h>
+#include <future>
+#include <string>
+
+// One passport frame of the samples from decoded bitmap to verdict, with Tesseract as the
+// yardstick.
+namespace kestrelid {
+namespace {
+
+const Image& frame() {
+    static const Image image =
+        std::get<Image>(readImage(std::string(KESTRELID_SAMPLES_DIR) + "/bangladesh-on-wood.jpg"));
+    return image;
+}
+
+PlatformServices services(Recognizer recognizer) {
+    return defaultServices({.recognizer = recognizer, .resources = KESTRELID_RESOURCES_DIR});
+}
+
+void validate(benchmark::State& state, Recognizer recognizer, ValidationEffort effort) {
+    const auto detector = PassportDetector::create(services(recognizer), effort);
+    const auto judge = [&] {
+        std::promise<bool> verdict;
+        detector->validate(frame(), [&](const PassportValidationResult& result) {
+            verdict.set_value(result.isPassport());
+        });
+        return verdict.get_future().get();
+    };
+    if (!judge())  // loads the models
+        state.SkipWithError("the frame is not judged a passport");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(judge());
+}
+BENCHMARK_CAPTURE(validate, ppocrComplete, Recognizer::ppocr, ValidationEffort::complete)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_CAPTURE(validate, ppocrVerdictOnly, Recognizer::ppocr, ValidationEffort::verdictOnly)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_CAPTURE(validate, tesseractComplete, Recognizer::tesseract, ValidationEffort::complete)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+
+void rectangles(benchmark::State& state) {
+    const PlatformServices all = services(Recognizer::ppocr);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(
+            all.rectangles->perform(*frame().bitmap(), {}, [](const RequestReport&) {}));
+}
+BENCHMARK(rectangles)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace kestrelid
