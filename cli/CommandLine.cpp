@@ -12,8 +12,7 @@
 namespace kestrelid::cli {
 namespace {
 
-constexpr const char* kProgramFooter = R"(
-Examples:
+constexpr const char* kProgramFooter = R"(Examples:
   kestrelid validate passport.jpg
   kestrelid text recognised.txt
   kestrelid doctor
@@ -21,29 +20,33 @@ Examples:
 'kestrelid COMMAND --help' tells more. Exit status: 0 done, 1 some input could
 not be read, 2 wrong usage.)";
 
-constexpr const char* kValidateFooter = R"(
-Examples:
+constexpr const char* kValidateFooter = R"(Examples:
   kestrelid validate passport.jpg card.png
   kestrelid validate --json scans/ > verdicts.jsonl
   kestrelid validate --annotate marked scans/*.jpg
   curl -s https://example.org/page.jpg | kestrelid validate -)";
 
-constexpr const char* kTextFooter = R"(
-Examples:
+constexpr const char* kTextFooter = R"(Examples:
   kestrelid text recognised.txt
   tesseract page.png - | kestrelid text --json)";
 
-constexpr const char* kDoctorFooter = R"(
-Exit status: 0 where the default recogniser works, 1 otherwise.
+constexpr const char* kDoctorFooter =
+    R"(Exit status: 0 where the default recogniser works, 1 otherwise.
 
 Examples:
   kestrelid doctor
   kestrelid doctor --json --resources /opt/kestrelid/models)";
 
-// A file named "[a]" is not a list: CLI11 would take the brackets apart.
-CLI::Option* addInputs(CLI::App& command, std::vector<std::string>& inputs, const char* name,
-                       const char* description) {
-    return command.add_option(name, inputs, description)->allow_extra_args(false);
+// The arguments from last to first, as CLI11 takes them. It would take a file named "[a,b]" for a
+// list of two.
+std::vector<std::string> reversedArguments(int argc, const char* const* argv) {
+    std::vector<std::string> arguments;
+    for (int i = argc - 1; i > 0; --i) {
+        const std::string_view argument = argv[i];
+        const bool looksLikeList = argument.starts_with('[') && argument.ends_with(']');
+        arguments.push_back((looksLikeList ? "./" : "") + std::string(argument));
+    }
+    return arguments;
 }
 
 void addResources(CLI::App& command, std::filesystem::path& resources) {
@@ -52,19 +55,21 @@ void addResources(CLI::App& command, std::filesystem::path& resources) {
             "--resources", [&](const std::string& folder) { resources = folder; },
             "Folder that holds the models and the ONNX Runtime library")
         ->type_name("DIR")
-        ->check(CLI::ExistingDirectory);
+        ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
 }
 
 void addValidate(CLI::App& command, ValidateOptions& options) {
     command.footer(kValidateFooter);
-    addInputs(command, options.inputs, "FILE",
-              "Pictures (JPEG, PNG, WebP, TIFF, HEIC), folders of them, or - for standard input")
+    command
+        .add_option(
+            "FILE", options.inputs,
+            "Pictures (JPEG, PNG, WebP, TIFF, HEIC), folders of them, or - for standard input")
         ->required()
         ->type_name("");
     command.add_flag("--json", options.json, "One JSON object a line and input");
     command.add_option("-j,--jobs", options.jobs, "Pictures judged at once, 1 to 64")
         ->type_name("N")
-        ->check(CLI::Range(1, 64));
+        ->check(CLI::Range(1, 64).description(""));
     addChoiceOption<Recognizer>(command, "--recognizer", kRecognizers,
                                 "What reads the text (default: ppocr)",
                                 [&](Recognizer value) { options.recognizer = value; });
@@ -119,7 +124,7 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
     addValidate(*validateCommand, validate);
     CLI::App* textCommand = app.add_subcommand("text", "Weigh text that was already recognised");
     textCommand->footer(kTextFooter);
-    addInputs(*textCommand, text.files, "FILE", "Text in UTF-8; - or none: standard input")
+    textCommand->add_option("FILE", text.files, "Text in UTF-8; - or none: standard input")
         ->type_name("");
     textCommand->add_flag("--json", text.json, "One JSON object a line and file");
     CLI::App* doctorCommand =
@@ -129,7 +134,7 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
     addResources(*doctorCommand, doctor.resources);
 
     try {
-        app.parse(argc, argv);
+        app.parse(reversedArguments(argc, argv));
     } catch (const CLI::CallForHelp&) {
         writeOutput(app.help());
         return outputStatus();

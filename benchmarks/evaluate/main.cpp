@@ -44,12 +44,12 @@ void addMeasureOptions(CLI::App& app, Options& options) {
     app.add_option("--jobs", options.measure.jobs,
                    "Pictures judged at once; more than one disturbs the delays (default: 1)")
         ->type_name("N")
-        ->check(CLI::Range(1, 64));
+        ->check(CLI::Range(1, 64).description(""));
     app.add_option_function<std::string>(
            "--resources", [&](const std::string& path) { options.measure.resources = path; },
            "Folder that holds the models and the ONNX Runtime library")
         ->type_name("DIR")
-        ->check(CLI::ExistingDirectory);
+        ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
 }
 
 std::variant<Options, ExitStatus> parse(int argc, char** argv) {

@@ -1,0 +1,209 @@
+"""kestrelid validate as a user calls it."""
+
+import os
+import pty
+import select
+import shutil
+import signal
+import subprocess
+import unittest
+
+from PIL import Image, ImageChops
+
+from command_line import KESTRELID, PASSPORT, CommandLineTest, json_lines, png, run
+
+KEYS = ["file", "isPassport", "confidence", "reasons", "recognizedText", "milliseconds"]
+
+
+class Verdicts(CommandLineTest):
+    def test_passport_and_blank_sheet(self):
+        blank = self.write("blank.png", png(320, 240))
+        names = [str(PASSPORT), str(blank)]
+        result = run("validate", "--json", *names)
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        passport, sheet = json_lines(result.stdout)
+        self.assertEqual([list(passport), list(sheet)], [KEYS, KEYS])
+        self.assertEqual([passport["file"], sheet["file"]], names)
+        self.assertEqual((passport["isPassport"], passport["confidence"]), (True, 0.5))
+        self.assertIn("PASSPORT", passport["recognizedText"])
+        self.assertGreater(passport["milliseconds"], 0)
+        self.assertEqual((sheet["isPassport"], sheet["confidence"], sheet["recognizedText"]), (False, 0.0, ""))
+        self.assertEqual(len(sheet["reasons"]), 3)
+
+        readable = run("validate", "--effort", "verdict", *names).stdout.decode().splitlines()
+        self.assertRegex(readable[0], rf"^{names[0]}: passport, confidence 0\.500, \d+ ms$")
+        self.assertRegex(readable[4], rf"^{names[1]}: not a passport, confidence 0\.000, \d+ ms$")
+        self.assertEqual(readable[5:], ["    " + reason for reason in sheet["reasons"]])
+
+    def test_tesseract_reads_it_too(self):
+        result = run("validate", "--json", "--recognizer", "tesseract", str(PASSPORT))
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertIn("PASSPORT", json_lines(result.stdout)[0]["recognizedText"])
+
+    def test_missing_models_are_an_error_not_a_verdict(self):
+        result = run("validate", "--json", "--resources", str(self.folder), str(PASSPORT))
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(list(json_lines(result.stdout)[0]), ["file", "error"])
+        self.assert_error_lines(result, [f"kestrelid: {PASSPORT}: "])
+
+
+class Inputs(CommandLineTest):
+    def test_unreadable_ones_are_told_and_the_rest_is_judged(self):
+        good = self.write("good.png", png(64, 48))
+        bad = [
+            self.folder / "missing.jpg",
+            self.write("truncated.jpg", PASSPORT.read_bytes()[:5000]),
+            self.write("truncated.png", good.read_bytes()[:60]),
+            self.write("empty.jpg", b""),
+            self.write("text.jpg", b"not a picture at all"),
+            self.folder / "nothing",
+        ]
+        bad[-1].mkdir()
+        names = [str(path) for path in [good, *bad, good]] + [""]
+        result = run("validate", "--json", *names)
+        self.assertEqual(result.returncode, 1)
+        objects = json_lines(result.stdout)
+        self.assertEqual([entry["file"] for entry in objects], names)
+        kinds = [KEYS, *[["file", "error"]] * len(bad), KEYS, ["file", "error"]]
+        self.assertEqual([list(entry) for entry in objects], kinds)
+        prefixes = [f"kestrelid: {name}: " for name in names[1 : len(bad) + 1]]
+        self.assert_error_lines(result, [*prefixes, "kestrelid: '': "])
+        self.assertEqual(run("validate", *names).stderr, result.stderr)
+
+    def test_folder_stands_for_its_pictures_by_name(self):
+        for name in ["b.PNG", "a.png", "c.tIfF", ".hidden.png", "notes.txt", "sub/d.png", "folder.png/e.png"]:
+            self.write(f"set/{name}", png(32, 32))
+        os.symlink("gone.png", self.folder / "set/z.png")
+        result = run("validate", "--json", "set", cwd=self.folder)
+        names = [entry["file"] for entry in json_lines(result.stdout)]
+        self.assertEqual(names, ["set/a.png", "set/b.PNG", "set/c.tIfF", "set/z.png"])
+        self.assert_error_lines(result, ["kestrelid: set/z.png: "])
+
+    def test_standard_input_is_one_picture(self):
+        result = run("validate", "--json", "-", stdin=png(64, 48))
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual([(entry["file"], entry["isPassport"]) for entry in json_lines(result.stdout)], [("-", False)])
+        for garbage in [b"", b"GIF89a nonsense"]:
+            result = run("validate", "-", stdin=garbage)
+            self.assertEqual((result.returncode, result.stdout), (1, b""))
+            self.assert_error_lines(result, ["kestrelid: -: "])
+
+    def test_names_that_look_like_something_else(self):
+        for name in ["text", "doctor", "-x.png", "[a]", "a,b", "%s"]:
+            self.write(name, png(32, 32))
+        names = ["text", "doctor", "a,b", "%s", "[a]", "-x.png"]
+        result = run("validate", "--json", "--", *names, cwd=self.folder)
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        shown = [entry["file"] for entry in json_lines(result.stdout)]
+        self.assertEqual(shown, ["text", "doctor", "a,b", "%s", "./[a]", "-x.png"])
+
+    def test_hostile_names_break_neither_json_nor_the_terminal(self):
+        name = os.fsencode(self.folder) + b"/bad\xff\x1b[31m\n\xc2\x9b.png"
+        with open(name, "wb") as file:
+            file.write(png(32, 32))
+        json_output = run("validate", "--json", name, name + b"x")
+        self.assertEqual(len(json_lines(json_output.stdout)), 2)
+        self.assertIn("bad\ufffd\x1b[31m\n\x9b.png", json_lines(json_output.stdout)[0]["file"])
+        readable = run("validate", name, name + b"x")
+        for output in [json_output.stdout, json_output.stderr, readable.stdout, readable.stderr]:
+            self.assertNotRegex(output, rb"[\x00-\x09\x0b-\x1f\x7f\xff]|\xc2[\x80-\x9f]")
+        self.assertIn(rb"bad\xff\x1b[31m\n\u{9b}.png: not a passport", readable.stdout)
+
+
+class Streams(CommandLineTest):
+    def test_several_jobs_keep_the_order(self):
+        names = [str(PASSPORT)] + [str(self.write(f"{n}.png", png(32 + n, 32))) for n in range(20)]
+        names.insert(10, str(self.folder / "missing.jpg"))
+        result = run("validate", "--json", "--jobs", "4", *names)
+        self.assertEqual([entry["file"] for entry in json_lines(result.stdout)], names)
+        self.assertEqual(result.returncode, 1)
+
+    def start(self, *arguments, **options):
+        process = subprocess.Popen([KESTRELID, "validate", *arguments], **options)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return process
+
+    def test_a_verdict_is_written_while_the_next_input_is_awaited(self):
+        blank = self.write("blank.png", png(32, 32))
+        pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE}
+        with self.start("--json", "--jobs", "1", str(blank), "-", **pipes) as process:
+            self.assertIn(b"blank.png", process.stdout.readline())  # hangs if it came with the next
+            process.stdin.write(png(32, 32))
+            process.stdin.close()
+            self.assertIn(b'"file":"-"', process.stdout.readline())
+
+    def test_interrupt_ends_at_once(self):
+        # Waits for a picture that never comes.
+        process = self.start("-", stdin=subprocess.PIPE)
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(timeout=10), -signal.SIGINT)
+        process.stdin.close()
+
+    def test_a_reader_that_has_seen_enough_ends_it_quietly(self):
+        blank = str(self.write("blank.png", png(32, 32)))
+        with self.start(*[blank] * 200, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            process.stdout.readline()
+            process.stdout.close()
+            self.assertEqual(process.stderr.read(), b"")
+            self.assertEqual(process.wait(timeout=30), -signal.SIGPIPE)
+
+    def test_a_full_disk_is_told(self):
+        blank = self.write("blank.png", png(32, 32))
+        with open("/dev/full", "wb") as full:
+            result = subprocess.run([KESTRELID, "validate", blank], stdout=full, stderr=subprocess.PIPE)
+        self.assertEqual(result.returncode, 1)
+        self.assert_error_lines(result, ["kestrelid: standard output: "])
+
+    def test_progress_only_on_a_terminal_and_for_more_than_three(self):
+        blank = str(self.write("blank.png", png(32, 32)))
+        for count, expected in [(3, b""), (4, b"4 of 4")]:
+            ours, theirs = pty.openpty()
+            process = self.start(*[blank] * count, stdout=subprocess.DEVNULL, stderr=theirs)
+            os.close(theirs)
+            drawn = b""
+            while select.select([ours], [], [], 30)[0]:
+                try:
+                    drawn += os.read(ours, 4096)
+                except OSError:  # the other end is closed
+                    break
+            os.close(ours)
+            self.assertEqual(process.wait(timeout=30), 0)
+            self.assertIn(expected, drawn)
+            self.assertEqual(bool(drawn), bool(expected))
+            self.assertTrue(drawn == b"" or drawn.endswith(b"\r\x1b[K"), drawn)
+
+
+class Annotations(CommandLineTest):
+    def test_show_outline_and_verdict_and_leave_the_originals(self):
+        picture = self.folder / "set/page.jpg"
+        picture.parent.mkdir()
+        shutil.copy(PASSPORT, picture)
+        shutil.copy(PASSPORT, self.folder / "page.jpg")
+        before = picture.read_bytes()
+        marked = self.folder / "set"  # the copies go where an original lies
+        result = run("validate", "--annotate", str(marked), str(picture), str(self.folder / "page.jpg"))
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertEqual(sorted(os.listdir(marked)), ["page-2.jpg", "page-3.jpg", "page.jpg"])
+        self.assertEqual(picture.read_bytes(), before)
+
+        original = Image.open(picture).convert("RGB")
+        drawn = Image.open(marked / "page-2.jpg").convert("RGB")
+        self.assertEqual(drawn.size, original.size)
+        changed = ImageChops.difference(original, drawn).convert("L").point(lambda v: 255 if v > 60 else 0)
+        share = changed.histogram()[255] / (drawn.width * drawn.height)
+        self.assertGreater(share, 0.005)  # an outline around most of the page, and the verdict
+        self.assertLess(share, 0.2)       # which the page still shows through
+
+    def test_unwritable_copy_is_told_beside_the_verdict(self):
+        blank = self.write("blank.png", png(64, 48))
+        (self.folder / "marked/blank.png").mkdir(parents=True)  # in the way
+        result = run("validate", "--json", "--annotate", str(self.folder / "marked"), "-", str(blank), stdin=png(64, 48))
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual([list(entry) for entry in json_lines(result.stdout)], [KEYS, KEYS])
+        self.assert_error_lines(result, [f"kestrelid: {blank}: cannot write the annotated copy: "])
+        self.assertEqual(sorted(os.listdir(self.folder / "marked")), ["blank.png", "stdin.jpg"])
+
+
+if __name__ == "__main__":
+    unittest.main()
