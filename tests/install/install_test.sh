@@ -16,7 +16,7 @@ fail() {
 # configure FOLDER COMPONENT
 configure() {
     # No pkg-config and no OpenCV for the host: whoever asks for them fails here.
-    cmake -G Ninja -S "$consumer" -B "$work/$1" -DCMAKE_PREFIX_PATH="$work/prefix" -DCONSUMER_COMPONENT="$2" \
+    cmake --no-warn-unused-cli -G Ninja -S "$consumer" -B "$work/$1" -DCMAKE_PREFIX_PATH="$work/prefix" -DCONSUMER_COMPONENT="$2" \
         -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=ON -DCMAKE_DISABLE_FIND_PACKAGE_OpenCV=ON
 }
 
