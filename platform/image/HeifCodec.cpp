@@ -1,5 +1,6 @@
 #include "platform/image/HeifCodec.h"
 
+#include "platform/image/HevcHeader.h"
 #include "platform/image/PixelBuffer.h"
 
 #include <libheif/heif.h>
@@ -86,6 +87,8 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     const int height = heif_image_handle_get_ispe_height(primary);
     if (auto tooLarge = checkSize(width, height))
         return *std::move(tooLarge);
+    if (auto damaged = checkHevcHeaders(file))
+        return *std::move(damaged);
     // What is put together from tiles has a size of its own, which libheif holds against this limit
     // alone.
     constexpr int kSideOfLargestSquare = 10'000;  // pixels; its square is kMaximumPixels
