@@ -26,7 +26,8 @@ void runInOrder(std::size_t count, std::size_t workers, Work work, Deliver deliv
     using Outcome = std::invoke_result_t<Work&, std::size_t, std::size_t>;
     std::mutex mutex;
     std::condition_variable changed;
-    std::map<std::size_t, Outcome> waiting;
+    using Waiting = std::map<std::size_t, Outcome>;
+    Waiting waiting;
     std::size_t next = 0;
     std::size_t delivered = 0;
 
@@ -63,21 +64,20 @@ void runInOrder(std::size_t count, std::size_t workers, Work work, Deliver deliv
 
     std::size_t told = 0;
     std::unique_lock lock(mutex);
+    const auto isTurn = [&] { return !waiting.empty() && waiting.begin()->first == delivered; };
     while (delivered < count) {
-        changed.wait(lock, [&] { return delivered + waiting.size() > told; });
-        told = delivered + waiting.size();
+        changed.wait(lock, [&] { return isTurn() || delivered + waiting.size() > told; });
+        const std::size_t done = delivered + waiting.size();
+        auto outcome = isTurn() ? waiting.extract(waiting.begin()) : typename Waiting::node_type();
         lock.unlock();
-        finished(told);
-        lock.lock();
-        for (auto turn = waiting.begin(); turn != waiting.end() && turn->first == delivered;
-             turn = waiting.begin()) {
-            auto outcome = waiting.extract(turn);
-            lock.unlock();
+        if (done > told)
+            finished(told = done);
+        if (outcome)
             deliver(outcome.key(), std::move(outcome.mapped()));
-            lock.lock();
+        lock.lock();
+        if (outcome)
             ++delivered;
-            changed.notify_all();
-        }
+        changed.notify_all();
     }
 }
 

@@ -33,12 +33,21 @@ struct Outcome {
     std::optional<ImageError> annotationError;
 };
 
+// Pipes, such as the shell's <(command), which only give their bytes once and in order.
+bool isStream(const fs::path& path) {
+    std::error_code error;
+    const fs::file_type type = fs::status(path, error).type();
+    return type == fs::file_type::fifo || type == fs::file_type::character;
+}
+
 JudgeResult judgeInput(PictureJudge& judge, const PictureInput& input) {
     if (const auto* unusable = std::get_if<UnusableInput>(&input.source))
         return JudgeError{unusable->cause};
-    if (const auto* path = std::get_if<fs::path>(&input.source))
+    const auto* path = std::get_if<fs::path>(&input.source);
+    if (path != nullptr && !isStream(*path))
         return judge.judge(*path);
-    const BytesResult bytes = readStandardInput(kMaximumFileSize);
+    const BytesResult bytes =
+        path != nullptr ? readFile(*path, kMaximumFileSize) : readStandardInput(kMaximumFileSize);
     if (const auto* error = std::get_if<ReadError>(&bytes))
         return JudgeError{error->cause};
     return judge.judge(std::as_bytes(std::span(std::get<std::string>(bytes))));

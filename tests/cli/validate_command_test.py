@@ -88,6 +88,16 @@ class Inputs(CommandLineTest):
             self.assertEqual((result.returncode, result.stdout), (1, b""))
             self.assert_error_lines(result, ["kestrelid: -: "])
 
+    def test_pipes_are_pictures_too(self):
+        reader, writer = os.pipe()
+        os.write(writer, png(32, 32))
+        os.close(writer)
+        name = f"/dev/fd/{reader}"
+        result = subprocess.run([KESTRELID, "validate", name], capture_output=True, pass_fds=[reader], timeout=60)
+        os.close(reader)
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertTrue(result.stdout.startswith(f"{name}: not a passport".encode()))
+
     def test_names_that_look_like_something_else(self):
         for name in ["text", "doctor", "-x.png", "[a]", "a,b", "%s"]:
             self.write(name, png(32, 32))
