@@ -111,18 +111,21 @@ std::string reportAsTable(const Evaluation& evaluation) {
 
 std::string picturesAsTable(const Evaluation& evaluation) {
     TextTable table;
-    table.add({"recognizer", "effort", "verdict", "area", "overlap", "matched", "ms", "file"});
+    table.add(
+        {"recognizer", "effort", "verdict", "fault", "area", "overlap", "matched", "ms", "file"});
     for (const Measurement& measurement : evaluation.measurements) {
         for (std::size_t i = 0; i < evaluation.pictures.size(); ++i) {
             const LabelledPicture& picture = evaluation.pictures[i];
             const PictureRow& row = measurement.rows[i];
             const std::optional<double>& overlap = evaluation.overlap.overlaps[i];
             const bool failed = !row.error.empty();
-            const char* verdict = row.isPassport == picture.isPassport() ? ""
-                                  : row.isPassport                       ? "FALSE HIT"
-                                                                         : "MISS";
+            const char* verdict = row.isPassport ? "passport" : "not a passport";
+            const char* fault = row.isPassport == picture.isPassport() ? ""
+                                : row.isPassport                       ? "FALSE HIT"
+                                                                       : "MISS";
             table.add({recognizerWord(measurement.combination), effortWord(measurement.combination),
-                       failed ? "FAILED" : verdict, row.box ? decimals(row.box->area(), 3) : "-",
+                       failed ? "none" : verdict, failed ? "FAILED" : fault,
+                       row.box ? decimals(row.box->area(), 3) : "-",
                        overlap ? decimals(*overlap, 3) : "-", std::to_string(row.matched),
                        decimals(row.milliseconds, 0), cli::terminalText(picture.name)});
         }

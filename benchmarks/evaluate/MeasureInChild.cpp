@@ -100,9 +100,6 @@ std::optional<MeasureError> endOf(int status) {
 std::variant<Measurement, MeasureError>
 measureInChild(const Combination& combination, const MeasureOptions& options,
                const std::function<void(std::size_t)>& progress) {
-    // Where OpenMP lets Tesseract have several threads, they wait busily for each other on a
-    // machine with other work.
-    ::setenv("OMP_THREAD_LIMIT", "1", 0);
     auto started = start(childArguments(combination, options));
     if (auto* error = std::get_if<MeasureError>(&started))
         return std::move(*error);

@@ -1,9 +1,10 @@
 """kestrelid text and doctor, and what all commands share, as a user calls them."""
 
 import json
+import re
 import unittest
 
-from command_line import CommandLineTest, json_lines, run
+from command_line import ROOT, CommandLineTest, json_lines, run
 
 
 class WrongUsage(CommandLineTest):
@@ -30,6 +31,19 @@ class WrongUsage(CommandLineTest):
             ["text", "--\x1b[31m\n"],
         ]:
             self.assert_wrong_usage(*arguments)
+
+    def test_every_option_of_the_help_is_completed_and_in_the_manual(self):
+        manual = (ROOT / "cli/man/kestrelid.1").read_text()
+        for command in ["", "validate", "text", "doctor"]:
+            options = re.findall(r"(?<!\S)(?:-\w,)?(--[a-z]+)", run(*command.split(), "--help").stdout.decode())
+            script = (
+                f"source {ROOT}/cli/completion/kestrelid; COMP_WORDS=(kestrelid {command} --); "
+                'COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _kestrelid; echo "${COMPREPLY[@]}"'
+            )
+            completed = run("-c", script, program="bash").stdout.decode().split()
+            self.assertEqual(sorted(set(options)), sorted(completed))
+            for option in options:
+                self.assertIn(f"Fl -{option[2:]}", manual)
 
     def test_help_has_examples_and_version_is_told(self):
         for command in [[], ["validate"], ["text"], ["doctor"]]:

@@ -152,7 +152,9 @@ class Streams(CommandLineTest):
 
     def test_a_reader_that_has_seen_enough_ends_it_quietly(self):
         blank = str(self.write("blank.png", png(32, 32)))
-        with self.start(*[blank] * 200, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+        # Python ignores the signal, and would have its children do so too.
+        pipes = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "restore_signals": False}
+        with self.start(*[blank] * 200, **pipes) as process:
             process.stdout.readline()
             process.stdout.close()
             self.assertEqual(process.stderr.read(), b"")
