@@ -2,15 +2,15 @@
 
 #include <cstdlib>
 
-// Files of every format, damaged at will. Whatever comes of one must be a whole picture or an error
-// in words.
+// Files of every format, damaged at will. Whatever comes
+// of one must be a whole picture or an error in words.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace kestrelid;
     constexpr std::size_t kMaximumInput = 4096;  // bytes; larger ones only take longer
     if (size == 0 || size > kMaximumInput)
         return 0;
-    // The last byte chooses the reduction, so that a picture file followed by one byte is a fitting
-    // seed.
+    // The last byte chooses the reduction, so that a
+    // picture file followed by one byte is a fitting seed.
     const int sufficientSide = data[size - 1];
     const auto result = decodeImage({reinterpret_cast<const std::byte*>(data), size - 1},
                                     {.sufficientSide = sufficientSide});

@@ -13,12 +13,12 @@ namespace kestrelid {
 
 using FileBytes = std::variant<std::vector<std::byte>, ImageError>;
 
-// Regular files only, of kMaximumFileSize bytes at most: a pipe or a device could block, or never
-// end. Throws std::bad_alloc.
+// Regular files only, of kMaximumFileSize bytes at most: a pipe
+// or a device could block, or never end. Throws std::bad_alloc.
 [[nodiscard]] FileBytes readRegularFile(const std::filesystem::path& path);
 
-// Writes beside path and renames, so that path never holds half a file. None: written. Throws
-// std::bad_alloc.
+// Writes beside path and renames, so that path never holds
+// half a file. None: written. Throws std::bad_alloc.
 [[nodiscard]] std::optional<ImageError> replaceFile(const std::filesystem::path& path,
                                                     std::span<const std::byte> contents);
 

@@ -18,8 +18,8 @@ std::uint32_t numberAt(Bytes bytes, std::size_t offset, std::size_t count) {
     return number;
 }
 
-// Bits of a NAL unit's payload (ITU-T H.265, 7.2 and 9.2), without the bytes that keep start codes
-// out of it.
+// Bits of a NAL unit's payload (ITU-T H.265, 7.2 and 9.2),
+// without the bytes that keep start codes out of it.
 class BitReader {
 public:
     explicit BitReader(Bytes unit) {
@@ -159,8 +159,8 @@ std::optional<ImageError> checkConfiguration(Bytes record) {
 }  // namespace
 
 std::optional<ImageError> checkHevcHeaders(Bytes file) {
-    // Found by name, wherever its box stands; among compressed bytes the name has no fitting size
-    // before it.
+    // Found by name, wherever its box stands; among compressed
+    // bytes the name has no fitting size before it.
     constexpr std::array kName = {std::byte{'h'}, std::byte{'v'}, std::byte{'c'}, std::byte{'C'}};
     constexpr std::size_t kBoxHeader = 8;
     auto found = std::search(file.begin(), file.end(), kName.begin(), kName.end());

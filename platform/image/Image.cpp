@@ -48,8 +48,8 @@ void copyBlock(const Walk& walk, const PixelBuffer& shown, const PixelRect& bloc
     }
 }
 
-// In square blocks: a quarter turn reads down columns, and whole columns would miss the cache at
-// every pixel.
+// In square blocks: a quarter turn reads down columns,
+// and whole columns would miss the cache at every pixel.
 template <int kPixelBytes>
 void copyShown(const Walk& walk, const PixelBuffer& shown) {
     constexpr int kBlock = 64;

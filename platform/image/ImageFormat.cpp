@@ -16,8 +16,8 @@ bool standsAt(std::span<const std::byte> file, std::size_t offset, std::string_v
            text;
 }
 
-// HEVC pictures: ISO/IEC 23008-12, B.4.1 and 10.2 (mif1 and msf1 name no codec; libheif sees what
-// they hold).
+// HEVC pictures: ISO/IEC 23008-12, B.4.1 and 10.2 (mif1
+// and msf1 name no codec; libheif sees what they hold).
 constexpr std::array kHeifBrands = {"heic"sv, "heix"sv, "heim"sv, "heis"sv, "hevc"sv,
                                     "hevx"sv, "hevm"sv, "hevs"sv, "mif1"sv, "msf1"sv};
 

@@ -90,8 +90,8 @@ ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& opt
     if (!turbo)
         return ImageError{"the JPEG decoder does not start"};
     PixelBuffer pixels(width, height, layout.bytesPerPixel);
-    // Scans are limited, because a small file can repeat a scan of a large picture hundreds of
-    // times.
+    // Scans are limited, because a small file can repeat
+    // a scan of a large picture hundreds of times.
     const int result =
         tjDecompress2(turbo.get(), reinterpret_cast<const unsigned char*>(file.data()), file.size(),
                       pixels.bytes(), width, static_cast<int>(pixels.stride()), height,

@@ -13,24 +13,24 @@ namespace kestrelid {
 // Bytes that one decoding may hold at once, file apart: twice the largest RGB picture.
 inline constexpr std::int64_t kMaximumDecoderMemory = 2 * 3 * kMaximumPixels;
 
-// None where kMaximumSide and kMaximumPixels admit the picture. Takes what a header claims, so any
-// value.
+// None where kMaximumSide and kMaximumPixels admit the
+// picture. Takes what a header claims, so any value.
 [[nodiscard]] std::optional<ImageError> checkSize(std::int64_t width, std::int64_t height);
 
-// None where kMaximumDecoderMemory admits bytes: pixels and what the codec library holds beside
-// them.
+// None where kMaximumDecoderMemory admits bytes:
+// pixels and what the codec library holds beside them.
 [[nodiscard]] std::optional<ImageError> checkMemory(std::int64_t bytes);
 
 // "truncated JPEG: text", for instance, as one printable line whatever the library wrote.
 enum class Fault { truncated, damaged, unsupported };
 [[nodiscard]] ImageError decodingError(Fault fault, const char* format, const std::string& text);
 
-// Memory for the pixels of one picture, not initialised, that a decoder fills before a Bitmap shows
-// it.
+// Memory for the pixels of one picture, not initialised,
+// that a decoder fills before a Bitmap shows it.
 class PixelBuffer {
 public:
-    // The size has passed checkSize(). bytesPerPixel: as the decoder writes them; up to 4. Throws
-    // std::bad_alloc.
+    // The size has passed checkSize(). bytesPerPixel: as the
+    // decoder writes them; up to 4. Throws std::bad_alloc.
     PixelBuffer(int width, int height, int bytesPerPixel);
 
     [[nodiscard]] int width() const { return width_; }

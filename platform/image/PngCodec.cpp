@@ -75,8 +75,8 @@ bool PngReader::readHeader() {
     png_set_read_fn(png_, this, &PngReader::readBytes);
     // libpng's own limit is lower than what checkSize() reports on.
     png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-    // Texts and profiles are compressed: a thousand of them, a few kilobytes each, would unpack to
-    // gigabytes.
+    // Texts and profiles are compressed: a thousand of them,
+    // a few kilobytes each, would unpack to gigabytes.
     static constexpr png_byte kUnused[] = "iCCP\0iTXt\0sPLT\0tEXt\0zTXt\0hIST";
     png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, kUnused, sizeof kUnused / 5);
     png_read_info(png_, info_);

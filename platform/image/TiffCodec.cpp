@@ -73,8 +73,8 @@ int mapSource(thandle_t handle, void** base, toff_t* size) {
 
 void unmapSource(thandle_t, void*, toff_t) {}
 
-// libtiff has no code for it; its sentences about data beyond the end hold one of these, and some
-// are warnings.
+// libtiff has no code for it; its sentences about data
+// beyond the end hold one of these, and some are warnings.
 void noteEarlyEnd(Source& source, std::string_view sentence) {
     constexpr std::array kWords = {"Read error", "Cannot read", "Can not read", "Not enough data",
                                    "IO error"};
@@ -116,12 +116,14 @@ Tiff openTiff(Source& source) {
 
 ImageError errorFor(const Source& source) {
     const std::string text = source.complaint.data();
+    if (text.starts_with("Sorry, "))
+        return decodingError(Fault::unsupported, "TIFF", text.substr(7));
     return decodingError(source.endsEarly ? Fault::truncated : Fault::damaged, "TIFF",
                          text.empty() ? "its data make no sense" : text);
 }
 
-// The ones in use for pictures and documents; LZMA and others reserve memory by what the file asks
-// for.
+// The ones in use for pictures and documents; LZMA and
+// others reserve memory by what the file asks for.
 bool isReadCompression(int compression) {
     constexpr std::array kRead = {
         COMPRESSION_NONE,          COMPRESSION_CCITTRLE, COMPRESSION_CCITTFAX3,
@@ -135,9 +137,9 @@ int tagOf(TIFF* tiff, std::uint32_t tag) {
     return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : 0;
 }
 
-// Gray or RGB in rows of 8 or 16 bits: read row by row, so nothing but the picture is held.
-// libtiff's own conversion to RGBA takes what is left: palettes, tiles, planes, ink, YCbCr,
-// transparency.
+// Gray or RGB in rows of 8 or 16 bits: read row by row, so nothing
+// but the picture is held. libtiff's own conversion to RGBA takes
+// what is left: palettes, tiles, planes, ink, YCbCr, transparency.
 struct PlainLayout {
     int channels;
     int bytesPerSample;

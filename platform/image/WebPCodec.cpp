@@ -97,8 +97,8 @@ ImageResult decodeWebP(std::span<const std::byte> file) {
         return *std::move(error);
     const bool animated = features.has_animation != 0;
     const int channels = features.has_alpha || animated ? 4 : 3;
-    // Lossless pictures are decoded to four bytes a pixel first, whatever is asked for; frames may
-    // be of either kind.
+    // Lossless pictures are decoded to four bytes a pixel first,
+    // whatever is asked for; frames may be of either kind.
     const int held = channels + (features.format == kLossless || animated ? 4 : 0);
     if (auto error = checkMemory(std::int64_t{features.width} * features.height * held))
         return *std::move(error);

@@ -9,8 +9,8 @@ namespace kestrelid {
 
 using Rgb = std::array<int, 3>;
 
-// The picture that the tests encode: three by two blocks of one colour each. Blocks of 16 pixels
-// survive lossy codecs.
+// The picture that the tests encode: three by two blocks of
+// one colour each. Blocks of 16 pixels survive lossy codecs.
 inline constexpr int kBlock = 16;  // pixels
 inline constexpr int kColumns = 3;
 inline constexpr int kRows = 2;
@@ -31,8 +31,8 @@ inline constexpr std::array<Rgb, kColumns* kRows> kBlockColors = {
 // The result's image; fails the test and gives an empty image where it is an error.
 [[nodiscard]] Image imageOf(const ImageResult& result);
 
-// The result's cause; fails the test and gives nothing where it is an image, or the cause is not
-// one printable line.
+// The result's cause; fails the test and gives nothing where
+// it is an image, or the cause is not one printable line.
 [[nodiscard]] std::string causeOf(const ImageResult& result);
 
 }  // namespace kestrelid

@@ -184,8 +184,8 @@ TEST(DecodeImage, ReducesAJpegAsLongAsTheLongerSideIsSufficient) {
     }
 }
 
-// Headers that claim more than is read; their pixels are missing or make no sense, so that only an
-// early check is right.
+// Headers that claim more than is read; their pixels are missing
+// or make no sense, so that only an early check is right.
 TEST(DecodeImage, RefusesOversizedPicturesByTheirHeader) {
     const auto jpeg = [](std::uint32_t width, std::uint32_t height) {
         Bytes file = encodeTestJpeg(blockPicture());

@@ -21,8 +21,8 @@ std::int64_t statusBytes(const std::string& key) {
     return -1;
 }
 
-// What decoding file adds to this process's memory at its peak; none where the system does not
-// tell.
+// What decoding file adds to this process's memory
+// at its peak; none where the system does not tell.
 std::optional<std::int64_t> peakGrowth(const Bytes& file) {
     malloc_trim(0);
     std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts anew: man 5 proc

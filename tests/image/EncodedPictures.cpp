@@ -33,8 +33,8 @@ int paletteIndex(const Rgb& color) {
     return static_cast<int>(std::ranges::find(kBlockColors, color) - kBlockColors.begin());
 }
 
-// One row after another, without padding; with 16 bits, both bytes of a sample are the same in
-// either byte order.
+// One row after another, without padding; with 16 bits,
+// both bytes of a sample are the same in either byte order.
 Bytes samplesOf(const Bitmap& rgb, Samples kind, int opacity = 255, int bits = 8) {
     Bytes samples;
     for (int y = 0; y < rgb.height(); ++y) {

@@ -8,14 +8,14 @@
 #include <string>
 #include <vector>
 
-// Files as the codec libraries write them. All of them fail the test that asks for what a library
-// refuses.
+// Files as the codec libraries write them. All of them
+// fail the test that asks for what a library refuses.
 namespace kestrelid {
 
 using Bytes = std::vector<std::byte>;
 
-// No EXIF block or TIFF tag at all where it is none; the number is written as it stands, valid or
-// not.
+// No EXIF block or TIFF tag at all where it is none;
+// the number is written as it stands, valid or not.
 using OrientationTag = std::optional<int>;
 
 // An EXIF block with its "Exif\0\0" lead.

@@ -8,8 +8,8 @@
 namespace kestrelid {
 namespace {
 
-// Where the pixel shown at x, y stands in stored rows of w x h pixels: written out for each value
-// of the EXIF tag.
+// Where the pixel shown at x, y stands in stored rows of w
+// x h pixels: written out for each value of the EXIF tag.
 std::pair<int, int> storedPlace(Orientation orientation, int x, int y, int w, int h) {
     switch (orientation) {
     case Orientation::up:
