@@ -12,6 +12,7 @@ namespace {
 
 constexpr int kAngleBins = 180;  // one degree each
 constexpr int kVoteSpread = 2;   // bins to either side of an edge point's own direction
+constexpr std::size_t kMostPeaks = 110;
 constexpr std::size_t kMostLines = 44;
 constexpr int kMostPerSector =
     10;  // of 20 degrees: grain and text rows must not crowd out other directions
@@ -25,6 +26,7 @@ struct Line {
     bool border = false;
     float first = 0.0f;         // where the line enters the picture, in pixels from point
     std::vector<float> summed;  // support from first on, one step a pixel, summed up
+    int longestRun = 0;         // pixels supported without a gap
 };
 
 cv::Point2f perpendicular(cv::Point2f vector) {
@@ -92,12 +94,12 @@ std::vector<Peak> peaksOf(const Votes& votes, float least) {
     std::array<int, 9> perSector{};
     for (const Peak& candidate : candidates) {
         int& used = perSector[static_cast<std::size_t>(candidate.angle / 20)];
-        if (used < kMostPerSector && std::ranges::none_of(peaks, [&](const Peak& peak) {
+        if (used < kMostPerSector * 5 / 2 && std::ranges::none_of(peaks, [&](const Peak& peak) {
                 return areNear(peak, candidate);
             })) {
             ++used;
             peaks.push_back(candidate);
-            if (peaks.size() == kMostLines) {
+            if (peaks.size() == kMostPeaks) {
                 break;
             }
         }
@@ -136,7 +138,10 @@ Line fitted(const EdgeField& field, cv::Point2f centre, cv::Point2f normal, floa
         through = cv::Point2f(mean);
     }
     const cv::Point2f across = perpendicular(direction);
-    return {.point = centre + across * through.dot(across), .direction = direction, .summed = {}};
+    return {.point = centre + across * through.dot(across),
+            .direction = direction,
+            .summed = {},
+            .longestRun = 0};
 }
 
 // Walks the line through the picture and sums up what the field shows of it.
@@ -162,11 +167,20 @@ bool measureSupport(const EdgeField& field, Line& line) {
     line.first = enter;
     line.summed.assign(1, 0.0f);
     const cv::Point2f normal = perpendicular(line.direction);
+    int run = 0;
+    int gap = 0;
     for (float along = enter; along <= leave; along += 1.0f) {
         const float support = line.border
                                   ? kBorderSupport
                                   : lineSupport(field, line.point + line.direction * along, normal);
         line.summed.push_back(line.summed.back() + support);
+        constexpr int kWidestGap = 3;
+        if (support > 0.5f) {
+            gap = 0;
+            line.longestRun = std::max(line.longestRun, ++run);
+        } else if (++gap > kWidestGap) {
+            run = 0;
+        }
     }
     return true;
 }
@@ -200,12 +214,23 @@ std::vector<Line> linesOf(const EdgeField& field) {
             lines.push_back(std::move(line));
         }
     }
+    // A page's side runs on, where keys and grain are broken up: of many lines the ones with the
+    // longest runs stay.
+    std::ranges::stable_sort(lines, std::greater{}, &Line::longestRun);
+    std::array<int, 9> perSector{};
+    std::erase_if(lines, [&](const Line& line) {
+        const double degrees = std::atan2(line.direction.y, line.direction.x) * 180.0 / CV_PI;
+        const auto sector =
+            static_cast<std::size_t>((static_cast<int>(degrees + 360.0) % 180) / 20);
+        return ++perSector[sector] > kMostPerSector;
+    });
+    lines.resize(std::min(lines.size(), kMostLines));
     const auto right = static_cast<float>(size.width - 1);
     const auto bottom = static_cast<float>(size.height - 1);
-    for (Line border : {Line{{centre.x, 0.0f}, {1.0f, 0.0f}, true, 0.0f, {}},
-                        Line{{centre.x, bottom}, {1.0f, 0.0f}, true, 0.0f, {}},
-                        Line{{0.0f, centre.y}, {0.0f, 1.0f}, true, 0.0f, {}},
-                        Line{{right, centre.y}, {0.0f, 1.0f}, true, 0.0f, {}}}) {
+    for (Line border : {Line{{centre.x, 0.0f}, {1.0f, 0.0f}, true, 0.0f, {}, 0},
+                        Line{{centre.x, bottom}, {1.0f, 0.0f}, true, 0.0f, {}, 0},
+                        Line{{0.0f, centre.y}, {0.0f, 1.0f}, true, 0.0f, {}, 0},
+                        Line{{right, centre.y}, {0.0f, 1.0f}, true, 0.0f, {}, 0}}) {
         if (measureSupport(field, border)) {
             lines.push_back(std::move(border));
         }

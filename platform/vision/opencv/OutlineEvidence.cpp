@@ -201,10 +201,10 @@ double confidenceOf(const OutlineEvidence& e) {
     const auto upTo = [](double value, double enough) { return std::min(value / enough, 1.0); };
     const double outline = e.meanSupport * e.contrast;
     const double weakestSide = e.leastSupport * e.leastContrast;
-    const double score = -4.1 + 3.3 * outline * outline + 0.7 * weakestSide - 1.3 * e.overshoot -
-                         2.7 * e.border + 1.3 * upTo(e.print, 0.25) -
-                         1.0 * upTo(e.printAround, 0.25) + 1.7 * e.printKept +
-                         0.8 * upTo(e.area, 0.25);
+    const double score = -4.9 + 2.9 * outline * outline + 1.65 * weakestSide - 1.15 * e.overshoot -
+                         2.5 * e.border + 1.6 * upTo(e.print, 0.25) -
+                         0.4 * upTo(e.printAround, 0.25) + 1.6 * e.printKept +
+                         0.9 * upTo(e.area, 0.25);
     return 1.0 / (1.0 + std::exp(-score));
 }
 
