@@ -1,8 +1,10 @@
 #include "platform/vision/ppocr/PageReader.h"
 
+#include "platform/vision/layout/QuarterTurns.h"
 #include "platform/vision/layout/ReducedPicture.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <exception>
@@ -37,21 +39,28 @@ void putInReadingOrder(std::vector<LineBox>& lines, cv::Point2f along) {
     lines = std::move(ordered);
 }
 
+// A page's lines, and the picture in which they are level.
+struct LevelPage {
+    cv::Mat picture;
+    int turns = 0;  // quarter turns clockwise, that made the picture of the one given
+    PageLines lines;
+};
+
 // Work shared between threads: each takes the next line until none is left, one failed or the
 // collector has enough.
 class LineQueue {
 public:
-    LineQueue(const PpOcrModels& models, const cv::Mat& picture, const PageLines& page,
+    LineQueue(const PpOcrModels& models, const LevelPage& page, cv::Size given,
               LineCollector& collector)
-        : models_(models), picture_(picture), page_(page), collector_(collector) {}
+        : models_(models), page_(page), given_(given), collector_(collector) {}
 
     void work() noexcept {
         try {
             while (!failed_ && !collector_.isComplete()) {
                 const std::size_t index = next_++;
-                if (index >= page_.lines.size())
+                if (index >= page_.lines.lines.size())
                     return;
-                read(page_.lines[index]);
+                read(page_.lines.lines[index]);
             }
         } catch (const std::exception& failure) {
             fail({std::string("reading a line failed: ") + failure.what()});
@@ -63,14 +72,17 @@ public:
 
 private:
     void read(const LineBox& line) {
-        auto reading = readLine(models_.recognizer, picture_, line);
+        auto reading = readLine(models_.recognizer, page_.picture, line);
         if (const auto* error = std::get_if<RequestError>(&reading))
             return fail(*error);
         auto& [text, confidence] = std::get<CtcReading>(reading);
-        if (confidence >= kLeastConfidence)
-            collector_.add({line.extentOn(page_.along),
-                            normalizedBounds(line.corners(), picture_.size()), std::move(text),
-                            confidence});
+        if (confidence < kLeastConfidence)
+            return;
+        std::array<cv::Point2f, 4> corners = line.corners();
+        for (auto& corner : corners)
+            corner = beforeTurns(corner, page_.turns, given_);
+        collector_.add({line.extentOn(page_.lines.along), normalizedBounds(corners, given_),
+                        std::move(text), confidence});
     }
 
     void fail(RequestError error) {
@@ -80,8 +92,8 @@ private:
     }
 
     const PpOcrModels& models_;
-    const cv::Mat& picture_;
-    const PageLines& page_;
+    const LevelPage& page_;
+    cv::Size given_;
     LineCollector& collector_;
     std::atomic<std::size_t> next_ = 0;
     std::atomic<bool> failed_ = false;
@@ -89,35 +101,51 @@ private:
     std::optional<RequestError> error_;
 };
 
-}  // namespace
-
-std::optional<RequestError> readPage(const PpOcrModels& models, const cv::Mat& picture,
-                                     const PageReaderSettings& settings, LineCollector& lines) {
-    const auto boxes = models.detector.find(picture, settings.detectorSide);
-    if (const auto* error = std::get_if<RequestError>(&boxes))
-        return *error;
-    PageLines page = alignToPage(std::get<std::vector<cv::RotatedRect>>(boxes));
-    const auto reversed = models.direction.isReversed(picture, page, models.recognizer);
+// The detector breaks up lines that run up or down, so a page of those is turned and looked at
+// again.
+std::variant<LevelPage, RequestError> findLines(const PpOcrModels& models, const cv::Mat& picture,
+                                                int detectorSide) {
+    LevelPage page{picture, 0, {}};
+    for (const int turns : {0, 1}) {
+        page.turns = turns;
+        page.picture = turned(picture, turns);
+        const auto boxes = models.detector.find(page.picture, detectorSide);
+        if (const auto* error = std::get_if<RequestError>(&boxes))
+            return *error;
+        page.lines = alignToPage(std::get<std::vector<cv::RotatedRect>>(boxes));
+        if (std::abs(page.lines.along.x) >= std::abs(page.lines.along.y))
+            break;
+    }
+    const auto reversed = models.direction.isReversed(page.picture, page.lines, models.recognizer);
     if (const auto* error = std::get_if<RequestError>(&reversed))
         return *error;
     if (std::get<bool>(reversed))
-        page.reverse();
+        page.lines.reverse();
+    return page;
+}
 
+}  // namespace
+
+std::optional<RequestError> readPage(const PpOcrModels& models, const cv::Mat& picture,
+                                     const PageReaderSettings& settings, LineCollector& collector) {
+    auto found = findLines(models, picture, settings.detectorSide);
+    if (const auto* error = std::get_if<RequestError>(&found))
+        return *error;
+    auto& page = std::get<LevelPage>(found);
+    auto& lines = page.lines.lines;
     if (settings.mayStopEarly)
-        putInReadingOrder(page.lines, page.along);
+        putInReadingOrder(lines, page.lines.along);
     else
         // The longest lines first: the threads then finish at nearly the same time.
-        std::stable_sort(page.lines.begin(), page.lines.end(),
-                         [](const LineBox& a, const LineBox& b) {
-                             return a.length * b.height > b.length * a.height;
-                         });
+        std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {
+            return a.length * b.height > b.length * a.height;
+        });
 
-    LineQueue queue(models, picture, page, lines);
+    LineQueue queue(models, page, picture.size(), collector);
     {
+        const int threads = std::min(settings.threads, static_cast<int>(lines.size()));
         std::vector<std::jthread> others;
-        for (int thread = 1;
-             thread < std::min<int>(settings.threads, static_cast<int>(page.lines.size()));
-             ++thread)
+        for (int thread = 1; thread < threads; ++thread)
             others.emplace_back([&queue] { queue.work(); });
         queue.work();
     }

@@ -14,10 +14,10 @@ struct PageReaderSettings {
         false;  // lines likely to matter first, instead of the order that ends soonest
 };
 
-// Reads all lines of a picture into lines, until that has enough. Thread: any.
+// Reads all lines of a picture into collector, until that has enough. Thread: any.
 [[nodiscard]] std::optional<RequestError> readPage(const PpOcrModels& models,
                                                    const cv::Mat& picture,
                                                    const PageReaderSettings& settings,
-                                                   LineCollector& lines);
+                                                   LineCollector& collector);
 
 }  // namespace kestrelid

@@ -10,7 +10,7 @@
 namespace kestrelid {
 namespace {
 
-constexpr float kLeastConfidence = 0.3f;  // below are borders and pictures taken for letters
+constexpr float kLeastConfidence = 0.4f;  // below are borders and pictures taken for letters
 constexpr int kResolution = 300;          // dots per inch; only saves Tesseract an estimate
 
 std::string_view withoutSpaceAround(std::string_view text) {

@@ -1,6 +1,7 @@
 #include "platform/vision/tesseract/TesseractTextService.h"
 
 #include "platform/vision/layout/LineCollector.h"
+#include "platform/vision/layout/QuarterTurns.h"
 #include "platform/vision/layout/ReducedPicture.h"
 #include "platform/vision/tesseract/TesseractEngine.h"
 
@@ -23,36 +24,6 @@ constexpr int kTurnSide = 900;         // longest side when only the turn is ask
 constexpr int kSmallestSide = 8;       // pixels; no line of text is lower
 constexpr float kSureReading = 0.65f;  // mean confidence of a page that stands upright
 constexpr float kEnoughCharacters = 40.0f;
-
-// Clockwise quarter turns that bring a picture upright, by number.
-constexpr std::array kTurns{-1, static_cast<int>(cv::ROTATE_90_CLOCKWISE),
-                            static_cast<int>(cv::ROTATE_180),
-                            static_cast<int>(cv::ROTATE_90_COUNTERCLOCKWISE)};
-
-cv::Mat turned(const cv::Mat& picture, std::size_t turns) {
-    if (turns == 0)
-        return picture;
-    cv::Mat result;
-    cv::rotate(picture, result, kTurns[turns]);
-    return result;
-}
-
-// Where a point of the picture after turns quarter turns lies before them. before: size of the
-// picture then.
-cv::Point2f beforeTurns(cv::Point2f point, std::size_t turns, cv::Size before) {
-    const auto width = static_cast<float>(before.width);
-    const auto height = static_cast<float>(before.height);
-    switch (turns) {
-    case 1:
-        return {point.y, height - point.x};
-    case 2:
-        return {width - point.x, height - point.y};
-    case 3:
-        return {width - point.y, point.x};
-    default:
-        return point;
-    }
-}
 
 // Dark text on even white, whatever the light was: grey values relative to their surroundings.
 cv::Mat evenPicture(const Bitmap& bitmap) {
@@ -92,7 +63,7 @@ Quality quality(const std::vector<TesseractLine>& lines) {
 
 struct TurnedLines {
     std::vector<TesseractLine> lines;
-    std::size_t turns = 0;
+    int turns = 0;  // clockwise, that brought the picture upright
 };
 
 // As it stands first, as most pictures do; only a poor result makes the other turns worth their
@@ -113,8 +84,8 @@ std::variant<TurnedLines, RequestError> readInAnyTurn(TesseractEngine& engine,
         cv::resize(gray, small, cv::Size(), scale, scale, cv::INTER_AREA);
     }
     float most = 0.0f;
-    std::size_t best = 0;
-    for (std::size_t turns = 0; turns < kTurns.size(); ++turns) {
+    int best = 0;
+    for (int turns = 0; turns < 4; ++turns) {
         const auto lines = engine.read(turned(small, turns));
         if (const auto* error = std::get_if<RequestError>(&lines))
             return *error;
