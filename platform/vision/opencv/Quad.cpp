@@ -54,7 +54,8 @@ std::optional<Quad> orderedQuad(const std::array<cv::Point2f, 4>& corners) {
             top = i;
         }
     }
-    std::ranges::rotate(clockwise, clockwise.begin() + static_cast<std::ptrdiff_t>(top));
+    std::rotate(clockwise.begin(), clockwise.begin() + static_cast<std::ptrdiff_t>(top),
+                clockwise.end());
     return clockwise;
 }
 
@@ -69,8 +70,8 @@ double aspectRatio(const Quad& quad) {
 }
 
 cv::Rect2f boundingBox(const Quad& quad) {
-    const auto [left, right] = std::ranges::minmax({quad[0].x, quad[1].x, quad[2].x, quad[3].x});
-    const auto [top, bottom] = std::ranges::minmax({quad[0].y, quad[1].y, quad[2].y, quad[3].y});
+    const auto [left, right] = std::minmax({quad[0].x, quad[1].x, quad[2].x, quad[3].x});
+    const auto [top, bottom] = std::minmax({quad[0].y, quad[1].y, quad[2].y, quad[3].y});
     return {left, top, right - left, bottom - top};
 }
 
