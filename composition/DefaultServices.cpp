@@ -41,6 +41,8 @@ std::vector<ServiceStatus> diagnose(const DefaultServicesOptions& options) {
     return all;
 }
 
-std::shared_ptr<PassportDetector> PassportDetector::create() { return create(defaultServices()); }
+std::shared_ptr<PassportDetector> PassportDetector::create() {
+    return create(defaultServices());
+}
 
 }  // namespace kestrelid

@@ -32,8 +32,9 @@ struct ImageError {
 using ImageResult = std::variant<Image, ImageError>;
 
 // Decodes JPEG, PNG, WebP, TIFF or HEIC (told apart by their first bytes) into RGB8 or Gray8;
-// transparent parts are laid on white. Holds at most the decoded picture twice. Never throws; a
-// truncated or damaged file is an error. Thread: any.
+// transparent parts are laid on white. Never throws; a truncated or damaged file is an error. Takes
+// little more than the decoded picture, up to three times as much for progressive JPEG, lossless
+// WebP and HEIC; a file that would need more than 600 MB is refused. Thread: any.
 [[nodiscard]] KESTRELID_EXPORT ImageResult decodeImage(std::span<const std::byte> file,
                                                        const DecodeOptions& options = {});
 
