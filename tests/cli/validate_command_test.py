@@ -207,6 +207,16 @@ class Annotations(CommandLineTest):
         self.assertGreater(share, 0.005)  # an outline around most of the page, and the verdict
         self.assertLess(share, 0.2)       # which the page still shows through
 
+    def test_large_turned_photo_is_judged_upright_and_reduced(self):
+        photo = Image.new("L", (4000, 2800), 200)
+        exif = photo.getexif()
+        exif[0x0112] = 6  # shown after a quarter turn
+        photo.save(self.folder / "photo.jpg", exif=exif)
+        marked = self.folder / "marked"
+        result = run("validate", "--annotate", str(marked), str(self.folder / "photo.jpg"))
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertEqual(Image.open(marked / "photo.jpg").size, (1400, 2000))
+
     def test_unwritable_copy_is_told_beside_the_verdict(self):
         blank = self.write("blank.png", png(64, 48))
         (self.folder / "marked/blank.png").mkdir(parents=True)  # in the way
