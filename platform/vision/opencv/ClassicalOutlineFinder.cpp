@@ -12,8 +12,9 @@ std::vector<OutlineCandidate> ClassicalOutlineFinder::find(const Scene& scene) c
     quads.insert(quads.end(), fromLines.begin(), fromLines.end());
     std::vector<OutlineCandidate> candidates;
     for (const Quad& quad : quads) {
-        const OutlineEvidence evidence = weigh(quad, scene);
-        candidates.push_back({quad, confidenceOf(evidence), evidence.printKept});
+        if (const auto evidence = weigh(quad, scene)) {
+            candidates.push_back({quad, confidenceOf(*evidence), evidence->printKept});
+        }
     }
     return candidates;
 }

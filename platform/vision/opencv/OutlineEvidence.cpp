@@ -160,16 +160,18 @@ void weighPrint(const Quad& quad, const TextLayout& text, OutlineEvidence& evide
 
 }  // namespace
 
-OutlineEvidence weigh(const Quad& quad, const Scene& scene) {
+std::optional<OutlineEvidence> weigh(const Quad& quad, const Scene& scene) {
     OutlineEvidence evidence;
     double length = 0.0;
     double free = 0.0;
+    int borders = 0;
     evidence.leastSupport = 1.0;
     evidence.leastContrast = 1.0;
     for (std::size_t i = 0; i < 4; ++i) {
         const Side side = weighSide(quad[i], quad[(i + 1) % 4], scene);
         length += side.length;
         if (side.border) {
+            ++borders;
             continue;
         }
         free += side.length;
@@ -179,8 +181,10 @@ OutlineEvidence weigh(const Quad& quad, const Scene& scene) {
         evidence.leastSupport = std::min(evidence.leastSupport, side.support);
         evidence.leastContrast = std::min(evidence.leastContrast, side.contrast);
     }
-    if (free <= 0.0) {
-        return {};
+    // Three sides that nobody sees and one edge across the picture: the end of a table as well as a
+    // page.
+    if (borders > 2 || free <= 0.0) {
+        return std::nullopt;
     }
     evidence.meanSupport /= free;
     evidence.contrast /= free;

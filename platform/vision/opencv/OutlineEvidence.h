@@ -2,6 +2,8 @@
 
 #include "platform/vision/opencv/OutlineFinder.h"
 
+#include <optional>
+
 namespace kestrelid::opencv {
 
 // What speaks for a quadrilateral being a page's outline. All 0..1.
@@ -18,7 +20,8 @@ struct OutlineEvidence {
     double area = 0.0;         // part of the picture that the bounding box covers
 };
 
-[[nodiscard]] OutlineEvidence weigh(const Quad& quad, const Scene& scene);
+// None where more than two sides are the picture's own border.
+[[nodiscard]] std::optional<OutlineEvidence> weigh(const Quad& quad, const Scene& scene);
 
 // 0..1, see OpenCvRectangleService.h.
 [[nodiscard]] double confidenceOf(const OutlineEvidence& evidence);
