@@ -12,7 +12,6 @@ namespace {
 
 constexpr std::size_t kMinimumLineLength = 30;
 constexpr std::size_t kMinimumPairLength = 66;
-constexpr char32_t kReplacementCharacter = 0xFFFD;
 
 struct Line {
     std::string text;
@@ -39,8 +38,6 @@ std::vector<Line> linesOf(std::string_view text) {
         const char32_t scalar = nextScalar(text, offset);
         if (isLineBreak(scalar))
             finish();
-        else if (scalar == kReplacementCharacter)
-            line += "\uFFFD";  // ill-formed bytes must not meet across a removed space
         else if (scalar != ' ')
             line.append(text, start, offset - start);
     }
@@ -63,7 +60,7 @@ bool isZoneLine(const Line& line) {
 }  // namespace
 
 MrzLikeLines detectMRZLikeLines(std::string_view text) {
-    const std::vector<Line> lines = linesOf(text);
+    const std::vector<Line> lines = linesOf(wellFormed(text));
     if (lines.size() < 2)
         return {false, "Less than 2 lines OCRed."};
     for (std::size_t index = 0; index + 1 < lines.size(); ++index) {

@@ -13,7 +13,7 @@ bool isKept(char32_t scalar) {
 }  // namespace
 
 std::string normalize(std::string_view raw) {
-    const std::string folded = withoutDiacritics(upperCased(raw));
+    const std::string folded = withoutDiacritics(upperCased(wellFormed(raw)));
     std::string cleaned;
     cleaned.reserve(folded.size());
     bool gap = false;

@@ -44,6 +44,19 @@ bool isAscii(std::string_view text) {
                        [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
 
+std::string wellFormed(std::string_view bytes) {
+    std::string result;
+    result.reserve(bytes.size());
+    for (std::size_t offset = 0; offset < bytes.size();) {
+        const std::size_t start = offset;
+        if (nextScalar(bytes, offset) == kReplacementCharacter)
+            result += "\uFFFD";
+        else
+            result.append(bytes, start, offset - start);
+    }
+    return result;
+}
+
 std::string upperCased(std::string_view text) {
     std::string result;
     if (isAscii(text)) {

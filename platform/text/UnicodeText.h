@@ -6,8 +6,12 @@
 #include <string_view>
 #include <vector>
 
-// Unicode text services. Text is UTF-8 in and out; ill-formed bytes count as U+FFFD. Thread: any.
+// Unicode text services. Text is well-formed UTF-8 in and out. Thread: any.
 namespace kestrelid {
+
+// Any bytes as well-formed UTF-8: ill-formed ones become U+FFFD, so that they cannot meet others
+// and make a character that nobody wrote.
+[[nodiscard]] std::string wellFormed(std::string_view bytes);
 
 // Upper case by the default, locale-independent rules with full mappings: ß becomes SS.
 [[nodiscard]] std::string upperCased(std::string_view text);
@@ -25,6 +29,9 @@ namespace kestrelid {
 
 // Letters, marks and numbers of every script.
 [[nodiscard]] bool isAlphanumeric(char32_t scalar);
+
+// What nextScalar() gives for ill-formed bytes.
+inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 
 // The scalar that begins at offset, which moves behind it; U+FFFD for ill-formed bytes. offset <
 // text.size().

@@ -46,6 +46,7 @@ INSTANTIATE_TEST_SUITE_P(
                             "\u099C\u09A8\u09B8\u0982\u0996\u09CD\u09AF\u09BE"},
                     TextRow{"emojiVanishes", "A\U0001F600B", "AB"},
                     TextRow{"digitsOfOtherScriptsStay", "\u09E7\u0663", "\u09E7\u0663"},
+                    TextRow{"illFormedBytesDoNotMeet", "I\xCD\xCD\x91\xA9", "I"},
                     TextRow{"illFormedBytesVanish",
                             "A\xFF\xC3"
                             "B",
