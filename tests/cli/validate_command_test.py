@@ -138,7 +138,9 @@ class Streams(CommandLineTest):
         blank = self.write("blank.png", png(32, 32))
         pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE}
         with self.start("--json", "--jobs", "1", str(blank), "-", **pipes) as process:
-            self.assertIn(b"blank.png", process.stdout.readline())  # hangs if it came with the next
+            written, _, _ = select.select([process.stdout], [], [], 30)
+            self.assertTrue(written, "the verdict waits for the next input")
+            self.assertIn(b"blank.png", process.stdout.readline())
             process.stdin.write(png(32, 32))
             process.stdin.close()
             self.assertIn(b'"file":"-"', process.stdout.readline())
