@@ -15,8 +15,6 @@ double rising(double value, double low, double high) {
     return std::clamp((value - low) / (high - low), 0.0, 1.0);
 }
 
-constexpr float kMargin = 0.015f;
-
 constexpr std::size_t kParts = 4;  // the picture is looked at in kParts x kParts parts
 
 // Of the print, by length, the part in lines close to the direction that has half of it on either
@@ -56,19 +54,12 @@ FullPageEvidence weighFullPage(const Scene& scene) {
     float right = 0.0f;
     float top = height;
     float bottom = 0.0f;
-    float all = 0.0f;
-    float cut = 0.0f;
     for (const TextLine& line : scene.text.lines) {
         const cv::Rect2f box = line.box.boundingRect2f();
         left = std::min(left, box.x);
         right = std::max(right, box.br().x);
         top = std::min(top, box.y);
         bottom = std::max(bottom, box.br().y);
-        const bool isCut = box.x <= kMargin * width || box.y <= kMargin * height ||
-                           box.br().x >= (1.0f - kMargin) * width ||
-                           box.br().y >= (1.0f - kMargin) * height;
-        all += line.box.size.width;
-        cut += isCut ? line.box.size.width : 0.0f;
         evidence.strokes += static_cast<double>(line.glyphs.size());
         for (const cv::Point2f glyph : line.glyphs) {
             const auto column = static_cast<std::size_t>(kParts * glyph.x / width);
@@ -80,7 +71,7 @@ FullPageEvidence weighFullPage(const Scene& scene) {
     evidence.span =
         std::max(0.0, double{std::min((right - left) / width, (bottom - top) / height)});
     evidence.spread = static_cast<double>(std::ranges::count(hasPrint, true)) / (kParts * kParts);
-    evidence.runsOut = cut / std::max(all, 1.0f);
+    evidence.runsOut = partRunningOut(scene.text.lines, size);
     evidence.inkPart = scene.text.inkPart;
     evidence.parallel = parallelPart(scene.text.lines);
     const auto edges = std::ranges::count_if(scene.edges.points, [&](const EdgePoint& point) {

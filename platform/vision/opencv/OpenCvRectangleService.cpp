@@ -4,6 +4,7 @@
 #include "platform/vision/opencv/FullPageFinder.h"
 #include "platform/vision/opencv/OutlineFinder.h"
 #include "platform/vision/opencv/OutlineSelection.h"
+#include "platform/vision/opencv/PrintBlockFinder.h"
 
 #include <algorithm>
 #include <exception>
@@ -50,16 +51,24 @@ std::vector<OutlineCandidate> findOutlines(const Bitmap& bitmap, const Rectangle
     }
     const Scene scene{
         .picture = picture, .edges = makeEdgeField(picture), .text = findTextLayout(picture)};
+    const auto ask = [&](const std::vector<std::unique_ptr<const OutlineFinder>>& finders) {
+        std::vector<OutlineCandidate> candidates;
+        for (const auto& finder : finders) {
+            const auto found = finder->find(scene);
+            candidates.insert(candidates.end(), found.begin(), found.end());
+        }
+        return selectOutlines(std::move(candidates), request);
+    };
     std::vector<std::unique_ptr<const OutlineFinder>> finders;
     finders.push_back(std::make_unique<ClassicalOutlineFinder>());
     finders.push_back(std::make_unique<FullPageFinder>());
-
-    std::vector<OutlineCandidate> candidates;
-    for (const auto& finder : finders) {
-        const auto found = finder->find(scene);
-        candidates.insert(candidates.end(), found.begin(), found.end());
+    std::vector<OutlineCandidate> outlines = ask(finders);
+    if (outlines.empty()) {
+        finders.clear();
+        finders.push_back(std::make_unique<PrintBlockFinder>());
+        outlines = ask(finders);
     }
-    return selectOutlines(std::move(candidates), request);
+    return outlines;
 }
 
 }  // namespace

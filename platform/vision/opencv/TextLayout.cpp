@@ -250,6 +250,23 @@ cv::Mat1b near(const cv::Mat1b& mask, int longest) {
 
 }  // namespace
 
+double partRunningOut(const std::vector<TextLine>& lines, cv::Size picture) {
+    constexpr float kMargin = 0.015f;
+    const auto width = static_cast<float>(picture.width);
+    const auto height = static_cast<float>(picture.height);
+    double all = 0.0;
+    double out = 0.0;
+    for (const TextLine& line : lines) {
+        const cv::Rect2f box = line.box.boundingRect2f();
+        const bool runsOut = box.x <= kMargin * width || box.y <= kMargin * height ||
+                             box.br().x >= (1.0f - kMargin) * width ||
+                             box.br().y >= (1.0f - kMargin) * height;
+        all += line.box.size.width;
+        out += runsOut ? line.box.size.width : 0.0f;
+    }
+    return all > 0.0 ? out / all : 0.0;
+}
+
 TextLayout findTextLayout(const WorkingPicture& picture) {
     const int longest = std::max(picture.luma.cols, picture.luma.rows);
     const Strokes strokes = strokesOf(inkOf(picture.luma, longest), longest);

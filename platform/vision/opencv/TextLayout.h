@@ -22,6 +22,10 @@ struct TextLayout {
     std::vector<cv::Point2f> samples;  // of print, at even steps
 };
 
+// Of lines, by length, the part that runs out of a picture of that size. Print has margins; rows of
+// keys, tiles and books go on beyond the picture.
+[[nodiscard]] double partRunningOut(const std::vector<TextLine>& lines, cv::Size picture);
+
 [[nodiscard]] TextLayout findTextLayout(const WorkingPicture& picture);
 
 }  // namespace kestrelid::opencv
