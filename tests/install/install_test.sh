@@ -7,6 +7,7 @@ build=$1
 work=$2
 picture=$3
 consumer=$(cd "$(dirname "$0")" && pwd)/consumer
+example=$(cd "$(dirname "$0")/../.." && pwd)/examples/judge
 
 fail() {
     echo "install_test: $*" >&2
@@ -37,8 +38,16 @@ fi
 grep -q "Kestrelid has no component Telepathy here; it has: Detection" "$work/unknown.log" ||
     fail "the message for an unknown component is missing: $(< "$work/unknown.log")"
 
+cmake --no-warn-unused-cli -G Ninja -S "$example" -B "$work/example" -DCMAKE_PREFIX_PATH="$work/prefix"
+cmake --build "$work/example"
+
 mv "$work/prefix" "$work/moved"
 library=$(dirname "$(find "$work/moved" -name 'libkestrelid-detection.so')")
+: > "$work/no-picture.jpg"
+[[ $(LD_LIBRARY_PATH=$library "$work/example/judge" "$picture") == "a passport" ]] || fail "the example sees no passport"
+if LD_LIBRARY_PATH=$library "$work/example/judge" "$work/no-picture.jpg" 2> "$work/example.log"; then
+    fail "the example takes an empty file for a picture"
+fi
 LD_LIBRARY_PATH=$library "$work/build/consumer" "$picture" | tee "$work/consumer.log"
 grep -qx passport "$work/consumer.log" || fail "the host does not see a passport in $picture"
 grep -qF "$library/kestrelid/" "$work/consumer.log" || fail "the models were not found in the moved tree"
