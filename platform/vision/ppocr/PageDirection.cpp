@@ -10,10 +10,11 @@ namespace {
 constexpr int kInputHeight = 48;
 constexpr int kInputWidth = 192;
 constexpr std::size_t kVoters = 6;
+constexpr std::size_t kLeastVoters = 3;
+constexpr float kUnanimousVote = 0.9f;    // so far: the others need not be asked
 constexpr float kClearVote = 0.5f;        // mean of the votes from -1 (upright) to 1 (upside down)
 constexpr std::size_t kReadBothWays = 3;  // lines that settle an unclear vote
-constexpr float kEnoughReading =
-    12.0f;  // sum of characters times confidence by which one way must lead
+constexpr float kEnoughReading = 12.0f;   // lead of one way, in characters times confidence
 
 // Lines that show their direction best: large letters, and several of them. Very long lines cost
 // more than they tell.
@@ -53,21 +54,27 @@ std::variant<float, RequestError> PageDirection::reversed(const cv::Mat& picture
 std::variant<bool, RequestError> PageDirection::isReversed(const cv::Mat& picture,
                                                            const PageLines& page,
                                                            const LineRecognizer& recognizer) const {
-    const std::vector<LineBox> lines = clearestLines(page);
+    std::vector<LineBox> lines = clearestLines(page);
     const std::size_t voters = std::min(lines.size(), kVoters);
     if (voters == 0)
         return false;
-    float vote = 0.0f;
-    for (std::size_t index = 0; index < voters; ++index) {
-        const auto answer = reversed(picture, lines[index]);
+    float sum = 0.0f;
+    for (std::size_t asked = 1; asked <= voters; ++asked) {
+        const auto answer = reversed(picture, lines[asked - 1]);
         if (const auto* error = std::get_if<RequestError>(&answer))
             return *error;
-        vote += 2.0f * std::get<float>(answer) - 1.0f;
+        sum += 2.0f * std::get<float>(answer) - 1.0f;
+        const float vote = sum / static_cast<float>(asked);
+        if (asked >= kLeastVoters &&
+            std::abs(vote) >= (asked < voters ? kUnanimousVote : kClearVote))
+            return vote > 0.0f;
     }
-    vote /= static_cast<float>(voters);
-    if (std::abs(vote) >= kClearVote && voters >= 3)
-        return vote > 0.0f;
 
+    // The shorter ones: reading takes its time for each pixel, and a word is enough.
+    lines.resize(voters);
+    std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {
+        return a.length * b.height < b.length * a.height;
+    });
     float lead = 0.0f;
     for (std::size_t index = 0;
          index < std::min(voters, kReadBothWays) && std::abs(lead) < kEnoughReading; ++index) {

@@ -29,14 +29,20 @@ LineRecognizer::Reading readLine(const LineRecognizer& recognizer, const cv::Mat
     return other;
 }
 
-void putInReadingOrder(std::vector<LineBox>& lines, cv::Point2f along) {
+// What tells most for its cost first: titles and labels, from the top of the page down. Long lines,
+// such as those of a machine-readable zone, take as long as ten labels.
+void putTellingLinesFirst(PageLines& page) {
+    constexpr float kLongLine = 10.0f;  // times its height
     std::vector<LineExtent> extents;
-    for (const auto& line : lines)
-        extents.push_back(line.extentOn(along));
+    for (const auto& line : page.lines)
+        extents.push_back(line.extentOn(page.along));
     std::vector<LineBox> ordered;
     for (const std::size_t index : readingOrder(extents))
-        ordered.push_back(lines[index]);
-    lines = std::move(ordered);
+        ordered.push_back(page.lines[index]);
+    std::stable_partition(ordered.begin(), ordered.end(), [](const LineBox& line) {
+        return line.length <= kLongLine * line.height;
+    });
+    page.lines = std::move(ordered);
 }
 
 // A page's lines, and the picture in which they are level.
@@ -134,7 +140,7 @@ std::optional<RequestError> readPage(const PpOcrModels& models, const cv::Mat& p
     auto& page = std::get<LevelPage>(found);
     auto& lines = page.lines.lines;
     if (settings.mayStopEarly)
-        putInReadingOrder(lines, page.lines.along);
+        putTellingLinesFirst(page.lines);
     else
         // The longest lines first: the threads then finish at nearly the same time.
         std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {

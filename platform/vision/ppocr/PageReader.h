@@ -10,8 +10,7 @@ namespace kestrelid {
 struct PageReaderSettings {
     int detectorSide = 736;  // longest side of what the detector sees, in pixels, a multiple of 32
     int threads = 2;         // that read lines, the calling one included
-    bool mayStopEarly =
-        false;  // lines likely to matter first, instead of the order that ends soonest
+    bool mayStopEarly = false;  // telling lines first, instead of the order that ends soonest
 };
 
 // Reads all lines of a picture into collector, until that has enough. Thread: any.
