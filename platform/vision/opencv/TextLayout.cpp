@@ -1,7 +1,8 @@
 #include "platform/vision/opencv/TextLayout.h"
 
+#include "platform/vision/opencv/Strokes.h"
+
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <opencv2/imgproc.hpp>
@@ -10,48 +11,7 @@ namespace kestrelid::opencv {
 
 namespace {
 
-// Sizes as parts of the picture's longest side.
-constexpr double kNeighbourhood = 1.0 / 26;  // over which paper is even
-constexpr double kTallestLetter = 1.0 / 18;
-constexpr double kLongestStroke = 1.0 / 2.5;  // letters touch each other when they are small
-constexpr double kWidestGap = 1.0 / 40;       // between letters of a line
-constexpr double kShortestLine = 1.0 / 16;
-
-double noiseOf(const cv::Mat1s& darkness) {
-    std::array<int, 256> histogram{};
-    for (int y = 0; y < darkness.rows; ++y) {
-        for (int x = 0; x < darkness.cols; ++x) {
-            ++histogram[static_cast<std::size_t>(std::min(std::abs(int{darkness(y, x)}), 255))];
-        }
-    }
-    auto left = static_cast<std::ptrdiff_t>(darkness.total() / 2);
-    std::size_t median = 0;
-    while (median < 255 && (left -= histogram[median]) > 0) {
-        ++median;
-    }
-    return static_cast<double>(median) / 0.6745;  // of a normal distribution
-}
-
-// Strokes darker than the paper around them.
-cv::Mat1b inkOf(const cv::Mat& luma, int longest) {
-    const int window = std::max(7, static_cast<int>(longest * kNeighbourhood) | 1);
-    cv::Mat around;
-    cv::boxFilter(luma, around, -1, {window, window});
-    cv::Mat1s darkness;
-    cv::subtract(around, luma, darkness, cv::noArray(), CV_16S);
-    const double texture = 2.5 * noiseOf(darkness);
-    cv::Mat1b ink(luma.size());
-    for (int y = 0; y < luma.rows; ++y) {
-        const auto* mean = around.ptr<std::uint8_t>(y);
-        for (int x = 0; x < luma.cols; ++x) {
-            // Even on a strongly textured desk print on a page is about this much darker than its
-            // paper.
-            const double least = std::max({7.0, 0.10 * mean[x], std::min(texture, 0.27 * mean[x])});
-            ink(y, x) = darkness(y, x) > least ? 255 : 0;
-        }
-    }
-    return ink;
-}
+constexpr double kWidestGap = 1.0 / 40;  // between letters of a line, of the longest side
 
 enum class Direction { across, down, rising, falling };
 
@@ -71,72 +31,6 @@ cv::Mat1b bridgeAlong(Direction direction, int gap) {
         bridge(i, direction == Direction::falling ? i : side - 1 - i) = 1;
     }
     return bridge;
-}
-
-// Second moments of a connected piece.
-struct Piece {
-    double pixels = 0, x = 0, y = 0, xx = 0, xy = 0, yy = 0;
-
-    void add(int column, int row) {
-        pixels += 1;
-        x += column;
-        y += row;
-        xx += double(column) * column;
-        xy += double(column) * row;
-        yy += double(row) * row;
-    }
-
-    // The rectangle with the same moments, its width the longer side.
-    [[nodiscard]] cv::RotatedRect box() const {
-        const double mx = x / pixels;
-        const double my = y / pixels;
-        const double varX = xx / pixels - mx * mx;
-        const double varY = yy / pixels - my * my;
-        const double shared = xy / pixels - mx * my;
-        const double half = std::hypot(0.5 * (varX - varY), shared);
-        const double mean = 0.5 * (varX + varY);
-        const double angle = 0.5 * std::atan2(2.0 * shared, varX - varY);
-        const auto side = [](double variance) {
-            return static_cast<float>(std::sqrt(12.0 * std::max(variance, 1.0 / 12.0)));
-        };
-        return {{static_cast<float>(mx), static_cast<float>(my)},
-                {side(mean + half), side(mean - half)},
-                static_cast<float>(angle * 180.0 / CV_PI)};
-    }
-};
-
-// Ink in pieces of the size of letters or of words run together.
-struct Strokes {
-    cv::Mat1i labels;                    // 0: none
-    std::vector<cv::RotatedRect> boxes;  // by label
-    std::vector<std::uint8_t> kept;      // by label
-    double allPixels = 0.0;
-};
-
-Strokes strokesOf(const cv::Mat1b& ink, int longest) {
-    Strokes strokes;
-    const auto count =
-        static_cast<std::size_t>(cv::connectedComponents(ink, strokes.labels, 8, CV_32S));
-    std::vector<Piece> pieces(count);
-    for (int y = 0; y < ink.rows; ++y) {
-        for (int x = 0; x < ink.cols; ++x) {
-            if (const int label = strokes.labels(y, x); label != 0) {
-                pieces[static_cast<std::size_t>(label)].add(x, y);
-                strokes.allPixels += 1.0;
-            }
-        }
-    }
-    strokes.boxes.resize(count);
-    strokes.kept.assign(count, 0);
-    for (std::size_t i = 1; i < count; ++i) {
-        const cv::RotatedRect box = pieces[i].box();
-        strokes.boxes[i] = box;
-        const bool isRule = box.size.height <= 2.0f && box.size.width > longest * kShortestLine;
-        strokes.kept[i] = pieces[i].pixels >= 3 && !isRule &&
-                          box.size.height <= longest * kTallestLetter &&
-                          box.size.width <= longest * kLongestStroke;
-    }
-    return strokes;
 }
 
 double angleOf(Direction direction) {
@@ -216,7 +110,8 @@ Lines joinedAlong(const Strokes& strokes, int longest, Direction direction, cv::
     for (std::size_t i = 1; i < pieces.size(); ++i) {
         const cv::RotatedRect box = pieces[i].box();
         const double meanRun = inks[i].pixels / std::max(inks[i].runs, 1);
-        if (box.size.width >= longest * kShortestLine && box.size.width >= 4.0f * box.size.height &&
+        if (box.size.width >= longest * kShortestTextLine &&
+            box.size.width >= 4.0f * box.size.height &&
             box.size.height <= longest * kTallestLetter && meanRun <= 2.5 * box.size.height) {
             lineOf[i] = static_cast<int>(result.lines.size());
             result.pixels += inks[i].pixels;
@@ -269,7 +164,7 @@ double partRunningOut(const std::vector<TextLine>& lines, cv::Size picture) {
 
 TextLayout findTextLayout(const WorkingPicture& picture) {
     const int longest = std::max(picture.luma.cols, picture.luma.rows);
-    const Strokes strokes = strokesOf(inkOf(picture.luma, longest), longest);
+    const Strokes strokes = findStrokes(picture.luma);
     cv::Mat1b print(picture.size(), std::uint8_t{0});
     Lines across = joinedAlong(strokes, longest, Direction::across, print);
     Lines down = joinedAlong(strokes, longest, Direction::down, print);

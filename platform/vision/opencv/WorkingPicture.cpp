@@ -47,8 +47,19 @@ WorkingPicture makeWorkingPicture(const Bitmap& bitmap, int longestSide) {
     const auto scaled = [scale](int side) {
         return std::max(1, static_cast<int>(std::lround(side * scale)));
     };
+    // Exact halving of a large picture is several times as fast as averaging over odd factors. A
+    // last odd row or column, less than a thousandth of it, is given up.
+    cv::Mat source = view;
+    while (std::max(source.cols, source.rows) >= 4 * longestSide &&
+           std::min(source.cols, source.rows) > 1) {
+        const cv::Size half(source.cols / 2, source.rows / 2);
+        cv::Mat halved;
+        cv::resize(source({0, 0, 2 * half.width, 2 * half.height}), halved, half, 0.0, 0.0,
+                   cv::INTER_AREA);
+        source = halved;
+    }
     cv::Mat small;
-    cv::resize(view, small, {scaled(view.cols), scaled(view.rows)}, 0.0, 0.0, cv::INTER_AREA);
+    cv::resize(source, small, {scaled(view.cols), scaled(view.rows)}, 0.0, 0.0, cv::INTER_AREA);
 
     WorkingPicture picture;
     cv::Mat bgr;
