@@ -10,6 +10,9 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace kestrelid {
 
@@ -44,7 +47,7 @@ RectangleObservation observationOf(const OutlineCandidate& candidate, cv::Size s
 
 std::vector<OutlineCandidate> findOutlines(const Bitmap& bitmap, const RectangleRequest& request,
                                            cv::Size& size) {
-    WorkingPicture picture = makeWorkingPicture(bitmap, kLongestSide);
+    const WorkingPicture picture = makeWorkingPicture(bitmap, kLongestSide);
     size = picture.size();
     if (std::min(size.width, size.height) < kShortestSide) {
         return {};
@@ -86,6 +89,9 @@ std::optional<RequestError> OpenCvRectangleService::perform(const Bitmap& bitmap
         report.results = std::move(observations);
     } catch (const std::bad_alloc&) {
         return RequestError{"Not enough memory to look for a rectangle."};
+    } catch (const cv::Exception& error) {
+        // The message alone: what() adds the place in OpenCV and line breaks.
+        return RequestError{"OpenCV failed to look for a rectangle: " + error.err};
     } catch (const std::exception& error) {
         return RequestError{std::string("Looking for a rectangle failed: ") + error.what()};
     }
