@@ -49,9 +49,9 @@ Gradient gradientOf(const cv::Mat& channel, float leastStep) {
         --bin;
     }
     const float texture = static_cast<float>(bin) * kBin;
-    // A busy picture (much text, wood) must not drown the sides of a page: half of what the texture
-    // would ask.
-    gradient.unit = std::max(8.0f * leastStep, std::min(1.2f * texture, 8.0f * 4.0f * leastStep));
+    // However busy the picture (much print, wood), four times the least step is an edge: a page's
+    // sides must not drown.
+    gradient.unit = std::max(8.0f * leastStep, std::min(1.2f * texture, 4.0f * 8.0f * leastStep));
     return gradient;
 }
 
