@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <mutex>
 #include <opencv2/imgproc.hpp>
 
 namespace kestrelid::opencv {
@@ -36,6 +37,19 @@ double brighteningOf(const cv::Mat& luma) {
         --bright;
     }
     return std::clamp(kWellLit / bright, 1.0, kMostGain);
+}
+
+cv::Mat labOf(const cv::Mat& bgr) {
+    // OpenCV 4.6 makes its tables for this conversion at the first one, without a lock.
+    static std::once_flag hasTables;
+    std::call_once(hasTables, [] {
+        const cv::Mat pixel(1, 1, CV_8UC3, cv::Scalar::all(0));
+        cv::Mat converted;
+        cv::cvtColor(pixel, converted, cv::COLOR_BGR2Lab);
+    });
+    cv::Mat lab;
+    cv::cvtColor(bgr, lab, cv::COLOR_BGR2Lab);
+    return lab;
 }
 
 }  // namespace
@@ -85,7 +99,7 @@ WorkingPicture makeWorkingPicture(const Bitmap& bitmap, int longestSide) {
         bgr.convertTo(bgr, -1, gain);
     }
     if (!bgr.empty()) {
-        cv::cvtColor(bgr, picture.colour, cv::COLOR_BGR2Lab);
+        picture.colour = labOf(bgr);
     }
     return picture;
 }
