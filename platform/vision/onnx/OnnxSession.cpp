@@ -13,16 +13,20 @@ namespace {
 // sizes for ever, a memory pattern is planned again for each size, and spinning threads take the
 // cores from other requests.
 std::optional<RequestError> configure(const OrtApi& api, OrtSessionOptions& options, int threads) {
-    for (OrtStatus* status :
-         {api.SetIntraOpNumThreads(&options, std::max(threads, 1)),
-          api.SetInterOpNumThreads(&options, 1),
-          api.SetSessionExecutionMode(&options, ORT_SEQUENTIAL),
-          api.SetSessionGraphOptimizationLevel(&options, ORT_ENABLE_ALL),
-          api.DisableCpuMemArena(&options), api.DisableMemPattern(&options),
-          api.AddSessionConfigEntry(&options, "session.intra_op.allow_spinning", "0")})
-        if (auto error = onnxError(api, status))
-            return error;
-    return std::nullopt;
+    if (auto error = onnxError(api, api.SetIntraOpNumThreads(&options, std::max(threads, 1))))
+        return error;
+    if (auto error = onnxError(api, api.SetInterOpNumThreads(&options, 1)))
+        return error;
+    if (auto error = onnxError(api, api.SetSessionExecutionMode(&options, ORT_SEQUENTIAL)))
+        return error;
+    if (auto error = onnxError(api, api.SetSessionGraphOptimizationLevel(&options, ORT_ENABLE_ALL)))
+        return error;
+    if (auto error = onnxError(api, api.DisableCpuMemArena(&options)))
+        return error;
+    if (auto error = onnxError(api, api.DisableMemPattern(&options)))
+        return error;
+    return onnxError(api,
+                     api.AddSessionConfigEntry(&options, "session.intra_op.allow_spinning", "0"));
 }
 
 using NameCall = OrtStatus* (*)(const OrtSession*, std::size_t, OrtAllocator*, char**);

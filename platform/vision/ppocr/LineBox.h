@@ -30,9 +30,8 @@ struct LineBox {
     [[nodiscard]] LineExtent extentOn(cv::Point2f pageAlong) const;
 };
 
-// The lines of one page and the direction that most of its text runs in. Of the two ways to read
-// along that direction the page takes the one nearer to the right or, for text that runs up or
-// down, to the bottom.
+// The lines of one page and the direction that most of its text runs in: one of the two ways along
+// it, which may be that of a page upside down.
 struct PageLines {
     std::vector<LineBox> lines;
     cv::Point2f along{1.0f, 0.0f};
