@@ -9,9 +9,9 @@
 namespace kestrelid {
 namespace {
 
-// Settings for many pictures of many sizes one after another: an arena keeps the largest of all
-// sizes for ever, a memory pattern is planned again for each size, and spinning threads take the
-// cores from other requests.
+// Settings for many pictures of many sizes one after another: a memory pattern is planned again for
+// each size, and spinning threads take the cores from other requests. The arena stays on: threads
+// share it, where the heap would keep a large picture's memory once for every thread.
 std::optional<RequestError> configure(const OrtApi& api, OrtSessionOptions& options, int threads) {
     if (auto error = onnxError(api, api.SetIntraOpNumThreads(&options, std::max(threads, 1))))
         return error;
@@ -20,8 +20,6 @@ std::optional<RequestError> configure(const OrtApi& api, OrtSessionOptions& opti
     if (auto error = onnxError(api, api.SetSessionExecutionMode(&options, ORT_SEQUENTIAL)))
         return error;
     if (auto error = onnxError(api, api.SetSessionGraphOptimizationLevel(&options, ORT_ENABLE_ALL)))
-        return error;
-    if (auto error = onnxError(api, api.DisableCpuMemArena(&options)))
         return error;
     if (auto error = onnxError(api, api.DisableMemPattern(&options)))
         return error;
