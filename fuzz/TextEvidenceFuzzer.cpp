@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <string_view>
 
-// Normalisation and keyword matching hold on any bytes and agree with the plain rules on short ones.
-// Cleaning cleaned text only composes what has come to stand side by side.
+// Normalisation and keyword matching hold on any bytes and agree with the plain rules on short
+// ones. Cleaning cleaned text only composes what has come to stand side by side.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace kestrelid;
     const std::string_view text(reinterpret_cast<const char*>(data), size);
