@@ -33,12 +33,13 @@ template <typename Value, std::size_t kCount>
     return "";
 }
 
-// An option that takes one of the words and gives its value to take, each time it stands on the
-// command line.
+// An option that takes one of the words and gives its value to take. It may stand once, or as often
+// as the caller likes where it mayRepeat.
 template <typename Value, std::size_t kCount>
 void addChoiceOption(CLI::App& command, const std::string& name,
                      const std::array<Choice<Value>, kCount>& choices,
-                     const std::string& description, std::function<void(Value)> take) {
+                     const std::string& description, std::function<void(Value)> take,
+                     bool mayRepeat = false) {
     std::string words;
     for (const Choice<Value>& choice : choices)
         words += (words.empty() ? "" : "|") + std::string(choice.word);
@@ -56,7 +57,10 @@ void addChoiceOption(CLI::App& command, const std::string& name,
         }
         return true;
     };
-    command.add_option(name, takeAll, description)->type_name(words);
+    CLI::Option* option = command.add_option(name, takeAll, description)->type_name(words);
+    if (mayRepeat)
+        // One word each time: what follows it is another argument.
+        option->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args(false);
 }
 
 }  // namespace kestrelid::cli

@@ -34,11 +34,11 @@ void addMeasureOptions(CLI::App& app, Options& options) {
         ->required()
         ->type_name("");
     cli::addChoiceOption<Recognizer>(
-        app, "--recognizer", cli::kRecognizers, "May stand twice (default: both)",
-        [&](Recognizer value) { options.recognizers.push_back(value); });
+        app, "--recognizer", cli::kRecognizers, "May stand more than once (default: both)",
+        [&](Recognizer value) { options.recognizers.push_back(value); }, true);
     cli::addChoiceOption<ValidationEffort>(
-        app, "--effort", cli::kEfforts, "May stand twice (default: both)",
-        [&](ValidationEffort value) { options.efforts.push_back(value); });
+        app, "--effort", cli::kEfforts, "May stand more than once (default: both)",
+        [&](ValidationEffort value) { options.efforts.push_back(value); }, true);
     app.add_option("--limit", options.measure.limit, "Judge the first N pictures only")
         ->type_name("N");
     app.add_option("--jobs", options.measure.jobs,

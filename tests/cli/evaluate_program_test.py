@@ -13,7 +13,9 @@ class Evaluate(CommandLineTest):
         chosen = [kinds["passport-drawn"], kinds["other-scene"]]
         manifest = self.write("m.tsv", "\n".join([rows[0], *(f"{SAMPLES}/{row}" for row in chosen)]).encode())
         report = self.folder / "report.json"
-        result = run(str(manifest), "--recognizer", "ppocr", "--json", str(report), "--verbose", program=EVALUATE)
+        # An option may stand more than once, and does not swallow what follows its word.
+        result = run("--effort", "complete", "--effort", "verdict", "--recognizer", "ppocr", str(manifest),
+                     "--json", str(report), "--verbose", program=EVALUATE)
         self.assertEqual((result.returncode, result.stderr), (0, b""))
         table = result.stdout.decode()
         self.assertIn("Efforts agree", table)

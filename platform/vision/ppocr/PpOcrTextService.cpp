@@ -1,5 +1,6 @@
 #include "platform/vision/ppocr/PpOcrTextService.h"
 
+#include "platform/vision/EnglishOnly.h"
 #include "platform/vision/layout/LineCollector.h"
 #include "platform/vision/layout/ReducedPicture.h"
 #include "platform/vision/ppocr/PageReader.h"
@@ -44,9 +45,8 @@ std::optional<RequestError> PpOcrTextService::perform(const Bitmap& bitmap,
                                                       const RequestCompletion& completion) {
     RequestReport report;
     try {
-        const auto& languages = request.recognitionLanguages;
-        if (std::find(languages.begin(), languages.end(), "en") == languages.end())
-            return RequestError{"this text recogniser reads English only: ask for \"en\""};
+        if (auto refusal = refuseUnlessEnglish(request))
+            return refusal;
         const auto loaded = models();
         if (const auto* error = std::get_if<RequestError>(&loaded))
             return *error;

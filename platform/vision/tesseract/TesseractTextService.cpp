@@ -1,5 +1,6 @@
 #include "platform/vision/tesseract/TesseractTextService.h"
 
+#include "platform/vision/EnglishOnly.h"
 #include "platform/vision/layout/LineCollector.h"
 #include "platform/vision/layout/QuarterTurns.h"
 #include "platform/vision/layout/ReducedPicture.h"
@@ -162,9 +163,8 @@ std::optional<RequestError> TesseractTextService::perform(const Bitmap& bitmap,
                                                           const RequestCompletion& completion) {
     RequestReport report;
     try {
-        const auto& languages = request.recognitionLanguages;
-        if (std::find(languages.begin(), languages.end(), "en") == languages.end())
-            return RequestError{"this text recogniser reads English only: ask for \"en\""};
+        if (auto refusal = refuseUnlessEnglish(request))
+            return refusal;
         auto borrowed = borrow();
         if (const auto* error = std::get_if<RequestError>(&borrowed))
             return *error;
