@@ -217,7 +217,8 @@ class Annotations(CommandLineTest):
         marked = self.folder / "marked"
         result = run("validate", "--annotate", str(marked), str(self.folder / "photo.jpg"))
         self.assertEqual((result.returncode, result.stderr), (0, b""))
-        self.assertEqual(Image.open(marked / "photo.jpg").size, (1400, 2000))
+        with Image.open(marked / "photo.jpg") as copy:
+            self.assertEqual(copy.size, (1400, 2000))
 
     def test_unwritable_copy_is_told_beside_the_verdict(self):
         blank = self.write("blank.png", png(64, 48))
