@@ -17,8 +17,9 @@
 namespace kestrelid {
 namespace {
 
-constexpr int kPictureSide = 1800;   // longest side read; small print is 17 pixels high then
-constexpr int kEnlargedSide = 1600;  // smaller pictures grow to this; 1200 loses small print
+constexpr int kPictureSide =
+    1600;  // longest side read; letters of a page's small print are 15 pixels high then
+constexpr int kEnlargedSide = 1200;  // smaller pictures grow to this
 constexpr double kStrongestEnlarging = 2.5;
 constexpr int kTurnSide = 900;         // longest side when only the turn is asked for
 constexpr int kSmallestSide = 8;       // pixels; no line of text is lower
