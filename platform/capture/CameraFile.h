@@ -1,0 +1,14 @@
+#pragma once
+
+#include <kestrelid/DefaultCamera.h>
+
+#include <filesystem>
+#include <optional>
+
+namespace kestrelid {
+
+// The file that stands for a camera, where options.camera is the path of one that exists; a pipe or
+// a device node is none.
+[[nodiscard]] std::optional<std::filesystem::path> cameraFile(const CameraOptions& options);
+
+}  // namespace kestrelid
