@@ -1,0 +1,140 @@
+#include "platform/dispatch/AsioQueue.h"
+#include "tests/support/FakeCapture.h"
+
+#include <kestrelid/CameraManager.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <latch>
+#include <thread>
+
+namespace kestrelid {
+namespace {
+
+using test::FakePixelBuffer;
+
+// Answers on another thread, as the real one does; every second verdict is for a passport.
+class WorkerDetector final : public PassportDetector {
+public:
+    WorkerDetector()
+        : PassportDetector({.rectangles = std::make_shared<test::FakeRectangles>(test::Script{}),
+                            .text = std::make_shared<test::FakeText>(test::Script{}),
+                            .queue = nullptr},
+                           ValidationEffort::verdictOnly) {}
+
+    void validate(const Image&, Completion completion) override {
+        const bool isPassport = ++calls_ % 2 == 0;
+        workers_.async([isPassport, completion = std::move(completion)] {
+            completion(makeResult(isPassport, 0.5, {}, {}));
+        });
+    }
+
+private:
+    std::atomic<int> calls_ = 0;
+    AsioQueue workers_{"workers", 2};
+};
+
+// A camera on real queues, whose main queue is a thread of its own.
+struct LiveCamera {
+    LiveCamera() {
+        platform->machine->takePhoto = [this](std::shared_ptr<PhotoCaptureDelegate> delegate) {
+            photos.async([delegate = std::move(delegate)] {
+                delegate->didFinishProcessingPhoto({}, CaptureError{"no film"});
+            });
+        };
+        manager = CameraManager::create(
+            {.authorization = authorization,
+             .capture = platform,
+             .detector = std::make_shared<WorkerDetector>(),
+             .mainQueue = mainQueue,
+             .makeSerialQueue =
+                 [](const std::string& label) { return std::make_shared<AsioQueue>(label, 1); },
+             .now = [this] { return WallTime(std::chrono::duration<double>(++seconds)); }});
+    }
+
+    void onMain(std::function<void()> block) {
+        std::promise<void> done;
+        mainQueue->async([&] {
+            block();
+            done.set_value();
+        });
+        done.get_future().wait();
+    }
+
+    std::shared_ptr<test::FakeAuthorization> authorization =
+        std::make_shared<test::FakeAuthorization>(AuthorizationStatus::authorized);
+    std::shared_ptr<test::FakePlatform> platform = std::make_shared<test::FakePlatform>();
+    std::atomic<int> seconds = 0;  // every frame has its own second
+    AsioQueue photos{"photos", 2};
+    std::shared_ptr<AsioQueue> mainQueue = std::make_shared<AsioQueue>("main", 1);
+    std::shared_ptr<CameraManager> manager;
+};
+
+// Frames until stopped, from a thread as the platform's.
+std::jthread deliverFrames(const std::shared_ptr<test::FakeVideoOutput>& output) {
+    return std::jthread([output](const std::stop_token& stop) {
+        const auto pixels = std::make_shared<FakePixelBuffer>(test::blankBitmap(4, 4));
+        while (!stop.stop_requested()) {
+            output->deliver(pixels);
+            std::this_thread::yield();
+        }
+    });
+}
+
+TEST(CameraThreads, FramesVerdictsAndPhotosMeetOnTheMainQueue) {
+    constexpr int kPhotos = 50;
+    LiveCamera camera;
+    std::promise<void> ready;
+    std::latch photos(kPhotos);
+    std::latch verdicts(100);
+    std::thread::id mainThread;
+    std::vector<Subscription> subscriptions;
+    camera.onMain([&] {
+        mainThread = std::this_thread::get_id();
+        camera.manager->onPhotoCapture = [&](const std::optional<Image>&) {
+            EXPECT_EQ(std::this_thread::get_id(), mainThread);
+            photos.count_down();
+        };
+        subscriptions.push_back(camera.manager->isSessionReady().didChange([&](bool isReady) {
+            if (isReady)
+                ready.set_value();
+        }));
+        subscriptions.push_back(camera.manager->detectionConfidence().didChange([&](float) {
+            EXPECT_EQ(std::this_thread::get_id(), mainThread);
+            if (!verdicts.try_wait())
+                verdicts.count_down();
+        }));
+        camera.manager->checkAuthorization();
+    });
+    ready.get_future().wait();
+    const std::jthread frames = deliverFrames(camera.platform->videoOutput.lock());
+    for (int tap = 0; tap < kPhotos; ++tap)
+        camera.onMain([&] { camera.manager->capturePhoto(); });
+    photos.wait();
+    verdicts.wait();
+    camera.onMain([&] { subscriptions.clear(); });
+}
+
+TEST(CameraThreads, ReleaseWhileFramesFlowLeavesNothingBehind) {
+    for (int round = 0; round < 10; ++round) {
+        LiveCamera camera;
+        std::jthread frames;
+        std::promise<void> configured;
+        camera.onMain([&] { camera.manager->setupSession(); });
+        // The readiness check one second later would keep the manager: this platform refuses the
+        // start before it.
+        camera.platform->machine->starts = false;
+        const std::weak_ptr<CameraManager> weak = camera.manager;
+        while (camera.platform->videoOutput.lock()->delegate.expired())
+            std::this_thread::yield();
+        frames = deliverFrames(camera.platform->videoOutput.lock());
+        camera.onMain([&] { camera.manager.reset(); });
+        while (!weak.expired())
+            std::this_thread::yield();
+    }
+}
+
+}  // namespace
+}  // namespace kestrelid

@@ -1,0 +1,272 @@
+#pragma once
+
+#include "tests/support/FakeServices.h"
+
+#include <kestrelid/CameraManager.h>
+#include <kestrelid/CaptureServices.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kestrelid::test {
+
+// Answers as it is told; what it is asked for waits until answer() is called.
+class FakeAuthorization final : public CameraAuthorization {
+public:
+    explicit FakeAuthorization(AuthorizationStatus status) : status_(status) {}
+
+    AuthorizationStatus status() override { return status_; }
+    void requestAccess(std::function<void(bool)> completion) override {
+        waiting_.push_back(std::move(completion));
+    }
+
+    [[nodiscard]] std::size_t requests() const { return waiting_.size(); }
+
+    // As the platform does: the status stands, then the answer comes.
+    void answer(bool granted) {
+        status_ = granted ? AuthorizationStatus::authorized : AuthorizationStatus::denied;
+        for (const auto& completion : std::exchange(waiting_, {}))
+            completion(granted);
+    }
+
+private:
+    AuthorizationStatus status_;
+    std::vector<std::function<void(bool)>> waiting_;
+};
+
+// What the fake machine offers, and what was done to it, in order.
+struct FakeMachine {
+    bool hasDevice = true;
+    bool deviceOpens = true;
+    bool takesInput = true;
+    bool takesPhotoOutput = true;
+    bool takesVideoOutput = true;
+    bool starts = true;
+    std::vector<CaptureConnection> connections{{.isEnabled = true}};
+    std::vector<std::string> codecs{kPhotoCodecHevc, kPhotoCodecJpeg};
+    std::vector<FlashMode> flashModes{FlashMode::off, FlashMode::on};
+    PhotoDimensions photoDimensions{.width = 4032, .height = 3024};
+    // Takes photos in place of the test; empty: requests wait in FakePhotoOutput.
+    std::function<void(std::shared_ptr<PhotoCaptureDelegate>)> takePhoto;
+
+    std::vector<std::string> log;
+
+    void note(std::string operation) { log.push_back(std::move(operation)); }
+};
+
+class FakeDevice final : public CaptureDevice {
+public:
+    [[nodiscard]] std::string name() const override { return "Fake camera"; }
+    [[nodiscard]] Orientation orientation() const override { return Orientation::up; }
+    [[nodiscard]] bool isMirrored() const override { return false; }
+};
+
+class FakeInput final : public CaptureInput {};
+
+class FakePixelBuffer final : public PixelBuffer {
+public:
+    explicit FakePixelBuffer(std::optional<Bitmap> bitmap) : bitmap_(std::move(bitmap)) {}
+    [[nodiscard]] std::optional<Bitmap> render() const override { return bitmap_; }
+
+private:
+    std::optional<Bitmap> bitmap_;
+};
+
+class FakeSampleBuffer final : public SampleBuffer {
+public:
+    explicit FakeSampleBuffer(const PixelBuffer* pixels) : pixels_(pixels) {}
+    [[nodiscard]] const PixelBuffer* imageBuffer() const override { return pixels_; }
+
+private:
+    const PixelBuffer* pixels_;
+};
+
+class FakeVideoOutput final : public VideoDataOutput {
+public:
+    explicit FakeVideoOutput(std::shared_ptr<FakeMachine> machine) : machine_(std::move(machine)) {}
+
+    void setVideoSettings(const VideoSettings& given) override {
+        machine_->note("setVideoSettings");
+        settings = given;
+    }
+    void setSampleBufferDelegate(std::weak_ptr<SampleBufferDelegate> given,
+                                 std::shared_ptr<DispatchQueue> givenQueue) override {
+        machine_->note("setSampleBufferDelegate");
+        delegate = std::move(given);
+        queue = std::move(givenQueue);
+    }
+
+    // A frame on the delegate's queue. pixels: null for a frame without any.
+    void deliver(std::shared_ptr<const PixelBuffer> pixels) {
+        queue->async([weak = delegate, pixels = std::move(pixels)] {
+            if (const auto receiver = weak.lock())
+                receiver->didOutput(FakeSampleBuffer(pixels.get()));
+        });
+    }
+
+    std::optional<VideoSettings> settings;
+    std::weak_ptr<SampleBufferDelegate> delegate;
+    std::shared_ptr<DispatchQueue> queue;
+
+private:
+    std::shared_ptr<FakeMachine> machine_;
+};
+
+class FakePhotoOutput final : public PhotoOutput {
+public:
+    explicit FakePhotoOutput(std::shared_ptr<FakeMachine> machine) : machine_(std::move(machine)) {}
+
+    [[nodiscard]] std::vector<CaptureConnection> connections() const override {
+        return machine_->connections;
+    }
+    [[nodiscard]] std::vector<std::string> availablePhotoCodecTypes() const override {
+        return machine_->codecs;
+    }
+    [[nodiscard]] std::vector<FlashMode> supportedFlashModes() const override {
+        return machine_->flashModes;
+    }
+    [[nodiscard]] PhotoDimensions maxPhotoDimensions() const override {
+        return machine_->photoDimensions;
+    }
+    void capturePhoto(const PhotoSettings& settings,
+                      std::shared_ptr<PhotoCaptureDelegate> delegate) override {
+        machine_->note("capturePhoto");
+        if (machine_->takePhoto)
+            machine_->takePhoto(std::move(delegate));
+        else
+            requests.push_back({settings, std::move(delegate)});
+    }
+
+    struct Request {
+        PhotoSettings settings;
+        std::shared_ptr<PhotoCaptureDelegate> delegate;
+    };
+
+    // Answers the oldest request.
+    void finish(const CapturedPhoto& photo, const std::optional<CaptureError>& error = {}) {
+        const Request request = std::move(requests.front());
+        requests.erase(requests.begin());
+        request.delegate->didFinishProcessingPhoto(photo, error);
+    }
+
+    std::vector<Request> requests;
+
+private:
+    std::shared_ptr<FakeMachine> machine_;
+};
+
+class FakeSession final : public CaptureSession {
+public:
+    explicit FakeSession(std::shared_ptr<FakeMachine> machine) : machine_(std::move(machine)) {}
+    ~FakeSession() override { machine_->note("session released"); }
+
+    void beginConfiguration() override { machine_->note("beginConfiguration"); }
+    void commitConfiguration() override { machine_->note("commitConfiguration"); }
+    void setSessionPreset(SessionPreset) override { machine_->note("setSessionPreset photo"); }
+    [[nodiscard]] bool canAddInput(const std::shared_ptr<CaptureInput>&) const override {
+        return machine_->takesInput && !hasInput_;
+    }
+    void addInput(std::shared_ptr<CaptureInput>) override {
+        machine_->note("addInput");
+        hasInput_ = true;
+    }
+    [[nodiscard]] bool canAddOutput(const std::shared_ptr<CaptureOutput>& output) const override {
+        const bool isVideo = std::dynamic_pointer_cast<VideoDataOutput>(output) != nullptr;
+        return isVideo ? machine_->takesVideoOutput && !hasVideoOutput_
+                       : machine_->takesPhotoOutput && !hasPhotoOutput_;
+    }
+    void addOutput(std::shared_ptr<CaptureOutput> output) override {
+        const bool isVideo = std::dynamic_pointer_cast<VideoDataOutput>(output) != nullptr;
+        machine_->note(isVideo ? "addOutput video" : "addOutput photo");
+        (isVideo ? hasVideoOutput_ : hasPhotoOutput_) = true;
+    }
+    void startRunning() override {
+        machine_->note("startRunning");
+        isRunning_ = machine_->starts;
+    }
+    [[nodiscard]] bool isRunning() const override { return isRunning_; }
+    void addPreviewSurface(std::weak_ptr<PreviewSurface> surface) override {
+        surfaces.push_back(std::move(surface));
+    }
+
+    // The device is gone.
+    void lose() {
+        isRunning_ = false;
+        hasInput_ = false;
+    }
+
+    std::vector<std::weak_ptr<PreviewSurface>> surfaces;
+
+private:
+    std::shared_ptr<FakeMachine> machine_;
+    bool hasInput_ = false;
+    bool hasPhotoOutput_ = false;
+    bool hasVideoOutput_ = false;
+    bool isRunning_ = false;
+};
+
+// Makes one session and one output of each kind, and remembers them for the test.
+class FakePlatform final : public CapturePlatform {
+public:
+    std::shared_ptr<CaptureSession> makeSession() override {
+        auto made = std::make_shared<FakeSession>(machine);
+        session = made;
+        return made;
+    }
+    std::shared_ptr<PhotoOutput> makePhotoOutput() override {
+        auto made = std::make_shared<FakePhotoOutput>(machine);
+        photoOutput = made;
+        return made;
+    }
+    std::shared_ptr<VideoDataOutput> makeVideoDataOutput() override {
+        auto made = std::make_shared<FakeVideoOutput>(machine);
+        videoOutput = made;
+        return made;
+    }
+    std::shared_ptr<CaptureDevice> defaultVideoDevice() override {
+        return machine->hasDevice ? std::make_shared<FakeDevice>() : nullptr;
+    }
+    std::variant<std::shared_ptr<CaptureInput>, CaptureError>
+    makeInput(std::shared_ptr<CaptureDevice>) override {
+        if (!machine->deviceOpens)
+            return CaptureError{"in use by another program"};
+        return std::make_shared<FakeInput>();
+    }
+
+    const std::shared_ptr<FakeMachine> machine = std::make_shared<FakeMachine>();
+    std::weak_ptr<FakeSession> session;
+    std::weak_ptr<FakePhotoOutput> photoOutput;
+    std::weak_ptr<FakeVideoOutput> videoOutput;
+};
+
+// Keeps what it is to judge until the test answers.
+class FakeDetector final : public PassportDetector {
+public:
+    FakeDetector()
+        : PassportDetector({.rectangles = std::make_shared<FakeRectangles>(Script{}),
+                            .text = std::make_shared<FakeText>(Script{}),
+                            .queue = nullptr},
+                           ValidationEffort::verdictOnly) {}
+
+    void validate(const Image& image, Completion completion) override {
+        images.push_back(image);
+        completions.push_back(std::move(completion));
+    }
+
+    static PassportValidationResult verdict(bool isPassport, double confidence) {
+        return makeResult(isPassport, confidence, {}, {});
+    }
+
+    void answer(std::size_t call, bool isPassport, double confidence) const {
+        completions.at(call)(verdict(isPassport, confidence));
+    }
+
+    std::vector<Image> images;
+    std::vector<Completion> completions;
+};
+
+}  // namespace kestrelid::test
