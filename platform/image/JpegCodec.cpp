@@ -16,8 +16,6 @@
 namespace kestrelid {
 namespace {
 
-constexpr int kQuality = 90;  // percent
-
 struct DestroyTurbo {
     void operator()(tjhandle handle) const { tjDestroy(handle); }
 };
@@ -109,7 +107,7 @@ ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& opt
     return std::move(pixels).toImage(layout.format, exifOrientation(header->exif));
 }
 
-FileBytes encodeJpeg(const Bitmap& bitmap) {
+FileBytes encodeJpeg(const Bitmap& bitmap, int quality) {
     const Turbo turbo(tjInitCompress());
     if (!turbo)
         return ImageError{"the JPEG encoder does not start"};
@@ -122,7 +120,7 @@ FileBytes encodeJpeg(const Bitmap& bitmap) {
     const int result =
         tjCompress2(turbo.get(), reinterpret_cast<const unsigned char*>(bitmap.row(0)),
                     bitmap.width(), static_cast<int>(bitmap.stride()), bitmap.height(), format,
-                    &encoded, &size, gray ? TJSAMP_GRAY : TJSAMP_420, kQuality, 0);
+                    &encoded, &size, gray ? TJSAMP_GRAY : TJSAMP_420, quality, 0);
     const std::unique_ptr<unsigned char, decltype(&tjFree)> owner(encoded, &tjFree);
     if (result != 0)
         return ImageError{std::string("JPEG encoder: ") + tjGetErrorStr2(turbo.get())};

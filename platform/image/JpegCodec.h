@@ -12,7 +12,7 @@ namespace kestrelid {
 // Throws std::bad_alloc.
 [[nodiscard]] ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& options);
 
-// Quality 90, rows as they stand. Throws std::bad_alloc.
-[[nodiscard]] FileBytes encodeJpeg(const Bitmap& bitmap);
+// Rows as they stand. quality: percent. Throws std::bad_alloc.
+[[nodiscard]] FileBytes encodeJpeg(const Bitmap& bitmap, int quality = 90);
 
 }  // namespace kestrelid

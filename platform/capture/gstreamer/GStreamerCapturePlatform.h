@@ -1,0 +1,37 @@
+#pragma once
+
+#include <kestrelid/CaptureServices.h>
+#include <kestrelid/DefaultCamera.h>
+#include <kestrelid/ServiceStatus.h>
+
+#include <memory>
+#include <vector>
+
+namespace kestrelid {
+
+// The machine's cameras, or one file, by GStreamer.
+class GStreamerCapturePlatform final : public CapturePlatform {
+public:
+    explicit GStreamerCapturePlatform(CameraOptions options);
+    GStreamerCapturePlatform(const GStreamerCapturePlatform&) = delete;
+    GStreamerCapturePlatform& operator=(const GStreamerCapturePlatform&) = delete;
+    ~GStreamerCapturePlatform() override;
+
+    std::shared_ptr<CaptureSession> makeSession() override;
+    std::shared_ptr<PhotoOutput> makePhotoOutput() override;
+    std::shared_ptr<VideoDataOutput> makeVideoDataOutput() override;
+    std::shared_ptr<CaptureDevice> defaultVideoDevice() override;
+    std::variant<std::shared_ptr<CaptureInput>, CaptureError>
+    makeInput(std::shared_ptr<CaptureDevice> device) override;
+
+    // The cameras, or the file. Takes up to a second.
+    [[nodiscard]] std::vector<CameraDescription> cameras();
+
+    // GStreamer, its plugins, and the cameras or the file.
+    [[nodiscard]] std::vector<ServiceStatus> diagnose();
+
+private:
+    const CameraOptions options_;
+};
+
+}  // namespace kestrelid

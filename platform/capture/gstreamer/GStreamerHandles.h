@@ -1,0 +1,59 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <memory>
+#include <string>
+
+namespace kestrelid {
+
+// One reference; a free function of GStreamer cannot stand as a template's argument, because most
+// of them are inline and have no linkage.
+struct GStreamerReleaser {
+    void operator()(GstBuffer* object) const { gst_buffer_unref(object); }
+    void operator()(GstBufferPool* object) const { gst_object_unref(object); }
+    void operator()(GstBus* object) const { gst_object_unref(object); }
+    void operator()(GstCaps* object) const { gst_caps_unref(object); }
+    void operator()(GstDevice* object) const { gst_object_unref(object); }
+    void operator()(GstDeviceMonitor* object) const { gst_object_unref(object); }
+    void operator()(GstElement* object) const { gst_object_unref(object); }
+    void operator()(GError* object) const { g_error_free(object); }
+    void operator()(GstMessage* object) const { gst_message_unref(object); }
+    void operator()(GstPad* object) const { gst_object_unref(object); }
+    void operator()(GstSample* object) const { gst_sample_unref(object); }
+    void operator()(GstStructure* object) const { gst_structure_free(object); }
+    void operator()(char* text) const { g_free(text); }
+};
+
+template <typename T>
+using GStreamerHandle = std::unique_ptr<T, GStreamerReleaser>;
+
+using BufferHandle = GStreamerHandle<GstBuffer>;
+using BusHandle = GStreamerHandle<GstBus>;
+using CapsHandle = GStreamerHandle<GstCaps>;
+using DeviceHandle = GStreamerHandle<GstDevice>;
+using ElementHandle = GStreamerHandle<GstElement>;
+using ErrorHandle = GStreamerHandle<GError>;
+using MessageHandle = GStreamerHandle<GstMessage>;
+using MonitorHandle = GStreamerHandle<GstDeviceMonitor>;
+using PadHandle = GStreamerHandle<GstPad>;
+using PoolHandle = GStreamerHandle<GstBufferPool>;
+using SampleHandle = GStreamerHandle<GstSample>;
+using StructureHandle = GStreamerHandle<GstStructure>;
+using TextHandle = GStreamerHandle<char>;
+
+// An owner of an object whose only reference may float.
+template <typename T>
+GStreamerHandle<T> adopt(T* object) {
+    return GStreamerHandle<T>(object ? static_cast<T*>(gst_object_ref_sink(object)) : nullptr);
+}
+
+// The error of a message of that kind, as one line.
+inline std::string errorText(GstMessage* message) {
+    GError* error = nullptr;
+    gst_message_parse_error(message, &error, nullptr);
+    const ErrorHandle owner(error);
+    return error ? error->message : "unknown error";
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,129 @@
+#include "tests/capture/CaptureRig.h"
+#include "tests/capture/TestFiles.h"
+
+#include <kestrelid/ImageFile.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+
+namespace kestrelid {
+namespace {
+
+using namespace test;
+using namespace std::chrono_literals;
+
+class FileCamera : public testing::Test {
+protected:
+    CameraOptions picture(int width, int height) {
+        const auto path = folder / "picture.png";
+        EXPECT_FALSE(writeImage(path, Image(drawing(width, height))));
+        return cameraNamed(path.string());
+    }
+    CameraOptions film(int frames) {
+        const auto path = folder / "film.avi";
+        writeFilm(path, frames);
+        return cameraNamed(path.string());
+    }
+
+    TemporaryFolder folder;
+};
+
+bool equal(const Bitmap& a, const Bitmap& b) {
+    for (int y = 0; y < a.height(); ++y) {
+        if (std::memcmp(a.row(y), b.row(y), std::size_t{4} * static_cast<std::size_t>(a.width())))
+            return false;
+    }
+    return true;
+}
+
+TEST_F(FileCamera, ShowsAPictureThatSwaysAtThirtyFramesASecond) {
+    CaptureRig rig(picture(2000, 1500));
+    rig.taken->keeps = 2;
+    ASSERT_EQ(rig.start(), "");
+    EXPECT_TRUE(rig.session->isRunning());
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() > 0; }));
+    const int before = rig.shown->count();
+    const auto started = std::chrono::steady_clock::now();
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= before + 45; }));
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - started;
+    EXPECT_NEAR(45 / took.count(), 30.0, 4.0);
+
+    const Bitmap frame = *rig.shown->last();
+    EXPECT_NEAR(frame.width() * frame.height(), 1280 * 720, 10'000);
+    EXPECT_NEAR(static_cast<double>(frame.width()) / frame.height(), 4.0 / 3.0, 0.01);
+    EXPECT_TRUE(isRed(frame, 0.25, 0.25));
+    EXPECT_FALSE(isRed(frame, 0.75, 0.75));
+    const std::vector<Bitmap> kept = rig.taken->kept();
+    ASSERT_EQ(kept.size(), 2u);
+    EXPECT_FALSE(equal(kept[0], kept[1]));
+}
+
+TEST_F(FileCamera, TakesPhotosOfThePicturesFullSizeInOrderWhileFramesFlow) {
+    CameraOptions options = picture(2000, 1500);
+    options.orientation = Orientation::right;
+    CaptureRig rig(options);
+    ASSERT_EQ(rig.start(), "");
+    EXPECT_EQ(rig.photoOutput->maxPhotoDimensions(),
+              (PhotoDimensions{.width = 2000, .height = 1500}));
+    const auto asked = std::chrono::steady_clock::now();
+    rig.takePhotos(3);
+    rig.takePhotos(1, boundedBy(640, 640));
+    const PhotoAnswers::Log answers = rig.photos(4);
+    ASSERT_EQ(answers.size(), 4u);
+    for (std::size_t index = 0; index < answers.size(); ++index) {
+        EXPECT_EQ(answers[index].error, "");
+        EXPECT_EQ(answers[index].number, static_cast<int>(index % 3));
+        EXPECT_LT(answers[index].time - asked, 3s);
+        const ImageResult decoded = decodeImage(answers[index].file);
+        ASSERT_TRUE(std::holds_alternative<Image>(decoded));
+        const Image& image = std::get<Image>(decoded);
+        EXPECT_EQ(image.orientation(), Orientation::right);
+        EXPECT_EQ(image.bitmap()->width(), index < 3 ? 2000 : 640);
+        EXPECT_EQ(image.bitmap()->height(), index < 3 ? 1500 : 480);
+        EXPECT_TRUE(isRed(*image.bitmap(), 0.25, 0.25));
+    }
+    const int before = rig.shown->count();
+    EXPECT_TRUE(eventually([&] { return rig.shown->count() > before; }));
+    EXPECT_EQ(rig.shown->orientation, Orientation::right);
+}
+
+TEST_F(FileCamera, PlaysAFilmOverAndOver) {
+    CaptureRig rig(film(15));
+    ASSERT_EQ(rig.start(), "");
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 60; }, 8s));
+    EXPECT_LT(rig.shown->longestGap(), 500ms);
+    EXPECT_TRUE(rig.session->isRunning());
+    EXPECT_EQ(rig.shown->last()->width(), 320);
+    rig.takePhotos(2);
+    for (const PhotoAnswers::Answer& answer : rig.photos(2)) {
+        EXPECT_EQ(answer.error, "");
+        const ImageResult decoded = decodeImage(answer.file);
+        ASSERT_TRUE(std::holds_alternative<Image>(decoded));
+        EXPECT_EQ(std::get<Image>(decoded).bitmap()->width(), 320);
+    }
+}
+
+TEST_F(FileCamera, SaysWhyAFileCannotBeShown) {
+    struct Case {
+        const char* name;
+        std::string contents;
+    };
+    for (const Case& unfit : {Case{"text.txt", std::string(2000, 'a')}, Case{"empty.mp4", ""},
+                              Case{"torn.jpg", "\xff\xd8\xff\xe0 torn"}}) {
+        SCOPED_TRACE(unfit.name);
+        const auto path = folder / unfit.name;
+        std::ofstream(path, std::ios::binary) << unfit.contents;
+        CaptureRig rig(cameraNamed(path.string()));
+        const std::string error = rig.start();
+        EXPECT_FALSE(error.empty());
+        EXPECT_EQ(error.find('\n'), std::string::npos);
+        EXPECT_FALSE(rig.session->isRunning());
+        EXPECT_TRUE(rig.photoOutput->connections().empty());
+    }
+}
+
+}  // namespace
+}  // namespace kestrelid
