@@ -1,6 +1,7 @@
 #include "platform/capture/gstreamer/GStreamerCapturePlatform.h"
 
 #include "platform/capture/CameraFile.h"
+#include "platform/capture/gstreamer/DeviceSource.h"
 #include "platform/capture/gstreamer/FileCamera.h"
 #include "platform/capture/gstreamer/GStreamerLibrary.h"
 #include "platform/capture/gstreamer/GStreamerSession.h"
@@ -54,27 +55,45 @@ std::shared_ptr<VideoDataOutput> GStreamerCapturePlatform::makeVideoDataOutput()
     return std::make_shared<GStreamerVideoOutput>();
 }
 
-std::shared_ptr<CaptureDevice> GStreamerCapturePlatform::defaultVideoDevice() {
+std::vector<FoundCamera> GStreamerCapturePlatform::find() {
     if (!startGStreamer())
-        return nullptr;
-    if (const auto file = cameraFile(options_)) {
-        const Mounting mounting{.orientation = options_.orientation.value_or(Orientation::up),
-                                .isMirrored = options_.isMirrored.value_or(false)};
-        return std::make_shared<GStreamerDevice>(file->filename().string(), mounting,
+        return {};
+    const std::lock_guard lock(mutex_);
+    if (!watch_)
+        watch_ = DeviceWatch::start();
+    return watch_ ? findCameras(watch_) : std::vector<FoundCamera>{};
+}
+
+Mounting GStreamerCapturePlatform::mounting(const Mounting& known) const {
+    return {.orientation = options_.orientation.value_or(known.orientation),
+            .isMirrored = options_.isMirrored.value_or(known.isMirrored)};
+}
+
+std::shared_ptr<CaptureDevice> GStreamerCapturePlatform::defaultVideoDevice() {
+    if (const auto file = cameraFile(options_))
+        return std::make_shared<GStreamerDevice>(file->filename().string(), mounting({}),
                                                  [file = *file] { return openCameraFile(file); });
+    for (const FoundCamera& camera : find()) {
+        if (options_.camera.empty() || options_.camera == camera.name)
+            return std::make_shared<GStreamerDevice>(
+                camera.name, mounting(camera.mounting),
+                [source = camera.source] { return source->open(); });
     }
     return nullptr;
 }
 
 std::vector<CameraDescription> GStreamerCapturePlatform::cameras() {
-    const auto file = cameraFile(options_);
-    if (!file)
-        return {};
-    const auto opened = openCameraFile(*file);
-    const auto* source = std::get_if<std::shared_ptr<const CameraSource>>(&opened);
-    if (!source)
-        return {};
-    return {{.name = file->filename().string(), .formats = cameraFormats((*source)->formats())}};
+    std::vector<CameraDescription> all;
+    if (const auto file = cameraFile(options_)) {
+        const auto opened = openCameraFile(*file);
+        if (const auto* source = std::get_if<std::shared_ptr<const CameraSource>>(&opened))
+            all.push_back({.name = file->filename().string(),
+                           .formats = cameraFormats((*source)->formats())});
+        return all;
+    }
+    for (const FoundCamera& camera : find())
+        all.push_back({.name = camera.name, .formats = cameraFormats(camera.source->formats())});
+    return all;
 }
 
 std::vector<ServiceStatus> GStreamerCapturePlatform::diagnose() {
@@ -85,7 +104,23 @@ std::vector<ServiceStatus> GStreamerCapturePlatform::diagnose() {
         all.push_back({.name = "camera file " + file->filename().string(),
                        .available = !error,
                        .details = error ? error->description : "can be played"});
+        return all;
     }
+    const std::vector<CameraDescription> found = cameras();
+    for (const CameraDescription& camera : found)
+        all.push_back({.name = "camera " + camera.name,
+                       .available = true,
+                       .details = std::to_string(camera.formats.size()) + " formats"});
+    const bool isMissing = !options_.camera.empty() &&
+                           std::none_of(found.begin(), found.end(), [&](const auto& camera) {
+                               return camera.name == options_.camera;
+                           });
+    if (isMissing)
+        all.push_back({.name = "camera " + options_.camera,
+                       .available = false,
+                       .details = "no camera and no file of that name"});
+    else if (found.empty())
+        all.push_back({.name = "camera", .available = false, .details = "none found"});
     return all;
 }
 

@@ -5,9 +5,14 @@
 #include <kestrelid/ServiceStatus.h>
 
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace kestrelid {
+
+class DeviceWatch;
+struct FoundCamera;
+struct Mounting;
 
 // The machine's cameras, or one file, by GStreamer.
 class GStreamerCapturePlatform final : public CapturePlatform {
@@ -31,7 +36,12 @@ public:
     [[nodiscard]] std::vector<ServiceStatus> diagnose();
 
 private:
+    [[nodiscard]] std::vector<FoundCamera> find();
+    [[nodiscard]] Mounting mounting(const Mounting& known) const;
+
     const CameraOptions options_;
+    std::mutex mutex_;
+    std::shared_ptr<DeviceWatch> watch_;  // once cameras were asked for
 };
 
 }  // namespace kestrelid
