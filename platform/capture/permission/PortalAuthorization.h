@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/capture/permission/CameraPermission.h"
+#include "platform/capture/permission/ContextThread.h"
+#include "platform/capture/permission/Portal.h"
+
+#include <atomic>
+
+namespace kestrelid {
+
+// Permission inside a sandbox. The store's word counts first; then a device node that opens, since
+// the sandbox was given the cameras; then what the person granted while this object lives.
+class PortalAuthorization final : public CameraAuthorization {
+public:
+    explicit PortalAuthorization(const PermissionEnvironment& environment);
+    ~PortalAuthorization() override;
+
+    [[nodiscard]] AuthorizationStatus status() override;
+    void requestAccess(std::function<void(bool granted)> completion) override;
+
+    // Absent where there is no portal.
+    [[nodiscard]] std::optional<bool> hasCamera();
+
+private:
+    struct State;
+
+    std::shared_ptr<State> state_;  // shared with tasks of the thread
+    ContextThread thread_;
+};
+
+}  // namespace kestrelid
