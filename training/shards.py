@@ -1,0 +1,73 @@
+"""Draws scenes into files that the trainer reads: pixels, and the corners of the documents.
+
+Usage: shards.py BACKGROUNDS FOLDER COUNT FIRST: shards number FIRST .. FIRST + COUNT - 1. A shard's
+seed is its number, so any of them can be made again alone, in any order.
+"""
+
+import sys
+from pathlib import Path
+
+import cv2
+import numpy as np
+
+import backgrounds
+import flats
+import scenes
+from net import SIDE
+
+SCENES = 1000  # a shard
+_MOST = 6  # documents a scene
+_FLATS = {"specimen": 90, "invented": 420, "printed": 40}
+
+
+def draw_flats(seed, held_out, longest, places, counts=None):
+    """scenes.Flats: specimens, invented layouts and covers made of photographs."""
+    pictures, kinds = [], []
+    for kind, count in (counts or _FLATS).items():
+        for position in range(count):
+            rng = np.random.default_rng([seed, len(kind), position])
+            if kind == "specimen":
+                picture = flats.specimen(rng, held_out, longest)
+            elif kind == "invented":
+                picture = flats.invented(rng, longest)
+            else:
+                pixels = flats.printed(rng, longest, places[int(rng.integers(len(places)))])
+                picture = np.dstack([pixels, np.full(pixels.shape[:2], 255, np.uint8)])
+            pictures.append(picture)
+            kinds.append(kind)
+    return scenes.Flats(pictures, kinds)
+
+
+def draw_shard(number, documents, places):
+    """Pixels (SCENES x SIDE x SIDE x 3, uint8) and corners (SCENES x _MOST x 4 x 2, NaN: none)."""
+    pixels = np.empty((SCENES, SIDE, SIDE, 3), np.uint8)
+    quads = np.full((SCENES, _MOST, 4, 2), np.nan, np.float32)
+    for position in range(SCENES):
+        scene = scenes.compose(np.random.default_rng([number, position]), documents, places,
+                               (SIDE, SIDE))
+        pixels[position] = scene.pixels
+        for slot, quad in enumerate(scene.quads[:_MOST]):
+            quads[position, slot] = quad
+    return pixels, quads
+
+
+def main(source, folder, count, first):
+    cv2.setNumThreads(1)
+    folder = Path(folder)
+    folder.mkdir(parents=True, exist_ok=True)
+    places = backgrounds.load(source, backgrounds.TRAINED_ON, 640)
+    documents = None
+    for number in range(first, first + count):
+        if (folder / f"{number:04d}.npz").exists():
+            continue
+        if documents is None or number % 10 == 0:
+            documents = draw_flats(1000 + number // 10, False, 420, places)
+        pixels, quads = draw_shard(number, documents, places)
+        partial = folder / f"{number:04d}.partial.npz"
+        np.savez(partial, pixels=pixels, quads=quads)
+        partial.rename(folder / f"{number:04d}.npz")
+        print(number, flush=True)
+
+
+if __name__ == "__main__":
+    main(sys.argv[1], sys.argv[2], int(sys.argv[3]), int(sys.argv[4]))

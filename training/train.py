@@ -1,0 +1,160 @@
+"""Trains the outline network on shards: train.py SHARDS FOLDER --steps N [--side PX] [--cool M].
+
+Writes FOLDER/last.pt every few minutes and goes on from it; FOLDER/curve.tsv grows with it. The rate
+falls to nothing over the last --cool steps. The same shards, options and one thread give the same
+network again.
+"""
+
+import argparse
+import time
+from pathlib import Path
+
+import cv2
+import numpy as np
+import torch
+
+import targets
+from net import SIDE, OutlineNet
+
+_POOL = 12  # shards held in memory
+_RENEW = 40  # steps between two shards
+_SAVE = 150  # steps between two checkpoints
+_FORGET = 0.998  # of the running mean of the weights
+
+
+class Pool:
+    """Scenes of the shards in folder that are there and not held out, a few shards at a time."""
+
+    def __init__(self, folder, seed):
+        self._folder, self._rng = Path(folder), np.random.default_rng(seed)
+        self._held, self._uses = [], {}
+
+    def renew(self):
+        paths = sorted(p for p in self._folder.glob("*.npz") if "partial" not in p.name)
+        if not paths:
+            raise SystemExit(f"no shards in {self._folder}")
+        names = {name for name, _, _ in self._held}
+        fresh = [p for p in paths if p.name not in names] or paths
+        # The least used first, so that new shards join at once.
+        path = min(fresh, key=lambda p: (self._uses.get(p.name, 0), self._rng.random()))
+        self._uses[path.name] = self._uses.get(path.name, 0) + 1
+        with np.load(path) as shard:
+            self._held.append((path.name, shard["pixels"], shard["quads"]))
+        self._held = self._held[-_POOL:]
+
+    def batch(self, size, side):
+        """Pictures (N x 3 x side x side, 0..255) and wanted maps, turned, mirrored and tinted."""
+        rng = self._rng
+        pictures, wanted = [], []
+        for _ in range(size):
+            _, pixels, quads = self._held[int(rng.integers(len(self._held)))]
+            index = int(rng.integers(len(pixels)))
+            picture, corners = turned(pixels[index], quads[index], int(rng.integers(8)))
+            if side != SIDE:
+                picture = cv2.resize(picture, (side, side), interpolation=cv2.INTER_AREA)
+            picture = picture.astype(np.float32)
+            if rng.random() < 0.3:
+                picture = picture[..., rng.permutation(3)]
+            if rng.random() < 0.5:
+                picture = picture * np.float32(np.exp(rng.normal(0, 0.15, 3)))
+            if rng.random() < 0.07:
+                picture = np.repeat(picture.mean(2, keepdims=True), 3, 2)
+            pictures.append(np.clip(picture, 0, 255).transpose(2, 0, 1))
+            wanted.append(targets.maps(corners * (side / SIDE), side))
+        return torch.from_numpy(np.stack(pictures)), torch.from_numpy(np.stack(wanted))
+
+
+def turned(picture, quads, way):
+    """A square picture and its corners in one of the eight ways to lay a square; way 0: as is."""
+    side = picture.shape[0]
+    if way & 4:
+        picture, quads = picture.transpose(1, 0, 2), quads[..., ::-1]
+    if way & 2:
+        picture, quads = picture[:, ::-1], quads * [-1, 1] + [side, 0]
+    if way & 1:
+        picture, quads = picture[::-1], quads * [1, -1] + [0, side]
+    return np.ascontiguousarray(picture), quads
+
+
+def _rate(step, options):
+    warm = min(1.0, (step + 1) / 100)
+    left = (options.steps - step) / options.cool if options.cool else 1.0
+    return options.rate * warm * min(1.0, left)
+
+
+def _average(mean, net):
+    with torch.no_grad():
+        for kept, new in zip(mean.state_dict().values(), net.state_dict().values()):
+            if kept.dtype.is_floating_point:
+                kept.mul_(_FORGET).add_(new, alpha=1 - _FORGET)
+            else:
+                kept.copy_(new)
+
+
+def train(options):
+    """Runs to options.steps; returns the mean loss of the last steps."""
+    torch.manual_seed(options.seed)
+    torch.set_num_threads(options.threads)
+    cv2.setNumThreads(1)
+    folder = Path(options.folder)
+    folder.mkdir(parents=True, exist_ok=True)
+    net = OutlineNet().to(memory_format=torch.channels_last)
+    mean = OutlineNet()
+    mean.load_state_dict(net.state_dict())
+    optimizer = torch.optim.AdamW(net.parameters(), lr=options.rate, weight_decay=1e-4)
+    step = 0
+    last = folder / "last.pt"
+    if last.exists():
+        state = torch.load(last)
+        net.load_state_dict(state["net"])
+        mean.load_state_dict(state["mean"])
+        optimizer.load_state_dict(state["optimizer"])
+        step = state["step"]
+    pool = Pool(options.shards, [options.seed, step])
+    for _ in range(options.pool):
+        pool.renew()
+    losses, began = [], time.time()
+    net.train()
+    while step < options.steps:
+        for group in optimizer.param_groups:
+            group["lr"] = _rate(step, options)
+        pictures, wanted = pool.batch(options.batch, options.side)
+        cost = targets.loss(net(pictures.contiguous(memory_format=torch.channels_last)), wanted)
+        optimizer.zero_grad()
+        cost.backward()
+        torch.nn.utils.clip_grad_norm_(net.parameters(), 5.0)
+        optimizer.step()
+        _average(mean, net)
+        losses.append(cost.item())
+        step += 1
+        if step % _RENEW == 0:
+            pool.renew()
+        if step % 25 == 0:
+            with open(folder / "curve.tsv", "a", encoding="utf-8") as curve:
+                curve.write(f"{step}\t{options.side}\t{np.mean(losses[-25:]):.4f}\t"
+                            f"{_rate(step, options):.6f}\t{time.time() - began:.0f}\n")
+        if step % _SAVE == 0 or step == options.steps:
+            torch.save({"net": net.state_dict(), "mean": mean.state_dict(),
+                        "optimizer": optimizer.state_dict(), "step": step},
+                       folder / "partial.pt")
+            (folder / "partial.pt").rename(last)
+    return float(np.mean(losses[-25:]))
+
+
+def parsed(arguments=None):
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("shards")
+    parser.add_argument("folder")
+    parser.add_argument("--steps", type=int, required=True)
+    parser.add_argument("--cool", type=int, default=0)
+    parser.add_argument("--side", type=int, default=SIDE)
+    parser.add_argument("--batch", type=int, default=32)
+    parser.add_argument("--rate", type=float, default=2e-3)
+    parser.add_argument("--threads", type=int, default=1)
+    parser.add_argument("--pool", type=int, default=_POOL)
+    parser.add_argument("--seed", type=int, default=1)
+    return parser.parse_args(arguments)
+
+
+if __name__ == "__main__":
+    print(train(parsed()))
