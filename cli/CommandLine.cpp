@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include "cli/ChoiceOption.h"
+#include "cli/PhotoFile.h"
 #include "cli/PictureInputs.h"
 #include "cli/StandardStreams.h"
 
@@ -15,10 +16,11 @@ namespace {
 constexpr const char* kProgramFooter = R"(Examples:
   kestrelid validate passport.jpg
   kestrelid text recognised.txt
+  kestrelid watch
   kestrelid doctor
 
 'kestrelid COMMAND --help' tells more. Exit status: 0 done, 1 some input could
-not be read, 2 wrong usage.)";
+not be read or watched, 2 wrong usage.)";
 
 constexpr const char* kValidateFooter = R"(Examples:
   kestrelid validate passport.jpg card.png
@@ -30,8 +32,19 @@ constexpr const char* kTextFooter = R"(Examples:
   kestrelid text recognised.txt
   tesseract page.png - | kestrelid text --json)";
 
+constexpr const char* kWatchFooter =
+    R"(Ends on Ctrl-C, after --seconds, or once the photo is written.
+
+Examples:
+  kestrelid watch
+  kestrelid watch --list
+  kestrelid watch --photo page.jpg
+  kestrelid watch --camera samples/bangladesh-on-wood.jpg --seconds 5
+  kestrelid watch --json --seconds 60 | jq 'select(.event == "document")')";
+
 constexpr const char* kDoctorFooter =
-    R"(Exit status: 0 where the default recogniser works, 1 otherwise.
+    R"(Exit status: 0 where the default recogniser works, with or without a camera;
+1 otherwise.
 
 Examples:
   kestrelid doctor
@@ -58,6 +71,12 @@ void addResources(CLI::App& command, std::filesystem::path& resources) {
         ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
 }
 
+void addRecognizer(CLI::App& command, Recognizer& recognizer) {
+    addChoiceOption<Recognizer>(command, "--recognizer", kRecognizers,
+                                "What reads the text (default: ppocr)",
+                                [&](Recognizer value) { recognizer = value; });
+}
+
 void addValidate(CLI::App& command, ValidateOptions& options) {
     command.footer(kValidateFooter);
     command
@@ -70,9 +89,7 @@ void addValidate(CLI::App& command, ValidateOptions& options) {
     command.add_option("-j,--jobs", options.jobs, "Pictures judged at once, 1 to 64")
         ->type_name("N")
         ->check(CLI::Range(1, 64).description(""));
-    addChoiceOption<Recognizer>(command, "--recognizer", kRecognizers,
-                                "What reads the text (default: ppocr)",
-                                [&](Recognizer value) { options.recognizer = value; });
+    addRecognizer(command, options.recognizer);
     addChoiceOption<ValidationEffort>(
         command, "--effort", kEfforts,
         "verdict: stop reading once the verdict is certain (default: complete)",
@@ -94,6 +111,66 @@ void addValidate(CLI::App& command, ValidateOptions& options) {
         if (standardInputs > 1)
             throw CLI::ValidationError("-", "standard input can be read only once");
     });
+}
+
+void addSeconds(CLI::App& command, const std::string& name, std::optional<double>& seconds,
+                double least, const std::string& description) {
+    constexpr double kMost = 1e9;  // thirty years
+    command
+        .add_option_function<double>(
+            name,
+            [&seconds, name, least](double given) {
+                if (!(given >= least && given <= kMost))
+                    throw CLI::ValidationError(name, "takes a number of seconds");
+                seconds = given;
+            },
+            description)
+        ->type_name("N");
+}
+
+void addPhoto(CLI::App& command, WatchOptions& options) {
+    command
+        .add_option_function<std::string>(
+            "--photo",
+            [&](const std::string& file) {
+                if (!hasWritableExtension(file))
+                    throw CLI::ValidationError("--photo",
+                                               "'" + file + "' is none of .jpg, .jpeg, .png");
+                options.photo = file;
+            },
+            "Take a photo once a passport is in view, write it to FILE, and end")
+        ->type_name("FILE");
+    addSeconds(command, "--after", options.after, 0.0,
+               "Take the photo N seconds after the camera is ready, whatever is in view");
+    command.add_flag("--force", options.force, "Let the photo replace a file");
+    command.callback([&options] {
+        if (options.list && !options.photo.empty())
+            throw CLI::ValidationError("--list", "takes no photo");
+        if (options.photo.empty() && options.after)
+            throw CLI::ValidationError("--after", "needs --photo");
+        if (options.photo.empty() && options.force)
+            throw CLI::ValidationError("--force", "needs --photo");
+    });
+}
+
+void addWatch(CLI::App& command, WatchOptions& options) {
+    command.footer(kWatchFooter);
+    command.add_flag("--list", options.list, "Name the cameras and end");
+    command
+        .add_option_function<std::string>(
+            "--camera",
+            [&](const std::string& camera) {
+                if (camera.empty())
+                    throw CLI::ValidationError("--camera", "names no camera");
+                options.camera = camera;
+            },
+            "A camera by its name, or a picture or video file (default: the first camera)")
+        ->type_name("NAME|FILE");
+    command.add_flag("--json", options.json, "One JSON object a line and event");
+    addSeconds(command, "--seconds", options.seconds, 0.1, "End after N seconds");
+    addPhoto(command, options);
+    addRecognizer(command, options.recognizer);
+    addResources(command, options.resources);
 }
 
 ExitStatus usageError(const CLI::App& app, const std::string& message) {
@@ -119,6 +196,7 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
 
     ValidateOptions validate;
     TextOptions text;
+    WatchOptions watch;
     DoctorOptions doctor;
     CLI::App* validateCommand = app.add_subcommand("validate", "Judge pictures");
     addValidate(*validateCommand, validate);
@@ -127,6 +205,8 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
     textCommand->add_option("FILE", text.files, "Text in UTF-8; - or none: standard input")
         ->type_name("");
     textCommand->add_flag("--json", text.json, "One JSON object a line and file");
+    CLI::App* watchCommand = app.add_subcommand("watch", "Look through a camera, and take a photo");
+    addWatch(*watchCommand, watch);
     CLI::App* doctorCommand =
         app.add_subcommand("doctor", "Say what this machine offers, and what is missing");
     doctorCommand->footer(kDoctorFooter);
@@ -136,7 +216,7 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
     try {
         app.parse(reversedArguments(argc, argv));
     } catch (const CLI::CallForHelp&) {
-        writeOutput(app.help());
+        writeOutput(app.help() + "\n");
         return outputStatus();
     } catch (const CLI::CallForVersion& version) {
         writeOutput(std::string(version.what()) + "\n");
@@ -148,6 +228,8 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
         return Command(std::move(validate));
     if (textCommand->parsed())
         return Command(std::move(text));
+    if (watchCommand->parsed())
+        return Command(std::move(watch));
     return Command(std::move(doctor));
 }
 

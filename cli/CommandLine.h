@@ -4,12 +4,13 @@
 #include "cli/ExitStatus.h"
 #include "cli/TextCommand.h"
 #include "cli/ValidateCommand.h"
+#include "cli/WatchCommand.h"
 
 #include <variant>
 
 namespace kestrelid::cli {
 
-using Command = std::variant<ValidateOptions, TextOptions, DoctorOptions>;
+using Command = std::variant<ValidateOptions, TextOptions, WatchOptions, DoctorOptions>;
 
 // What the arguments ask for; or, where help was asked for or the arguments make no sense, the
 // status to exit with, after saying so.

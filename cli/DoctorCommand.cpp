@@ -4,6 +4,7 @@
 #include "cli/StandardStreams.h"
 #include "cli/TerminalText.h"
 
+#include <kestrelid/DefaultCamera.h>
 #include <kestrelid/DefaultServices.h>
 
 #include <algorithm>
@@ -43,43 +44,74 @@ std::optional<std::string> trialFailure(const DefaultServicesOptions& options) {
     return failure->description;
 }
 
-std::string asJson(const std::vector<ServiceStatus>& parts,
-                   const std::optional<std::string>& failure) {
+struct Findings {
+    std::vector<ServiceStatus> recognition;
+    std::optional<std::string> failure;  // of the recogniser's trial
+    std::vector<ServiceStatus> capture;
+    std::vector<CameraDescription> cameras;
+};
+
+nlohmann::ordered_json partsAsJson(const std::vector<ServiceStatus>& parts) {
     auto list = nlohmann::ordered_json::array();
     for (const ServiceStatus& part : parts)
         list.push_back(
             {{"name", part.name}, {"available", part.available}, {"details", part.details}});
+    return list;
+}
+
+std::string asJson(const Findings& findings) {
     nlohmann::ordered_json object{
-        {"version", KESTRELID_VERSION}, {"complete", !failure}, {"parts", std::move(list)}};
-    if (failure)
-        object["error"] = *failure;
+        {"version", KESTRELID_VERSION},
+        {"complete", !findings.failure},
+        {"parts", partsAsJson(findings.recognition)},
+        {"camera",
+         {{"found", !findings.cameras.empty()}, {"parts", partsAsJson(findings.capture)}}}};
+    if (findings.failure)
+        object["error"] = *findings.failure;
     return jsonLine(object);
 }
 
-std::string asText(const std::vector<ServiceStatus>& parts,
-                   const std::optional<std::string>& failure) {
+std::string partsAsText(const std::vector<ServiceStatus>& parts) {
     std::size_t width = 0;
     for (const ServiceStatus& part : parts)
         width = std::max(width, part.name.size());
-    std::string text = "Kestrelid " KESTRELID_VERSION "\n";
+    std::string text;
     for (const ServiceStatus& part : parts) {
         text += part.available ? "  found    " : "  missing  ";
         text += terminalText(part.name) + std::string(width - part.name.size() + 2, ' ');
         text += terminalText(part.details) + "\n";
     }
-    text += failure ? "The default recogniser does not work: " + terminalText(*failure) + "\n"
-                    : "The default recogniser works.\n";
     return text;
+}
+
+std::string camerasAsSentence(const std::vector<CameraDescription>& cameras) {
+    if (cameras.empty())
+        return "No camera found; pictures and text are judged without one.\n";
+    std::string names;
+    for (const CameraDescription& camera : cameras)
+        names += (names.empty() ? "" : ", ") + terminalText(camera.name);
+    return "Cameras: " + names + "\n";
+}
+
+std::string asText(const Findings& findings) {
+    return "Kestrelid " KESTRELID_VERSION "\n" + partsAsText(findings.recognition) +
+           (findings.failure
+                ? "The default recogniser does not work: " + terminalText(*findings.failure) + "\n"
+                : "The default recogniser works.\n") +
+           partsAsText(findings.capture) + camerasAsSentence(findings.cameras);
 }
 
 }  // namespace
 
 ExitStatus doctor(const DoctorOptions& options) {
     const DefaultServicesOptions services{.resources = options.resources};
-    const std::vector<ServiceStatus> parts = diagnose(services);
-    const std::optional<std::string> failure = trialFailure(services);
-    writeOutput(options.json ? asJson(parts, failure) : asText(parts, failure));
-    return graver(failure ? ExitStatus::inputFailed : ExitStatus::done, outputStatus());
+    const Findings findings{.recognition = diagnose(services),
+                            .failure = trialFailure(services),
+                            .capture = diagnoseCamera(),
+                            .cameras = cameras()};
+    writeOutput(options.json ? asJson(findings) : asText(findings));
+    // Servers have no camera, and need none.
+    return graver(findings.failure ? ExitStatus::inputFailed : ExitStatus::done, outputStatus());
 }
 
 }  // namespace kestrelid::cli

@@ -10,7 +10,6 @@
 namespace kestrelid::cli {
 namespace {
 
-// Main thread only.
 int outputError = 0;  // the first errno met
 std::string_view programName = "kestrelid";
 
@@ -20,6 +19,10 @@ void writeOutput(std::string_view text) {
     const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
     if ((!written || std::fflush(stdout) != 0) && outputError == 0)
         outputError = errno;
+}
+
+bool outputFailed() {
+    return outputError != 0;
 }
 
 void setProgramName(std::string_view literal) {

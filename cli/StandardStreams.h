@@ -6,9 +6,13 @@
 
 namespace kestrelid::cli {
 
+// One thread at a time.
+
 // Writes text to standard output and flushes it, so that a reader at the other end of a pipe gets
 // each result when it is ready. A failure (a full disk) is kept for outputStatus().
 void writeOutput(std::string_view text);
+
+[[nodiscard]] bool outputFailed();
 
 // done, or inputFailed after saying on standard error why standard output could not be written.
 [[nodiscard]] ExitStatus outputStatus();

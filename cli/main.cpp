@@ -17,6 +17,9 @@ ExitStatus run(const TextOptions& options) {
 ExitStatus run(const DoctorOptions& options) {
     return doctor(options);
 }
+ExitStatus run(const WatchOptions& options) {
+    return watch(options);
+}
 
 }  // namespace
 

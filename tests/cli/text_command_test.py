@@ -34,7 +34,7 @@ class WrongUsage(CommandLineTest):
 
     def test_every_option_of_the_help_is_completed_and_in_the_manual(self):
         manual = (ROOT / "cli/man/kestrelid.1").read_text()
-        for command in ["", "validate", "text", "doctor"]:
+        for command in ["", "validate", "text", "watch", "doctor"]:
             options = re.findall(r"(?<!\S)(?:-\w,)?(--[a-z]+)", run(*command.split(), "--help").stdout.decode())
             script = (
                 f"source {ROOT}/cli/completion/kestrelid; COMP_WORDS=(kestrelid {command} --); "
@@ -46,7 +46,7 @@ class WrongUsage(CommandLineTest):
                 self.assertIn(f"Fl -{option[2:]}", manual)
 
     def test_help_has_examples_and_version_is_told(self):
-        for command in [[], ["validate"], ["text"], ["doctor"]]:
+        for command in [[], ["validate"], ["text"], ["watch"], ["doctor"]]:
             result = run(*command, "--help")
             self.assertEqual((result.returncode, result.stderr), (0, b""))
             self.assertIn(b"Examples:", result.stdout)
@@ -132,13 +132,15 @@ class Doctor(CommandLineTest):
         result = run("doctor", "--json")
         self.assertEqual(result.returncode, 0, result)
         report = json.loads(result.stdout)
-        self.assertEqual(list(report), ["version", "complete", "parts"])
+        self.assertEqual(list(report), ["version", "complete", "parts", "camera"])
         self.assertTrue(report["complete"])
-        for part in report["parts"]:
+        parts = report["parts"] + report["camera"]["parts"]
+        for part in parts:
             self.assertEqual(list(part), ["name", "available", "details"])
             self.assertTrue(part["details"])
         readable = run("doctor").stdout.decode()
-        self.assertEqual(len(readable.splitlines()), len(report["parts"]) + 2)
+        self.assertEqual(len(readable.splitlines()), len(parts) + 3)
+        self.assertEqual("No camera found" in readable, not report["camera"]["found"])
 
     def test_says_what_is_missing_and_fails(self):
         result = run("doctor", "--json", "--resources", str(self.folder))

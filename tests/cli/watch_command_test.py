@@ -1,0 +1,238 @@
+"""kestrelid watch as a user calls it, with files that stand for cameras."""
+
+import datetime
+import os
+import select
+import signal
+import subprocess
+import time
+import unittest
+
+from PIL import Image
+
+from command_line import KESTRELID, SAMPLES, CommandLineTest, json_lines, png, run
+
+PASSPORT = SAMPLES / "bangladesh-on-wood.jpg"
+RECEIPT = SAMPLES / "receipt.jpg"
+FIELDS = {
+    "authorized": ["authorized"],
+    "session": ["ready", "camera"],
+    "verdict": ["isPassport", "confidence"],
+    "document": ["detected"],
+    "photo": ["file", "width", "height"],
+    "error": ["error"],
+}
+
+
+def events(result, kind):
+    return [line for line in json_lines(result.stdout) if line["event"] == kind]
+
+
+class Watch(CommandLineTest):
+    def start(self, *arguments, **options):
+        process = subprocess.Popen(
+            [KESTRELID, "watch", *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE, bufsize=0, **options
+        )
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.stderr.close)
+        return process
+
+    def read_until(self, process, word):
+        """The lines up to the one that holds word, which comes last."""
+        lines = []
+        while select.select([process.stdout], [], [], 30)[0]:
+            lines.append(process.stdout.readline())
+            if word in lines[-1]:
+                return lines
+            self.assertTrue(lines[-1], "ended without " + word.decode())
+        self.fail("half a minute without a line")
+
+    def test_passport_comes_into_view_and_its_photo_is_one(self):
+        photo = self.folder / "page.jpg"
+        result = run("watch", "--json", "--camera", str(PASSPORT), "--photo", str(photo))
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        lines = json_lines(result.stdout)
+        for line in lines:
+            self.assertEqual(list(line), ["time", "event", *FIELDS[line["event"]]])
+        self.assertEqual([line["detected"] for line in events(result, "document")], [True])
+        self.assertEqual([line["ready"] for line in events(result, "session")], [True])
+        self.assertIn(True, [line["isPassport"] for line in events(result, "verdict")])
+        with Image.open(PASSPORT) as original, Image.open(photo) as taken:
+            self.assertEqual(taken.size, original.size)
+            self.assertEqual(lines[-1] | {"time": ""},
+                             {"time": "", "event": "photo", "file": str(photo), "width": taken.width,
+                              "height": taken.height})
+        self.assertIn(b": passport, ", run("validate", photo).stdout)
+
+    def test_receipt_is_never_a_passport(self):
+        photo = self.folder / "page.png"
+        process = self.start("--json", "--camera", str(RECEIPT), "--photo", str(photo))
+        lines = []
+        for _ in range(4):
+            lines += self.read_until(process, b'"isPassport"')
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(timeout=30), 0)
+        lines.append(process.stdout.read())
+        self.assertNotRegex(b"".join(lines), b'"isPassport":true|document|photo')
+        self.assertFalse(photo.exists())
+
+    def test_photo_that_was_not_taken_in_time_is_an_error(self):
+        photo = self.folder / "page.png"
+        blank = self.write("camera.png", png(640, 480))
+        result = run("watch", "--camera", str(blank), "--seconds", "1.5", "--photo", str(photo))
+        self.assertEqual(result.returncode, 1)
+        self.assert_error_lines(result, [f"kestrelid: {photo}: no photo: "])
+        self.assertFalse(photo.exists())
+
+    def test_photo_after_seconds_waits_for_no_passport(self):
+        photo = self.folder / "blank.PNG"
+        blank = self.write("camera.png", png(640, 480))
+        result = run("watch", "--camera", str(blank), "--photo", str(photo), "--after", "0")
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        with Image.open(photo) as taken:
+            self.assertEqual((taken.format, taken.size), ("PNG", (640, 480)))
+
+    def test_photo_of_a_turned_picture_stands_upright(self):
+        turned = self.folder / "turned.jpg"
+        with Image.open(PASSPORT) as original:
+            exif = original.getexif()
+            exif[0x0112] = 6  # shown after a quarter turn clockwise
+            size = original.size
+            original.transpose(Image.Transpose.ROTATE_90).save(turned, quality=95, exif=exif)
+        photo = self.folder / "page.jpg"
+        result = run("watch", "--camera", str(turned), "--photo", str(photo), "--after", "0")
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        with Image.open(photo) as taken:
+            self.assertEqual((taken.size, taken.getexif().get(0x0112, 1)), (size, 1))
+
+    def test_nothing_is_replaced_without_force(self):
+        photo = self.write("page.jpg", b"precious")
+        blank = self.write("camera.png", png(320, 240))
+        arguments = ["watch", "--camera", str(blank), "--photo", str(photo), "--after", "0"]
+        refused = run(*arguments)
+        self.assertEqual((refused.returncode, refused.stdout), (1, b""))
+        self.assert_error_lines(refused, [f"kestrelid: {photo}: exists already"])
+        self.assertEqual(photo.read_bytes(), b"precious")
+        forced = run(*arguments, "--force")
+        self.assertEqual((forced.returncode, forced.stderr), (0, b""))
+        self.assertTrue(photo.read_bytes().startswith(b"\xff\xd8"))
+
+    def test_places_that_take_no_photo_are_told_before_the_watch(self):
+        for name, prepare in [
+            ("gone/page.jpg", lambda path: None),
+            ("folder.jpg", lambda path: path.mkdir()),
+            ("link.jpg", lambda path: path.symlink_to("nowhere")),
+        ]:
+            photo = self.folder / name
+            prepare(photo)
+            result = run("watch", "--json", "--camera", str(RECEIPT), "--photo", str(photo))
+            self.assertEqual(result.returncode, 1)
+            self.assert_error_lines(result, [f"kestrelid: {photo}: "])
+            self.assertEqual([line["event"] for line in json_lines(result.stdout)], ["error"])
+
+    def test_files_and_names_that_are_no_camera(self):
+        text = self.write("text.jpg", b"not a picture at all")
+        for camera in [str(self.folder / "missing.jpg"), "No such camera", str(text), str(self.folder)]:
+            with self.subTest(camera):
+                result = run("watch", "--json", "--camera", camera, "--seconds", "20")
+                self.assertEqual(result.returncode, 1)
+                self.assert_error_lines(result, [f"kestrelid: {camera}: "])
+                error = events(result, "error")[0]["error"]
+                self.assertEqual(result.stderr.decode(), f"kestrelid: {error}\n")
+
+    def test_refused_permission_is_told_with_what_to_do(self):
+        # A sandbox without a portal, which could grant it.
+        sandbox = {"SNAP": "/snap/some", "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.folder}/gone"}
+        result = subprocess.run([KESTRELID, "watch", "--json"], env=os.environ | sandbox, capture_output=True, timeout=60)
+        self.assertEqual(result.returncode, 1)
+        self.assert_error_lines(result, ["kestrelid: the camera may not be used: "])
+        self.assertIn(b"portal", result.stderr)
+        self.assertEqual([(line["event"], line.get("authorized")) for line in json_lines(result.stdout)],
+                         [("authorized", False), ("error", None)])
+
+    def test_missing_models_end_it(self):
+        result = run("watch", "--camera", str(PASSPORT), "--resources", str(self.folder))
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(len(result.stderr.splitlines()), 1)
+        self.assertNotIn(b"verdict", result.stdout)
+
+    def test_a_signal_ends_it_cleanly(self):
+        for number in [signal.SIGINT, signal.SIGTERM]:
+            process = self.start("--camera", str(RECEIPT))
+            self.read_until(process, b"is ready")
+            process.send_signal(number)
+            self.assertEqual(process.wait(timeout=10), 0)
+            self.assertEqual(process.stderr.read(), b"")
+
+    def test_a_reader_that_has_seen_enough_ends_it_quietly(self):
+        process = self.start("--camera", str(RECEIPT))
+        self.read_until(process, b"verdict")
+        process.stdout.close()
+        self.assertEqual(process.wait(timeout=10), -signal.SIGPIPE)
+        self.assertEqual(process.stderr.read(), b"")
+
+    def test_a_full_disk_ends_it(self):
+        with open("/dev/full", "wb") as full:
+            result = subprocess.run([KESTRELID, "watch", "--camera", RECEIPT], stdout=full, stderr=subprocess.PIPE,
+                                    timeout=30)
+        self.assertEqual(result.returncode, 1)
+        self.assert_error_lines(result, ["kestrelid: standard output: "])
+
+    def test_seconds_and_local_time(self):
+        blank = self.write("camera.png", png(320, 240))
+        start = time.monotonic()
+        process = self.start("--camera", str(blank), "--seconds", "1.5", env=os.environ | {"TZ": "IST-5:30"})
+        line = self.read_until(process, b"authorized")[-1].decode()
+        self.assertRegex(line, r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}\+05:30  authorized")
+        written = datetime.datetime.fromisoformat(line.split()[0])
+        self.assertLess(abs(datetime.datetime.now(datetime.timezone.utc) - written).total_seconds(), 30)
+        self.assertEqual(process.wait(timeout=30), 0)
+        self.assertGreater(time.monotonic() - start, 1.4)
+
+
+class List(CommandLineTest):
+    def test_names_cameras_or_says_that_there_is_none(self):
+        listed = run("watch", "--list", "--json")
+        self.assertEqual((listed.returncode, listed.stderr), (0, b""))
+        cameras = json_lines(listed.stdout)[0]["cameras"]
+        readable = run("watch", "--list")
+        self.assertEqual((readable.returncode, readable.stderr), (0, b""))
+        names = [line for line in readable.stdout.decode().splitlines() if not line.startswith(" ")]
+        if cameras:
+            self.assertEqual(names, [camera["name"] for camera in cameras])
+        else:
+            self.assertEqual(len(names), 1)
+            self.assertTrue(names[0].startswith("no camera found"), names)
+
+    def test_file_is_listed_with_its_size(self):
+        blank = self.write("camera.png", png(640, 480))
+        result = run("watch", "--list", "--json", "--camera", str(blank))
+        camera = json_lines(result.stdout)[0]["cameras"][0]
+        self.assertEqual((camera["formats"][0]["width"], camera["formats"][0]["height"]), (640, 480))
+
+
+class WrongUsage(CommandLineTest):
+    def test_is_told_before_the_watch(self):
+        for arguments in [
+            ["--photo", "page.gif"],
+            ["--photo", ""],
+            ["--after", "3"],
+            ["--force"],
+            ["--list", "--photo", "a.jpg"],
+            ["--seconds", "0"],
+            ["--seconds", "nan"],
+            ["--seconds", "-1"],
+            ["--photo", "a.jpg", "--after", "-1"],
+            ["--camera"],
+            ["--camera", ""],
+            ["--recognizer", "magic"],
+            ["--resources", "/nonexistent"],
+            ["a.jpg"],
+        ]:
+            self.assert_wrong_usage("watch", *arguments)
+
+
+if __name__ == "__main__":
+    unittest.main()
