@@ -90,6 +90,11 @@ std::vector<Bitmap> TakenFrames::kept() const {
     return kept_;
 }
 
+void TakenFrames::letGo() {
+    const std::lock_guard lock(mutex_);
+    kept_.clear();
+}
+
 PhotoAnswers::Log PhotoAnswers::Shared::answers() const {
     const std::lock_guard lock(mutex);
     return log;

@@ -56,6 +56,7 @@ public:
     [[nodiscard]] int count() const;
     [[nodiscard]] int unrendered() const;
     [[nodiscard]] std::vector<Bitmap> kept() const;
+    void letGo();
 
     std::size_t keeps = 0;            // that many bitmaps; set before frames flow
     std::function<void()> onFrame{};  // set before frames flow

@@ -56,6 +56,11 @@ void SessionEngine::start() {
         });
     changed_.notify_all();
     changed_.wait_until(lock, limit, [&] { return phase_ != Phase::starting; });
+    if (phase_ != Phase::starting)
+        return;
+    // The driver hangs. What becomes of it later is no start any more.
+    phase_ = Phase::idle;
+    input_.reset();
 }
 
 bool SessionEngine::isRunning() const {
@@ -137,10 +142,12 @@ void SessionEngine::begin(Lock& lock) {
         self->changed_.notify_all();
     });
     lock.lock();
-    if (!open(lock, live_, false, limit))
+    const bool flows = open(lock, live_, false, limit);
+    if (phase_ != Phase::starting || input_ != active_)
+        return close(lock);  // start() has given up
+    if (!flows)
         return lose(lock);
-    if (phase_ == Phase::starting && input_ == active_)
-        phase_ = Phase::running;
+    phase_ = Phase::running;
     changed_.notify_all();
 }
 

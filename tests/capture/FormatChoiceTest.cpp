@@ -1,0 +1,202 @@
+#include "platform/capture/gstreamer/FormatChoice.h"
+#include "platform/capture/gstreamer/CameraNames.h"
+#include "platform/capture/gstreamer/CapsFormats.h"
+#include "platform/capture/gstreamer/GStreamerLibrary.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+namespace kestrelid {
+namespace {
+
+// framesPerSecond: 0 for unknown.
+VideoFormat raw(int width, int height, int framesPerSecond) {
+    return {.width = width,
+            .height = height,
+            .rate = {.numerator = framesPerSecond, .denominator = 1},
+            .encoding = Encoding::raw,
+            .layout = "YUY2"};
+}
+
+VideoFormat jpeg(int width, int height, int framesPerSecond) {
+    VideoFormat format = raw(width, height, framesPerSecond);
+    format.encoding = Encoding::jpeg;
+    format.layout.clear();
+    return format;
+}
+
+struct ChoiceCase {
+    const char* name;
+    std::vector<VideoFormat> formats;
+    VideoFormat live;
+    VideoFormat still;
+    PhotoDimensions bound{};
+};
+
+void PrintTo(const ChoiceCase& row, std::ostream* out) {
+    *out << row.name;
+}
+
+class FormatChoice : public testing::TestWithParam<ChoiceCase> {};
+
+TEST_P(FormatChoice, TakesALiveAndAStillFormat) {
+    const ChoiceCase& row = GetParam();
+    std::vector<VideoFormat> formats = row.formats;
+    std::reverse(formats.begin(), formats.end());
+    for (int order = 0; order < 2; ++order, std::reverse(formats.begin(), formats.end())) {
+        const auto live = chooseLive(formats);
+        ASSERT_TRUE(live);
+        EXPECT_EQ(*live, row.live);
+        EXPECT_EQ(*chooseStill(formats, row.bound, live), row.still);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cameras, FormatChoice,
+    testing::Values(
+        ChoiceCase{"only one", {raw(640, 480, 30)}, raw(640, 480, 30), raw(640, 480, 30)},
+        ChoiceCase{"the live size among others",
+                   {raw(640, 480, 30), raw(1280, 720, 30), raw(1920, 1080, 30)},
+                   raw(1280, 720, 30),
+                   raw(1920, 1080, 30)},
+        ChoiceCase{"raw is slow where motion JPEG is not",
+                   {raw(640, 480, 30), raw(1280, 720, 10), raw(1920, 1080, 5), jpeg(1280, 720, 30),
+                    jpeg(1920, 1080, 30)},
+                   jpeg(1280, 720, 30),
+                   jpeg(1920, 1080, 30)},
+        ChoiceCase{"raw and motion JPEG alike",
+                   {raw(1280, 720, 30), jpeg(1280, 720, 30)},
+                   raw(1280, 720, 30),
+                   raw(1280, 720, 30)},
+        ChoiceCase{"nearest above",
+                   {raw(640, 480, 30), jpeg(1920, 1080, 30)},
+                   jpeg(1920, 1080, 30),
+                   jpeg(1920, 1080, 30)},
+        ChoiceCase{"smooth but too small to read",
+                   {raw(160, 120, 30), raw(1280, 720, 15)},
+                   raw(1280, 720, 15),
+                   raw(1280, 720, 15)},
+        ChoiceCase{"none smooth: the fastest",
+                   {raw(1280, 720, 5), raw(1600, 1200, 15)},
+                   raw(1600, 1200, 15),
+                   raw(1600, 1200, 15)},
+        ChoiceCase{"no faster than needed",
+                   {jpeg(1280, 720, 60), jpeg(1280, 720, 30), jpeg(1280, 720, 120)},
+                   jpeg(1280, 720, 30),
+                   jpeg(1280, 720, 30)},
+        ChoiceCase{"unknown rate",
+                   {raw(1280, 720, 0), raw(640, 480, 30)},
+                   raw(1280, 720, 0),
+                   raw(1280, 720, 0)},
+        ChoiceCase{"wide among equals",
+                   {raw(960, 960, 30), raw(1280, 720, 30)},
+                   raw(1280, 720, 30),
+                   raw(1280, 720, 30)},
+        ChoiceCase{
+            "stills within a bound",
+            {raw(640, 480, 30), raw(1280, 720, 30), jpeg(4032, 3024, 5), jpeg(1600, 1200, 15)},
+            raw(1280, 720, 30),
+            jpeg(1600, 1200, 15),
+            {.width = 2000, .height = 2000}},
+        ChoiceCase{"no still within the bound",
+                   {raw(640, 480, 30), raw(1280, 720, 30)},
+                   raw(1280, 720, 30),
+                   raw(640, 480, 30),
+                   {.width = 320, .height = 240}}));
+
+TEST(FormatChoiceTest, NothingOfNothing) {
+    EXPECT_FALSE(chooseLive({}));
+    EXPECT_FALSE(chooseStill({}, {}, std::nullopt));
+}
+
+TEST(FormatChoiceTest, ScalesWithoutDistortion) {
+    struct Case {
+        PhotoDimensions size, bound, expected;
+    };
+    for (const Case& row :
+         {Case{{4000, 3000}, {}, {4000, 3000}}, Case{{4000, 3000}, {2000, 2000}, {2000, 1500}},
+          Case{{3000, 4000}, {2000, 2000}, {1500, 2000}}, Case{{640, 480}, {2000, 0}, {640, 480}},
+          Case{{4001, 11}, {100, 100}, {100, 2}}})
+        EXPECT_EQ(scaledInto(row.size, row.bound), row.expected) << row.size.width;
+    EXPECT_EQ(liveDimensions({4000, 2250}), (PhotoDimensions{1280, 720}));
+    EXPECT_EQ(liveDimensions({4000, 3000}), (PhotoDimensions{1108, 832}));
+    EXPECT_EQ(liveDimensions({300, 200}), (PhotoDimensions{300, 200}));
+}
+
+struct CapsCase {
+    const char* caps;
+    std::set<std::string> formats;  // "1280x720@30/1 YUY2"
+};
+
+TEST(CapsFormats, AreReadFromAnyWayOfStatingThem) {
+    ASSERT_TRUE(startGStreamer());
+    const CapsCase cases[] = {
+        {"image/jpeg,width=1280,height=720,framerate=30/1", {"1280x720@30/1 jpeg"}},
+        {"video/x-raw,format={YUY2,NV12},width=640,height=480,framerate={30/1,15/2}",
+         {"640x480@30/1 YUY2", "640x480@15/2 YUY2", "640x480@30/1 NV12", "640x480@15/2 NV12"}},
+        {"video/x-raw,format=YUY2,width=640,height=480", {"640x480@0/1 YUY2"}},
+        {"video/x-raw,format=YUY2,width=640,height=480,framerate=[0/1,60/1]",
+         {"640x480@30/1 YUY2", "640x480@60/1 YUY2"}},
+        {"video/x-raw,format=YUY2,width=640,height=480,framerate=[0/1,2147483647/1]",
+         {"640x480@30/1 YUY2"}},
+        {"video/x-raw,format=YUY2,width=[16,1280,16],height=[16,720,16],framerate=30/1",
+         {"640x480@30/1 YUY2", "1280x720@30/1 YUY2"}},
+        {"video/x-raw,format=YUY2,width=[1,max],height=[1,max],framerate=5/1",
+         {"640x480@5/1 YUY2", "800x600@5/1 YUY2", "960x540@5/1 YUY2", "1280x720@5/1 YUY2",
+          "1280x960@5/1 YUY2", "1600x1200@5/1 YUY2", "1920x1080@5/1 YUY2", "2592x1944@5/1 YUY2",
+          "3840x2160@5/1 YUY2", "4032x3024@5/1 YUY2"}},
+        {"video/x-raw(memory:DMABuf),format=YUY2,width=640,height=480,framerate=30/1", {}},
+        {"video/x-h264,width=640,height=480,framerate=30/1", {}},
+        {"video/x-raw,format=ENCODED,width=640,height=480,framerate=30/1", {}},
+        {"video/x-raw,width=640,height=480,framerate=30/1", {}},
+        {"EMPTY", {}},
+        {"ANY", {}},
+    };
+    for (const CapsCase& row : cases) {
+        const CapsHandle caps(gst_caps_from_string(row.caps));
+        ASSERT_TRUE(caps) << row.caps;
+        std::set<std::string> formats;
+        for (const VideoFormat& format : formatsIn(caps.get())) {
+            formats.insert(std::to_string(format.width) + "x" + std::to_string(format.height) +
+                           "@" + std::to_string(format.rate.numerator) + "/" +
+                           std::to_string(format.rate.denominator) + " " +
+                           (format.encoding == Encoding::jpeg ? "jpeg" : format.layout));
+            const CapsHandle one = capsFor(format);
+            EXPECT_TRUE(gst_caps_can_intersect(one.get(), caps.get())) << row.caps;
+        }
+        EXPECT_EQ(formats, row.formats) << row.caps;
+    }
+}
+
+TEST(CameraNames, AreUniqueAndEachCameraStandsOnce) {
+    const std::vector<NamedCamera> named =
+        nameCameras({{"Webcam", "/dev/video0", "v4l2"},
+                     {"Webcam", "/dev/video2", "v4l2"},
+                     {"Webcam (V4L2)", "/dev/video0", "pipewire"},
+                     {"", "", "pipewire"},
+                     {"Webcam", "", "pipewire"},
+                     {"Webcam 2", "/dev/video4", "v4l2"}});
+    std::vector<std::string> names;
+    std::vector<std::size_t> indices;
+    for (const NamedCamera& camera : named) {
+        names.push_back(camera.name);
+        indices.push_back(camera.index);
+    }
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"Webcam", "Webcam 2", "Camera", "Webcam 3", "Webcam 2 2"}));
+    EXPECT_EQ(indices, (std::vector<std::size_t>{0, 1, 3, 4, 5}));
+}
+
+TEST(CameraNames, MountingComesFromLibcamera) {
+    EXPECT_EQ(mountingFrom("", "").orientation, Orientation::up);
+    EXPECT_EQ(mountingFrom("back", "90").orientation, Orientation::left);
+    EXPECT_EQ(mountingFrom("back", "180").orientation, Orientation::down);
+    EXPECT_EQ(mountingFrom("back", "270").orientation, Orientation::right);
+    EXPECT_FALSE(mountingFrom("back", "0").isMirrored);
+    EXPECT_TRUE(mountingFrom("front", "0").isMirrored);
+}
+
+}  // namespace
+}  // namespace kestrelid

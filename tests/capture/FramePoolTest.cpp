@@ -1,0 +1,75 @@
+#include "platform/capture/gstreamer/FramePool.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace kestrelid {
+namespace {
+
+// Every byte has value; rows lie further apart than they are long.
+Bitmap frame(int width, int height, int value) {
+    const std::ptrdiff_t stride = std::ptrdiff_t{4} * width + 12;
+    const auto size = static_cast<std::size_t>(stride * height);
+    const std::shared_ptr<std::byte[]> pixels(new std::byte[size]);
+    std::memset(pixels.get(), value, size);
+    return *Bitmap::wrap(width, height, stride, PixelFormat::bgra8, pixels, size);
+}
+
+TEST(FramePool, HasThreeBitmapsAndUsesTheirMemoryAgain) {
+    FramePool pool;
+    std::set<const std::byte*> places;
+    for (int round = 0; round < 5; ++round) {
+        std::vector<Bitmap> held;
+        for (int index = 0; index < FramePool::kBitmaps; ++index) {
+            const auto copy = pool.copy(frame(40, 30, 10 * round + index));
+            ASSERT_TRUE(copy);
+            held.push_back(*copy);
+            places.insert(copy->row(0));
+        }
+        EXPECT_FALSE(pool.copy(frame(40, 30, 1)));
+        EXPECT_FALSE(pool.copy(frame(80, 60, 1))) << "another size, but all are held";
+        for (int index = 0; index < FramePool::kBitmaps; ++index)
+            EXPECT_EQ(held[static_cast<std::size_t>(index)].row(29)[159],
+                      std::byte(10 * round + index));
+        held.pop_back();
+        EXPECT_TRUE(pool.copy(frame(40, 30, 1)));
+    }
+    EXPECT_EQ(places.size(), 3u);
+}
+
+TEST(FramePool, TakesOtherMemoryForAnotherSize) {
+    FramePool pool;
+    const auto small = pool.copy(frame(40, 30, 1));
+    const auto large = pool.copy(frame(400, 300, 2));
+    ASSERT_TRUE(small && large);
+    EXPECT_EQ(large->width(), 400);
+    EXPECT_EQ(large->row(299)[1599], std::byte{2});
+    EXPECT_EQ(small->row(29)[159], std::byte{1});
+}
+
+TEST(FramePool, MayDieBeforeItsBitmapsAndTakesThemBackFromAnyThread) {
+    auto pool = std::make_unique<FramePool>();
+    std::vector<std::thread> threads;
+    for (int index = 0; index < 4; ++index)
+        threads.emplace_back([shared = pool.get()] {
+            for (int round = 0; round < 500; ++round) {
+                const auto copy = shared->copy(frame(16, 16, round % 200));
+                if (copy && copy->row(15)[63] != std::byte(round % 200))
+                    ADD_FAILURE() << "memory given to two at once";
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    const auto last = pool->copy(frame(16, 16, 7));
+    ASSERT_TRUE(last);
+    pool.reset();
+    EXPECT_EQ(last->row(15)[63], std::byte{7});
+}
+
+}  // namespace
+}  // namespace kestrelid

@@ -1,0 +1,162 @@
+#include "tests/capture/CaptureRig.h"
+#include "tests/capture/ProcessCounts.h"
+#include "tests/capture/TestCamera.h"
+
+#include "platform/dispatch/AsioQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+
+namespace kestrelid {
+namespace {
+
+using namespace test;
+using namespace std::chrono_literals;
+
+enum class Releaser { main, sessionQueue, frameQueue, surface, photoDelegate };
+
+struct ReleaseCase {
+    const char* name;
+    Releaser releaser;
+};
+
+void PrintTo(const ReleaseCase& row, std::ostream* out) {
+    *out << row.name;
+}
+
+class Release : public testing::TestWithParam<ReleaseCase> {};
+
+class ReleasingDelegate final : public PhotoCaptureDelegate {
+public:
+    explicit ReleasingDelegate(std::function<void()> release) : release_(std::move(release)) {}
+    void didFinishProcessingPhoto(const CapturedPhoto& /*photo*/,
+                                  const std::optional<CaptureError>& /*error*/) override {
+        release_();
+    }
+
+private:
+    const std::function<void()> release_;
+};
+
+TEST_P(Release, LetsTheDeviceGoFromAnyThreadAndNoCallComesAfterwards) {
+    for (int round = 0; round < 5; ++round) {
+        const TestCamera camera;
+        CaptureRig rig({});
+        std::atomic<bool> wanted = false;
+        std::atomic<bool> released = false;
+        std::atomic<int> shownThen = 0;
+        std::atomic<int> takenThen = 0;
+        const auto release = [&] {
+            if (!wanted.exchange(false))
+                return;
+            rig.session.reset();
+            shownThen = rig.shown->count();
+            takenThen = rig.taken->count();
+            released = true;
+        };
+        if (GetParam().releaser == Releaser::frameQueue)
+            rig.taken->onFrame = release;
+        if (GetParam().releaser == Releaser::surface)
+            rig.shown->onFrame = [&](const Bitmap&) { release(); };
+        ASSERT_EQ(rig.start(), "");
+        ASSERT_TRUE(eventually([&] { return rig.taken->count() > 0 && rig.shown->count() > 0; }));
+        const auto began = std::chrono::steady_clock::now();
+        const auto sessionQueue = std::make_shared<AsioQueue>("test.session", 1);
+        wanted = true;
+        if (GetParam().releaser == Releaser::main)
+            release();
+        else if (GetParam().releaser == Releaser::sessionQueue)
+            sessionQueue->async(release);
+        else if (GetParam().releaser == Releaser::photoDelegate)
+            rig.photoOutput->capturePhoto({}, std::make_shared<ReleasingDelegate>(release));
+        ASSERT_TRUE(eventually([&] { return released.load(); }));
+        ASSERT_TRUE(camera.waitUntilClosed(1s));
+        EXPECT_LT(std::chrono::steady_clock::now() - began, 1500ms);
+        EXPECT_EQ(rig.shown->count(), shownThen);
+        EXPECT_EQ(rig.taken->count(), takenThen);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Threads, Release,
+                         testing::Values(ReleaseCase{"main", Releaser::main},
+                                         ReleaseCase{"session queue", Releaser::sessionQueue},
+                                         ReleaseCase{"frame queue", Releaser::frameQueue},
+                                         ReleaseCase{"preview surface", Releaser::surface},
+                                         ReleaseCase{"photo delegate", Releaser::photoDelegate}));
+
+TEST(SlowDelegate, HasFramesDroppedAndMemoryStaysFlat) {
+    const TestCamera camera;
+    CaptureRig rig({});
+    std::promise<void> go;
+    const std::shared_future<void> gone = go.get_future().share();
+    rig.taken->onFrame = [gone] { gone.wait(); };
+    ASSERT_EQ(rig.start(), "");
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 10; }));
+    const long before = residentKilobytes();
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 70; }));
+    EXPECT_EQ(rig.taken->count(), 1) << "the queue is still busy with the first";
+    EXPECT_LT(residentKilobytes() - before, 3 * 1280 * 720 * 4 / 1024);
+    go.set_value();
+    EXPECT_TRUE(eventually([&] { return rig.taken->count() > 3; }));
+}
+
+TEST(SlowDelegate, ThatKeepsAllBitmapsGetsNoneUntilItLetsGo) {
+    const TestCamera camera;
+    CaptureRig rig({});
+    rig.taken->keeps = 3;
+    ASSERT_EQ(rig.start(), "");
+    ASSERT_TRUE(eventually([&] { return rig.taken->unrendered() > 2; }));
+    EXPECT_EQ(rig.taken->kept().size(), 3u);
+    rig.taken->letGo();
+    EXPECT_TRUE(eventually([&] { return rig.taken->kept().size() == 3; }));
+}
+
+TEST(Consumers, MayComeAndGoWhileTheSessionRuns) {
+    const TestCamera camera;
+    CaptureRig rig({});
+    rig.shown.reset();
+    rig.videoOutput->setSampleBufferDelegate({}, nullptr);
+    ASSERT_EQ(rig.start(), "");
+    ASSERT_TRUE(eventually([&] { return camera.count("frames 31") > 0; }));
+    EXPECT_TRUE(rig.session->isRunning()) << "nobody looks";
+    const auto late = std::make_shared<ShownFrames>();
+    rig.session->addPreviewSurface(late);
+    EXPECT_TRUE(eventually([&] { return late->count() > 0; }));
+    rig.videoOutput->setSampleBufferDelegate(rig.taken, std::make_shared<AsioQueue>("test", 1));
+    EXPECT_TRUE(eventually([&] { return rig.taken->count() > 1; }));
+}
+
+TEST(Configuration, TakesEffectWhenItIsCommittedAndOneOfEachKindFits) {
+    const TestCamera camera;
+    CaptureRig rig({});
+    const auto makeInput = [&] {
+        return std::get<std::shared_ptr<CaptureInput>>(
+            rig.platform->makeInput(rig.platform->defaultVideoDevice()));
+    };
+    const auto input = makeInput();
+    rig.session->startRunning();
+    EXPECT_FALSE(rig.session->isRunning()) << "no input";
+    rig.session->beginConfiguration();
+    rig.session->addInput(input);
+    rig.session->addOutput(rig.photoOutput);
+    EXPECT_FALSE(rig.session->canAddInput(makeInput()));
+    EXPECT_FALSE(rig.session->canAddOutput(rig.platform->makePhotoOutput()));
+    EXPECT_TRUE(rig.photoOutput->connections().empty());
+    EXPECT_TRUE(rig.photoOutput->availablePhotoCodecTypes().empty());
+    rig.session->commitConfiguration();
+    EXPECT_EQ(rig.photoOutput->connections().size(), 1u);
+    EXPECT_FALSE(rig.session->canAddInput(makeInput()));
+    EXPECT_TRUE(rig.session->canAddOutput(rig.videoOutput));
+    rig.takePhotos(1);
+    EXPECT_NE(rig.photos(1).at(0).error, "") << "not running yet";
+    rig.session->startRunning();
+    EXPECT_TRUE(rig.session->isRunning());
+    rig.session->startRunning();
+    EXPECT_TRUE(rig.session->isRunning());
+    EXPECT_EQ(camera.count("format"), 1) << "a second start does nothing";
+}
+
+}  // namespace
+}  // namespace kestrelid
