@@ -16,13 +16,13 @@ struct PermissionEnvironment {
     bool isSandboxed = false;
 
     // By which the desktop's permission store knows this program; used inside a sandbox.
-    std::string applicationId;
+    std::string applicationId = {};
 
     // Folder of the nodes video*.
     std::filesystem::path devices = "/dev";
 
     // D-Bus address; empty: the session bus.
-    std::string busAddress;
+    std::string busAddress = {};
 
     // For one call to the portal. A person's answer is waited for without limit.
     std::chrono::milliseconds callLimit{10'000};
