@@ -85,7 +85,7 @@ std::string CameraWatch::whyNotReady() const {
         return callbacks_.whyNoCamera();
     if (const auto& error = capture_->error())
         return *name + ": " + error->description;
-    return *name + ": the camera was opened but gives no pictures";
+    return *name + ": opened, but gives no pictures; another program may be using it";
 }
 
 void CameraWatch::tickLater() {

@@ -9,6 +9,7 @@
 #include <kestrelid/DefaultCamera.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <future>
 #include <memory>
 #include <string_view>
@@ -68,13 +69,13 @@ void drain(DispatchQueue& queue) {
     drained.get_future().wait();
 }
 
-// The camera manager and the last recognitions hold the recognition's queue. Returning from main()
-// before they are gone would pull the recogniser's statics away under its threads.
-void waitForRelease(const PlatformServices& recognition) {
-    constexpr auto kPatience = std::chrono::seconds(5);
+// Whether the last pictures have been judged. They hold the recognition's queue.
+bool isIdle(const PlatformServices& recognition) {
+    constexpr auto kPatience = std::chrono::milliseconds(300);
     const auto end = std::chrono::steady_clock::now() + kPatience;
     while (recognition.queue.use_count() > 1 && std::chrono::steady_clock::now() < end)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return recognition.queue.use_count() == 1;
 }
 
 ExitStatus watchCamera(const WatchOptions& options) {
@@ -103,11 +104,15 @@ ExitStatus watchCamera(const WatchOptions& options) {
     };
     queue->async(
         [&] { watch->start(defaultCameraServices(queue, cameraOf(options), recognition)); });
-    const ExitStatus status = end.wait();
+    ExitStatus status = end.wait();
     queue->async([&] { watch->stop(); });
     drain(*queue);
     watch.reset();
-    waitForRelease(recognition);
+    status = graver(status, outputStatus());
+    // A picture may take seconds, and nobody waits for its verdict any more. Returning from main()
+    // would pull the recogniser's statics away under the threads that still judge it.
+    if (!isIdle(recognition))
+        std::_Exit(static_cast<int>(status));
     return status;
 }
 
@@ -123,8 +128,7 @@ ExitStatus watch(const WatchOptions& options) {
             return ExitStatus::inputFailed;
         }
     }
-    const ExitStatus status = watchCamera(options);
-    return graver(status, outputStatus());
+    return watchCamera(options);
 }
 
 }  // namespace kestrelid::cli

@@ -140,7 +140,7 @@ TEST_F(CameraWatchTest, EndsWithTheReasonWhereThereIsNothingToWatch) {
         {"no frames",
          [](auto& t) { t.platform->machine->starts = false; },
          {opened, notReady,
-          R"("error","error":"Fake camera: the camera was opened but gives no pictures")"}},
+          R"("error","error":"Fake camera: opened, but gives no pictures; another program may be using it")"}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

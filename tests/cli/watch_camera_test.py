@@ -1,0 +1,99 @@
+"""kestrelid watch and doctor with cameras without hardware (tests/capture/provider)."""
+
+import json
+import os
+import select
+import subprocess
+import time
+import unittest
+
+from PIL import Image
+
+from command_line import KESTRELID, SAMPLES, CommandLineTest, json_lines, run
+
+PLUGINS = os.environ["KESTRELID_TEST_PLUGINS"]
+
+
+class Cameras(CommandLineTest):
+    def setUp(self):
+        super().setUp()
+        self.control = self.folder / "control"
+        self.environment = os.environ | {
+            "KESTRELID_TEST_CAMERA": str(self.control),
+            "GST_PLUGIN_PATH": PLUGINS,
+            "GST_REGISTRY": f"{PLUGINS}/registry.bin",
+            "GST_REGISTRY_FORK": "no",
+        }
+
+    def describe(self, *lines):
+        whole = self.folder / "control.new"
+        whole.write_text("\n".join(lines) + "\n")
+        whole.rename(self.control)
+
+    def kestrelid(self, *arguments):
+        return subprocess.run([KESTRELID, *arguments], env=self.environment, capture_output=True, timeout=60)
+
+    def test_are_listed_and_chosen_by_name(self):
+        self.describe("device Desk", "device Lid", "caps image/jpeg,width=1280,height=720,framerate=30/1")
+        listed = json_lines(self.kestrelid("watch", "--list", "--json").stdout)[0]["cameras"]
+        formats = {camera["name"]: camera["formats"] for camera in listed}
+        self.assertEqual(formats["Lid"], [{"width": 1280, "height": 720, "framesPerSecond": 30.0, "encoding": "jpeg"}])
+        sizes = [entry["width"] for entry in formats["Desk"]]
+        self.assertEqual(sizes, sorted(sizes, reverse=True))
+        readable = self.kestrelid("watch", "--list").stdout.decode()
+        self.assertIn("Lid\n    1280x720, 30 frames/s, jpeg\n", readable)
+
+        chosen = self.kestrelid("watch", "--json", "--camera", "Lid", "--seconds", "2")
+        self.assertEqual((chosen.returncode, chosen.stderr), (0, b""))
+        self.assertIn(b'"ready":true,"camera":"Lid"', chosen.stdout)
+        unknown = self.kestrelid("watch", "--camera", "Roof")
+        self.assertEqual(unknown.returncode, 1)
+        self.assertRegex(unknown.stderr.decode(), r"^kestrelid: Roof: neither .*: (.*, )?(Desk, Lid|Lid, Desk)(, .*)?\n$")
+        doctor = json.loads(self.kestrelid("doctor", "--json").stdout)
+        self.assertTrue(doctor["camera"]["found"])
+
+    def test_give_a_photo_of_full_size(self):
+        picture = self.folder / "passport.png"
+        Image.open(SAMPLES / "bangladesh-on-wood.jpg").save(picture)
+        self.describe("device Desk", f"picture {picture}")
+        photo = self.folder / "page.jpg"
+        result = self.kestrelid("watch", "--camera", "Desk", "--photo", str(photo))
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        largest = json_lines(self.kestrelid("watch", "--list", "--json").stdout)[0]["cameras"][0]["formats"][0]
+        with Image.open(photo) as taken:
+            self.assertEqual(taken.size, (largest["width"], largest["height"]))
+        self.assertIn(b": passport, ", run("validate", photo).stdout)
+
+    def test_failures_are_one_line_with_the_name(self):
+        for failure in ["open", "busy", "start"]:
+            with self.subTest(failure):
+                self.describe("device Desk", f"fail {failure}")
+                result = self.kestrelid("watch", "--camera", "Desk")
+                self.assertEqual(result.returncode, 1)
+                self.assert_error_lines(result, ["kestrelid: Desk: "])
+
+    def test_loss_ends_the_watch(self):
+        for line in ["unplugged", "unplugged error", "stall-after 60"]:
+            with self.subTest(line):
+                self.describe("device Desk")
+                process = subprocess.Popen(
+                    [KESTRELID, "watch", "--camera", "Desk"], bufsize=0, env=self.environment,
+                    stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                )
+                self.addCleanup(process.wait)
+                self.addCleanup(process.kill)
+                written = b""
+                while b"ready" not in written:
+                    self.assertTrue(select.select([process.stdout], [], [], 30)[0])
+                    written += process.stdout.read(4096)
+                told = time.monotonic()
+                self.describe("device Desk", line)
+                self.assertEqual(process.wait(timeout=30), 1)
+                self.assertLess(time.monotonic() - told, 6)  # a stall counts after a second and a half
+                self.assertEqual(process.stderr.read(), b"kestrelid: Desk: the camera was lost\n")
+                process.stdout.close()
+                process.stderr.close()
+
+
+if __name__ == "__main__":
+    unittest.main()
