@@ -18,7 +18,7 @@ from net import SIDE, OutlineNet
 
 _POOL = 12  # shards held in memory
 _RENEW = 40  # steps between two shards
-_SAVE = 150  # steps between two checkpoints
+_SAVE = 50  # steps between two checkpoints
 _FORGET = 0.998  # of the running mean of the weights
 
 

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/vision/opencv/Quad.h"
+#include "platform/vision/outline/OutlineNetwork.h"
+
+#include <vector>
+
+namespace kestrelid::outline {
+
+// A quadrilateral that the maps show, and how well they show it.
+struct MapOutline {
+    opencv::Quad quad;    // in shares of the picture's width and height; corners may lie outside
+    double inside = 0.0;  // mean of the page map in the quadrilateral
+    double fill = 0.0;    // overlap of the quadrilateral with the region that it was fitted to
+    double corners =
+        0.0;  // mean of the corner map's peaks at its corners; outside the picture: 0.5
+};
+
+// One outline for each core that the maps show, in no particular order.
+[[nodiscard]] std::vector<MapOutline> outlinesOf(const OutlineMaps& maps);
+
+}  // namespace kestrelid::outline

@@ -1,0 +1,164 @@
+#include "platform/vision/outline/NetworkRectangleService.h"
+
+#include "platform/vision/onnx/OnnxRuntime.h"
+#include "platform/vision/outline/OutlineConfidence.h"
+#include "platform/vision/outline/OutlineNetwork.h"
+#include "platform/vision/outline/OutlinePicture.h"
+#include "platform/vision/outline/SideSharpener.h"
+
+#include <algorithm>
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace kestrelid {
+namespace {
+
+using outline::OutlineNetwork;
+using outline::WeighedOutline;
+
+constexpr const char* kModelName = "outline-net.onnx";
+constexpr const char* kRemedy = "install it beside the library, or take models/ of the source tree";
+constexpr int kShortestSide = 24;     // pixels; below this no page can be told from noise
+constexpr double kCertain = 0.8;      // of confidence: nobody else is asked
+constexpr double kHopeless = 0.03;    // of confidence, for the best outline: nothing is there
+constexpr double kSameOutline = 0.5;  // overlap of two bounding boxes from which they are one
+
+struct Opened {
+    std::shared_ptr<const OutlineNetwork> network;
+    ServiceStatus status;
+};
+
+Opened openNetwork(const ResourceFolders& resources) {
+    const std::string name = "outline network";
+    const std::string without = "; outlines come from the classical finder alone";
+    const auto path = resources.find(kModelName);
+    if (!path)
+        return {nullptr,
+                {name, false, resources.missing(kModelName, kRemedy).description + without}};
+    const auto runtime = OnnxRuntime::load(resources);
+    if (const auto* error = std::get_if<RequestError>(&runtime))
+        return {nullptr, {name, false, error->description + without}};
+    auto session = std::get<std::shared_ptr<const OnnxRuntime>>(runtime)->open(*path, 1);
+    if (const auto* error = std::get_if<RequestError>(&session))
+        return {nullptr, {name, false, error->description + without}};
+    return {std::make_shared<const OutlineNetwork>(std::get<OnnxSession>(std::move(session))),
+            {name, true, path->string()}};
+}
+
+NormalizedRect boxOf(const RectangleObservation& observation) {
+    return observation.boundingBox;
+}
+
+double overlap(const NormalizedRect& a, const NormalizedRect& b) {
+    const double width = std::min(a.x + a.width, b.x + b.width) - std::max(a.x, b.x);
+    const double height = std::min(a.y + a.height, b.y + b.height) - std::max(a.y, b.y);
+    const double shared = std::max(width, 0.0) * std::max(height, 0.0);
+    return shared / std::max(a.area() + b.area() - shared, 1e-9);
+}
+
+RectangleObservation observationOf(const WeighedOutline& found, cv::Size size) {
+    RectangleObservation observation;
+    double left = 1.0;
+    double right = 0.0;
+    double top = 0.0;
+    double bottom = 1.0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        const double x = std::clamp(static_cast<double>(found.quad[i].x) / size.width, 0.0, 1.0);
+        const double y =
+            std::clamp(1.0 - static_cast<double>(found.quad[i].y) / size.height, 0.0, 1.0);
+        observation.corners[i] = {x, y};
+        left = std::min(left, x);
+        right = std::max(right, x);
+        bottom = std::min(bottom, y);
+        top = std::max(top, y);
+    }
+    observation.boundingBox = {left, bottom, right - left, top - bottom};
+    observation.confidence = static_cast<float>(found.confidence);
+    return observation;
+}
+
+// Adds what others found and found does not hold already.
+void addOthers(RectangleService& service, const Bitmap& bitmap, const RectangleRequest& request,
+               std::vector<RectangleObservation>& found) {
+    std::vector<RectangleObservation> others;
+    // The other finder's failure is no reason to give up what the network saw.
+    (void)service.perform(bitmap, request, [&](const RequestReport& report) {
+        for (const Observation& observation : report.results.value_or(std::vector<Observation>{}))
+            if (const auto* rectangle = std::get_if<RectangleObservation>(&observation))
+                others.push_back(*rectangle);
+    });
+    for (const RectangleObservation& other : others)
+        if (std::ranges::none_of(found, [&](const RectangleObservation& known) {
+                return overlap(boxOf(known), boxOf(other)) > kSameOutline;
+            }))
+            found.push_back(other);
+}
+
+}  // namespace
+
+NetworkRectangleService::NetworkRectangleService(std::vector<std::filesystem::path> resources,
+                                                 std::shared_ptr<RectangleService> other,
+                                                 OutlineMixture mixture)
+    : resources_(std::move(resources)), other_(std::move(other)), mixture_(mixture) {}
+
+NetworkRectangleService::~NetworkRectangleService() = default;
+
+std::shared_ptr<const OutlineNetwork> NetworkRectangleService::network() {
+    const std::scoped_lock lock(loading_);
+    if (!looked_) {
+        network_ = openNetwork(resources_).network;
+        looked_ = true;
+    }
+    return network_;
+}
+
+ServiceStatus NetworkRectangleService::diagnose() const {
+    return openNetwork(resources_).status;
+}
+
+std::optional<RequestError> NetworkRectangleService::perform(const Bitmap& bitmap,
+                                                             const RectangleRequest& request,
+                                                             const RequestCompletion& completion) {
+    RequestReport report;
+    try {
+        const auto net = network();
+        if (!net)
+            return other_->perform(bitmap, request, completion);
+        std::vector<RectangleObservation> found;
+        if (std::min(bitmap.width(), bitmap.height()) >= kShortestSide) {
+            const cv::Mat picture = outline::outlinePicture(bitmap);
+            auto maps = net->look(picture);
+            if (std::holds_alternative<RequestError>(maps))
+                return other_->perform(bitmap, request, completion);
+            double best = 0.0;
+            for (WeighedOutline candidate :
+                 outline::weighed(outline::outlinesOf(std::get<outline::OutlineMaps>(maps)))) {
+                for (cv::Point2f& corner : candidate.quad)
+                    corner = {corner.x * static_cast<float>(picture.cols),
+                              corner.y * static_cast<float>(picture.rows)};
+                const double aspect = opencv::aspectRatio(candidate.quad);
+                if (aspect < static_cast<double>(request.minimumAspectRatio) ||
+                    aspect > static_cast<double>(request.maximumAspectRatio))
+                    continue;
+                best = std::max(best, candidate.confidence);
+                if (candidate.confidence < static_cast<double>(request.minimumConfidence))
+                    continue;
+                candidate.quad = outline::sharpened(picture, candidate.quad);
+                found.push_back(observationOf(candidate, picture.size()));
+            }
+            if (mixture_ == OutlineMixture::doubtful && best < kCertain && best > kHopeless)
+                addOthers(*other_, bitmap, request, found);
+        }
+        std::ranges::stable_sort(found, std::greater{}, &RectangleObservation::confidence);
+        if (static_cast<int>(found.size()) > request.maximumObservations)
+            found.resize(static_cast<std::size_t>(std::max(request.maximumObservations, 0)));
+        report.results = std::vector<Observation>(found.begin(), found.end());
+    } catch (const std::exception& error) {
+        return RequestError{std::string("Looking for a rectangle failed: ") + error.what()};
+    }
+    completion(report);
+    return std::nullopt;
+}
+
+}  // namespace kestrelid

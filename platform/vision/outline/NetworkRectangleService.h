@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/vision/onnx/ResourceFolders.h"
+
+#include <kestrelid/ServiceStatus.h>
+#include <kestrelid/VisionServices.h>
+
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace kestrelid {
+
+namespace outline {
+class OutlineNetwork;
+}
+
+// When the other finder is asked beside the network.
+enum class OutlineMixture { doubtful, never };
+
+// Finds outlines of documents by the outline network, and by another finder where the network is in
+// doubt. Library and network are loaded by the first request; where one is missing, the other
+// finder answers alone, as if there were no network.
+class NetworkRectangleService final : public RectangleService {
+public:
+    // resources: searched in order for the network and the ONNX Runtime library. other: asked in
+    // doubt; never null.
+    NetworkRectangleService(std::vector<std::filesystem::path> resources,
+                            std::shared_ptr<RectangleService> other,
+                            OutlineMixture mixture = OutlineMixture::doubtful);
+    ~NetworkRectangleService() override;
+
+    [[nodiscard]] std::optional<RequestError> perform(const Bitmap& bitmap,
+                                                      const RectangleRequest& request,
+                                                      const RequestCompletion& completion) override;
+
+    // The network, loaded once for the occasion. Thread: any.
+    [[nodiscard]] ServiceStatus diagnose() const;
+
+private:
+    [[nodiscard]] std::shared_ptr<const outline::OutlineNetwork> network();
+
+    ResourceFolders resources_;
+    std::shared_ptr<RectangleService> other_;
+    OutlineMixture mixture_;
+    std::mutex loading_;
+    bool looked_ = false;
+    std::shared_ptr<const outline::OutlineNetwork> network_;
+};
+
+}  // namespace kestrelid
