@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <future>
 #include <utility>
 
 namespace kestrelid::test {
 namespace {
+
+constexpr const char* kBus = "org.freedesktop.DBus";
 
 constexpr const char* kInterfaces = R"(<node>
   <interface name="org.freedesktop.portal.Camera">
@@ -26,13 +29,26 @@ constexpr const char* kInterfaces = R"(<node>
   </interface>
 </node>)";
 
+GioHandle<GDBusConnection> connect(const std::string& address) {
+    const auto flags = GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                            G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    GioHandle<GDBusConnection> connection(
+        g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, nullptr));
+    g_assert(connection);
+    return connection;
+}
+
+GioHandle<GVariant> callBus(GDBusConnection* connection, const char* method, GVariant* arguments) {
+    GioHandle<GVariant> reply(g_dbus_connection_call_sync(
+        connection, kBus, "/org/freedesktop/DBus", kBus, method, arguments, nullptr,
+        G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+    g_assert(reply);
+    return reply;
+}
+
 void ownName(GDBusConnection* connection, const char* name) {
     constexpr guint32 kDoNotQueue = 4;
-    const GioHandle<GVariant> reply(g_dbus_connection_call_sync(
-        connection, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "RequestName", g_variant_new("(su)", name, kDoNotQueue), nullptr, G_DBUS_CALL_FLAGS_NONE,
-        -1, nullptr, nullptr));
-    g_assert(reply);
+    callBus(connection, "RequestName", g_variant_new("(su)", name, kDoNotQueue));
 }
 
 }  // namespace
@@ -42,7 +58,7 @@ PrivateBus::PrivateBus() : bus_(g_test_dbus_new(G_TEST_DBUS_NONE)) {
 }
 
 PrivateBus::~PrivateBus() {
-    stop();
+    g_test_dbus_stop(bus_);
     g_object_unref(bus_);
 }
 
@@ -50,9 +66,13 @@ std::string PrivateBus::address() const {
     return g_test_dbus_get_bus_address(bus_);
 }
 
-void PrivateBus::stop() {
-    if (g_test_dbus_get_bus_address(bus_))
-        g_test_dbus_stop(bus_);
+void PrivateBus::kill() const {
+    const auto connection = connect(address());
+    const GioHandle<GVariant> reply(
+        callBus(connection.get(), "GetConnectionUnixProcessID", g_variant_new("(s)", kBus)));
+    guint32 process = 0;
+    g_variant_get(reply.get(), "(u)", &process);
+    ::kill(pid_t(process), SIGKILL);
 }
 
 FakePortal::FakePortal(const std::string& address, PortalBehaviour behaviour)
@@ -86,22 +106,15 @@ int FakePortal::questions() {
 bool FakePortal::hasQuestioner() {
     gboolean isThere = FALSE;
     onThread([&] {
-        const GioHandle<GVariant> reply(g_dbus_connection_call_sync(
-            connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
-            "org.freedesktop.DBus", "NameHasOwner", g_variant_new("(s)", questioner_.c_str()),
-            nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-        if (reply)
-            g_variant_get(reply.get(), "(b)", &isThere);
+        const auto reply =
+            callBus(connection_.get(), "NameHasOwner", g_variant_new("(s)", questioner_.c_str()));
+        g_variant_get(reply.get(), "(b)", &isThere);
     });
     return isThere != FALSE;
 }
 
 void FakePortal::serve() {
-    const auto flags = GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                            G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    connection_.reset(
-        g_dbus_connection_new_for_address_sync(address_.c_str(), flags, nullptr, nullptr, nullptr));
-    g_assert(connection_);
+    connection_ = connect(address_);
     GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(kInterfaces, nullptr);
     const GDBusInterfaceVTable table{onCall, onGet, nullptr, {}};
     const char* const paths[] = {"/org/freedesktop/portal/desktop",

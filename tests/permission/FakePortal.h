@@ -21,7 +21,9 @@ public:
     PrivateBus& operator=(const PrivateBus&) = delete;
 
     [[nodiscard]] std::string address() const;
-    void stop();
+
+    // Ends the daemon so that it tells nobody.
+    void kill() const;
 
 private:
     GTestDBus* bus_;

@@ -201,7 +201,7 @@ TEST_F(PortalAuthorization, ABusThatGoesAwayGrantsNothing) {
     auto portal = std::make_unique<FakePortal>(bus_.address(), PortalBehaviour{});
     authorization->requestAccess(answer.completion());
     ASSERT_TRUE(portal->waitForQuestions(1));
-    bus_.stop();
+    bus_.kill();
     EXPECT_EQ(answer.wait(), false);
     EXPECT_EQ(answer.count(), 1);
 }
