@@ -17,6 +17,8 @@ ALLOWED = {
     "platform/image/Decoder.cpp": "#include <webp/decode.h>\n#include <sys/stat.h>\n",
     "platform/vision/onnx/Session.h": "#include <onnxruntime_c_api.h>\n",
     "platform/vision/ppocr/Reader.cpp": '#include "platform/vision/onnx/Session.h"\n#include <opencv2/core.hpp>\n',
+    "include/kestrelid/screens/Vc.h": "#include <kestrelid/Image.h>\n#include <QWidget>\n",
+    "scanner/Vc.cpp": "#include <kestrelid/screens/Vc.h>\n#include <QtQml/qqmlregistration.h>\n",
     "composition/All.cpp": '#include "detection/Scoring.h"\n#include "platform/vision/onnx/Session.h"\n',
 }
 
@@ -41,6 +43,9 @@ FORBIDDEN = {
         "platform/image/A.cpp", '#include "platform/text/UnicodeText.h"\n', "1: includes platform/text/UnicodeText.h"),
     "the inside in the command line": (
         "cli/A.cpp", '#include "detection/Scoring.h"\n', "1: includes detection/Scoring.h"),
+    "a header of the screens in a plain public one": (
+        "include/kestrelid/A.h", "#include <kestrelid/screens/Vc.h>\n", "1: includes include/kestrelid/screens/Vc.h"),
+    "one screen in the other": ("preview/A.cpp", '#include "scanner/Vc.cpp"\n', "1: includes scanner/Vc.cpp"),
     "Qt": ("cli/A.cpp", "#include <QString>\n", "1: includes <QString>"),
     "a header that is not there": ("cli/A.cpp", '#include "cli/Gone.h"\n', "1: includes cli/Gone.h, which does not exist"),
     "an unknown library": ("cli/A.cpp", "#include <boost/any.hpp>\n", "1: includes <boost/any.hpp>, which belongs to no"),

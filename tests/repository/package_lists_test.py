@@ -7,11 +7,11 @@ import sys
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-FOLDERS = ["cmake", "platform", "detection", "composition", "cli", "benchmarks", "fuzz", "tests"]
+FOLDERS = ["cmake", "platform", "detection", "composition", "screens", "scanner", "preview", "cli", "benchmarks", "fuzz", "tests"]
 SOURCES = ("*.cmake", "CMakeLists.txt", "*.cpp", "*.h")
 
 # What looks like the name of a Debian package that a person would be told to install.
-PACKAGE = re.compile(r"(?<![\w./-])((?:lib|nlohmann-)[a-z0-9.+-]+-dev|(?:tesseract-ocr|python3|fonts)-[a-z0-9-]+)(?![\w/-])")
+PACKAGE = re.compile(r"(?<![\w./-])((?:lib|nlohmann-)[a-z0-9.+-]+-dev|(?:tesseract-ocr|python3|fonts|qt6|qml6-module)-[a-z0-9-]+)(?![\w/-])")
 
 
 def entries(name):

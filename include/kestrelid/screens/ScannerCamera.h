@@ -1,0 +1,42 @@
+#pragma once
+
+#include <kestrelid/CameraManager.h>
+#include <kestrelid/DefaultCamera.h>
+#include <kestrelid/DispatchQueue.h>
+#include <kestrelid/Image.h>
+#include <kestrelid/PassportDetector.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <QMetaType>
+
+namespace kestrelid {
+
+// Gets a photo, or nothing where taking it failed. As DocumentScannerView.completion from C++: a
+// QVariant of this type.
+using PhotoCompletion = std::function<void(const std::optional<Image>& photo)>;
+
+// What a tap does. As ImagePreviewView.didTapRetake and the like from C++: a QVariant of this type.
+using ScreenAction = std::function<void()>;
+
+// With what scanning screens work. Main thread.
+struct ScannerCamera {
+    // Which camera; DocumentScannerView.camera, where it is set, replaces options.camera.
+    CameraOptions options;
+
+    // Models that the screens share, as much as 350 MB once loaded: give the same to all of a
+    // program. None: those who hold this ScannerCamera make their own when the first screen opens.
+    std::optional<PlatformServices> recognition;
+
+    // Called once for each screen, when it is first shown. Empty: defaultCameraServices().
+    std::function<CameraServices(std::shared_ptr<DispatchQueue> mainQueue,
+                                 const CameraOptions& options)>
+        makeServices;
+};
+
+}  // namespace kestrelid
+
+Q_DECLARE_METATYPE(kestrelid::PhotoCompletion)
+Q_DECLARE_METATYPE(kestrelid::ScreenAction)
+Q_DECLARE_METATYPE(kestrelid::Image)

@@ -1,0 +1,57 @@
+#include "screens/HostedScreen.h"
+
+#include <kestrelid/screens/ImagePreviewViewController.h>
+
+#include <QPointer>
+#include <QQuickWidget>
+#include <QVariantMap>
+
+namespace kestrelid {
+
+namespace {
+
+using Closure = ScreenAction ImagePreviewViewController::*;
+
+// Calls the controller's closure of that moment, if there is still a controller.
+QVariant forwarded(ImagePreviewViewController& controller, Closure closure) {
+    return QVariant::fromValue(
+        ScreenAction([weak = QPointer<ImagePreviewViewController>(&controller), closure] {
+            if (!weak)
+                return;
+            // A copy: the closure may replace itself.
+            if (const ScreenAction current = weak->*closure)
+                current();
+        }));
+}
+
+}  // namespace
+
+ImagePreviewViewController::ImagePreviewViewController(QString title, std::optional<Image> picture,
+                                                       ScreenAction retake, ScreenAction confirm,
+                                                       QWidget* parent)
+    : QWidget(parent), titleText(std::move(title)), image(std::move(picture)),
+      didTapRetake(std::move(retake)), didTapConfirm(std::move(confirm)) {}
+
+ImagePreviewViewController::ImagePreviewViewController(FormBuilderTag) {
+    refuseFormBuilder();
+}
+
+ImagePreviewViewController::~ImagePreviewViewController() = default;
+
+void ImagePreviewViewController::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (hosted_)
+        return;
+    const QVariantMap properties{
+        {QStringLiteral("title"), titleText},
+        {QStringLiteral("image"), image ? QVariant::fromValue(*image) : QVariant()},
+        {QStringLiteral("didTapRetake"),
+         forwarded(*this, &ImagePreviewViewController::didTapRetake)},
+        {QStringLiteral("didTapConfirm"),
+         forwarded(*this, &ImagePreviewViewController::didTapConfirm)},
+    };
+    hosted_ =
+        hostScreen(*this, QStringLiteral("ImagePreviewView"), properties, safeAreaMargins, {});
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,117 @@
+#include "preview/Photo.h"
+
+#include "preview/BoxReduction.h"
+#include "screens/ContinuousCorner.h"
+#include "screens/UprightTransform.h"
+
+#include <kestrelid/ImageFile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <QFile>
+#include <QPainter>
+#include <QQmlFile>
+#include <span>
+#include <variant>
+
+namespace kestrelid {
+
+namespace {
+
+constexpr qreal kCornerRadius = 10.0;  // points
+constexpr qreal kOutlineWidth = 2.0;   // points
+constexpr qreal kMiterLimit = 10.0;
+
+QImage::Format formatOf(PixelFormat format) {
+    switch (format) {
+    case PixelFormat::bgra8:
+        return QImage::Format_RGB32;
+    case PixelFormat::rgb8:
+        return QImage::Format_RGB888;
+    case PixelFormat::gray8:
+        return QImage::Format_Grayscale8;
+    }
+    return QImage::Format_Invalid;
+}
+
+QImage onWhite(const QImage& image) {
+    QImage opaque(image.size(), QImage::Format_RGB32);
+    opaque.fill(Qt::white);
+    QPainter(&opaque).drawImage(0, 0, image);
+    return opaque;
+}
+
+// The stored rows at about the given size in pixels.
+QImage scaledTo(const QImage& stored, const QSize& size) {
+    QImage picture = stored.hasAlphaChannel() ? onWhite(stored) : stored;
+    const int factor = std::min(picture.width() / size.width(), picture.height() / size.height());
+    if (factor > 1)
+        picture = boxReduced(picture, factor);
+    return picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+        .convertToFormat(QImage::Format_RGB32);
+}
+
+}  // namespace
+
+std::optional<Photo> photoOf(const Image& image) {
+    const std::optional<Bitmap>& bitmap = image.bitmap();
+    if (!bitmap)
+        return std::nullopt;
+    return Photo{QImage(
+                     reinterpret_cast<const uchar*>(bitmap->row(0)), bitmap->width(),
+                     bitmap->height(), bitmap->stride(), formatOf(bitmap->format()),
+                     [](void* held) { delete static_cast<Bitmap*>(held); }, new Bitmap(*bitmap)),
+                 image.orientation()};
+}
+
+std::optional<Photo> readPhoto(const QUrl& url) {
+    QFile file(QQmlFile::urlToLocalFileOrQrc(url));
+    if (!file.open(QIODevice::ReadOnly) || file.size() > static_cast<qint64>(kMaximumFileSize))
+        return std::nullopt;
+    const QByteArray bytes = file.readAll();
+    const ImageResult result = decodeImage(std::as_bytes(std::span(bytes.data(), bytes.size())));
+    const auto* image = std::get_if<Image>(&result);
+    return image ? photoOf(*image) : std::nullopt;
+}
+
+QRectF aspectFit(const Photo& photo, const QRectF& bounds) {
+    const QSizeF shown = uprightSize(photo.orientation, photo.pixels.size());
+    if (shown.isEmpty() || bounds.isEmpty())
+        return {};
+    QRectF fitted(QPointF(), shown.scaled(bounds.size(), Qt::KeepAspectRatio));
+    fitted.moveCenter(bounds.center());
+    return fitted;
+}
+
+RenderedPhoto renderPhoto(const Photo& photo, const QRectF& picture, qreal pixelRatio) {
+    const auto scale = QTransform::fromScale(pixelRatio, pixelRatio);
+    const qreal reach = kOutlineWidth / 2.0;
+    const QRect canvas =
+        scale.mapRect(picture.adjusted(-reach, -reach, reach, reach)).toAlignedRect();
+    QImage image(canvas.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+
+    const QRectF target = scale.mapRect(picture);
+    const QSizeF stored = uprightSize(photo.orientation, target.size());
+    const QSize pixels(std::max(1, qRound(stored.width())), std::max(1, qRound(stored.height())));
+    QBrush brush(scaledTo(photo.pixels, pixels));
+    const QSizeF shown = uprightSize(photo.orientation, pixels);
+    brush.setTransform(
+        uprightTransform(photo.orientation, pixels) *
+        QTransform::fromScale(target.width() / shown.width(), target.height() / shown.height()) *
+        QTransform::fromTranslate(target.x(), target.y()));
+
+    QPainter painter(&image);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    painter.translate(-canvas.topLeft());
+    const QPainterPath rounded = continuousRoundedRect(target, kCornerRadius * pixelRatio);
+    painter.fillPath(rounded, brush);
+    QPen pen(Qt::black, kOutlineWidth * pixelRatio, Qt::SolidLine, Qt::FlatCap, Qt::SvgMiterJoin);
+    pen.setMiterLimit(kMiterLimit);
+    painter.strokePath(rounded, pen);
+    painter.end();
+    return {std::move(image), scale.inverted().mapRect(QRectF(canvas))};
+}
+
+}  // namespace kestrelid

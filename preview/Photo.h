@@ -1,0 +1,40 @@
+#pragma once
+
+#include <kestrelid/Image.h>
+
+#include <optional>
+#include <QImage>
+#include <QRectF>
+#include <QUrl>
+#include <QVariant>
+
+namespace kestrelid {
+
+// A picture as it is stored, and how it is shown.
+struct Photo {
+    QImage pixels;
+    Orientation orientation = Orientation::up;
+};
+
+// Shares the image's pixels. None where it has no bitmap.
+[[nodiscard]] std::optional<Photo> photoOf(const Image& image);
+
+// Reads a local file or a resource of the program, as readImage() does. None where it cannot be
+// read. Thread: any; takes the time of decoding.
+[[nodiscard]] std::optional<Photo> readPhoto(const QUrl& url);
+
+// The largest rectangle of the photo's shown aspect ratio in the middle of bounds.
+[[nodiscard]] QRectF aspectFit(const Photo& photo, const QRectF& bounds);
+
+// A photo ready to be shown at rect, which reaches beyond the picture by the outline.
+struct RenderedPhoto {
+    QImage image;
+    QRectF rect;  // points
+};
+
+// Scales the photo to picture (points), upright, rounds its corners and outlines them. pixelRatio:
+// device pixels a point. Thread: any; for 12 megapixels some 50 ms.
+[[nodiscard]] RenderedPhoto renderPhoto(const Photo& photo, const QRectF& picture,
+                                        qreal pixelRatio);
+
+}  // namespace kestrelid

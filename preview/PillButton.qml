@@ -1,0 +1,61 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import Kestrelid
+
+// A capsule with a text in the middle.
+Rectangle {
+    id: button
+
+    required property ScreenItem screen
+    required property string text
+    required property color textColor
+    required property real textScale
+
+    signal tapped
+
+    implicitHeight: label.implicitHeight + 2 * Metrics.buttonPadding
+    radius: height / 2
+    antialiasing: true
+
+    ScreenText {
+        id: label
+
+        objectName: "label"
+        anchors.verticalCenter: parent.verticalCenter
+        width: parent.width
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.Wrap
+        text: button.text
+        color: button.textColor
+        pointSize: Metrics.smallFont
+        textScale: button.textScale
+        font.weight: Font.Medium
+        Accessible.ignored: true // the button says it
+    }
+
+    Tappable {
+        id: area
+
+        objectName: "area"
+        anchors.centerIn: parent
+        width: parent.width
+        height: Math.max(parent.height, Metrics.touchTarget)
+        Accessible.role: Accessible.Button
+        Accessible.name: button.text
+        Accessible.focusable: true
+        Accessible.onPressAction: area.tapped()
+        onTapped: button.tapped()
+
+        TapHandler {
+            gesturePolicy: TapHandler.ReleaseWithinBounds
+            onTapped: area.tapped()
+        }
+    }
+
+    FocusRing {
+        screen: button.screen
+        control: area
+        anchors.margins: -4
+        radius: height / 2
+    }
+}

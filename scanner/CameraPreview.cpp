@@ -1,0 +1,141 @@
+#include "scanner/CameraPreview.h"
+
+#include "scanner/AspectFill.h"
+#include "screens/UprightTransform.h"
+
+#include <mutex>
+#include <optional>
+#include <QImage>
+#include <QQuickWindow>
+#include <QSGImageNode>
+#include <QSGTexture>
+#include <QSGTransformNode>
+#include <utility>
+
+namespace kestrelid {
+
+namespace {
+
+struct Frame {
+    Bitmap bitmap;
+    Orientation orientation;
+    bool isMirrored;
+};
+
+// Shares the bitmap's pixels.
+QImage asImage(const Bitmap& bitmap) {
+    return {reinterpret_cast<const uchar*>(bitmap.row(0)),
+            bitmap.width(),
+            bitmap.height(),
+            bitmap.stride(),
+            QImage::Format_RGB32,
+            [](void* held) { delete static_cast<Bitmap*>(held); },
+            new Bitmap(bitmap)};
+}
+
+class FrameNode final : public QSGTransformNode {
+public:
+    explicit FrameNode(QQuickWindow& window) : image_(window.createImageNode()) {
+        image_->setOwnsTexture(true);
+        image_->setFiltering(QSGTexture::Linear);
+        appendChildNode(image_);
+    }
+
+    void setFrame(QQuickWindow& window, const Frame& frame) {
+        image_->setTexture(
+            window.createTextureFromImage(asImage(frame.bitmap), QQuickWindow::TextureIsOpaque));
+        size_ = QSizeF(frame.bitmap.width(), frame.bitmap.height());
+        orientation_ = frame.orientation;
+        isMirrored_ = frame.isMirrored;
+    }
+
+    void place(const QSizeF& bounds) {
+        // The bounds as the sensor lies, turned upright, then mirrored.
+        const QSizeF stored = uprightSize(orientation_, bounds);
+        image_->setSourceRect(aspectFillCrop(size_, stored));
+        image_->setRect(QRectF(QPointF(), stored));
+        QTransform placed = uprightTransform(orientation_, stored);
+        if (isMirrored_)
+            placed *= QTransform(-1, 0, 0, 1, bounds.width(), 0);
+        setMatrix(QMatrix4x4(placed));
+    }
+
+private:
+    QSGImageNode* image_;
+    QSizeF size_;
+    Orientation orientation_ = Orientation::up;
+    bool isMirrored_ = false;
+};
+
+}  // namespace
+
+// Keeps the newest frame for the item. Outlives it where the session holds it at that moment.
+class CameraPreview::Surface final : public PreviewSurface {
+public:
+    explicit Surface(CameraPreview& item) : item_(&item) {}
+
+    void show(const Bitmap& frame, Orientation orientation, bool isMirrored) override {
+        std::optional<Frame> replaced;  // released after the lock
+        const std::lock_guard lock(mutex_);
+        replaced = std::exchange(newest_, Frame{frame, orientation, isMirrored});
+        if (!item_ || isAnnounced_)
+            return;
+        isAnnounced_ = true;
+        QMetaObject::invokeMethod(item_, &QQuickItem::update, Qt::QueuedConnection);
+    }
+
+    // None where no frame has come since the last call.
+    std::optional<Frame> take() {
+        const std::lock_guard lock(mutex_);
+        isAnnounced_ = false;
+        return std::exchange(newest_, std::nullopt);
+    }
+
+    void forgetItem() {
+        const std::lock_guard lock(mutex_);
+        item_ = nullptr;
+    }
+
+private:
+    std::mutex mutex_;
+    std::optional<Frame> newest_;
+    CameraPreview* item_;
+    bool isAnnounced_ = false;
+};
+
+CameraPreview::CameraPreview(QQuickItem* parent)
+    : QQuickItem(parent), surface_(std::make_shared<Surface>(*this)) {
+    setFlag(ItemHasContents);
+}
+
+CameraPreview::~CameraPreview() {
+    surface_->forgetItem();
+}
+
+void CameraPreview::setSession(const CaptureSessionHandle& handle) {
+    if (!handle.session || hasSession_)
+        return;
+    hasSession_ = true;
+    session_ = handle.session;
+    handle.session->addPreviewSurface(surface_);
+    emit sessionChanged();
+}
+
+void CameraPreview::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+    QQuickItem::geometryChange(newGeometry, oldGeometry);
+    update();
+}
+
+QSGNode* CameraPreview::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
+    auto* node = static_cast<FrameNode*>(old);
+    if (const std::optional<Frame> frame = surface_->take()) {
+        if (!node)
+            node = new FrameNode(*window());
+        node->setFrame(*window(), *frame);
+    }
+    if (node)
+        node->place(size());
+    return node;
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QColor>
+#include <QQuickPaintedItem>
+#include <QtQml/qqmlregistration.h>
+
+namespace kestrelid {
+
+// Paints what lies outside a continuous corner, and so rounds a rectangle beneath: clips do not
+// exist in every renderer, covers do.
+class CornerCover : public QQuickPaintedItem {
+    Q_OBJECT
+    Q_PROPERTY(int corner MEMBER corner_ NOTIFY inputChanged)  // 0..3 from the top left, clockwise
+    Q_PROPERTY(QSizeF frameSize MEMBER frameSize_ NOTIFY inputChanged)
+    Q_PROPERTY(qreal radius MEMBER radius_ NOTIFY inputChanged)
+    Q_PROPERTY(QColor color MEMBER color_ NOTIFY inputChanged)
+    QML_ELEMENT
+
+public:
+    explicit CornerCover(QQuickItem* parent = nullptr);
+
+    void paint(QPainter* painter) override;
+
+signals:
+    void inputChanged();
+
+private:
+    void place();
+
+    int corner_ = 0;
+    QSizeF frameSize_;
+    qreal radius_ = 0.0;
+    QColor color_ = Qt::black;
+};
+
+}  // namespace kestrelid

@@ -1,0 +1,104 @@
+#include "scanner/DocumentScanner.h"
+
+#include "screens/EngineContext.h"
+
+#include <chrono>
+#include <QJSEngine>
+#include <QJSValue>
+#include <QPointer>
+#include <QQmlEngine>
+#include <QQmlInfo>
+
+namespace kestrelid {
+
+namespace {
+
+constexpr std::chrono::duration<double> kCaptureDelay{0.1};
+
+PhotoCompletion photoCompletion(const QVariant& completion, QJSEngine* engine) {
+    if (completion.metaType() == QMetaType::fromType<PhotoCompletion>())
+        return completion.value<PhotoCompletion>();
+    if (completion.metaType() != QMetaType::fromType<QJSValue>())
+        return {};
+    const auto function = completion.value<QJSValue>();
+    if (!function.isCallable() || !engine)
+        return {};
+    return [function, engine = QPointer<QJSEngine>(engine)](const std::optional<Image>& photo) {
+        if (!engine)
+            return;
+        const QJSValue given = photo ? engine->toScriptValue(QVariant::fromValue(*photo))
+                                     : QJSValue(QJSValue::NullValue);
+        const QJSValue result = function.call({given});
+        if (result.isError() && engine)
+            qmlWarning(engine) << result.toString();
+    };
+}
+
+}  // namespace
+
+bool DocumentScanner::showsPreview() const {
+    return cameraArea(state_) == CameraArea::preview;
+}
+
+QColor DocumentScanner::bracketColor() const {
+    return QColor::fromRgba(kestrelid::bracketColor(state_));
+}
+
+QColor DocumentScanner::captureDiscColor() const {
+    return QColor::fromRgba(kestrelid::captureDiscColor(state_));
+}
+
+bool DocumentScanner::isCaptureAllowed() const {
+    return kestrelid::isCaptureAllowed(state_);
+}
+
+DocumentScanner::Status DocumentScanner::status() const {
+    return static_cast<Status>(spokenStatus(state_));
+}
+
+CaptureSessionHandle DocumentScanner::session() const {
+    return manager_ ? CaptureSessionHandle{manager_->session()} : CaptureSessionHandle{};
+}
+
+void DocumentScanner::appear() {
+    if (!manager_)
+        makeManager();
+    // Held: an observer may release the screen.
+    if (const auto manager = manager_)
+        manager->checkAuthorization();
+}
+
+void DocumentScanner::makeManager() {
+    QQmlEngine* engine = qmlEngine(this);
+    if (!engine)
+        return;
+    CameraServices services = EngineContext::of(*engine).makeServices(camera_);
+    mainQueue_ = services.mainQueue;
+    manager_ = CameraManager::create(std::move(services));
+    if (!manager_)
+        return;
+    observe(manager_->isAuthorized());
+    observe(manager_->isSessionReady());
+    observe(manager_->isDocumentDetected());
+    emit sessionChanged();
+}
+
+void DocumentScanner::observe(const Published<bool>& field) {
+    subscriptions_.push_back(field.didChange([this](bool) { follow(); }));
+}
+
+void DocumentScanner::follow() {
+    state_ = {.isAuthorized = manager_->isAuthorized().value(),
+              .isSessionReady = manager_->isSessionReady().value(),
+              .isDocumentDetected = manager_->isDocumentDetected().value()};
+    emit displayChanged();
+}
+
+void DocumentScanner::capture(const QVariant& completion) {
+    if (!manager_ || !isCaptureAllowed())
+        return;
+    manager_->onPhotoCapture = photoCompletion(completion, qmlEngine(this));
+    mainQueue_->asyncAfter(kCaptureDelay, [manager = manager_] { manager->capturePhoto(); });
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "scanner/CameraPreview.h"
+#include "scanner/ScannerDisplay.h"
+
+#include <kestrelid/CameraManager.h>
+
+#include <memory>
+#include <QColor>
+#include <QObject>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+#include <QVariant>
+#include <vector>
+
+namespace kestrelid {
+
+// Shows one camera manager to the scanning screen. Owns it from the screen's first appearance to
+// its end; never stops it.
+class DocumentScanner : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(
+        QString camera MEMBER camera_ NOTIFY cameraChanged)  // counts at the first appearance
+    Q_PROPERTY(bool showsPreview READ showsPreview NOTIFY displayChanged)
+    Q_PROPERTY(QColor bracketColor READ bracketColor NOTIFY displayChanged)
+    Q_PROPERTY(QColor captureDiscColor READ captureDiscColor NOTIFY displayChanged)
+    Q_PROPERTY(bool isCaptureAllowed READ isCaptureAllowed NOTIFY displayChanged)
+    Q_PROPERTY(Status status READ status NOTIFY displayChanged)
+    Q_PROPERTY(kestrelid::CaptureSessionHandle session READ session NOTIFY sessionChanged)
+    QML_ELEMENT
+
+public:
+    enum class Status {
+        AccessRequired = static_cast<int>(SpokenStatus::accessRequired),
+        NotReady = static_cast<int>(SpokenStatus::notReady),
+        Ready = static_cast<int>(SpokenStatus::ready),
+        PassportInView = static_cast<int>(SpokenStatus::passportInView),
+    };
+    Q_ENUM(Status)
+
+    using QObject::QObject;
+
+    [[nodiscard]] bool showsPreview() const;
+    [[nodiscard]] QColor bracketColor() const;
+    [[nodiscard]] QColor captureDiscColor() const;
+    [[nodiscard]] bool isCaptureAllowed() const;
+    [[nodiscard]] Status status() const;
+    [[nodiscard]] CaptureSessionHandle session() const;
+
+    // Checks the permission, and makes the manager before where there is none.
+    Q_INVOKABLE void appear();
+
+    // Does nothing while the session is not ready. completion: a function of JavaScript, which gets
+    // the photo or null, or a PhotoCompletion; gets this photo and all later ones.
+    Q_INVOKABLE void capture(const QVariant& completion);
+
+signals:
+    void cameraChanged();
+    void displayChanged();
+    void sessionChanged();
+
+private:
+    void makeManager();
+    void observe(const Published<bool>& field);
+    void follow();
+
+    QString camera_;
+    std::shared_ptr<DispatchQueue> mainQueue_;
+    std::shared_ptr<CameraManager> manager_;
+    std::vector<Subscription> subscriptions_;
+    ScannerState state_;
+};
+
+}  // namespace kestrelid

@@ -1,0 +1,17 @@
+#pragma once
+
+class QQuickItem;
+class QWidget;
+
+namespace kestrelid {
+
+// Ends the presentation in which an item of a scene is installed: pops the nearest StackView whose
+// top holds it, if something lies below; else closes the nearest Popup, else the window. Nothing
+// where the item has left its stack's top already.
+void dismissPresentationOf(QQuickItem& item);
+
+// The same for a widget: rejects the nearest dialog, or closes the nearest window or subwindow, the
+// widget itself included.
+void dismissPresentationOf(QWidget& widget);
+
+}  // namespace kestrelid

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "screens/SafeAreaMargins.h"
+
+#include <QQuickItem>
+#include <QtQml/qqmlregistration.h>
+#include <QVariant>
+
+namespace kestrelid {
+
+// What both screens are made on: when they are shown, what closes them, and keys. A focus scope.
+class ScreenItem : public QQuickItem {
+    Q_OBJECT
+    Q_PROPERTY(kestrelid::SafeAreaMargins* safeAreaMargins READ safeAreaMargins CONSTANT)
+    Q_PROPERTY(bool isKeyboardInUse READ isKeyboardInUse WRITE setKeyboardInUse NOTIFY
+                   keyboardInUseChanged)
+    QML_ELEMENT
+
+public:
+    explicit ScreenItem(QQuickItem* parent = nullptr);
+
+    [[nodiscard]] SafeAreaMargins* safeAreaMargins() { return &safeAreaMargins_; }
+
+    // From a Tab to the next touch or press: only then is the focus shown.
+    [[nodiscard]] bool isKeyboardInUse() const { return isKeyboardInUse_; }
+    void setKeyboardInUse(bool inUse);
+
+    // Calls the host's function where it gave one; otherwise pops the nearest stack that holds the
+    // screen above something else, closes the nearest popup, or closes the window. May release the
+    // screen.
+    Q_INVOKABLE void dismissBy(const QVariant& hostFunction);
+
+    // Calls a function of JavaScript or a ScreenAction; nothing where it is neither. May release
+    // the screen.
+    Q_INVOKABLE bool perform(const QVariant& action);
+
+    // Tells assistive technology to speak the item's accessible name.
+    Q_INVOKABLE void announce(QQuickItem* item);
+
+signals:
+    // The screen and its window have become visible.
+    void appeared();
+    void keyboardInUseChanged();
+    void escapePressed();
+    // Space, Return or Enter while no control has the focus.
+    void activated();
+
+protected:
+    void componentComplete() override;
+    void itemChange(ItemChange change, const ItemChangeData& data) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void updateShown();
+
+    SafeAreaMargins safeAreaMargins_;
+    QMetaObject::Connection windowVisibility_;
+    bool isShown_ = false;
+    bool isKeyboardInUse_ = false;
+};
+
+}  // namespace kestrelid

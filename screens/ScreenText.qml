@@ -1,0 +1,11 @@
+import QtQuick
+
+// Host texts are shown as they stand: no markup. textScale: 1 is the size as designed.
+Text {
+    required property real pointSize
+    property real textScale: 1
+
+    font.pixelSize: Math.max(1, Math.round(pointSize * textScale))
+    textFormat: Text.PlainText
+    renderType: Text.NativeRendering
+}

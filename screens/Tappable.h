@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QQuickItem>
+#include <QtQml/qqmlregistration.h>
+
+namespace kestrelid {
+
+// The area of a control that takes touches, Tab, and the keys Space, Return and Enter.
+class Tappable : public QQuickItem {
+    Q_OBJECT
+    QML_ELEMENT
+
+public:
+    explicit Tappable(QQuickItem* parent = nullptr);
+
+signals:
+    void tapped();
+
+protected:
+    void focusInEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+};
+
+}  // namespace kestrelid
