@@ -1,6 +1,7 @@
 #include "cli/CameraList.h"
 #include "cli/PhotoFile.h"
 #include "cli/WatchLog.h"
+#include "tests/support/FakeServices.h"
 
 #include <gtest/gtest.h>
 
@@ -73,6 +74,15 @@ TEST(PhotoFileTest, ExtensionsThatCanBeWritten) {
         EXPECT_TRUE(hasWritableExtension(name)) << name;
     for (const char* name : {"", "a", "jpg", ".jpg", "a.jpg/", "a.gif", "a.jpg.txt"})
         EXPECT_FALSE(hasWritableExtension(name)) << name;
+}
+
+TEST(PhotoFileTest, NothingIsLeftOfAPhotoThatCannotBeWritten) {
+    const std::filesystem::path file = testing::TempDir() + "kestrelid-too-wide.jpg";
+    const Image tooWide(test::blankBitmap(70'000, 1));  // JPEG ends at 65,535 pixels
+    for (const bool mayReplace : {false, true}) {
+        EXPECT_TRUE(writePhoto({.path = file, .mayReplace = mayReplace}, tooWide));
+        EXPECT_FALSE(std::filesystem::exists(file));
+    }
 }
 
 }  // namespace
