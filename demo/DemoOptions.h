@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <QString>
+#include <QStringList>
+#include <variant>
+
+namespace kestrelid::demo {
+
+struct DemoOptions {
+    bool help = false;
+    bool version = false;
+    bool widgets = false;
+    QString camera;   // a name, or the path of a picture or video file; empty: the first camera
+    QString picture;  // shown in the preview at once
+    QString screenshot;
+    std::optional<double> after;  // seconds
+};
+
+struct UsageError {
+    QString cause;  // one line
+};
+
+[[nodiscard]] std::variant<DemoOptions, UsageError> parseOptions(const QStringList& arguments);
+
+[[nodiscard]] QString helpText();
+
+}  // namespace kestrelid::demo
