@@ -41,8 +41,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Nodes{"none", {}, AuthorizationStatus::authorized},
         Nodes{"opens", {{"video0", 0666}}, AuthorizationStatus::authorized},
-        Nodes{"refuses", {{"video0", 0600}}, AuthorizationStatus::denied},
-        Nodes{"readableOnly", {{"video0", 0644}}, AuthorizationStatus::denied},
+        Nodes{"refuses", {{"video0", 0}}, AuthorizationStatus::denied},
+        Nodes{"readableOnly", {{"video0", 0444}}, AuthorizationStatus::denied},
         Nodes{"oneOfTwo", {{"video0", 0}, {"video12", 0666}}, AuthorizationStatus::authorized},
         Nodes{"allRefuse", {{"video0", 0}, {"video12", 0}}, AuthorizationStatus::denied},
         Nodes{"otherDevices",
