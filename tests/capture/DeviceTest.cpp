@@ -1,5 +1,4 @@
 #include "tests/capture/CaptureRig.h"
-#include "tests/capture/ProcessCounts.h"
 #include "tests/capture/TestCamera.h"
 
 #include <kestrelid/ImageFile.h>
@@ -229,27 +228,6 @@ TEST(Device, PhotosUnderWayAreAnsweredWhenItIsLostOrReleased) {
         for (std::size_t index = 0; index < 3; ++index)
             EXPECT_EQ(answers[index].number, static_cast<int>(index));
     }
-}
-
-TEST(Device, StartingAndReleasingLeavesNoThreadAndNoDescriptor) {
-    const TestCamera camera;
-    CaptureRig rig({});
-    int threads = 0;
-    int descriptors = 0;
-    for (int cycle = 0; cycle < 50; ++cycle) {
-        ASSERT_EQ(rig.start(), "");
-        ASSERT_TRUE(rig.session->isRunning());
-        rig.session.reset();
-        ASSERT_TRUE(camera.waitUntilClosed(1s));
-        rig.session = rig.platform->makeSession();
-        if (cycle == 2) {
-            threads = threadCount();
-            descriptors = descriptorCount();
-        }
-    }
-    EXPECT_TRUE(eventually([&] { return threadCount() <= threads; })) << threadCount();
-    EXPECT_TRUE(eventually([&] { return descriptorCount() <= descriptors; }))
-        << descriptorCount() << " after " << descriptors;
 }
 
 }  // namespace

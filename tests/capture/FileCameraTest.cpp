@@ -106,13 +106,23 @@ TEST_F(FileCamera, PlaysAFilmOverAndOver) {
     }
 }
 
+// 0.1 s of silence.
+std::string soundFile() {
+    std::string wav(
+        "RIFF\x64\x06\0\0WAVEfmt \x10\0\0\0\1\0\1\0\x40\x1f\0\0\x80\x3e\0\0\2\0\x10\0data"
+        "\x40\x06\0\0",
+        44);
+    return wav + std::string(1600, '\0');
+}
+
 TEST_F(FileCamera, SaysWhyAFileCannotBeShown) {
     struct Case {
         const char* name;
         std::string contents;
     };
-    for (const Case& unfit : {Case{"text.txt", std::string(2000, 'a')}, Case{"empty.mp4", ""},
-                              Case{"torn.jpg", "\xff\xd8\xff\xe0 torn"}}) {
+    for (const Case& unfit :
+         {Case{"text.txt", std::string(2000, 'a')}, Case{"empty.mp4", ""},
+          Case{"torn.jpg", "\xff\xd8\xff\xe0 torn"}, Case{"sound.wav", soundFile()}}) {
         SCOPED_TRACE(unfit.name);
         const auto path = folder / unfit.name;
         std::ofstream(path, std::ios::binary) << unfit.contents;

@@ -42,10 +42,12 @@ using SampleHandle = GStreamerHandle<GstSample>;
 using StructureHandle = GStreamerHandle<GstStructure>;
 using TextHandle = GStreamerHandle<char>;
 
-// An owner of an object whose only reference may float.
+// An owner of a new object. GStreamer's constructors give a floating reference or a full one.
 template <typename T>
 GStreamerHandle<T> adopt(T* object) {
-    return GStreamerHandle<T>(object ? static_cast<T*>(gst_object_ref_sink(object)) : nullptr);
+    if (object && g_object_is_floating(object))
+        gst_object_ref_sink(object);
+    return GStreamerHandle<T>(object);
 }
 
 // The error of a message of that kind, as one line.

@@ -5,6 +5,7 @@
 #include <deque>
 #include <mutex>
 #include <pthread.h>
+#include <system_error>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -103,18 +104,26 @@ PhotoDesk::~PhotoDesk() {
 }
 
 void PhotoDesk::add(const PhotoSettings& settings, std::shared_ptr<PhotoCaptureDelegate> delegate) {
-    const std::lock_guard lock(desk_->mutex);
+    std::unique_lock lock(desk_->mutex);
     desk_->requests.push_back(
         {.settings = settings, .delegate = std::move(delegate), .due = Clock::now() + kPatience});
     if (desk_->isWorking)
         return;
-    desk_->isWorking = true;
     if (thread_.joinable())
         thread_.join();  // it is past its last look at the desk
-    thread_ = std::thread([desk = desk_] {
-        pthread_setname_np(pthread_self(), "kestrelid.photo");
-        desk->work();
-    });
+    try {
+        thread_ = std::thread([desk = desk_] {
+            pthread_setname_np(pthread_self(), "kestrelid.photo");
+            desk->work();
+        });
+        desk_->isWorking = true;
+    } catch (const std::system_error&) {
+        Request refused = std::move(desk_->requests.back());
+        desk_->requests.pop_back();
+        lock.unlock();
+        refused.outcome = CaptureError{"no thread for the photo"};
+        answer(std::move(refused));
+    }
 }
 
 std::optional<PhotoSettings> PhotoDesk::firstWaiting() const {

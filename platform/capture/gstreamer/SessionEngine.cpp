@@ -3,6 +3,7 @@
 #include "platform/capture/gstreamer/FormatChoice.h"
 
 #include <pthread.h>
+#include <system_error>
 #include <utility>
 
 namespace kestrelid {
@@ -48,12 +49,11 @@ void SessionEngine::start() {
     Lock lock(mutex_);
     if (stopping_ || !input_ || (phase_ == Phase::running && !isLost()))
         return;
+    if (!thread_.joinable() && !startThread()) {
+        input_.reset();
+        return;
+    }
     phase_ = Phase::starting;
-    if (!thread_.joinable())
-        thread_ = std::thread([self = shared_from_this()] {
-            pthread_setname_np(pthread_self(), "kestrelid.cam");
-            self->run();
-        });
     changed_.notify_all();
     changed_.wait_until(lock, limit, [&] { return phase_ != Phase::starting; });
     if (phase_ != Phase::starting)
@@ -63,6 +63,18 @@ void SessionEngine::start() {
     input_.reset();
 }
 
+bool SessionEngine::startThread() {
+    try {
+        thread_ = std::thread([self = shared_from_this()] {
+            pthread_setname_np(pthread_self(), "kestrelid.cam");
+            self->run();
+        });
+        return true;
+    } catch (const std::system_error&) {
+        return false;  // the machine has no thread left
+    }
+}
+
 bool SessionEngine::isRunning() const {
     const std::lock_guard lock(mutex_);
     return phase_ == Phase::running && !isLost();
@@ -70,7 +82,7 @@ bool SessionEngine::isRunning() const {
 
 bool SessionEngine::photoWanted() {
     const std::lock_guard lock(mutex_);
-    if (phase_ != Phase::running || isLost())
+    if (stopping_ || phase_ != Phase::running || isLost())
         return false;
     photoWanted_ = true;
     changed_.notify_all();

@@ -50,6 +50,8 @@ private:
     void pipelineFailed(const std::string& cause) override;
     void pipelineEnded() override;
 
+    bool startThread();
+
     // On the engine's thread, with the lock, which they give up meanwhile.
     void run();
     void begin(Lock& lock);
