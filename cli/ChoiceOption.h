@@ -24,6 +24,11 @@ inline constexpr std::array<Choice<Recognizer>, 2> kRecognizers{
 inline constexpr std::array<Choice<ValidationEffort>, 2> kEfforts{
     {{"complete", ValidationEffort::complete}, {"verdict", ValidationEffort::verdictOnly}}};
 
+inline constexpr std::array<Choice<OutlineFinder>, 3> kOutlineFinders{
+    {{"both", OutlineFinder::networkFirst},
+     {"network", OutlineFinder::network},
+     {"classical", OutlineFinder::classical}}};
+
 template <typename Value, std::size_t kCount>
 [[nodiscard]] const char* wordFor(const std::array<Choice<Value>, kCount>& choices, Value value) {
     for (const Choice<Value>& choice : choices) {

@@ -3,6 +3,7 @@
 #include "composition/Resources.h"
 #include "platform/dispatch/AsioQueue.h"
 #include "platform/vision/opencv/OpenCvRectangleService.h"
+#include "platform/vision/outline/NetworkRectangleService.h"
 #include "platform/vision/ppocr/PpOcrTextService.h"
 #include "platform/vision/tesseract/TesseractTextService.h"
 
@@ -24,12 +25,26 @@ std::shared_ptr<TextService> makeTextService(const DefaultServicesOptions& optio
     return std::make_shared<PpOcrTextService>(ppOcrOptions(options));
 }
 
+std::shared_ptr<NetworkRectangleService>
+makeNetworkRectangleService(const DefaultServicesOptions& options) {
+    return std::make_shared<NetworkRectangleService>(
+        resourceFolders(options.resources), std::make_shared<OpenCvRectangleService>(),
+        options.outlines == OutlineFinder::network ? OutlineMixture::never
+                                                   : OutlineMixture::doubtful);
+}
+
+std::shared_ptr<RectangleService> makeRectangleService(const DefaultServicesOptions& options) {
+    if (options.outlines == OutlineFinder::classical)
+        return std::make_shared<OpenCvRectangleService>();
+    return makeNetworkRectangleService(options);
+}
+
 }  // namespace
 
 PlatformServices defaultServices(const DefaultServicesOptions& options) {
     // Two at least, so that one picture's outline is found while another's text is read.
     const int threads = static_cast<int>(std::max(2u, std::thread::hardware_concurrency()));
-    return {.rectangles = std::make_shared<OpenCvRectangleService>(),
+    return {.rectangles = makeRectangleService(options),
             .text = makeTextService(options),
             .queue = std::make_shared<AsioQueue>("kestrelid.user", threads)};
 }
@@ -38,6 +53,7 @@ std::vector<ServiceStatus> diagnose(const DefaultServicesOptions& options) {
     std::vector<ServiceStatus> all = PpOcrTextService(ppOcrOptions(options)).diagnose();
     std::vector<ServiceStatus> tesseract = TesseractTextService().diagnose();
     std::move(tesseract.begin(), tesseract.end(), std::back_inserter(all));
+    all.push_back(makeNetworkRectangleService(options)->diagnose());
     return all;
 }
 

@@ -21,7 +21,7 @@ std::filesystem::path ownFolder() {
 std::vector<std::filesystem::path> resourceFolders(const std::filesystem::path& chosen) {
     if (!chosen.empty())
         return {chosen};
-    return {ownFolder() / "kestrelid", KESTRELID_BUILD_RESOURCES};
+    return {ownFolder() / "kestrelid", KESTRELID_BUILD_RESOURCES, KESTRELID_SOURCE_MODELS};
 }
 
 }  // namespace kestrelid

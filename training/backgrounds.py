@@ -1,3 +1,4 @@
+#!/usr/bin/python3
 """Photographs and textures to lay documents on: taken from Debian packages, never committed.
 
 Pictures of the packages under HELD_OUT are never trained on.

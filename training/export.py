@@ -1,3 +1,4 @@
+#!/usr/bin/python3
 """Writes the trained network as ONNX: export.py CHECKPOINT MODEL.onnx [--floats].
 
 Batch normalisation is folded into the convolutions. Weights are kept as 8-bit whole numbers with a

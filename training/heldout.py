@@ -1,3 +1,4 @@
+#!/usr/bin/python3
 """Draws the pictures that the network is judged by and never sees before: heldout.py BACKGROUNDS FOLDER.
 
 FOLDER/photos: documents of layouts, backgrounds and seeds that training leaves out, full size.

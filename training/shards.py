@@ -1,3 +1,4 @@
+#!/usr/bin/python3
 """Draws scenes into files that the trainer reads: pixels, and the corners of the documents.
 
 Usage: shards.py BACKGROUNDS FOLDER COUNT FIRST: shards number FIRST .. FIRST + COUNT - 1. A shard's

@@ -1,3 +1,4 @@
+#!/usr/bin/python3
 """Trains the outline network on shards: train.py SHARDS FOLDER --steps N [--side PX] [--cool M].
 
 Writes FOLDER/last.pt every few minutes and goes on from it; FOLDER/curve.tsv grows with it. The rate

@@ -25,19 +25,18 @@ std::optional<Size> uprightSize(const LabelledPicture& picture) {
     return turned ? Size{size.height, size.width} : size;
 }
 
-NormalizedRect boundingBox(const std::array<PixelPoint, 4>& quad, const Size& size) {
-    const auto [left, right] = std::minmax({quad[0].x, quad[1].x, quad[2].x, quad[3].x});
-    const auto [top, bottom] = std::minmax({quad[0].y, quad[1].y, quad[2].y, quad[3].y});
-    return {left / size.width, 1.0 - bottom / size.height, (right - left) / size.width,
-            (bottom - top) / size.height};
-}
-
 bool agree(const PictureRow& a, const PictureRow& b) {
     return a.isPassport == b.isPassport && a.confidence == b.confidence &&
            a.error.empty() == b.error.empty();
 }
 
 }  // namespace
+
+NormalizedRect normalizedBox(const std::array<PixelPoint, 4>& quad, double width, double height) {
+    const auto [left, right] = std::minmax({quad[0].x, quad[1].x, quad[2].x, quad[3].x});
+    const auto [top, bottom] = std::minmax({quad[0].y, quad[1].y, quad[2].y, quad[3].y});
+    return {left / width, 1.0 - bottom / height, (right - left) / width, (bottom - top) / height};
+}
 
 double percentile(std::vector<double> values, double part) {
     if (values.empty())
@@ -85,7 +84,7 @@ OverlapSummary overlapSummary(const std::vector<LabelledPicture>& pictures,
         const auto size = pictures[i].quad ? uprightSize(pictures[i]) : std::nullopt;
         if (!size)
             continue;
-        const NormalizedRect truth = boundingBox(*pictures[i].quad, *size);
+        const NormalizedRect truth = normalizedBox(*pictures[i].quad, size->width, size->height);
         entry = rows[i].box ? overlap(truth, *rows[i].box) : 0.0;
         values.push_back(*entry);
     }

@@ -39,6 +39,10 @@ inline constexpr double kGoodOverlap = 0.8;
 [[nodiscard]] OverlapSummary overlapSummary(const std::vector<LabelledPicture>& pictures,
                                             const std::vector<PictureRow>& rows);
 
+// The box around corners in pixels of a picture of that size, in terms of the picture.
+[[nodiscard]] NormalizedRect normalizedBox(const std::array<PixelPoint, 4>& quad, double width,
+                                           double height);
+
 // Area of the intersection by area of the union.
 [[nodiscard]] double overlap(const NormalizedRect& a, const NormalizedRect& b);
 

@@ -1,5 +1,6 @@
 #include "benchmarks/evaluate/EvaluationReport.h"
 #include "benchmarks/evaluate/Measurement.h"
+#include "benchmarks/evaluate/OutlineComparison.h"
 
 #include "cli/ChoiceOption.h"
 #include "cli/ProgressBar.h"
@@ -22,7 +23,8 @@ struct Options {
     MeasureOptions measure;
     std::vector<Recognizer> recognizers;
     std::vector<ValidationEffort> efforts;
-    std::string json;  // file; empty: none
+    std::vector<OutlineFinder> outlines;  // not empty: outlines alone, no verdicts
+    std::string json;                     // file; empty: none
     bool verbose = false;
     bool measuresOnly = false;  // the internal command
 };
@@ -58,6 +60,10 @@ std::variant<Options, ExitStatus> parse(int argc, char** argv) {
     CLI::App app("Measures hits, false hits, delays and memory over a labelled set of pictures.",
                  "kestrelid-evaluate");
     addMeasureOptions(app, options);
+    cli::addChoiceOption<OutlineFinder>(
+        app, "--outlines", cli::kOutlineFinders,
+        "Compare outlines alone, on one thread; may stand more than once",
+        [&](OutlineFinder value) { options.outlines.push_back(value); }, true);
     app.add_option("--json", options.json, "Write the result to FILE as well")->type_name("FILE");
     app.add_flag("--verbose", options.verbose, "Tell of every picture");
     try {
@@ -142,6 +148,23 @@ ExitStatus writeJson(const std::string& path, const std::string& json) {
     return ExitStatus::inputFailed;
 }
 
+ExitStatus compareOutlines(const Options& options, const std::vector<LabelledPicture>& pictures) {
+    std::vector<OutlineMeasurement> measurements;
+    for (const OutlineFinder finder : options.outlines)
+        measurements.push_back(measureOutlines(pictures, finder, options.measure));
+    if (options.verbose)
+        cli::writeOutput(outlineRowsAsTable(pictures, measurements) + "\n");
+    cli::writeOutput(outlinesAsTable(pictures, measurements));
+    ExitStatus status = cli::outputStatus();
+    for (const OutlineMeasurement& measurement : measurements)
+        for (std::size_t i = 0; i < pictures.size(); ++i)
+            if (const std::string& error = measurement.rows[i].error; !error.empty()) {
+                cli::writeError(pictures[i].name, error);
+                status = ExitStatus::inputFailed;
+            }
+    return status;
+}
+
 ExitStatus run(const Options& options) {
     auto pictures = load(options.measure);
     if (!pictures)
@@ -151,6 +174,8 @@ ExitStatus run(const Options& options) {
                     options.measure);
         return cli::outputStatus();
     }
+    if (!options.outlines.empty())
+        return compareOutlines(options, *pictures);
     Evaluation evaluation{options.measure.manifest.native(), std::move(*pictures), {}, {}, {}};
     if (!measureAll(options, evaluation))
         return ExitStatus::inputFailed;

@@ -15,12 +15,21 @@ enum class Recognizer : std::uint8_t {
     tesseract,  // Tesseract 5, English
 };
 
+enum class OutlineFinder : std::uint8_t {
+    networkFirst,  // the outline network, and the classical finder where the network is in doubt
+    network,       // the network alone
+    classical,     // edges and contours alone
+};
+
 struct DefaultServicesOptions {
     Recognizer recognizer = Recognizer::ppocr;
 
     // Folder that holds the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library.
     // Empty: where the library is installed, else where it was built.
     std::filesystem::path resources;
+
+    // Without the network's model the classical finder works alone, whichever is named here.
+    OutlineFinder outlines = OutlineFinder::networkFirst;
 
     int textThreads = 2;  // threads that one text request may use, the calling one included
 };
@@ -30,7 +39,7 @@ struct DefaultServicesOptions {
 [[nodiscard]] KESTRELID_EXPORT PlatformServices
 defaultServices(const DefaultServicesOptions& options = {});
 
-// Looks for every part of both recognisers and loads them once. Thread: any; takes up to a second.
+// Looks for every part of both recognisers and for the outline network, and loads them once. Thread: any; takes up to a second.
 [[nodiscard]] KESTRELID_EXPORT std::vector<ServiceStatus>
 diagnose(const DefaultServicesOptions& options = {});
 

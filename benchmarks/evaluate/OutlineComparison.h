@@ -1,0 +1,41 @@
+#pragma once
+
+#include "benchmarks/evaluate/EvaluationManifest.h"
+#include "benchmarks/evaluate/Measurement.h"
+
+#include <kestrelid/DefaultServices.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kestrelid::evaluation {
+
+// What one finder made of one picture.
+struct OutlineRow {
+    std::string error;  // not empty: the picture could not be decoded, or finding failed
+    std::optional<double> overlap;  // of the largest outline with the known one; none: not known
+    double largest = 0.0;           // area of the largest outline's box, of the picture
+    double milliseconds = 0.0;      // of finding alone, on one thread
+};
+
+struct OutlineMeasurement {
+    OutlineFinder finder = OutlineFinder::networkFirst;
+    std::vector<OutlineRow> rows;  // in the manifest's order
+};
+
+// Asks one finder for the outlines of all pictures, at full size, one at a time.
+[[nodiscard]] OutlineMeasurement measureOutlines(const std::vector<LabelledPicture>& pictures,
+                                                 OutlineFinder finder,
+                                                 const MeasureOptions& options);
+
+// A line for each finder and kind: overlap at the median and the 10th percentile, how often an
+// outline of 15% of the picture or more was found, and delays.
+[[nodiscard]] std::string outlinesAsTable(const std::vector<LabelledPicture>& pictures,
+                                          const std::vector<OutlineMeasurement>& measurements);
+
+// A line for each picture and finder.
+[[nodiscard]] std::string outlineRowsAsTable(const std::vector<LabelledPicture>& pictures,
+                                             const std::vector<OutlineMeasurement>& measurements);
+
+}  // namespace kestrelid::evaluation
