@@ -94,10 +94,12 @@ TEST(SlowDelegate, HasFramesDroppedAndMemoryStaysFlat) {
     rig.taken->onFrame = [gone] { gone.wait(); };
     ASSERT_EQ(rig.start(), "");
     ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 10; }));
-    const long before = residentKilobytes();
+    [[maybe_unused]] const long before = residentKilobytes();
     ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 70; }));
     EXPECT_EQ(rig.taken->count(), 1) << "the queue is still busy with the first";
+#ifndef __SANITIZE_ADDRESS__  // which keeps what was freed for a while
     EXPECT_LT(residentKilobytes() - before, 3 * 1280 * 720 * 4 / 1024);
+#endif
     go.set_value();
     EXPECT_TRUE(eventually([&] { return rig.taken->count() > 3; }));
 }
