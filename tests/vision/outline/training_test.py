@@ -1,0 +1,106 @@
+#!/usr/bin/python3
+"""Ten steps of training, and whether the exported network answers as the trained one.
+
+Usage: training_test.py OUTLINE_MAPS, the program that runs a model with ONNX Runtime. Exit status 77 (skipped) where
+PyTorch, OpenCV or ONNX Runtime is missing: python3-torch and python3-opencv bring the first two.
+"""
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+SKIPPED = 77
+try:
+    import cv2
+    import numpy as np
+    import torch
+except ImportError as missing:
+    print(f"skipped: {missing}; install the Debian packages python3-torch and python3-opencv")
+    sys.exit(SKIPPED)
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[3] / "training"))
+import export  # noqa: E402
+import scenes  # noqa: E402
+import targets  # noqa: E402
+import train  # noqa: E402
+from net import SIDE  # noqa: E402
+
+
+def paper(tone):
+    flat = np.full((120, 170, 4), 255, np.uint8)
+    flat[..., :3] = tone
+    cv2.putText(flat, "PAGE", (20, 70), cv2.FONT_HERSHEY_SIMPLEX, 1.2, (20, 20, 20, 255), 3)
+    return flat
+
+
+def draw(folder, count):
+    """A shard of count scenes; returns their corners and pixels."""
+    flats = scenes.Flats([paper(tone) for tone in (180, 215, 240)], ["page"] * 3)
+    places = [np.random.default_rng(1).integers(0, 255, (300, 400, 3)).astype(np.uint8)]
+    pixels = np.empty((count, SIDE, SIDE, 3), np.uint8)
+    quads = np.full((count, 6, 4, 2), np.nan, np.float32)
+    for position in range(count):
+        scene = scenes.compose(np.random.default_rng(position), flats, places, (SIDE, SIDE))
+        pixels[position] = scene.pixels
+        for slot, quad in enumerate(scene.quads):
+            quads[position, slot] = quad
+    np.savez(folder / "0000.npz", pixels=pixels, quads=quads)
+    return pixels, quads
+
+
+def turned_targets_agree(pixels, quads):
+    """Turning a scene and then drawing its maps gives the turned maps."""
+    for way in range(8):
+        picture, corners = train.turned(pixels[0], quads[0], way)
+        plain = targets.maps(quads[0], SIDE)
+        seen = targets.maps(corners, SIDE)
+        page = train.turned(np.dstack([plain[0]] * 3), quads[0], way)[0][..., 0]
+        if picture.shape != pixels[0].shape or np.abs(page - seen[0]).mean() > 0.01:
+            return [f"way {way}: the maps do not turn with the scene"]
+    return []
+
+
+def exported_agrees(program, folder, net, floats, tolerance):
+    model = folder / "net.onnx"
+    picture = np.random.default_rng(3).uniform(0, 255, (1, 3, SIDE, SIDE)).astype(np.float32)
+    with torch.no_grad():
+        wanted = torch.sigmoid(net.eval()(torch.from_numpy(picture))).numpy()
+    export.exported(net, model, floats)
+    picture.tofile(folder / "input")
+    done = subprocess.run([program, model, folder / "input", folder / "output"],
+                          capture_output=True, text=True)
+    if done.returncode == SKIPPED:
+        print(f"skipped: {done.stdout.strip()}")
+        sys.exit(SKIPPED)
+    if done.returncode:
+        return [f"the exported network does not run: {done.stdout}"]
+    got = np.fromfile(folder / "output", np.float32).reshape(wanted.shape)
+    worst = float(np.abs(got - wanted).max())
+    print(f"{'floats' if floats else '8 bits'}: {model.stat().st_size} bytes, furthest apart {worst:.2g}")
+    failures = [] if worst < tolerance else [f"exported and trained network differ by {worst}"]
+    if not floats and model.stat().st_size > 2_000_000:
+        failures.append("the model is larger than 2 MB")
+    return failures
+
+
+def main(program):
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        failures = turned_targets_agree(*draw(folder, 24))
+        common = [name, str(folder / "run"), "--side", "64", "--batch", "8", "--pool", "1"]
+        first = train.train(train.parsed([*common, "--steps", "1"]))
+        last = train.train(train.parsed([*common, "--steps", "10"]))  # goes on from step 1
+        print(f"loss {first:.3f} after one step, {last:.3f} over nine more")
+        if not 0 < last < first:
+            failures.append("ten steps taught nothing")
+        checkpoint = folder / "run" / "last.pt"
+        if torch.load(checkpoint)["step"] != 10:
+            failures.append("the run did not go on from its checkpoint")
+        failures += exported_agrees(program, folder, export.load(checkpoint), True, 1e-4)
+        failures += exported_agrees(program, folder, export.load(checkpoint), False, 0.05)
+    print("\n".join(failures) or "ten steps, and the exports agree")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1]))
