@@ -208,6 +208,23 @@ TEST(Device, ThatFailsToOpenOrStartIsNotRunningAndCanBeTriedAgain) {
     }
 }
 
+TEST(Device, ThatStallsDuringAPhotoIsLostAsSoonAsAnyOther) {
+    TestCamera camera("device Test Camera\n"
+                      "caps video/x-raw,format=YUY2,width=1280,height=720,framerate=30/1\n"
+                      "caps video/x-raw,format=YUY2,width=1920,height=1080,framerate=5/1\n");
+    CaptureRig rig({});
+    ASSERT_EQ(rig.start(), "");
+    camera.set("stall-after 1");
+    const auto happened = std::chrono::steady_clock::now();
+    rig.takePhotos(1);
+    ASSERT_TRUE(eventually([&] { return !rig.session->isRunning(); }));
+    EXPECT_LT(std::chrono::steady_clock::now() - happened, 2s);
+    const PhotoAnswers::Log answers = rig.photos(1);
+    ASSERT_EQ(answers.size(), 1u);
+    EXPECT_NE(answers[0].error, "");
+    EXPECT_TRUE(camera.waitUntilClosed(3s));
+}
+
 TEST(Device, PhotosUnderWayAreAnsweredWhenItIsLostOrReleased) {
     for (const bool released : {false, true}) {
         SCOPED_TRACE(released ? "released" : "lost");

@@ -15,6 +15,7 @@ using namespace std::chrono_literals;
 constexpr auto kStartPatience = 1900ms;  // the session promises 2 s
 constexpr auto kFinishPatience = 900ms;  // and 1 s
 constexpr auto kFramePatience = 1500ms;  // without a frame a device is lost
+constexpr auto kPausePatience = 1900ms;  // and while it changes its format
 constexpr auto kRewindPause = 30ms;      // so that the shortest video does not keep a core busy
 
 }  // namespace
@@ -116,6 +117,8 @@ void SessionEngine::abandon() {
 bool SessionEngine::isLost() const {
     if (phase_ != Phase::running || input_ != active_)
         return false;
+    if (!active_->source().isFile() && Clock::now() - lastFrame_ >= kPausePatience)
+        return true;
     return removed_ || (!switching_ && (failed_ || (ended_ && !active_->source().isFile())));
 }
 
@@ -228,7 +231,6 @@ bool SessionEngine::open(Lock& lock, const VideoFormat& format, bool forStill,
         return false;
     current_ = format;
     changed_.wait_until(lock, limit, [&] { return isInterrupted() || arrived_; });
-    lastFrame_ = Clock::now();
     return arrived_ && !isInterrupted();
 }
 

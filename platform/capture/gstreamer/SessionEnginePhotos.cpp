@@ -9,8 +9,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kSwitchPatience = 1000ms;   // for the first frame of another format
-constexpr auto kRestartPatience = 1400ms;  // for the first frame of a device that starts anew
+// For the first frame of another format, in place and by a device that starts anew. Both together
+// stay below the pause after which a device counts as lost.
+constexpr auto kSwitchPatience = 600ms;
+constexpr auto kRestartPatience = 1200ms;
 
 }  // namespace
 
