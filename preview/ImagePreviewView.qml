@@ -97,22 +97,23 @@ ScreenItem {
             }
         }
 
-        Row {
+        Item {
             id: buttons
 
-            readonly property real buttonWidth: Math.max(0, (width - spacing) / 2)
+            readonly property real buttonWidth: Math.max(0, (width - Metrics.stackSpacing) / 2)
             readonly property real buttonHeight: Math.max(retake.implicitHeight, confirm.implicitHeight)
 
             objectName: "buttons"
             anchors.top: pictureArea.bottom
             anchors.topMargin: Metrics.sectionSpacing
             width: parent.width
-            spacing: Metrics.stackSpacing
+            height: buttonHeight
 
             PillButton {
                 id: retake
 
                 objectName: "retake"
+                anchors.left: parent.left
                 width: buttons.buttonWidth
                 height: buttons.buttonHeight
                 screen: root
@@ -127,6 +128,7 @@ ScreenItem {
                 id: confirm
 
                 objectName: "confirm"
+                anchors.right: parent.right
                 width: buttons.buttonWidth
                 height: buttons.buttonHeight
                 screen: root

@@ -24,7 +24,10 @@ Rectangle {
         anchors.verticalCenter: parent.verticalCenter
         width: parent.width
         horizontalAlignment: Text.AlignHCenter
-        wrapMode: Text.Wrap
+        // A large or long text shrinks before it is cut.
+        fontSizeMode: Text.HorizontalFit
+        minimumPixelSize: Metrics.smallFont
+        elide: Text.ElideRight
         text: button.text
         color: button.textColor
         pointSize: Metrics.smallFont

@@ -48,8 +48,8 @@ std::optional<Photo> photoIn(const QVariant& value) {
 PreviewPhoto::PreviewPhoto(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemHasContents);
     connect(&reading_, &QFutureWatcherBase::finished, this, [this] {
-        isReading_ = false;
-        setPhoto(reading_.result());
+        if (std::exchange(isReading_, false))  // false: another image was set meanwhile
+            setPhoto(reading_.result());
     });
     connect(&rendering_, &QFutureWatcherBase::finished, this, &PreviewPhoto::showRendered);
 }
@@ -61,7 +61,6 @@ void PreviewPhoto::setImage(const QVariant& image) {
     emit imageChanged();
     if (const std::optional<QUrl> url = urlOf(image_))
         return read(*url);
-    reading_.setFuture({});
     isReading_ = false;
     setPhoto(photoIn(image_));
 }

@@ -29,7 +29,7 @@ void CornerCover::paint(QPainter* painter) {
     QPainterPath outside;
     // Beyond the item's own edges too, so that no line of the picture shines through there.
     outside.addRect(frame.adjusted(-1.0, -1.0, 1.0, 1.0));
-    outside = outside.subtracted(continuousRoundedRect(frame, radius_));
+    outside.addPath(continuousRoundedRect(frame, radius_));  // a hole, by the odd-even rule
     painter->fillPath(outside, color_);
 }
 

@@ -1,11 +1,13 @@
 #include "screens/Presentation.h"
 
+#include <QApplication>
 #include <QDialog>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQmlExpression>
 #include <QQuickItem>
 #include <QQuickRenderControl>
+#include <QQuickWidget>
 #include <QQuickWindow>
 #include <QWidget>
 
@@ -29,6 +31,17 @@ QObject* popupOf(const QQuickItem& item) {
 }
 
 }  // namespace
+
+QWidget* widgetShowing(const QQuickWindow& scene) {
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return nullptr;
+    for (QWidget* widget : QApplication::allWidgets()) {
+        const auto* shows = qobject_cast<QQuickWidget*>(widget);
+        if (shows && shows->quickWindow() == &scene)
+            return widget;
+    }
+    return nullptr;
+}
 
 void dismissPresentationOf(QQuickItem& item) {
     for (QQuickItem* holder = &item; holder; holder = holder->parentItem()) {

@@ -1,9 +1,13 @@
 #pragma once
 
 class QQuickItem;
+class QQuickWindow;
 class QWidget;
 
 namespace kestrelid {
+
+// The widget that shows a scene, or null where the scene has a window of its own.
+[[nodiscard]] QWidget* widgetShowing(const QQuickWindow& scene);
 
 // Ends the presentation in which an item of a scene is installed: pops the nearest StackView whose
 // top holds it, if something lies below; else closes the nearest Popup, else the window. Nothing

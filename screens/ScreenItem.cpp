@@ -59,19 +59,42 @@ void ScreenItem::componentComplete() {
 }
 
 void ScreenItem::itemChange(ItemChange change, const ItemChangeData& data) {
-    if (change == ItemSceneChange) {
-        disconnect(windowVisibility_);
-        if (data.window)
-            windowVisibility_ =
-                connect(data.window, &QWindow::visibleChanged, this, &ScreenItem::updateShown);
-    }
+    if (change == ItemSceneChange)
+        watch(data.window);
     QQuickItem::itemChange(change, data);
     if (change == ItemSceneChange || change == ItemVisibleHasChanged)
         updateShown();
 }
 
+void ScreenItem::watch(QQuickWindow* window) {
+    disconnect(windowVisibility_);
+    if (widget_)
+        widget_->removeEventFilter(this);
+    widget_ = window ? widgetShowing(*window) : nullptr;
+    isWindowShown_ = widget_ ? widget_->isVisible() : window && window->isVisible();
+    // The scene of a QQuickWidget is never told that it is visible.
+    if (widget_)
+        widget_->installEventFilter(this);
+    else if (window)
+        windowVisibility_ =
+            connect(window, &QWindow::visibleChanged, this, &ScreenItem::setWindowShown);
+}
+
+bool ScreenItem::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == widget_ && event->type() == QEvent::Show)
+        setWindowShown(true);
+    else if (watched == widget_ && event->type() == QEvent::Hide)
+        setWindowShown(false);
+    return QQuickItem::eventFilter(watched, event);
+}
+
+void ScreenItem::setWindowShown(bool isShown) {
+    isWindowShown_ = isShown;
+    updateShown();
+}
+
 void ScreenItem::updateShown() {
-    const bool isShown = isComponentComplete() && isVisible() && window() && window()->isVisible();
+    const bool isShown = isComponentComplete() && isVisible() && isWindowShown_;
     if (isShown == isShown_)
         return;
     isShown_ = isShown;

@@ -2,9 +2,11 @@
 
 #include "screens/SafeAreaMargins.h"
 
+#include <QPointer>
 #include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 #include <QVariant>
+#include <QWidget>
 
 namespace kestrelid {
 
@@ -47,14 +49,19 @@ signals:
 
 protected:
     void componentComplete() override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void itemChange(ItemChange change, const ItemChangeData& data) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    void watch(QQuickWindow* window);
+    void setWindowShown(bool isShown);
     void updateShown();
 
     SafeAreaMargins safeAreaMargins_;
     QMetaObject::Connection windowVisibility_;
+    QPointer<QWidget> widget_;  // shows the scene; null: the scene's own window does
+    bool isWindowShown_ = false;
     bool isShown_ = false;
     bool isKeyboardInUse_ = false;
 };

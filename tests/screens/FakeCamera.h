@@ -1,0 +1,63 @@
+#pragma once
+
+#include "tests/support/FakeCapture.h"
+#include "tests/support/ManualQueue.h"
+
+#include <kestrelid/screens/ScannerCamera.h>
+
+#include <memory>
+
+namespace kestrelid::test {
+
+// A camera that obeys the test, with queues that the test cranks.
+struct FakeCamera {
+    std::shared_ptr<FakeAuthorization> authorization =
+        std::make_shared<FakeAuthorization>(AuthorizationStatus::authorized);
+    std::shared_ptr<FakePlatform> platform = std::make_shared<FakePlatform>();
+    std::shared_ptr<FakeDetector> detector = std::make_shared<FakeDetector>();
+    std::shared_ptr<ManualQueue> mainQueue = std::make_shared<ManualQueue>();
+    std::shared_ptr<ManualQueue> otherQueues = std::make_shared<ManualQueue>();
+    std::shared_ptr<int> managersMade = std::make_shared<int>(0);
+    std::shared_ptr<CameraOptions> optionsGiven = std::make_shared<CameraOptions>();
+
+    [[nodiscard]] ScannerCamera scannerCamera() const {
+        ScannerCamera camera;
+        camera.makeServices = [fake = *this](std::shared_ptr<DispatchQueue>,
+                                             const CameraOptions& options) {
+            ++*fake.managersMade;
+            *fake.optionsGiven = options;
+            CameraServices services;
+            services.authorization = fake.authorization;
+            services.capture = fake.platform;
+            services.detector = fake.detector;
+            services.mainQueue = fake.mainQueue;
+            services.makeSerialQueue = [queue = fake.otherQueues](std::string) { return queue; };
+            return services;
+        };
+        return camera;
+    }
+
+    [[nodiscard]] FakeMachine& machine() const { return *platform->machine; }
+
+    // Until the session was started and its readiness published.
+    void makeReady() const {
+        otherQueues->runAll();
+        mainQueue->advance(1.0);
+    }
+
+    // One verdict, as the detector gives it.
+    void judge(bool isPassport) const {
+        const auto output = platform->videoOutput.lock();
+        const auto bitmap =
+            Bitmap::wrap(1, 1, 4, PixelFormat::bgra8, std::make_shared<std::byte[]>(4), 4);
+        const std::size_t call = detector->completions.size();
+        if (call == 0) {
+            output->deliver(std::make_shared<FakePixelBuffer>(bitmap));
+            otherQueues->runAll();
+        }
+        detector->answer(0, isPassport, 0.5);
+        mainQueue->runAll();
+    }
+};
+
+}  // namespace kestrelid::test

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <kestrelid/screens/ScannerCamera.h>
+
+#include <functional>
+#include <memory>
+#include <QImage>
+#include <QPointF>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QRectF>
+#include <QString>
+#include <QVariantMap>
+
+namespace kestrelid::test {
+
+// Runs the event loop until the condition holds; false after 5 s.
+bool waitFor(const std::function<bool()>& condition);
+
+// Events that wait, and those that they bring.
+void settle();
+
+// The item of that objectName below an item, or null.
+QQuickItem* findItem(QQuickItem* root, const QString& objectName);
+
+// Where an item is in its window. Points.
+QRectF sceneRect(const QQuickItem& item);
+
+// As a person does, in the middle of the item or at a point of its window.
+void click(QQuickItem* item);
+void clickAt(QWindow& window, const QPointF& at);
+void touch(QQuickItem* item);
+
+// One screen of the module that fills a window.
+class ShownScreen {
+public:
+    // type: name of the QML type. Shown unless size is empty.
+    ShownScreen(const QString& type, const QVariantMap& properties, const QSize& size,
+                const ScannerCamera& camera = {});
+
+    QQmlEngine& engine() { return engine_; }
+    QQuickWindow& window() { return *window_; }
+    QQuickItem* root() { return root_.get(); }
+    QQuickItem* item(const QString& objectName) { return findItem(root_.get(), objectName); }
+    QRectF rect(const QString& objectName) { return sceneRect(*item(objectName)); }
+
+    void release() { root_.reset(); }
+
+    // What is on the screen, one pixel a point.
+    QImage grab();
+
+private:
+    QQmlEngine engine_;
+    std::unique_ptr<QQuickWindow> window_;
+    std::unique_ptr<QQuickItem> root_;
+};
+
+}  // namespace kestrelid::test
