@@ -21,8 +21,8 @@ Rectangle {
         id: label
 
         objectName: "label"
-        anchors.verticalCenter: parent.verticalCenter
-        width: parent.width
+        anchors.centerIn: parent
+        width: parent.width - 2 * Metrics.buttonPadding
         horizontalAlignment: Text.AlignHCenter
         // A large or long text shrinks before it is cut.
         fontSizeMode: Text.HorizontalFit
