@@ -12,6 +12,8 @@ namespace kestrelid::demo {
 
 // The verdict on the last photo, its reasons, and the way back.
 class VerdictPage final : public QWidget {
+    Q_OBJECT
+
 public:
     VerdictPage(PhotoJudge& judge, std::function<void()> scanAgain)
         : judge_(judge), headline_(new QLabel), reasons_(new QLabel) {

@@ -29,6 +29,10 @@ public:
         layout->addLayout(pages_, 1);
         connect(&cameras, &CameraChoice::cameraChanged, this, &WidgetsHost::scan);
         connect(&cameras, &CameraChoice::pictureOpened, this, &WidgetsHost::preview);
+        connect(&judge, &PhotoJudge::changed, this, [this] {
+            if (qobject_cast<VerdictPage*>(pages_->currentWidget()))
+                setName(judge_.headline());
+        });
         setAcceptDrops(true);
         setMinimumSize(320, 480);
         resize(420, 760);
@@ -61,7 +65,7 @@ private:
     void preview(const std::optional<Image>& photo) {
         const auto confirm = [this, photo] {
             judge_.judge(photo.value_or(Image()));
-            present(new VerdictPage(judge_, [this] { scan(); }), tr("verdict"));
+            present(new VerdictPage(judge_, [this] { scan(); }), judge_.headline());
         };
         // The close symbol rejects the dialog.
         auto* dialog = new QDialog;
@@ -82,8 +86,10 @@ private:
         }
         pages_->addWidget(page);
         page->setFocus();
-        setWindowTitle(tr("Kestrelid demo: %1").arg(name));
+        setName(name);
     }
+
+    void setName(const QString& page) { setWindowTitle(tr("Kestrelid demo: %1").arg(page)); }
 
     CameraChoice& cameras_;
     PhotoJudge& judge_;

@@ -86,7 +86,7 @@ Window {
         id: verdict
 
         Verdict {
-            readonly property string name: qsTr("verdict")
+            readonly property string name: judge.headline
 
             judge: window.judge
             onScanAgain: window.scan()
