@@ -17,10 +17,13 @@ class VerdictPage final : public QWidget {
 public:
     VerdictPage(PhotoJudge& judge, std::function<void()> scanAgain)
         : judge_(judge), headline_(new QLabel), reasons_(new QLabel) {
-        QFont large = font();
-        large.setPixelSize(26);
-        large.setBold(true);
-        headline_->setFont(large);
+        QFont text = font();
+        text.setPixelSize(26);
+        text.setBold(true);
+        headline_->setFont(text);
+        text.setPixelSize(15);
+        text.setBold(false);
+        reasons_->setFont(text);
         headline_->setAlignment(Qt::AlignCenter);
         headline_->setMargin(18);
         reasons_->setWordWrap(true);
