@@ -12,9 +12,11 @@ import screen
 from screen import Program, Screen, wait_for
 
 DEMO = os.environ["KESTRELID_DEMO"]
+QML_HOST = os.environ["KESTRELID_QML_HOST"]
 PICTURES = Path(os.environ["KESTRELID_DEMO_PICTURES"])  # what the screen showed, for a person
 PLUGINS = os.environ["KESTRELID_TEST_PLUGINS"]
-SAMPLES = Path(__file__).resolve().parents[2] / "samples"
+ROOT = Path(__file__).resolve().parents[2]
+SAMPLES = ROOT / "samples"
 
 TITLE = "Kestrelid demo: "
 GREEN = (34, 197, 94)
@@ -42,13 +44,13 @@ class WholeWay(unittest.TestCase):
         self.demo = None
         self.addCleanup(lambda: self.demo and self.demo.end())
 
-    def start(self, *arguments, environment=SOFTWARE):
+    def start(self, *arguments, environment=SOFTWARE, program=DEMO, title=TITLE):
         # No camera but the one that a test describes.
         self.control = self.folder / "control"
-        self.demo = Program(self.screen, [DEMO, *map(str, arguments)], environment | {
+        self.demo = Program(self.screen, [program, *map(str, arguments)], environment | {
             "XDG_RUNTIME_DIR": str(self.folder), "KESTRELID_TEST_CAMERA": str(self.control), "GST_PLUGIN_PATH": PLUGINS,
             "GST_REGISTRY": f"{PLUGINS}/registry.bin", "GST_REGISTRY_FORK": "no"})
-        self.demo.wait_for_title(TITLE)
+        self.demo.wait_for_title(title)
 
     def keep(self, name):
         PICTURES.mkdir(parents=True, exist_ok=True)
@@ -65,8 +67,8 @@ class WholeWay(unittest.TestCase):
         x, y, width, height = self.demo.geometry(TITLE)
         self.screen.click(x + across * width, y + height - from_bottom)
 
-    def disc(self):
-        x, y, width, height = self.demo.geometry(TITLE)
+    def disc(self, title=TITLE):
+        x, y, width, height = self.demo.geometry(title)
         return self.screen.pixel(x + width // 2, y + height - CAPTURE_BOTTOM)
 
     def take_photo(self):
@@ -158,6 +160,15 @@ class WholeWay(unittest.TestCase):
                 wait_for(lambda: seen.add(self.screen.picture().crop(middle).tobytes()) or len(seen) > 10, "ten frames")
                 self.keep(name)
                 self.demo.end()
+
+    def test_example_of_the_readme_takes_a_photo(self):
+        (self.folder / "control").write_text("device Test Camera\n")
+        asking = "Your passport, please"
+        self.start(ROOT / "examples/qml-host/Main.qml", program=QML_HOST, title=asking)
+        wait_for(lambda: self.disc(asking) == WHITE, "the session is ready")
+        x, y, width, height = self.demo.geometry(asking)
+        self.screen.click(x + width / 2, y + height - CAPTURE_BOTTOM)
+        self.demo.wait_for_title("Thank you")
 
     def test_picture_as_argument_opens_in_the_preview(self):
         self.start(SAMPLES / "receipt.jpg")

@@ -14,9 +14,10 @@ def tracked(pattern):
 
 
 class Documents(unittest.TestCase):
-    def test_readme_shows_the_example_that_is_built(self):
-        shown = re.search(r"```cpp\n(.*?)```", (ROOT / "README.md").read_text(), re.DOTALL).group(1)
-        self.assertEqual(shown, (ROOT / "examples/judge/main.cpp").read_text())
+    def test_readme_shows_the_examples_that_are_built(self):
+        for language, example in (("cpp", "examples/judge/main.cpp"), ("qml", "examples/qml-host/Main.qml")):
+            shown = re.search(rf"```{language}\n(.*?)```", (ROOT / "README.md").read_text(), re.DOTALL).group(1)
+            self.assertEqual(shown, (ROOT / example).read_text())
 
     def test_readmes_are_short(self):
         for path in tracked("*README.md"):

@@ -1,0 +1,13 @@
+#include <kestrelid/screens/QmlModule.h>
+
+#include <QApplication>
+#include <QQmlApplicationEngine>
+
+// Shows the QML file that is named.
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    QQmlApplicationEngine engine;
+    kestrelid::installQmlModule(engine);
+    engine.load(QUrl::fromLocalFile(QApplication::arguments().value(1)));
+    return engine.rootObjects().isEmpty() ? 1 : QApplication::exec();
+}
