@@ -28,6 +28,7 @@ Window {
     minimumWidth: 320
     minimumHeight: 480
     visible: true
+    color: "black"
     title: qsTr("Kestrelid demo: %1").arg(page.item?.name ?? "")
     Component.onCompleted: scan()
 

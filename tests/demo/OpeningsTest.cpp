@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kOpenings = 50;
 constexpr int kWarmUp = 10;          // openings until caches are full
-constexpr long kGrowth = 16 * 1024;  // KiB that later openings may keep
+constexpr long kGrowth = 32 * 1024;  // KiB that later openings may keep; one frame is 3600
 constexpr int kRelease = 1000;       // milliseconds until the camera is closed
 const QSize kSize{360, 640};
 
