@@ -39,7 +39,8 @@ struct DefaultServicesOptions {
 [[nodiscard]] KESTRELID_EXPORT PlatformServices
 defaultServices(const DefaultServicesOptions& options = {});
 
-// Looks for every part of both recognisers and for the outline network, and loads them once. Thread: any; takes up to a second.
+// Looks for every part of both recognisers and for the outline network, and loads them once.
+// Thread: any; takes up to a second.
 [[nodiscard]] KESTRELID_EXPORT std::vector<ServiceStatus>
 diagnose(const DefaultServicesOptions& options = {});
 

@@ -214,7 +214,7 @@ TEST(Device, ThatStallsDuringAPhotoIsLostAsSoonAsAnyOther) {
                       "caps video/x-raw,format=YUY2,width=1920,height=1080,framerate=5/1\n");
     CaptureRig rig({});
     ASSERT_EQ(rig.start(), "");
-    camera.set("stall-after 1");
+    camera.set("stall-after 0");
     const auto happened = std::chrono::steady_clock::now();
     rig.takePhotos(1);
     ASSERT_TRUE(eventually([&] { return !rig.session->isRunning(); }));
