@@ -34,6 +34,7 @@ QQuickWidget* hostScreen(QWidget& parent, const QString& screen, QVariantMap pro
     widget->setContent(url, component, item);
     widget->setResizeMode(QQuickWidget::SizeRootObjectToView);
     widget->setFocusPolicy(Qt::StrongFocus);
+    widget->setAcceptDrops(false);  // it would swallow what the host accepts
 
     auto* layout = new QVBoxLayout(&parent);
     layout->setContentsMargins(0, 0, 0, 0);

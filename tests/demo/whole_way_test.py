@@ -13,6 +13,7 @@ from screen import Program, Screen, wait_for
 
 DEMO = os.environ["KESTRELID_DEMO"]
 QML_HOST = os.environ["KESTRELID_QML_HOST"]
+DRAG_SOURCE = os.environ["KESTRELID_DRAG_SOURCE"]
 PICTURES = Path(os.environ["KESTRELID_DEMO_PICTURES"])  # what the screen showed, for a person
 PLUGINS = os.environ["KESTRELID_TEST_PLUGINS"]
 ROOT = Path(__file__).resolve().parents[2]
@@ -159,6 +160,23 @@ class WholeWay(unittest.TestCase):
                 seen = set()
                 wait_for(lambda: seen.add(self.screen.picture().crop(middle).tobytes()) or len(seen) > 10, "ten frames")
                 self.keep(name)
+                self.demo.end()
+
+    def test_picture_that_is_dropped_opens_in_the_preview(self):
+        for host in ([], ["--widgets"]):
+            with self.subTest(host):
+                self.start(*host, "--camera", SAMPLES / "desk.jpg")
+                source = Program(self.screen, [DRAG_SOURCE, "600", "100", str(SAMPLES / "receipt.jpg")])
+                self.addCleanup(source.end)
+                source.wait_for_title("Drag source")
+                self.screen.xdotool("mousemove", 650, 150, "mousedown", 1)
+                for x in (640, 600, 500, 400, 300, 250, 210, 205):
+                    self.screen.xdotool("mousemove", x, 400, "sleep", 0.05)
+                self.screen.xdotool("mouseup", 1)
+                self.demo.wait_for_title(TITLE + "preview")
+                wait_for(lambda: self.photo_pixels() > 0.2, "the photo")
+                self.keep("widgets" if host else "qml")
+                source.end()
                 self.demo.end()
 
     def test_example_of_the_readme_takes_a_photo(self):
