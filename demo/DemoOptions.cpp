@@ -27,8 +27,12 @@ std::variant<DemoOptions, UsageError> parseOptions(const QStringList& arguments)
                        {"camera", {}, "NAME|FILE"},
                        {"screenshot", {}, "FILE"},
                        {"after", {}, "SECONDS"}});
-    if (!parser.parse(arguments))
-        return UsageError{parser.errorText()};
+    if (!parser.parse(arguments)) {
+        QString cause = parser.errorText();
+        if (cause.endsWith('.'))
+            cause.chop(1);
+        return UsageError{cause};
+    }
 
     DemoOptions options{.help = parser.isSet("help"),
                         .version = parser.isSet("version"),
