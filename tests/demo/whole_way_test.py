@@ -248,4 +248,4 @@ class CommandLine(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    sys.exit(unittest.main())
+    sys.exit(unittest.main(verbosity=2))
