@@ -25,6 +25,13 @@ constexpr long kGrowth = 32 * 1024;  // KiB that later openings may keep; one fr
 constexpr int kRelease = 1000;       // milliseconds until the camera is closed
 const QSize kSize{360, 640};
 
+// Whether memory is given back when it is freed: the address sanitizer keeps it for a while.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kMeasuresMemory = false;
+#else
+constexpr bool kMeasuresMemory = true;
+#endif
+
 // A real camera session; recognition that finds nothing.
 ScannerCamera scannerCamera() {
     ScannerCamera camera;
@@ -99,7 +106,8 @@ TEST_P(ScannerOpenings, keepNothingAndLetTheCameraGo) {
     EXPECT_TRUE(waitFor([&] { return threadCount() <= threads; }))
         << threadCount() << " > " << threads;
     EXPECT_LE(descriptorCount(), descriptors);
-    EXPECT_LT(residentKilobytes() - memory, kGrowth);
+    if (kMeasuresMemory)
+        EXPECT_LT(residentKilobytes() - memory, kGrowth);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ScannerOpenings,
@@ -144,7 +152,8 @@ TEST_P(PreviewOpenings, keepNothing) {
         }
     }
     EXPECT_LE(descriptorCount(), descriptors);
-    EXPECT_LT(residentKilobytes() - memory, kGrowth);
+    if (kMeasuresMemory)
+        EXPECT_LT(residentKilobytes() - memory, kGrowth);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, PreviewOpenings,
