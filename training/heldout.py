@@ -18,7 +18,7 @@ import flats
 import scenes
 from shards import draw_flats
 
-PHOTOS, SCENES, CHANGED, CALIBRATION = 240, 240, 60, 300
+PHOTOS, SCENES, CHANGED, CALIBRATION = 180, 210, 40, 210
 _SIZES = ((1280, 720), (1280, 960), (960, 1280), (720, 1280))
 _KINDS = {"columns": "passport-drawn", "letter": "other-document", "blank": "other-document"}
 

@@ -4,7 +4,7 @@ import torch
 from torch import nn
 from torch.nn import functional
 
-SIDE = 256  # pixels: the whole picture, stretched to a square
+SIDE = 192  # pixels: the whole picture, stretched to a square
 MAPS = ("page", "core", "corner")
 
 

@@ -14,8 +14,8 @@ import numpy as np
 import backgrounds
 import flats
 import scenes
-from net import SIDE
 
+SIDE = 256  # pixels; the network is trained on smaller ones
 SCENES = 1000  # a shard
 _MOST = 6  # documents a scene
 _FLATS = {"specimen": 90, "invented": 420, "printed": 40}

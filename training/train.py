@@ -20,7 +20,7 @@ from net import SIDE, OutlineNet
 _POOL = 12  # shards held in memory
 _RENEW = 40  # steps between two shards
 _SAVE = 50  # steps between two checkpoints
-_FORGET = 0.998  # of the running mean of the weights
+_KEEP = 0.998  # of the running mean of the weights, each step
 
 
 class Pool:
@@ -51,7 +51,8 @@ class Pool:
             _, pixels, quads = self._held[int(rng.integers(len(self._held)))]
             index = int(rng.integers(len(pixels)))
             picture, corners = turned(pixels[index], quads[index], int(rng.integers(8)))
-            if side != SIDE:
+            drawn = picture.shape[0]
+            if side != drawn:
                 picture = cv2.resize(picture, (side, side), interpolation=cv2.INTER_AREA)
             picture = picture.astype(np.float32)
             if rng.random() < 0.3:
@@ -61,7 +62,7 @@ class Pool:
             if rng.random() < 0.07:
                 picture = np.repeat(picture.mean(2, keepdims=True), 3, 2)
             pictures.append(np.clip(picture, 0, 255).transpose(2, 0, 1))
-            wanted.append(targets.maps(corners * (side / SIDE), side))
+            wanted.append(targets.maps(corners * (side / drawn), side))
         return torch.from_numpy(np.stack(pictures)), torch.from_numpy(np.stack(wanted))
 
 
@@ -83,11 +84,12 @@ def _rate(step, options):
     return options.rate * warm * min(1.0, left)
 
 
-def _average(mean, net):
+def _average(mean, net, step):
+    keep = min(_KEEP, step / (step + 100))  # early weights are soon forgotten
     with torch.no_grad():
         for kept, new in zip(mean.state_dict().values(), net.state_dict().values()):
             if kept.dtype.is_floating_point:
-                kept.mul_(_FORGET).add_(new, alpha=1 - _FORGET)
+                kept.mul_(keep).add_(new, alpha=1 - keep)
             else:
                 kept.copy_(new)
 
@@ -125,7 +127,7 @@ def train(options):
         cost.backward()
         torch.nn.utils.clip_grad_norm_(net.parameters(), 5.0)
         optimizer.step()
-        _average(mean, net)
+        _average(mean, net, step)
         losses.append(cost.item())
         step += 1
         if step % _RENEW == 0:

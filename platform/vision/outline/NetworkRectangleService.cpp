@@ -23,6 +23,7 @@ constexpr int kShortestSide = 24;     // pixels; below this no page can be told 
 constexpr double kCertain = 0.8;      // of confidence: nobody else is asked
 constexpr double kHopeless = 0.03;    // of confidence, for the best outline: nothing is there
 constexpr double kSameOutline = 0.5;  // overlap of two bounding boxes from which they are one
+constexpr double kBorder = 0.01;      // of the picture: nearer sides are taken for its border
 
 struct Opened {
     std::shared_ptr<const OutlineNetwork> network;
@@ -46,15 +47,17 @@ Opened openNetwork(const ResourceFolders& resources) {
             {name, true, path->string()}};
 }
 
-NormalizedRect boxOf(const RectangleObservation& observation) {
-    return observation.boundingBox;
-}
-
 double overlap(const NormalizedRect& a, const NormalizedRect& b) {
     const double width = std::min(a.x + a.width, b.x + b.width) - std::max(a.x, b.x);
     const double height = std::min(a.y + a.height, b.y + b.height) - std::max(a.y, b.y);
     const double shared = std::max(width, 0.0) * std::max(height, 0.0);
     return shared / std::max(a.area() + b.area() - shared, 1e-9);
+}
+
+// A page that almost fills the picture loses nothing by filling it, while print at its rim may be
+// cut.
+double ontoBorder(double share) {
+    return share < kBorder ? 0.0 : share > 1.0 - kBorder ? 1.0 : share;
 }
 
 RectangleObservation observationOf(const WeighedOutline& found, cv::Size size) {
@@ -64,9 +67,8 @@ RectangleObservation observationOf(const WeighedOutline& found, cv::Size size) {
     double top = 0.0;
     double bottom = 1.0;
     for (std::size_t i = 0; i < 4; ++i) {
-        const double x = std::clamp(static_cast<double>(found.quad[i].x) / size.width, 0.0, 1.0);
-        const double y =
-            std::clamp(1.0 - static_cast<double>(found.quad[i].y) / size.height, 0.0, 1.0);
+        const double x = ontoBorder(static_cast<double>(found.quad[i].x) / size.width);
+        const double y = ontoBorder(1.0 - static_cast<double>(found.quad[i].y) / size.height);
         observation.corners[i] = {x, y};
         left = std::min(left, x);
         right = std::max(right, x);
@@ -78,7 +80,7 @@ RectangleObservation observationOf(const WeighedOutline& found, cv::Size size) {
     return observation;
 }
 
-// Adds what others found and found does not hold already.
+// Adds what others found; of two that are one outline the more confident stays.
 void addOthers(RectangleService& service, const Bitmap& bitmap, const RectangleRequest& request,
                std::vector<RectangleObservation>& found) {
     std::vector<RectangleObservation> others;
@@ -88,11 +90,15 @@ void addOthers(RectangleService& service, const Bitmap& bitmap, const RectangleR
             if (const auto* rectangle = std::get_if<RectangleObservation>(&observation))
                 others.push_back(*rectangle);
     });
-    for (const RectangleObservation& other : others)
-        if (std::ranges::none_of(found, [&](const RectangleObservation& known) {
-                return overlap(boxOf(known), boxOf(other)) > kSameOutline;
-            }))
+    for (const RectangleObservation& other : others) {
+        const auto same = std::ranges::find_if(found, [&](const RectangleObservation& known) {
+            return overlap(known.boundingBox, other.boundingBox) > kSameOutline;
+        });
+        if (same == found.end())
             found.push_back(other);
+        else if (other.confidence > same->confidence)
+            *same = other;
+    }
 }
 
 }  // namespace

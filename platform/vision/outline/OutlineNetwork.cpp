@@ -8,7 +8,7 @@
 namespace kestrelid::outline {
 namespace {
 
-constexpr int kSide = 256;  // pixels: what the network takes
+constexpr int kSide = 192;  // pixels: what the network takes
 constexpr int kCells = kSide / 4;
 constexpr std::size_t kMaps = 3;
 

@@ -13,7 +13,7 @@ namespace {
 
 using opencv::Quad;
 
-constexpr int kCells = 64;
+constexpr int kCells = 48;
 
 // Fills a quadrilateral, in shares of the map, with 1; cells at its border get their part of it.
 void draw(cv::Mat1f& map, const Quad& quad) {
@@ -120,13 +120,13 @@ TEST(MapOutlinesTest, aCornerBeyondThePictureIsFoundWhereTheSidesMeet) {
 TEST(MapOutlinesTest, specksAndFaintRegionsGiveNothing) {
     OutlineMaps maps = mapsOf({});
     maps.page(10, 10) = 1.0f;
-    maps.page(cv::Rect(20, 20, 30, 30)).setTo(0.4f);
+    maps.page(cv::Rect(15, 15, 25, 25)).setTo(0.4f);
     EXPECT_TRUE(outlinesOf(maps).empty());
 }
 
 TEST(MapOutlinesTest, aRoundRegionFillsItsQuadrilateralLessThanADocumentDoes) {
     OutlineMaps maps = mapsOf({});
-    cv::circle(maps.page, {32, 32}, 20, cv::Scalar(1.0), cv::FILLED);
+    cv::circle(maps.page, {24, 24}, 15, cv::Scalar(1.0), cv::FILLED);
     const auto found = outlinesOf(maps);
     ASSERT_EQ(found.size(), 1u);
     EXPECT_LT(found[0].fill, 0.88);

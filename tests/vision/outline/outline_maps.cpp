@@ -22,8 +22,8 @@ int main(int argc, char** argv) {
         std::puts(error->description.c_str());
         return 1;
     }
-    constexpr std::array<std::int64_t, 4> kShape{1, 3, 256, 256};
-    std::vector<float> values(3 * 256 * 256);
+    constexpr std::array<std::int64_t, 4> kShape{1, 3, 192, 192};
+    std::vector<float> values(3 * 192 * 192);
     std::ifstream(argv[2], std::ios::binary)
         .read(reinterpret_cast<char*>(values.data()),
               static_cast<std::streamsize>(values.size() * sizeof(float)));
