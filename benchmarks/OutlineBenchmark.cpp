@@ -12,8 +12,8 @@ namespace kestrelid {
 namespace {
 
 Bitmap frame(const std::string& name, int width, int height) {
-    const Image image = std::get<Image>(readImage(std::string(KESTRELID_SAMPLES_DIR) + "/" + name));
-    const Bitmap& small = *image.bitmap();
+    const ImageResult read = readImage(std::string(KESTRELID_SAMPLES_DIR) + "/" + name);
+    const Bitmap small = std::get<Image>(read).bitmap().value();
     const cv::Mat view(small.height(), small.width(), CV_8UC3, const_cast<std::byte*>(small.row(0)),
                        static_cast<std::size_t>(small.stride()));
     const std::size_t stride = static_cast<std::size_t>(width) * 4;
