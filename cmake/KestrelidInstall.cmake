@@ -29,7 +29,7 @@ install(EXPORT KestrelidDetectionTargets NAMESPACE Kestrelid:: DESTINATION ${pac
 # Beside the library, where it looks for them first.
 install(DIRECTORY "${KESTRELID_DEPS_DIR}/resources/" DESTINATION ${CMAKE_INSTALL_LIBDIR}/kestrelid
     FILES_MATCHING PATTERN "*.onnx" PATTERN "*.txt" PATTERN "libonnxruntime*.so*")
-install(FILES "${PROJECT_SOURCE_DIR}/models/outline-net.onnx" DESTINATION ${CMAKE_INSTALL_LIBDIR}/kestrelid OPTIONAL)
+install(FILES "${PROJECT_SOURCE_DIR}/models/outline-net.onnx" DESTINATION ${CMAKE_INSTALL_LIBDIR}/kestrelid)
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE" DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 # Before 1.0 a minor version may change the interface.
