@@ -33,6 +33,18 @@ struct CameraHarness {
         watch(manager->detectionConfidence(), "detectionConfidence");
     }
 
+    CameraHarness(const CameraHarness&) = delete;
+    CameraHarness& operator=(const CameraHarness&) = delete;
+
+    // What still waits holds the manager, which holds those with whom it waits.
+    ~CameraHarness() {
+        mainQueue->clear();
+        for (const auto& [label, queue] : queues)
+            queue->clear();
+        if (const auto output = platform->photoOutput.lock())
+            output->requests.clear();
+    }
+
     // Runs whatever waits on any queue, without moving a clock.
     void settle() {
         for (bool ran = true; ran;) {

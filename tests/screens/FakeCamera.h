@@ -11,6 +11,16 @@ namespace kestrelid::test {
 
 // A camera that obeys the test, with queues that the test cranks.
 struct FakeCamera {
+    FakeCamera() = default;
+    FakeCamera(const FakeCamera&) = delete;
+    FakeCamera& operator=(const FakeCamera&) = delete;
+
+    // What still waits holds the manager, which holds these queues.
+    ~FakeCamera() {
+        mainQueue->clear();
+        otherQueues->clear();
+    }
+
     std::shared_ptr<FakeAuthorization> authorization =
         std::make_shared<FakeAuthorization>(AuthorizationStatus::authorized);
     std::shared_ptr<FakePlatform> platform = std::make_shared<FakePlatform>();
@@ -22,16 +32,17 @@ struct FakeCamera {
 
     [[nodiscard]] ScannerCamera scannerCamera() const {
         ScannerCamera camera;
-        camera.makeServices = [fake = *this](std::shared_ptr<DispatchQueue>,
-                                             const CameraOptions& options) {
-            ++*fake.managersMade;
-            *fake.optionsGiven = options;
-            CameraServices services;
-            services.authorization = fake.authorization;
-            services.capture = fake.platform;
-            services.detector = fake.detector;
-            services.mainQueue = fake.mainQueue;
-            services.makeSerialQueue = [queue = fake.otherQueues](std::string) { return queue; };
+        const CameraServices services{
+            .authorization = authorization,
+            .capture = platform,
+            .detector = detector,
+            .mainQueue = mainQueue,
+            .makeSerialQueue = [queue = otherQueues](const std::string&) { return queue; }};
+        camera.makeServices = [services, made = managersMade,
+                               given = optionsGiven](const std::shared_ptr<DispatchQueue>&,
+                                                     const CameraOptions& options) {
+            ++*made;
+            *given = options;
             return services;
         };
         return camera;

@@ -38,6 +38,10 @@ public:
         }
     }
 
+    // Lets go of what waits, and of what that holds: at a test's end, a manager that holds this
+    // queue.
+    void clear() { std::exchange(waiting_, {}).clear(); }
+
     void advance(double seconds) {
         now_ += seconds;
         runAll();
