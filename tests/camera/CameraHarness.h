@@ -38,6 +38,7 @@ struct CameraHarness {
 
     // What still waits holds the manager, which holds those with whom it waits.
     ~CameraHarness() {
+        authorization->answer(false);
         mainQueue->clear();
         for (const auto& [label, queue] : queues)
             queue->clear();
