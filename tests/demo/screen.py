@@ -41,9 +41,10 @@ class Screen:
     def __init__(self, width=800, height=900):
         self.folder = tempfile.TemporaryDirectory(prefix="kestrelid-screen-")
         reader, writer = os.pipe()
+        # Without -noreset it begins anew, deaf for a moment, when its first client leaves: that is xdotool.
         self.server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{width}x{height}x24", "-fbdir", self.folder.name,
-             "-nolisten", "tcp", "-ac"], pass_fds=[writer], stderr=subprocess.DEVNULL)
+             "-nolisten", "tcp", "-ac", "-noreset"], pass_fds=[writer], stderr=subprocess.DEVNULL)
         os.close(writer)
         with os.fdopen(reader) as numbers:
             number = numbers.readline().strip()
