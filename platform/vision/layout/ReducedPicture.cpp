@@ -7,6 +7,22 @@
 
 namespace kestrelid {
 
+cv::Mat inBgr(const cv::Mat& picture, PixelFormat format) {
+    cv::Mat result;
+    switch (format) {
+    case PixelFormat::bgra8:
+        cv::cvtColor(picture, result, cv::COLOR_BGRA2BGR);
+        break;
+    case PixelFormat::rgb8:
+        cv::cvtColor(picture, result, cv::COLOR_RGB2BGR);
+        break;
+    case PixelFormat::gray8:
+        cv::cvtColor(picture, result, cv::COLOR_GRAY2BGR);
+        break;
+    }
+    return result;
+}
+
 cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide) {
     const int channels = bytesPerPixel(bitmap.format());
     // OpenCV has no read-only header; nothing below writes to it.
@@ -22,19 +38,7 @@ cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide) {
         picture = cv::Mat();
         cv::resize(view, picture, size, 0, 0, cv::INTER_AREA);
     }
-    cv::Mat result;
-    switch (bitmap.format()) {
-    case PixelFormat::bgra8:
-        cv::cvtColor(picture, result, cv::COLOR_BGRA2BGR);
-        break;
-    case PixelFormat::rgb8:
-        cv::cvtColor(picture, result, cv::COLOR_RGB2BGR);
-        break;
-    case PixelFormat::gray8:
-        cv::cvtColor(picture, result, cv::COLOR_GRAY2BGR);
-        break;
-    }
-    return result;
+    return inBgr(picture, bitmap.format());
 }
 
 NormalizedRect normalizedBounds(std::span<const cv::Point2f> points, cv::Size picture) {

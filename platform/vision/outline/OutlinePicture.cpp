@@ -1,5 +1,7 @@
 #include "platform/vision/outline/OutlinePicture.h"
 
+#include "platform/vision/layout/ReducedPicture.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
@@ -22,19 +24,7 @@ cv::Mat outlinePicture(const Bitmap& bitmap) {
                    cv::INTER_AREA);
         picture = halved;
     }
-    cv::Mat result;
-    switch (bitmap.format()) {
-    case PixelFormat::bgra8:
-        cv::cvtColor(picture, result, cv::COLOR_BGRA2BGR);
-        break;
-    case PixelFormat::rgb8:
-        cv::cvtColor(picture, result, cv::COLOR_RGB2BGR);
-        break;
-    case PixelFormat::gray8:
-        cv::cvtColor(picture, result, cv::COLOR_GRAY2BGR);
-        break;
-    }
-    return result;
+    return inBgr(picture, bitmap.format());
 }
 
 }  // namespace kestrelid::outline
