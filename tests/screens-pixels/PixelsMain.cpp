@@ -6,18 +6,6 @@
 #include <QApplication>
 #include <QFontInfo>
 
-namespace {
-
-class WarningsFail final : public testing::EmptyTestEventListener {
-    void OnTestStart(const testing::TestInfo&) override { kestrelid::test::takeWarnings(); }
-    void OnTestEnd(const testing::TestInfo&) override {
-        for (const QString& warning : kestrelid::test::takeWarnings())
-            ADD_FAILURE() << "warning: " << warning.toStdString();
-    }
-};
-
-}  // namespace
-
 // Without arguments of Google Test: --renew writes the references.
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
@@ -32,6 +20,6 @@ int main(int argc, char** argv) {
     font.setHintingPreference(QFont::PreferNoHinting);
     QApplication::setFont(font);
     QApplication::setQuitOnLastWindowClosed(false);
-    testing::UnitTest::GetInstance()->listeners().Append(new WarningsFail);
+    testing::UnitTest::GetInstance()->listeners().Append(new kestrelid::test::WarningsFail);
     return RUN_ALL_TESTS();
 }
