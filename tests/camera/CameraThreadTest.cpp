@@ -36,14 +36,17 @@ private:
     AsioQueue workers_{"workers", 2};
 };
 
-// A camera on real queues, whose main queue is a thread of its own.
+// A camera on real queues, whose main queue is a thread of its own. A frame in flight holds the manager beyond the end
+// of a test, so what the manager calls shares what it needs.
 struct LiveCamera {
     LiveCamera() {
-        platform->machine->takePhoto = [this](std::shared_ptr<PhotoCaptureDelegate> delegate) {
-            photos.async([delegate = std::move(delegate)] {
+        const auto photos = std::make_shared<AsioQueue>("photos", 2);
+        platform->machine->takePhoto = [photos](std::shared_ptr<PhotoCaptureDelegate> delegate) {
+            photos->async([delegate = std::move(delegate)] {
                 delegate->didFinishProcessingPhoto({}, CaptureError{"no film"});
             });
         };
+        const auto seconds = std::make_shared<std::atomic<int>>(0);  // every frame has its own second
         manager = CameraManager::create(
             {.authorization = authorization,
              .capture = platform,
@@ -51,7 +54,7 @@ struct LiveCamera {
              .mainQueue = mainQueue,
              .makeSerialQueue =
                  [](const std::string& label) { return std::make_shared<AsioQueue>(label, 1); },
-             .now = [this] { return WallTime(std::chrono::duration<double>(++seconds)); }});
+             .now = [seconds] { return WallTime(std::chrono::duration<double>(++*seconds)); }});
     }
 
     void onMain(std::function<void()> block) {
@@ -66,8 +69,6 @@ struct LiveCamera {
     std::shared_ptr<test::FakeAuthorization> authorization =
         std::make_shared<test::FakeAuthorization>(AuthorizationStatus::authorized);
     std::shared_ptr<test::FakePlatform> platform = std::make_shared<test::FakePlatform>();
-    std::atomic<int> seconds = 0;  // every frame has its own second
-    AsioQueue photos{"photos", 2};
     std::shared_ptr<AsioQueue> mainQueue = std::make_shared<AsioQueue>("main", 1);
     std::shared_ptr<CameraManager> manager;
 };
