@@ -1,35 +1,8 @@
 # Libraries from outside. Each one that is missing stops here with the Debian package that brings it.
-find_package(PkgConfig REQUIRED)
+include(KestrelidLibraries)
 
-set(KESTRELID_MISSING_PACKAGES "")
-
-# kestrelid_require(TARGET PKG_CONFIG_NAME DEBIAN_PACKAGE): an imported target PkgConfig::TARGET.
-function(kestrelid_require target module package)
-    pkg_check_modules(${target} QUIET IMPORTED_TARGET ${module})
-    if(NOT ${target}_FOUND)
-        list(APPEND KESTRELID_MISSING_PACKAGES ${package})
-        set(KESTRELID_MISSING_PACKAGES "${KESTRELID_MISSING_PACKAGES}" PARENT_SCOPE)
-    endif()
-endfunction()
-
-kestrelid_require(ICU icu-uc libicu-dev)
-kestrelid_require(TurboJPEG libturbojpeg libturbojpeg0-dev)
-kestrelid_require(PNG libpng libpng-dev)
-kestrelid_require(WebP libwebp libwebp-dev)
-kestrelid_require(WebPDemux libwebpdemux libwebp-dev)
-kestrelid_require(TIFF libtiff-4 libtiff-dev)
-kestrelid_require(HEIF libheif libheif-dev)
-kestrelid_require(EXIF libexif libexif-dev)
+# Headers alone: the library is loaded when it is wanted.
 kestrelid_require(Tesseract tesseract libtesseract-dev)
-kestrelid_require(GIO gio-2.0 libglib2.0-dev)
-kestrelid_require(GStreamer gstreamer-1.0 libgstreamer1.0-dev)
-kestrelid_require(GStreamerApp gstreamer-app-1.0 libgstreamer-plugins-base1.0-dev)
-kestrelid_require(GStreamerVideo gstreamer-video-1.0 libgstreamer-plugins-base1.0-dev)
-
-find_package(OpenCV 4.6 QUIET COMPONENTS core imgproc)
-if(NOT OpenCV_FOUND)
-    list(APPEND KESTRELID_MISSING_PACKAGES libopencv-dev)
-endif()
 
 find_path(ASIO_INCLUDE_DIR asio.hpp)
 if(NOT ASIO_INCLUDE_DIR)
@@ -61,5 +34,3 @@ endif()
 if(NOT ONNXRUNTIME_INCLUDE_DIR)
     message(FATAL_ERROR "No ONNX Runtime headers: run tools/setup, or install libonnxruntime-dev where it exists.")
 endif()
-
-find_package(Threads REQUIRED)

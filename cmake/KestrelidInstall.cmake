@@ -1,6 +1,7 @@
-# Installation: libraries, public headers, what the recognisers load at run time, and the package that
-# find_package(Kestrelid COMPONENTS Detection) reads. Everything is found relative to where it lies, so that the
-# installed tree may be moved.
+# Installation: libraries, public headers, what the recognisers load at run time, the QML module, and what find_package()
+# and pkg-config read. Everything is found relative to where it lies, so that the installed tree may be moved.
+#
+# Components: Runtime and ScreensRuntime (a shared library each), Models, Qml, Development, Tools.
 include(CMakePackageConfigHelpers)
 
 # The public headers, by the folder; each must compile alone (target all_verify_interface_header_sets).
@@ -10,27 +11,62 @@ target_sources(KestrelidDetection PUBLIC FILE_SET HEADERS
     FILES ${public_headers} "${PROJECT_BINARY_DIR}/include/kestrelid/Export.h")
 set_target_properties(KestrelidDetection PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
 
-if(NOT BUILD_SHARED_LIBS)
-    message(STATUS "Kestrelid: only shared libraries can be installed")
-    return()
-endif()
-
-file(RELATIVE_PATH library_from_program
-    "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-if(TARGET kestrelid)
-    set_target_properties(kestrelid PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_program}")
-endif()
-
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/Kestrelid")
-install(TARGETS KestrelidDetection EXPORT KestrelidDetectionTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(EXPORT KestrelidDetectionTargets NAMESPACE Kestrelid:: DESTINATION ${package_folder})
+# What belongs to one interface version lies in folders with its number, so that the next one fits beside it.
+set(resources "kestrelid-${PROJECT_VERSION_MAJOR}")
+set(resource_folder "${CMAKE_INSTALL_LIBDIR}/${resources}")
+set(translation_folder "${CMAKE_INSTALL_DATADIR}/${resources}/translations")
+set(KESTRELID_QML_DIR "${CMAKE_INSTALL_LIBDIR}/qt6/qml" CACHE STRING
+    "Where the QML module is installed, below the prefix: Qt's own folder where the prefix is Qt's")
 
-# Beside the library, where it looks for them first.
-install(DIRECTORY "${KESTRELID_DEPS_DIR}/resources/" DESTINATION ${CMAKE_INSTALL_LIBDIR}/kestrelid
-    FILES_MATCHING PATTERN "*.onnx" PATTERN "*.txt" PATTERN "libonnxruntime*.so*")
-install(FILES "${PROJECT_SOURCE_DIR}/models/outline-net.onnx" DESTINATION ${CMAKE_INSTALL_LIBDIR}/kestrelid)
-install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE" DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# from_folder(FOLDER VARIABLE): the way from an installed folder to the libraries, for the loader.
+function(from_folder folder variable)
+    file(RELATIVE_PATH way "${CMAKE_INSTALL_PREFIX}/${folder}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+    set(${variable} "$ORIGIN/${way}" PARENT_SCOPE)
+endfunction()
+
+from_folder("${CMAKE_INSTALL_BINDIR}" libraries_from_program)
+foreach(program kestrelid kestrelid-demo)
+    if(TARGET ${program})
+        set_target_properties(${program} PROPERTIES INSTALL_RPATH "${libraries_from_program}")
+        install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Tools)
+    endif()
+endforeach()
+
+# install_library(TARGET NAME COMPONENT): with the CMake targets file that holds it.
+function(install_library target name component)
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN")
+    install(TARGETS ${target} EXPORT Kestrelid${name}Targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT Development
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Development)
+    install(EXPORT Kestrelid${name}Targets NAMESPACE Kestrelid:: DESTINATION ${package_folder} COMPONENT Development)
+endfunction()
+
+install_library(KestrelidDetection Detection Runtime)
+install(DIRECTORY "${KESTRELID_DEPS_DIR}/resources/" DESTINATION ${resource_folder} COMPONENT Runtime
+    FILES_MATCHING PATTERN "libonnxruntime*.so*")
+install(DIRECTORY "${KESTRELID_DEPS_DIR}/resources/" DESTINATION ${resource_folder} COMPONENT Models
+    FILES_MATCHING PATTERN "*.onnx" PATTERN "*.txt")
+install(FILES "${PROJECT_SOURCE_DIR}/models/outline-net.onnx" DESTINATION ${resource_folder} COMPONENT Models)
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE" DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    COMPONENT Runtime)
+
+if(KESTRELID_SCREENS AND BUILD_SHARED_LIBS)
+    install_library(KestrelidScreens Screens ScreensRuntime)
+    install(FILES "${PROJECT_BINARY_DIR}/translations/kestrelid_bn.qm" DESTINATION ${translation_folder}
+        COMPONENT ScreensRuntime)
+    install(FILES "${PROJECT_SOURCE_DIR}/i18n/kestrelid.ts" DESTINATION ${translation_folder} COMPONENT Development)
+
+    set(module_folder "${KESTRELID_QML_DIR}/Kestrelid")
+    from_folder("${module_folder}" libraries_from_module)
+    set_target_properties(KestrelidQmlPlugin PROPERTIES INSTALL_RPATH "${libraries_from_module}")
+    install(TARGETS KestrelidQmlPlugin LIBRARY DESTINATION ${module_folder} COMPONENT Qml)
+    install(FILES "${PROJECT_BINARY_DIR}/qml/Kestrelid/qmldir" "${PROJECT_BINARY_DIR}/qml/Kestrelid/KestrelidScreens.qmltypes"
+        DESTINATION ${module_folder} COMPONENT Qml)
+elseif(KESTRELID_SCREENS)
+    message(STATUS "Kestrelid: of a static build the Qt-free library alone is installed")
+endif()
 
 # Before 1.0 a minor version may change the interface.
 set(compatibility SameMajorVersion)
@@ -38,7 +74,24 @@ if(PROJECT_VERSION_MAJOR EQUAL 0)
     set(compatibility SameMinorVersion)
 endif()
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/KestrelidConfig.cmake.in"
-    "${PROJECT_BINARY_DIR}/KestrelidConfig.cmake" INSTALL_DESTINATION ${package_folder})
+    "${PROJECT_BINARY_DIR}/KestrelidConfig.cmake" INSTALL_DESTINATION ${package_folder}
+    PATH_VARS KESTRELID_QML_DIR translation_folder)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/KestrelidConfigVersion.cmake" COMPATIBILITY ${compatibility})
-install(FILES "${PROJECT_BINARY_DIR}/KestrelidConfig.cmake" "${PROJECT_BINARY_DIR}/KestrelidConfigVersion.cmake"
-    DESTINATION ${package_folder})
+set(package_files "${PROJECT_BINARY_DIR}/KestrelidConfig.cmake" "${PROJECT_BINARY_DIR}/KestrelidConfigVersion.cmake")
+if(NOT BUILD_SHARED_LIBS)
+    list(APPEND package_files "${PROJECT_SOURCE_DIR}/cmake/KestrelidLibraries.cmake")
+endif()
+install(FILES ${package_files} DESTINATION ${package_folder} COMPONENT Development)
+
+# pkg-config: prefix is reckoned from where the file lies.
+set(pc_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH prefix_from_pc "${CMAKE_INSTALL_PREFIX}/${pc_folder}" "${CMAKE_INSTALL_PREFIX}")
+list(JOIN KESTRELID_PC_REQUIRES ", " pc_requires)
+set(pc_modules kestrelid-detection)
+if(TARGET KestrelidScreens AND BUILD_SHARED_LIBS)
+    list(APPEND pc_modules kestrelid)
+endif()
+foreach(module ${pc_modules})
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/${module}.pc.in" "${PROJECT_BINARY_DIR}/${module}.pc" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${module}.pc" DESTINATION ${pc_folder} COMPONENT Development)
+endforeach()

@@ -21,7 +21,14 @@ std::filesystem::path ownFolder() {
 std::vector<std::filesystem::path> resourceFolders(const std::filesystem::path& chosen) {
     if (!chosen.empty())
         return {chosen};
-    return {ownFolder() / "kestrelid", KESTRELID_BUILD_RESOURCES, KESTRELID_SOURCE_MODELS};
+    const std::filesystem::path own = ownFolder();
+    std::vector<std::filesystem::path> folders{
+        own / KESTRELID_RESOURCES,
+        (own / KESTRELID_LIBRARIES_FROM_PROGRAM / KESTRELID_RESOURCES).lexically_normal()};
+#ifdef KESTRELID_BUILD_RESOURCES
+    folders.emplace_back(KESTRELID_BUILD_RESOURCES);
+#endif
+    return folders;
 }
 
 }  // namespace kestrelid

@@ -6,8 +6,8 @@
 namespace kestrelid {
 
 // Folders that may hold the models and the ONNX Runtime library, in the order in which they are
-// searched: the host's choice alone where it made one; otherwise where the library is installed,
-// then where it was built.
+// searched: the host's choice alone where it made one; otherwise beside the library, and where a
+// program finds its libraries, as both lie in an installed tree and in a build tree.
 [[nodiscard]] std::vector<std::filesystem::path>
 resourceFolders(const std::filesystem::path& chosen);
 

@@ -22,13 +22,9 @@ namespace {
 constexpr std::chrono::duration<double> kPatience{2.0};  // a camera is ready after one second
 
 QString drawnPassport() {
-    for (const QString& folder : {QCoreApplication::applicationDirPath() + "/" KESTRELID_DEMO_DATA,
-                                  QStringLiteral(KESTRELID_DEMO_SOURCE_DATA)}) {
-        const QFileInfo file(folder + "/bangladesh-spread.jpg");
-        if (file.isFile())
-            return file.canonicalFilePath();
-    }
-    return {};
+    const QFileInfo file(QCoreApplication::applicationDirPath() + "/" KESTRELID_DEMO_DATA
+                                                                  "/bangladesh-spread.jpg");
+    return file.isFile() ? file.canonicalFilePath() : QString();
 }
 
 QString noteOf(const QString& camera) {

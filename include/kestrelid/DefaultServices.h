@@ -25,7 +25,7 @@ struct DefaultServicesOptions {
     Recognizer recognizer = Recognizer::ppocr;
 
     // Folder that holds the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library.
-    // Empty: where the library is installed, else where it was built.
+    // Empty: where the library lies, installed or built.
     std::filesystem::path resources;
 
     // Without the network's model the classical finder works alone, whichever is named here.
