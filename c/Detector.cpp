@@ -1,0 +1,129 @@
+#include "c/Border.h"
+#include "c/Handles.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <exception>
+#include <future>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+using kestrelid::c::Failure;
+using kestrelid::c::guarded;
+using kestrelid::c::require;
+
+using Result = kestrelid::PassportValidationResult;
+
+void checkRange(int32_t value, int32_t last, const char* name) {
+    if (value < 0 || value > last)
+        throw Failure{KESTRELID_INVALID_ARGUMENT, std::string(name) + " is out of range"};
+}
+
+// The caller's options in the form of this version.
+KestrelidDetectorOptions known(const KestrelidDetectorOptions* given) {
+    KestrelidDetectorOptions options{};
+    if (!given)
+        return options;
+    kestrelid::c::checkStruct(given, given->struct_size,
+                              offsetof(KestrelidDetectorOptions, console_user) +
+                                  sizeof(options.console_user),
+                              sizeof(options));
+    std::memcpy(&options, given, std::min(given->struct_size, sizeof(options)));
+    checkRange(options.recognizer, KESTRELID_TESSERACT, "recognizer");
+    checkRange(options.outlines, KESTRELID_CLASSICAL, "outlines");
+    checkRange(options.effort, KESTRELID_VERDICT_ONLY, "effort");
+    checkRange(options.text_threads, 64, "text_threads");
+    return options;
+}
+
+kestrelid::PlatformServices ownServices(const KestrelidDetectorOptions& options) {
+    kestrelid::DefaultServicesOptions wanted;
+    wanted.recognizer = static_cast<kestrelid::Recognizer>(options.recognizer);
+    wanted.outlines = static_cast<kestrelid::OutlineFinder>(options.outlines);
+    if (options.resources)
+        wanted.resources = options.resources;
+    if (options.text_threads > 0)
+        wanted.textThreads = options.text_threads;
+    kestrelid::PlatformServices services = defaultServices(wanted);
+    if (options.console)
+        services.console = [console = options.console,
+                            user = options.console_user](std::string_view line) {
+            console(user, std::string(line).c_str(), line.size());
+        };
+    return services;
+}
+
+kestrelid::PlatformServices services(const KestrelidDetectorOptions& options) {
+    if (!options.share)
+        return ownServices(options);
+    if (options.resources || options.recognizer || options.outlines || options.text_threads ||
+        options.console)
+        throw Failure{KESTRELID_INVALID_ARGUMENT,
+                      "a detector that shares takes these options from the other one"};
+    return options.share->services;
+}
+
+}  // namespace
+
+KestrelidStatus kestrelid_detector_create(const KestrelidDetectorOptions* given,
+                                          KestrelidDetector** detector, KestrelidError** error) {
+    return guarded(error, [&] {
+        require(detector, "detector");
+        *detector = nullptr;
+        const KestrelidDetectorOptions options = known(given);
+        auto made = std::make_unique<KestrelidDetector>();
+        made->services = services(options);
+        made->detector = kestrelid::PassportDetector::create(
+            made->services, static_cast<kestrelid::ValidationEffort>(options.effort));
+        *detector = made.release();
+    });
+}
+
+void kestrelid_detector_release(KestrelidDetector* detector) {
+    delete detector;
+}
+
+KestrelidStatus kestrelid_detector_validate(KestrelidDetector* detector,
+                                            const KestrelidImage* image,
+                                            KestrelidCompletion completion, void* user,
+                                            void (*dispose)(void* user), KestrelidError** error) {
+    return guarded(error, [&] {
+        // Disposes where anything below throws, itself included.
+        const std::shared_ptr<void> owner(user, [dispose](void* disposed) {
+            if (dispose)
+                dispose(disposed);
+        });
+        require(detector, "detector");
+        detector->detector->validate(image ? image->image : kestrelid::Image(),
+                                     [owner, completion](const Result& result) {
+                                         const KestrelidResult handle{.own = {}, .shown = &result};
+                                         if (completion)
+                                             completion(owner.get(), &handle);
+                                     });
+    });
+}
+
+KestrelidStatus kestrelid_detector_validate_wait(KestrelidDetector* detector,
+                                                 const KestrelidImage* image,
+                                                 KestrelidResult** result, KestrelidError** error) {
+    return guarded(error, [&] {
+        require(result, "result");
+        *result = nullptr;
+        require(detector, "detector");
+        const auto answer = std::make_shared<std::promise<Result>>();
+        std::future<Result> verdict = answer->get_future();
+        detector->detector->validate(image ? image->image : kestrelid::Image(),
+                                     [answer](const Result& given) {
+                                         try {
+                                             answer->set_value(given);
+                                         } catch (...) {
+                                             answer->set_exception(std::current_exception());
+                                         }
+                                     });
+        *result = new KestrelidResult{.own = verdict.get()};
+    });
+}

@@ -1,0 +1,36 @@
+#!/usr/bin/python3
+"""Says of each picture whether it shows a passport."""
+
+import argparse
+import sys
+
+import kestrelid
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--library", help="path of libkestrelid-detection.so.0 (default: the installed one)")
+    parser.add_argument("files", nargs="+", metavar="FILE")
+    arguments = parser.parse_args()
+    try:
+        detector = kestrelid.Detector(arguments.library, effort=kestrelid.VERDICT_ONLY,
+                                      console=lambda line: print(line, file=sys.stderr))
+    except OSError as error:
+        print(f"judge.py: {error}", file=sys.stderr)
+        return 2
+    status = 0
+    with detector:
+        for file in arguments.files:
+            try:
+                verdict = detector.judge_file(file)
+            except kestrelid.Error as error:
+                print(f"judge.py: {error}", file=sys.stderr)
+                status = 1
+                continue
+            word = "passport" if verdict.is_passport else "not a passport"
+            print(f"{file}: {word} ({verdict.confidence:.2f}; {'; '.join(verdict.reasons)})")
+    return status
+
+
+if __name__ == "__main__":
+    sys.exit(main())

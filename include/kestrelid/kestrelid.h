@@ -1,0 +1,203 @@
+#pragma once
+
+// The detector for programs in C and for other languages' bindings: C99, of libkestrelid-detection.
+//
+// Handles are opaque. A function that makes one gives it to the caller, who releases it once;
+// releasing NULL does nothing. No function throws or ends the program, NULL for a handle included.
+// Thread: any, for every function and every handle, but a handle must not be released while another
+// call uses it.
+//
+// Functions that can fail return a KestrelidStatus. `error` may be NULL; otherwise *error becomes
+// NULL on success and on failure an error to be freed (NULL where memory is too short even for it).
+// The handle that a failed call should have made is NULL.
+
+#include <kestrelid/Export.h>
+#include <kestrelid/Version.h>
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// The version of the library that was loaded, "0.1.0" for example. Static.
+KESTRELID_EXPORT const char* kestrelid_library_version(void);
+
+// ---- Errors
+
+typedef enum KestrelidStatus {
+    KESTRELID_OK = 0,
+    KESTRELID_INVALID_ARGUMENT = 1,  // NULL where something is needed, a size or value out of range
+    KESTRELID_UNREADABLE = 2,        // a file or its bytes hold no picture that can be decoded
+    KESTRELID_OUT_OF_MEMORY = 3,
+    KESTRELID_FAILED = 4,  // the machine refuses something else, a thread for example
+} KestrelidStatus;
+
+typedef struct KestrelidError KestrelidError;
+
+// KESTRELID_OK for NULL.
+KESTRELID_EXPORT KestrelidStatus kestrelid_error_status(const KestrelidError* error);
+
+// The cause in one line for a person, after the file's name where there is one, as it was given.
+// Ends in a zero byte; lives as long as the error. "" for NULL.
+KESTRELID_EXPORT const char* kestrelid_error_text(const KestrelidError* error);
+
+KESTRELID_EXPORT void kestrelid_error_free(KestrelidError* error);
+
+// ---- Images
+
+// A still picture in memory. It may be released while it is being judged.
+typedef struct KestrelidImage KestrelidImage;
+
+typedef enum KestrelidPixelFormat {
+    KESTRELID_BGRA8 = 0,  // four bytes a pixel: blue, green, red, alpha (ignored)
+    KESTRELID_RGB8 = 1,   // three bytes a pixel
+    KESTRELID_GRAY8 = 2,  // one byte a pixel
+} KestrelidPixelFormat;
+
+// Rows from top to bottom.
+typedef struct KestrelidPixels {
+    size_t struct_size;  // sizeof(KestrelidPixels)
+    const void* bytes;   // first byte of the first row
+    size_t size;         // bytes that may be read; the last row needs no padding
+    size_t stride;       // bytes from one row to the next
+    int32_t width;       // pixels
+    int32_t height;      // pixels
+    int32_t format;      // KestrelidPixelFormat
+} KestrelidPixels;
+
+// Reads JPEG, PNG, WebP, TIFF or HEIC and turns it upright, on the calling thread. path: as the
+// file system has it, ends in a zero byte. At most 64 MB, 100 million pixels, 20000 pixels a side.
+KESTRELID_EXPORT KestrelidStatus kestrelid_image_read(const char* path, KestrelidImage** image,
+                                                      KestrelidError** error);
+
+// The same from size bytes of a file in memory, which are not needed after the return.
+KESTRELID_EXPORT KestrelidStatus kestrelid_image_decode(const void* bytes, size_t size,
+                                                        KestrelidImage** image,
+                                                        KestrelidError** error);
+
+// Copies the pixels; at most 100 million, 20000 a side.
+KESTRELID_EXPORT KestrelidStatus kestrelid_image_from_pixels(const KestrelidPixels* pixels,
+                                                             KestrelidImage** image,
+                                                             KestrelidError** error);
+
+// Pixels, as the picture is shown. 0 for NULL.
+KESTRELID_EXPORT int32_t kestrelid_image_width(const KestrelidImage* image);
+KESTRELID_EXPORT int32_t kestrelid_image_height(const KestrelidImage* image);
+
+KESTRELID_EXPORT void kestrelid_image_release(KestrelidImage* image);
+
+// ---- Results
+
+// What the detector says of one picture. Never changes.
+typedef struct KestrelidResult KestrelidResult;
+
+// A copy to be released. NULL for NULL, and where memory is too short.
+KESTRELID_EXPORT KestrelidResult* kestrelid_result_copy(const KestrelidResult* result);
+
+// result: a copy, or what kestrelid_detector_validate_wait() gave.
+KESTRELID_EXPORT void kestrelid_result_release(KestrelidResult* result);
+
+// 1: a passport. 0: none, or result is NULL.
+KESTRELID_EXPORT int kestrelid_result_is_passport(const KestrelidResult* result);
+
+// 0.0 to 1.0. 0.0 for NULL.
+KESTRELID_EXPORT double kestrelid_result_confidence(const KestrelidResult* result);
+
+// Findings for a person: outline, keywords, machine-readable zone, in this order; or "Invalid
+// image" alone. 0 for NULL.
+KESTRELID_EXPORT size_t kestrelid_result_reason_count(const KestrelidResult* result);
+
+// UTF-8, ends in a zero byte, lives as long as the result. size may be NULL; gets the bytes before
+// the zero byte. NULL and 0 where result is NULL or index is not below the count.
+KESTRELID_EXPORT const char* kestrelid_result_reason(const KestrelidResult* result, size_t index,
+                                                     size_t* size);
+
+// The lines read off the picture, joined with a line feed. Personal data: never log it. Form and
+// life as for kestrelid_result_reason(); NULL and 0 for NULL.
+KESTRELID_EXPORT const char* kestrelid_result_recognized_text(const KestrelidResult* result,
+                                                              size_t* size);
+
+// ---- Detectors
+
+// Decides whether pictures show a passport. Immutable: overlapping calls are independent.
+typedef struct KestrelidDetector KestrelidDetector;
+
+typedef enum KestrelidRecognizer {
+    KESTRELID_PPOCR = 0,      // PP-OCRv4 mobile on ONNX Runtime
+    KESTRELID_TESSERACT = 1,  // Tesseract 5, English
+} KestrelidRecognizer;
+
+typedef enum KestrelidOutlineFinder {
+    KESTRELID_NETWORK_FIRST = 0,  // the network, and the classical finder where it is in doubt
+    KESTRELID_NETWORK = 1,        // the network alone
+    KESTRELID_CLASSICAL = 2,      // edges and contours alone
+} KestrelidOutlineFinder;
+
+// The verdict and the confidence are the same for both.
+typedef enum KestrelidEffort {
+    KESTRELID_COMPLETE = 0,      // reads the whole text
+    KESTRELID_VERDICT_ONLY = 1,  // stops reading once the keywords are decided; reasons and text
+                                 // may be shorter
+} KestrelidEffort;
+
+// Zero in a field means the default. Later versions append fields only: a library that is newer
+// than its caller uses their defaults, an older one refuses those that are not zero.
+typedef struct KestrelidDetectorOptions {
+    size_t struct_size;  // sizeof(KestrelidDetectorOptions)
+
+    // Folder of the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library. NULL: where
+    // the library is installed, else where it was built.
+    const char* resources;
+
+    int32_t recognizer;    // KestrelidRecognizer
+    int32_t outlines;      // KestrelidOutlineFinder
+    int32_t effort;        // KestrelidEffort
+    int32_t text_threads;  // that one picture's text may use, 1 to 64; 0: two
+
+    // Takes models and threads from another detector, which may be released before this one; all
+    // above but effort, and console too, must then be zero. Models take as much as 350 MB.
+    const struct KestrelidDetector* share;
+
+    // Gets a line, size bytes and a zero byte, where recognition fails: what is missing on the
+    // machine is said there. On any thread, several at once. NULL: standard output. Not
+    // called once the detectors are released and all their calls are disposed of.
+    void (*console)(void* console_user, const char* line, size_t size);
+    void* console_user;
+} KestrelidDetectorOptions;
+
+// options: NULL for the defaults. Loads no model yet: the first picture does, and a missing one is
+// said on the console and makes the verdict poorer, not the call fail.
+KESTRELID_EXPORT KestrelidStatus kestrelid_detector_create(const KestrelidDetectorOptions* options,
+                                                           KestrelidDetector** detector,
+                                                           KestrelidError** error);
+
+// Gives up the calls whose outline is not found yet; those whose text is being read still answer,
+// also after the return. Where none is being read and no other detector shares the threads, it
+// waits until they have left the library, so that a program may end right after. Inside a
+// completion it waits for nothing.
+KESTRELID_EXPORT void kestrelid_detector_release(KestrelidDetector* detector);
+
+// result: for the time of the call; kestrelid_result_copy() keeps it. Must not throw or jump out.
+typedef void (*KestrelidCompletion)(void* user, const KestrelidResult* result);
+
+// Judges the image and returns at once. image: NULL is judged as "Invalid image". completion: may
+// be NULL; called at most once, with user: before the return where image is NULL, otherwise on a
+// worker thread, even before the return. It is never called where the call fails or was abandoned.
+// dispose: may be NULL; called exactly once, with user, whatever this call returns: after the
+// completion or in its place, on any thread, the calling one included.
+KESTRELID_EXPORT KestrelidStatus kestrelid_detector_validate(
+    KestrelidDetector* detector, const KestrelidImage* image, KestrelidCompletion completion,
+    void* user, void (*dispose)(void* user), KestrelidError** error);
+
+// The same on the calling thread until the verdict is there, which the caller releases. Never
+// inside a completion: it would take the thread that it waits for.
+KESTRELID_EXPORT KestrelidStatus kestrelid_detector_validate_wait(KestrelidDetector* detector,
+                                                                  const KestrelidImage* image,
+                                                                  KestrelidResult** result,
+                                                                  KestrelidError** error);
+
+#ifdef __cplusplus
+}  // extern "C"
+#endif

@@ -1,0 +1,91 @@
+#!/usr/bin/python3
+"""The binding for Python against the built library, KESTRELID_LIBRARY."""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import threading
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "examples" / "python"))
+
+import kestrelid  # noqa: E402
+
+LIBRARY = os.environ["KESTRELID_LIBRARY"]
+PASSPORT = ROOT / "samples" / "bangladesh-on-wood.jpg"
+RECEIPT = ROOT / "samples" / "receipt.jpg"
+
+
+def judge(*arguments):
+    command = [ROOT / "examples" / "python" / "judge.py", *arguments]
+    return subprocess.run(command, capture_output=True, text=True, timeout=100, check=False)
+
+
+class Judging(unittest.TestCase):
+    def test_file_and_bytes_give_one_verdict(self):
+        with kestrelid.Detector(LIBRARY) as detector:
+            verdict = detector.judge_file(PASSPORT)
+            self.assertTrue(verdict.is_passport)
+            self.assertGreaterEqual(verdict.confidence, 0.5)
+            self.assertEqual(len(verdict.reasons), 3)
+            self.assertIn("BANGLADESH", verdict.recognized_text)
+            self.assertEqual(detector.judge_bytes(PASSPORT.read_bytes()), verdict)
+
+    def test_command(self):
+        result = judge("--library", LIBRARY, PASSPORT, "gone.jpg", RECEIPT)
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stdout, rf"\A{PASSPORT}: passport \(.*\n{RECEIPT}: not a passport \(.*\n\Z")
+        self.assertEqual(result.stderr, "judge.py: gone.jpg: cannot be opened: No such file or directory\n")
+        self.assertEqual(judge("--library", "/nowhere/lib.so", PASSPORT).returncode, 2)
+        self.assertEqual(judge().returncode, 2)
+
+
+class WithoutModels(unittest.TestCase):
+    def setUp(self):
+        self.lines = []
+        self.detector = kestrelid.Detector(LIBRARY, resources="/nowhere", outlines=kestrelid.CLASSICAL,
+                                           console=self.lines.append)
+        self.addCleanup(self.detector.close)
+
+    def test_pixels_and_console(self):
+        for mode, size in (("BGRA", 4), ("RGB", 3), ("L", 1)):
+            with self.subTest(mode):
+                verdict = self.detector.judge_pixels(bytes(64 * 48 * size), 64, 48, mode)
+                self.assertFalse(verdict.is_passport)
+        self.assertEqual(len(self.lines), 3)
+        self.assertIn("/nowhere", self.lines[0])
+
+    def test_failures_are_exceptions(self):
+        with tempfile.NamedTemporaryFile(suffix=".jpg") as empty:
+            with self.assertRaisesRegex(kestrelid.Error, f"^{empty.name}: the file is empty$"):
+                self.detector.judge_file(empty.name)
+        with self.assertRaisesRegex(kestrelid.Error, "size does not hold all rows"):
+            self.detector.judge_pixels(b"abc", 2, 2, "L")
+        with self.assertRaisesRegex(kestrelid.Error, "recognizer is out of range"):
+            kestrelid.Detector(LIBRARY, recognizer=9)
+        self.detector.close()
+        with self.assertRaisesRegex(ValueError, "closed"):
+            self.detector.judge_bytes(b"")
+        with self.assertRaisesRegex(ValueError, "closed"):
+            kestrelid.Detector(share=self.detector)
+
+    def test_threads_and_sharing(self):
+        shared = kestrelid.Detector(share=self.detector, effort=kestrelid.VERDICT_ONLY)
+        self.detector.close()
+        verdicts = []
+        threads = [threading.Thread(target=lambda: verdicts.append(shared.judge_pixels(bytes(64 * 48), 64, 48, "L")))
+                   for _ in range(6)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        shared.close()
+        self.assertEqual(len(verdicts), 6)
+        self.assertEqual(len(set(verdicts)), 1)
+
+
+if __name__ == "__main__":
+    unittest.main()
