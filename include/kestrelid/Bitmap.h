@@ -9,18 +9,19 @@
 
 namespace kestrelid {
 
+/// What the bytes of a pixel are.
 enum class PixelFormat : std::uint8_t {
-    bgra8,  // four bytes a pixel: blue, green, red, alpha (ignored)
-    rgb8,   // three bytes a pixel
-    gray8,  // one byte a pixel
+    bgra8,  ///< four bytes a pixel: blue, green, red, alpha (ignored)
+    rgb8,   ///< three bytes a pixel
+    gray8,  ///< one byte a pixel
 };
 
-// Bytes of one pixel: 4, 3 or 1.
+/// Bytes of one pixel: 4, 3 or 1.
 [[nodiscard]] constexpr int bytesPerPixel(PixelFormat format) noexcept {
     return format == PixelFormat::bgra8 ? 4 : format == PixelFormat::rgb8 ? 3 : 1;
 }
 
-// Whole pixels, origin at the top left, y growing downwards.
+/// Whole pixels, origin at the top left, y growing downwards.
 struct PixelRect {
     int x = 0;
     int y = 0;
@@ -30,29 +31,31 @@ struct PixelRect {
     friend bool operator==(const PixelRect&, const PixelRect&) = default;
 };
 
-// A picture in memory: rows from top to bottom. A Bitmap that exists is valid: width and height are
-// positive and every row lies inside the pixels. Copies and crops share the pixels, which are never
-// changed once a Bitmap shows them. Thread: any.
+/// A picture in memory: rows from top to bottom. A Bitmap that exists is valid: width and height
+/// are positive and every row lies inside the pixels. Copies and crops share the pixels, which are
+/// never changed once a Bitmap shows them. Thread: any.
 class KESTRELID_EXPORT Bitmap {
 public:
-    // Takes pixels as they stand. stride: bytes from one row to the next.
-    // None where a size is not positive, stride is shorter than a row, or size bytes do not hold
-    // all rows.
+    /// Takes pixels as they stand. stride: bytes from one row to the next.
+    /// None where a size is not positive, stride is shorter than a row, or size bytes do not hold
+    /// all rows.
     [[nodiscard]] static std::optional<Bitmap> wrap(int width, int height, std::ptrdiff_t stride,
                                                     PixelFormat format,
                                                     std::shared_ptr<const std::byte[]> pixels,
                                                     std::size_t size);
 
-    [[nodiscard]] int width() const noexcept { return width_; }
-    [[nodiscard]] int height() const noexcept { return height_; }
+    [[nodiscard]] int width() const noexcept { return width_; }    ///< pixels
+    [[nodiscard]] int height() const noexcept { return height_; }  ///< pixels
+    /// Bytes from one row to the next.
     [[nodiscard]] std::ptrdiff_t stride() const noexcept { return stride_; }
+    /// How the bytes of a pixel are to be read.
     [[nodiscard]] PixelFormat format() const noexcept { return format_; }
 
-    // First byte of row y, 0 <= y < height().
+    /// First byte of row y, 0 <= y < height().
     [[nodiscard]] const std::byte* row(int y) const noexcept { return origin_ + y * stride_; }
 
-    // The part of region inside the bitmap, as a view that copies nothing; none where they do not
-    // meet.
+    /// The part of region inside the bitmap, as a view that copies nothing; none where they do not
+    /// meet.
     [[nodiscard]] std::optional<Bitmap> crop(const PixelRect& region) const;
 
 private:

@@ -16,73 +16,74 @@
 
 namespace kestrelid {
 
-// Wall-clock time, seconds since 1970.
+/// Wall-clock time, seconds since 1970.
 using WallTime = std::chrono::time_point<std::chrono::system_clock, std::chrono::duration<double>>;
 
-// What a camera manager needs from the machine.
+/// What a camera manager needs from the machine.
 struct CameraServices {
     std::shared_ptr<CameraAuthorization> authorization;
     std::shared_ptr<CapturePlatform> capture;
-    std::shared_ptr<PassportDetector> detector;  // best with ValidationEffort::verdictOnly
-    std::shared_ptr<DispatchQueue> mainQueue;    // serial: what the host shows changes here
+    std::shared_ptr<PassportDetector> detector;  ///< best with ValidationEffort::verdictOnly
+    std::shared_ptr<DispatchQueue> mainQueue;    ///< serial: what the host shows changes here
     std::function<std::shared_ptr<DispatchQueue>(std::string label)> makeSerialQueue;
-    std::function<WallTime()> now{};  // any thread; empty: the system's clock
+    std::function<WallTime()> now{};  ///< any thread; empty: the system's clock
 };
 
-// Owns the camera of one scanning screen: permission, session, live detection, photos. The session
-// is never stopped; it ends with the manager. No call fails: what goes wrong becomes a published
-// false or a photo that is absent. Thread: main queue, except where another is named.
+/// Owns the camera of one scanning screen: permission, session, live detection, photos. The session
+/// is never stopped; it ends with the manager. No call fails: what goes wrong becomes a published
+/// false or a photo that is absent. Thread: main queue, except where another is named.
 class KESTRELID_EXPORT CameraManager final : public std::enable_shared_from_this<CameraManager>,
                                              public PhotoCaptureDelegate,
                                              public SampleBufferDelegate {
 public:
-    // Touches neither camera nor permission. Null where a service is missing.
+    /// Touches neither camera nor permission. Null where a service is missing.
     [[nodiscard]] static std::shared_ptr<CameraManager> create(CameraServices services);
 
     CameraManager(const CameraManager&) = delete;
     CameraManager& operator=(const CameraManager&) = delete;
     ~CameraManager() override;
 
-    // Publishes isAuthorized, after asking the person where nobody has asked yet, and sets the
-    // session up where access is granted.
+    /// Publishes isAuthorized, after asking the person where nobody has asked yet, and sets the
+    /// session up where access is granted.
     void checkAuthorization();
 
-    // Configures and starts the session on the session queue; isSessionReady is published 1 s after
-    // it has started, or false at once where there is no usable camera. A session that runs already
-    // refuses a second input: it runs on, and isSessionReady is published false.
+    /// Configures and starts the session on the session queue; isSessionReady is published 1 s
+    /// after it has started, or false at once where there is no usable camera. A session that runs
+    /// already refuses a second input: it runs on, and isSessionReady is published false.
     void setupSession();
 
-    // Takes a photo of the device's full size. Ends in exactly one call of onPhotoCapture, however
-    // many are under way.
+    /// Takes a photo of the device's full size. Ends in exactly one call of onPhotoCapture, however
+    /// many are under way.
     void capturePhoto();
 
-    // Gets every photo, or nothing where it failed. Empty: photos are taken and thrown away.
-    // Main queue.
+    /// Gets every photo, or nothing where it failed. Empty: photos are taken and thrown away.
+    /// Main queue.
     std::function<void(const std::optional<Image>& photo)> onPhotoCapture;
 
-    // For a PreviewSurface. Any thread.
+    /// For a PreviewSurface. Any thread.
     [[nodiscard]] const std::shared_ptr<CaptureSession>& session() const noexcept {
         return session_;
     }
 
-    // Whether the camera may be used.
+    /// Whether the camera may be used.
     [[nodiscard]] const Published<bool>& isAuthorized() const noexcept { return isAuthorized_; }
-    // Whether the session was running a second after its start; later losses are not published.
+    /// Whether the session was running a second after its start; later losses are not published.
     [[nodiscard]] const Published<bool>& isSessionReady() const noexcept { return isSessionReady_; }
-    // Whether a passport is in view: from the first verdict for it to the second in a row against
-    // it. Published on a change only.
+    /// Whether a passport is in view: from the first verdict for it to the second in a row against
+    /// it. Published on a change only.
     [[nodiscard]] const Published<bool>& isDocumentDetected() const noexcept {
         return isDocumentDetected_;
     }
-    // Of the last verdict, 0 to 1. Published on every verdict.
+    /// Of the last verdict, 0 to 1. Published on every verdict.
     [[nodiscard]] const Published<float>& detectionConfidence() const noexcept {
         return detectionConfidence_;
     }
 
-    // For the capture platform.
-    void didOutput(const SampleBuffer& sampleBuffer) override;  // frame queue
+    /// For the capture platform. Frame queue.
+    void didOutput(const SampleBuffer& sampleBuffer) override;
+    /// For the capture platform. Any thread.
     void didFinishProcessingPhoto(const CapturedPhoto& photo,
-                                  const std::optional<CaptureError>& error) override;  // any thread
+                                  const std::optional<CaptureError>& error) override;
 
 private:
     explicit CameraManager(CameraServices services);

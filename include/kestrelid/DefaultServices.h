@@ -10,37 +10,40 @@
 
 namespace kestrelid {
 
+/// What reads text.
 enum class Recognizer : std::uint8_t {
-    ppocr,      // PP-OCRv4 mobile on ONNX Runtime
-    tesseract,  // Tesseract 5, English
+    ppocr,      ///< PP-OCRv4 mobile on ONNX Runtime
+    tesseract,  ///< Tesseract 5, English
 };
 
+/// What finds outlines.
 enum class OutlineFinder : std::uint8_t {
-    networkFirst,  // the outline network, and the classical finder where the network is in doubt
-    network,       // the network alone
-    classical,     // edges and contours alone
+    networkFirst,  ///< the outline network, and the classical finder where the network is in doubt
+    network,       ///< the network alone
+    classical,     ///< edges and contours alone
 };
 
+/// With what a machine's services work.
 struct DefaultServicesOptions {
     Recognizer recognizer = Recognizer::ppocr;
 
-    // Folder that holds the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library.
-    // Empty: where the library lies, installed or built.
+    /// Folder that holds the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library.
+    /// Empty: where the library lies, installed or built.
     std::filesystem::path resources;
 
-    // Without the network's model the classical finder works alone, whichever is named here.
+    /// Without the network's model the classical finder works alone, whichever is named here.
     OutlineFinder outlines = OutlineFinder::networkFirst;
 
-    int textThreads = 2;  // threads that one text request may use, the calling one included
+    int textThreads = 2;  ///< threads that one text request may use, the calling one included
 };
 
-// The services of this machine. Nothing is loaded before the first request needs it; what is
-// missing becomes an error of that request. Thread: any.
+/// The services of this machine. Nothing is loaded before the first request needs it; what is
+/// missing becomes an error of that request. Thread: any.
 [[nodiscard]] KESTRELID_EXPORT PlatformServices
 defaultServices(const DefaultServicesOptions& options = {});
 
-// Looks for every part of both recognisers and for the outline network, and loads them once.
-// Thread: any; takes up to a second.
+/// Looks for every part of both recognisers and for the outline network, and loads them once.
+/// Thread: any; takes up to a second.
 [[nodiscard]] KESTRELID_EXPORT std::vector<ServiceStatus>
 diagnose(const DefaultServicesOptions& options = {});
 

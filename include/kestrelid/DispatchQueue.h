@@ -7,13 +7,14 @@
 
 namespace kestrelid {
 
-// Runs blocks later, in the order in which they were submitted (a serial queue one after another, a
-// concurrent queue several at once). Duties of an implementation: neither call blocks or runs the
-// block before it returns, every block runs exactly once, blocks still waiting when the queue is
-// released are run all the same, and the queue may be released from one of its own blocks. Thread:
-// any.
+/// Runs blocks later, in the order in which they were submitted (a serial queue one after another,
+/// a concurrent queue several at once). Duties of an implementation: neither call blocks or runs
+/// the block before it returns, every block runs exactly once, blocks still waiting when the queue
+/// is released are run all the same, and the queue may be released from one of its own blocks.
+/// Thread: any.
 class KESTRELID_EXPORT DispatchQueue {
 public:
+    /// Work to be done. It must not throw.
     using Block = std::function<void()>;
 
     DispatchQueue() = default;
@@ -21,9 +22,10 @@ public:
     DispatchQueue& operator=(const DispatchQueue&) = delete;
     virtual ~DispatchQueue();
 
+    /// Submits the block.
     virtual void async(Block block) = 0;
 
-    // Submits the block once delay seconds have passed.
+    /// Submits the block once delay seconds have passed.
     virtual void asyncAfter(std::chrono::duration<double> delay, Block block) = 0;
 };
 

@@ -8,34 +8,39 @@
 
 namespace kestrelid {
 
-// Keeps an observer registered for as long as it lives; may outlive the field. An empty one
-// registers nothing.
+/// Keeps an observer registered for as long as it lives; may outlive the field. An empty one
+/// registers nothing.
 using Subscription = std::shared_ptr<const void>;
 
-// A value whose changes are announced: to every observer of willChange() while the old value still
-// stands, then, once the new one stands, to every observer of didChange(). Every assignment is
-// announced, also of an equal value. Observers are called in the order in which they were
-// registered; they may register and drop observers, also themselves. Thread: one, that of its
-// owner (a CameraManager: main queue).
+/// A value whose changes are announced: to every observer of willChange() while the old value still
+/// stands, then, once the new one stands, to every observer of didChange(). Every assignment is
+/// announced, also of an equal value. Observers are called in the order in which they were
+/// registered; they may register and drop observers, also themselves. Thread: one, that of its
+/// owner (a CameraManager: main queue).
 template <typename Value>
 class Published {
 public:
+    /// Gets the value that is announced.
     using Observer = std::function<void(const Value& newValue)>;
 
+    /// Announces nothing yet.
     explicit Published(Value initial) : value_(std::move(initial)) {}
     Published(const Published&) = delete;
     Published& operator=(const Published&) = delete;
 
+    /// The value that stands.
     [[nodiscard]] const Value& value() const noexcept { return value_; }
 
+    /// Calls observer before each change, with the value to come.
     [[nodiscard]] Subscription willChange(Observer observer) const {
         return willChange_->add(std::move(observer));
     }
+    /// Calls observer after each change.
     [[nodiscard]] Subscription didChange(Observer observer) const {
         return didChange_->add(std::move(observer));
     }
 
-    // For the owner.
+    /// For the owner.
     void publish(Value newValue) {
         const auto will = willChange_;
         const auto did = didChange_;

@@ -8,7 +8,7 @@ extern "C" {
 
 KESTRELID_EXPORT extern const double KestrelidVersionNumber;
 KESTRELID_EXPORT extern const unsigned char
-    KestrelidVersionString[];  // ends in a line feed and a zero byte
+    KestrelidVersionString[];  ///< ends in a line feed and a zero byte
 
 #ifdef __cplusplus
 }

@@ -13,7 +13,7 @@
 
 namespace kestrelid {
 
-// Relative to the bitmap: 0 to 1, origin at the lower left, y growing upwards.
+/// Relative to the bitmap: 0 to 1, origin at the lower left, y growing upwards.
 struct NormalizedPoint {
     double x = 0.0;
     double y = 0.0;
@@ -21,59 +21,65 @@ struct NormalizedPoint {
     friend bool operator==(const NormalizedPoint&, const NormalizedPoint&) = default;
 };
 
-// Relative to the bitmap: 0 to 1, origin at the lower left corner of both bitmap and rectangle.
+/// Relative to the bitmap: 0 to 1, origin at the lower left corner of both bitmap and rectangle.
 struct NormalizedRect {
     double x = 0.0;
     double y = 0.0;
     double width = 0.0;
     double height = 0.0;
 
-    // Fraction of the bitmap's area.
+    /// Fraction of the bitmap's area.
     [[nodiscard]] double area() const noexcept { return width * height; }
 
     friend bool operator==(const NormalizedRect&, const NormalizedRect&) = default;
 };
 
+/// Which outlines are wanted.
 struct RectangleRequest {
     int maximumObservations = 5;
-    float minimumConfidence = 0.4f;   // 0..1
-    float minimumAspectRatio = 0.5f;  // width / height of the quadrilateral, in pixels
+    float minimumConfidence = 0.4f;   ///< 0..1
+    float minimumAspectRatio = 0.5f;  ///< width / height of the quadrilateral, in pixels
     float maximumAspectRatio = 2.2f;
 };
 
-// A quadrilateral that may be the outline of a document.
+/// A quadrilateral that may be the outline of a document.
 struct RectangleObservation {
     NormalizedRect boundingBox;
     std::array<NormalizedPoint, 4>
-        corners;  // as seen in the bitmap: top left, top right, bottom right, bottom left
-    float confidence = 0.0f;  // 0..1
+        corners;  ///< as seen in the bitmap: top left, top right, bottom right, bottom left
+    float confidence = 0.0f;  ///< 0..1
 };
 
+/// Accuracy against speed.
 enum class RecognitionLevel { fast, accurate };
 
+/// How text is to be read.
 struct TextRequest {
     RecognitionLevel recognitionLevel = RecognitionLevel::accurate;
     bool usesLanguageCorrection = true;
-    std::vector<std::string> recognitionLanguages = {"en"};  // ISO 639-1
+    std::vector<std::string> recognitionLanguages = {"en"};  ///< ISO 639-1
 
-    // Asked once for each line as it is read, in any order, one call at a time, on any thread: true
-    // says that the rest need not be read. Empty: read everything.
+    /// Asked once for each line as it is read, in any order, one call at a time, on any thread:
+    /// true says that the rest need not be read. Empty: read everything.
     std::function<bool(std::string_view line)> isEnough;
 };
 
+/// One reading of a line.
 struct RecognizedText {
-    std::string string;       // UTF-8
-    float confidence = 0.0f;  // 0..1
+    std::string string;       ///< UTF-8
+    float confidence = 0.0f;  ///< 0..1
 };
 
-// One line of text with its readings, best first.
+/// One line of text with its readings, best first.
 class KESTRELID_EXPORT TextObservation {
 public:
+    /// candidates: best first.
     TextObservation(NormalizedRect boundingBox, std::vector<RecognizedText> candidates);
 
+    /// Around the line.
     [[nodiscard]] const NormalizedRect& boundingBox() const noexcept { return boundingBox_; }
 
-    // The best readings, at most maximumCount of them; empty where there is none.
+    /// The best readings, at most maximumCount of them; empty where there is none.
     [[nodiscard]] std::vector<RecognizedText> topCandidates(int maximumCount) const;
 
 private:
@@ -83,14 +89,14 @@ private:
 
 using Observation = std::variant<RectangleObservation, TextObservation>;
 
-// Why a request failed: one line that says what to do about it where something can be done (a
-// missing library: the package or command that brings it). Holds nothing that was read off a
-// picture.
+/// Why a request failed: one line that says what to do about it where something can be done (a
+/// missing library: the package or command that brings it). Holds nothing that was read off a
+/// picture.
 struct RequestError {
     std::string description;
 };
 
-// What a request found, or the error that it met. Neither: nothing was found.
+/// What a request found, or the error that it met. Neither: nothing was found.
 struct RequestReport {
     std::optional<std::vector<Observation>> results;
     std::optional<RequestError> error;
@@ -98,26 +104,28 @@ struct RequestReport {
 
 using RequestCompletion = std::function<void(const RequestReport&)>;
 
-// Finds document outlines. Duties of an implementation: calls completion once, on the calling
-// thread, before perform() returns; returns an error where the request could not be carried out
-// (then completion need not have been called); keeps nothing of the bitmap afterwards; several
-// calls may run at once on one object.
+/// Finds document outlines. Duties of an implementation: calls completion once, on the calling
+/// thread, before perform() returns; returns an error where the request could not be carried out
+/// (then completion need not have been called); keeps nothing of the bitmap afterwards; several
+/// calls may run at once on one object.
 class KESTRELID_EXPORT RectangleService {
 public:
     virtual ~RectangleService();
-    // Results hold only RectangleObservation, in no particular order.
+
+    /// Results hold only RectangleObservation, in no particular order.
     [[nodiscard]] virtual std::optional<RequestError>
     perform(const Bitmap& bitmap, const RectangleRequest& request,
             const RequestCompletion& completion) = 0;
 };
 
-// Reads text. Duties as for RectangleService; text is read whichever of the four turns the bitmap
-// stands in.
+/// Reads text. Duties as for RectangleService; text is read whichever of the four turns the bitmap
+/// stands in.
 class KESTRELID_EXPORT TextService {
 public:
     virtual ~TextService();
-    // Results hold only TextObservation, in reading order: top to bottom, within a row left to
-    // right.
+
+    /// Results hold only TextObservation, in reading order: top to bottom, within a row left to
+    /// right.
     [[nodiscard]] virtual std::optional<RequestError>
     perform(const Bitmap& bitmap, const TextRequest& request,
             const RequestCompletion& completion) = 0;

@@ -9,24 +9,24 @@
 
 namespace kestrelid {
 
-// The scanning screen as a widget: alone as a window, or inside a dialog or window, which its close
-// control rejects or closes. Its child, and the camera with it, is made when it is first shown.
-// Main thread.
+/// The scanning screen as a widget: alone as a window, or inside a dialog or window, which its
+/// close control rejects or closes. Its child, and the camera with it, is made when it is first
+/// shown. Main thread.
 class KESTRELID_SCREENS_EXPORT DocumentScannerVC : public QWidget {
     Q_OBJECT
 
 public:
-    // completion: gets every photo that is asked for, exactly as CameraManager::onPhotoCapture.
+    /// completion: gets every photo that is asked for, exactly as CameraManager::onPhotoCapture.
     explicit DocumentScannerVC(PhotoCompletion completion, ScannerCamera camera = {},
                                QWidget* parent = nullptr);
 
-    // Controllers are made in code only: ends the program.
+    /// Controllers are made in code only: ends the program.
     [[noreturn]] explicit DocumentScannerVC(FormBuilderTag tag);
 
     ~DocumentScannerVC() override;
 
-    // What of the screen's edges is covered, by a notch or a system bar; counts where it is set
-    // before the first showing. Points.
+    /// What of the screen's edges is covered, by a notch or a system bar; counts where it is set
+    /// before the first showing. Points.
     QMarginsF safeAreaMargins;
 
 protected:

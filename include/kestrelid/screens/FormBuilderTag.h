@@ -2,7 +2,7 @@
 
 namespace kestrelid {
 
-// Says that a form builder, not code, makes a controller. Controllers refuse it: see there.
+/// Says that a form builder, not code, makes a controller. Controllers refuse it: see there.
 struct FormBuilderTag {};
 
 }  // namespace kestrelid

@@ -12,27 +12,27 @@
 
 namespace kestrelid {
 
-// The preview screen as a widget: alone as a window, or inside a dialog or window, which its close
-// control rejects or closes. Retake and Confirm leave it open. Main thread.
+/// The preview screen as a widget: alone as a window, or inside a dialog or window, which its close
+/// control rejects or closes. Retake and Confirm leave it open. Main thread.
 class KESTRELID_SCREENS_EXPORT ImagePreviewViewController : public QWidget {
     Q_OBJECT
 
 public:
-    // title: shown as it stands. image: none shows a placeholder.
+    /// title: shown as it stands. image: none shows a placeholder.
     ImagePreviewViewController(QString title, std::optional<Image> image, ScreenAction didTapRetake,
                                ScreenAction didTapConfirm, QWidget* parent = nullptr);
 
-    // Controllers are made in code only: ends the program.
+    /// Controllers are made in code only: ends the program.
     [[noreturn]] explicit ImagePreviewViewController(FormBuilderTag tag);
 
     ~ImagePreviewViewController() override;
 
-    // Read once, when the controller is first shown.
+    /// Read once, when the controller is first shown.
     QString titleText;
     std::optional<Image> image;
-    QMarginsF safeAreaMargins;  // points of the screen's edges that a notch or system bar covers
+    QMarginsF safeAreaMargins;  ///< points of the screen's edges that a notch or system bar covers
 
-    // Looked up at each tap.
+    /// Looked up at each tap.
     ScreenAction didTapRetake;
     ScreenAction didTapConfirm;
 

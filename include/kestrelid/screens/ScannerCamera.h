@@ -13,23 +13,24 @@
 
 namespace kestrelid {
 
-// Gets a photo, or nothing where taking it failed. As DocumentScannerView.completion from C++: a
-// QVariant of this type.
+/// Gets a photo, or nothing where taking it failed. As DocumentScannerView.completion from C++: a
+/// QVariant of this type.
 using PhotoCompletion = std::function<void(const std::optional<Image>& photo)>;
 
-// What a tap does. As ImagePreviewView.didTapRetake and the like from C++: a QVariant of this type.
+/// What a tap does. As ImagePreviewView.didTapRetake and the like from C++: a QVariant of this
+/// type.
 using ScreenAction = std::function<void()>;
 
-// With what scanning screens work. Main thread.
+/// With what scanning screens work. Main thread.
 struct ScannerCamera {
-    // Which camera; DocumentScannerView.camera, where it is set, replaces options.camera.
+    /// Which camera; DocumentScannerView.camera, where it is set, replaces options.camera.
     CameraOptions options;
 
-    // Models that the screens share, as much as 350 MB once loaded: give the same to all of a
-    // program. None: those who hold this ScannerCamera make their own when the first screen opens.
+    /// Models that the screens share, as much as 350 MB once loaded: give the same to all of a
+    /// program. None: those who hold this ScannerCamera make their own when the first screen opens.
     std::optional<PlatformServices> recognition;
 
-    // Called once for each screen, when it is first shown. Empty: defaultCameraServices().
+    /// Called once for each screen, when it is first shown. Empty: defaultCameraServices().
     std::function<CameraServices(std::shared_ptr<DispatchQueue> mainQueue,
                                  const CameraOptions& options)>
         makeServices;
