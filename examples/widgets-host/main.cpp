@@ -3,21 +3,22 @@
 #include <kestrelid/screens/ImagePreviewViewController.h>
 #include <kestrelid/screens/MainQueue.h>
 
-#include <cstdlib>
 #include <QApplication>
 #include <QLabel>
 #include <QPointer>
 #include <QStackedWidget>
+#include <QThread>
+#include <QTranslator>
 
 using namespace kestrelid;
 
 // Scan, look at the photo, take it again or confirm it, see the verdict.
 class Host : public QStackedWidget {
 public:
-    explicit Host(const QString& cameraOrFile) {
+    Host(const PlatformServices& recognition, const QString& cameraOrFile) {
         camera_.options.camera = cameraOrFile.toStdString();  // empty: the first camera
-        camera_.recognition = defaultServices();              // one set of models for all
-        detector_ = PassportDetector::create(*camera_.recognition);
+        camera_.recognition = recognition;                    // one set of models for all
+        detector_ = PassportDetector::create(recognition);
         scan();
     }
 
@@ -65,8 +66,20 @@ private:
 
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
-    Host host(QApplication::arguments().value(1));
-    host.resize(390, 760);
-    host.show();
-    return QApplication::exec();
+    QTranslator translator;
+    if (translator.load(QLocale(), "kestrelid", "_", KESTRELID_TRANSLATIONS))
+        QApplication::installTranslator(&translator);
+    const PlatformServices recognition = defaultServices();
+    int status = 0;
+    {
+        Host host(recognition, QApplication::arguments().value(1));
+        host.setWindowTitle("Your passport, please");
+        host.resize(390, 760);
+        host.show();
+        status = QApplication::exec();
+    }
+    // Frames may still be judged, by libraries that do not bear the end of main().
+    while (recognition.queue.use_count() > 1)
+        QThread::msleep(10);
+    return status;
 }

@@ -1,0 +1,77 @@
+#!/usr/bin/python3
+"""public_headers_test.py BUILD [QT_FOLDER...]: Clang takes each public header alone too, those for C as C99, and behind
+none of them stands a header of a library that hosts need not have. The compiler of the build: repository.headers."""
+
+import concurrent.futures
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+INCLUDE = ROOT / "include" / "kestrelid"
+BUILD = sys.argv[1]
+# Without the system's own folder: named once more it hides headers of the C library from those of C++.
+QT = [folder for folder in dict.fromkeys(sys.argv[2:]) if folder != "/usr/include"]
+sys.argv[1:] = []
+
+WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Werror"]
+FOLDERS = [f"-I{ROOT / 'include'}", f"-I{BUILD}/include"]
+INSIDE = re.compile(r"/(opencv\d?|unicode|onnxruntime\w*|gstreamer-1\.0|glib-2\.0|asio|tesseract|leptonica)/|/asio\.hpp$")
+OR_QT = re.compile(INSIDE.pattern + r"|/qt6/|/Qt\w+/")
+FOR_C = ["kestrelid.h", "Version.h"]
+
+
+def compiler(*names):
+    return next((path for path in map(shutil.which, names) if path), None)
+
+
+def compile_alone(command, source, suffix, forbidden):
+    """What the compiler complains about, and the forbidden headers that it read."""
+    with tempfile.TemporaryDirectory() as place:
+        file, dependencies = pathlib.Path(place, "alone" + suffix), pathlib.Path(place, "alone.d")
+        file.write_text(source)
+        result = subprocess.run([*command, *WARNINGS, *FOLDERS, "-fsyntax-only", "-MD", "-MF", dependencies, file],
+                                capture_output=True, text=True, check=False)
+        complaints = [result.stderr] if result.returncode else []
+        read = dependencies.read_text().replace("\\\n", " ").split() if dependencies.exists() else []
+    return complaints + [name for name in read if forbidden.search(name)]
+
+
+class PublicHeaders(unittest.TestCase):
+    clang = compiler("clang++-14", "clang++")
+
+    def check(self, jobs):
+        """jobs: name -> arguments of compile_alone()."""
+        with concurrent.futures.ThreadPoolExecutor(2) as pool:
+            results = {name: pool.submit(compile_alone, *job) for name, job in jobs.items()}
+        for name, result in results.items():
+            with self.subTest(name):
+                self.assertEqual(result.result(), [])
+
+    def test_clang(self):
+        if not self.clang:
+            self.skipTest("no clang++; tools/setup installs it")
+        command = [self.clang, "-std=c++20"]
+        with_qt = [*command, *(f"-isystem{folder}" for folder in QT)]
+        plain = {f"kestrelid/{path.name}": (command, OR_QT) for path in INCLUDE.glob("*.h")}
+        screens = {f"kestrelid/screens/{path.name}": (with_qt, INSIDE) for path in (INCLUDE / "screens").glob("*.h") if QT}
+        self.assertGreater(len(plain), 10)
+        self.check({name: (command, f"#include <{name}>\n", ".cpp", forbidden)
+                    for name, (command, forbidden) in (plain | screens).items()})
+
+    def test_c(self):
+        compilers = [path for path in (compiler("gcc", "cc"), compiler("clang-14", "clang")) if path]
+        self.check({f"{path} {name}": ([path, "-std=c99"], f"#include <kestrelid/{name}>\nint empty;\n", ".c", OR_QT)
+                    for path in compilers for name in FOR_C})
+
+    def test_a_library_of_the_inside_is_noticed(self):
+        found = compile_alone([compiler("g++", "c++"), "-std=c++20"], "#include <unicode/utypes.h>\n", ".cpp", OR_QT)
+        self.assertIn("/usr/include/unicode/utypes.h", found)
+
+
+if __name__ == "__main__":
+    unittest.main()
