@@ -1,10 +1,11 @@
 #!/usr/bin/python3
-"""The documents: README.md shows the built example, stays short, and no link within the project is dead."""
+"""The documents: code in them stands in an example that is built, READMEs stay short, no link within the project is dead."""
 import pathlib
 import re
 import subprocess
 import unittest
 
+CODE = re.compile(r"((?:^[^\n]*\n)?)^```(cpp|qml|cmake|python)\n(.*?)^```$", re.DOTALL | re.MULTILINE)
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
@@ -14,10 +15,30 @@ def tracked(pattern):
 
 
 class Documents(unittest.TestCase):
-    def test_readme_shows_the_examples_that_are_built(self):
-        for language, example in (("cpp", "examples/judge/main.cpp"), ("qml", "examples/qml-host/Main.qml")):
-            shown = re.search(rf"```{language}\n(.*?)```", (ROOT / "README.md").read_text(), re.DOTALL).group(1)
-            self.assertEqual(shown, (ROOT / example).read_text())
+    def test_code_is_a_part_of_the_example_that_is_named_above_it(self):
+        blocks = 0
+        for path in [ROOT / "README.md"] + tracked("docs/guides/*.md"):
+            for before, language, shown in CODE.findall(path.read_text()):
+                with self.subTest(f"{path.relative_to(ROOT)}: {shown.splitlines()[0]}"):
+                    named = re.search(r"<!-- (examples/\S+) -->\n$", before)
+                    self.assertTrue(named, "the line above does not name a file of examples/")
+                    self.assertTrue("\n" + shown in "\n" + (ROOT / named[1]).read_text(), f"differs from {named[1]}")
+                    blocks += 1
+        self.assertGreater(blocks, 12)
+
+    def test_examples_build_by_themselves(self):
+        folders = {path.parent for path in tracked("examples/**/*.cpp")}
+        self.assertGreater(len(folders), 4)
+        for folder in folders:
+            build = (folder / "CMakeLists.txt").read_text()
+            self.assertIn("find_package(Kestrelid 0.1 REQUIRED", build, folder)
+            self.assertNotIn("..", build, folder)
+
+    def test_every_document_is_in_the_index(self):
+        index = (ROOT / "docs/index.md").read_text()
+        for path in tracked("docs/**/*.md"):
+            name = path.relative_to(ROOT / "docs").as_posix()
+            self.assertTrue(name == "index.md" or f"({name})" in index, name)
 
     def test_readmes_are_short(self):
         for path in tracked("*README.md"):
