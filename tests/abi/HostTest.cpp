@@ -1,0 +1,93 @@
+// A host against the shared library: what it derives, and what it asks of types, works although the
+// library lets out nothing but its own names. Both sides have their own copies of the rest.
+
+#include "tests/support/FakeServices.h"
+#include "tests/support/ManualQueue.h"
+
+#include <kestrelid/Bitmap.h>
+#include <kestrelid/CaptureServices.h>
+#include <kestrelid/DefaultCamera.h>
+#include <kestrelid/Image.h>
+#include <kestrelid/PassportDetector.h>
+
+#include <cstddef>
+#include <gtest/gtest.h>
+#include <memory>
+#include <typeinfo>
+#include <variant>
+
+namespace kestrelid::test {
+namespace {
+
+struct Named {
+    virtual ~Named() = default;
+};
+
+class HostDetector final : public PassportDetector, public Named {
+public:
+    explicit HostDetector(PlatformServices services)
+        : PassportDetector(std::move(services), ValidationEffort::complete) {}
+
+    void validate(const Image& image, Completion completion) override {
+        ++calls;
+        PassportDetector::validate(image, [completion](const PassportValidationResult& result) {
+            completion(makeResult(result.isPassport(), 0.25, result.reasons(), "of the host"));
+        });
+    }
+
+    int calls = 0;
+};
+
+class HostDevice final : public CaptureDevice {
+public:
+    [[nodiscard]] std::string name() const override { return "of the host"; }
+    [[nodiscard]] Orientation orientation() const override { return Orientation::up; }
+    [[nodiscard]] bool isMirrored() const override { return false; }
+};
+
+Image greyImage() {
+    constexpr std::size_t kSize = 40 * 30;
+    return Image(
+        *Bitmap::wrap(40, 30, 40, PixelFormat::gray8, std::make_shared<std::byte[]>(kSize), kSize));
+}
+
+TEST(Host, DerivesFromADetector) {
+    const auto queue = std::make_shared<ManualQueue>();
+    const auto text = std::make_shared<FakeText>(std::vector<std::string>{"PASSPORT"});
+    const std::shared_ptr<PassportDetector> detector = std::make_shared<HostDetector>(
+        PlatformServices{.rectangles = std::make_shared<FakeRectangles>(reporting({})),
+                         .text = text,
+                         .queue = queue,
+                         .console = [](std::string_view) {}});
+    std::optional<PassportValidationResult> result;
+    detector->validate(greyImage(), [&](const auto& given) { result = given; });
+    queue->runAll();
+
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->recognizedText(), "of the host");
+    EXPECT_EQ(text->linesRead, 1u);
+    EXPECT_EQ(typeid(*detector), typeid(HostDetector));
+    const auto own = std::dynamic_pointer_cast<HostDetector>(detector);
+    ASSERT_TRUE(own);
+    EXPECT_EQ(own->calls, 1);
+    EXPECT_TRUE(dynamic_cast<Named*>(detector.get()));
+    EXPECT_TRUE(dynamic_cast<PassportDetector*>(static_cast<Named*>(own.get())));
+}
+
+TEST(Host, AsksForTheTypesOfWhatTheLibraryMade) {
+    const std::shared_ptr<DispatchQueue> queue = makeSerialQueue("host");
+    EXPECT_TRUE(dynamic_cast<DispatchQueue*>(queue.get()));
+    EXPECT_FALSE(dynamic_cast<ManualQueue*>(queue.get()));
+    EXPECT_NE(typeid(*queue), typeid(DispatchQueue));
+}
+
+// The library asks for the types of what the host made.
+TEST(Host, GivesADeviceOfItsOwnToAPlatformThatRefusesIt) {
+    const CameraServices services = defaultCameraServices(makeSerialQueue("main"));
+    const auto input = services.capture->makeInput(std::make_shared<HostDevice>());
+    ASSERT_TRUE(std::holds_alternative<CaptureError>(input));
+    EXPECT_EQ(std::get<CaptureError>(input).description, "not a camera of this platform");
+}
+
+}  // namespace
+}  // namespace kestrelid::test
