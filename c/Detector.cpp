@@ -18,6 +18,19 @@ using kestrelid::c::require;
 
 using Result = kestrelid::PassportValidationResult;
 
+// The enumerators of both interfaces have the same values, so that they can be cast.
+template <typename Enumerator>
+constexpr bool same(int forC, Enumerator forCpp) {
+    return forC == static_cast<int>(forCpp);
+}
+static_assert(same(KESTRELID_PPOCR, kestrelid::Recognizer::ppocr) &&
+              same(KESTRELID_TESSERACT, kestrelid::Recognizer::tesseract) &&
+              same(KESTRELID_NETWORK_FIRST, kestrelid::OutlineFinder::networkFirst) &&
+              same(KESTRELID_NETWORK, kestrelid::OutlineFinder::network) &&
+              same(KESTRELID_CLASSICAL, kestrelid::OutlineFinder::classical) &&
+              same(KESTRELID_COMPLETE, kestrelid::ValidationEffort::complete) &&
+              same(KESTRELID_VERDICT_ONLY, kestrelid::ValidationEffort::verdictOnly));
+
 void checkRange(int32_t value, int32_t last, const char* name) {
     if (value < 0 || value > last)
         throw Failure{KESTRELID_INVALID_ARGUMENT, std::string(name) + " is out of range"};
