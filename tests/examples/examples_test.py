@@ -1,0 +1,140 @@
+#!/usr/bin/python3
+"""The examples from outside, as programs that were built against the installed package.
+
+usage: examples_test.py FOLDER_OF_BUILT_EXAMPLES SAMPLES [UNITTEST ARGUMENT...]
+"""
+
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "demo"))
+import screen  # noqa: E402
+
+ROOT = Path(__file__).resolve().parents[2]
+PATIENCE = 200  # seconds; machines that build meanwhile are slow
+PASSPORT, DESK, RECEIPT = "bangladesh-spread.jpg", "desk.jpg", "receipt.jpg"
+
+
+def program(name):
+    file = next((file for file in (BUILT / name / name, BUILT / name) if file.is_file()), None)
+    assert file, f"{name} is not built in {BUILT}"
+    return str(file)
+
+
+def run(name, *arguments, names=b"", **options):
+    return subprocess.run([program(name), *map(str, arguments)], input=names, stdout=options.pop("stdout", subprocess.PIPE),
+                          stderr=subprocess.PIPE, timeout=PATIENCE, **options)
+
+
+class OnePicture(unittest.TestCase):
+    def check(self, done, status, output, complaint):
+        self.assertEqual((done.returncode, done.stdout.decode().splitlines()[:1]), (status, output), done.stderr)
+        self.assertIn(complaint, done.stderr.decode())
+
+    def test_judge(self):
+        for picture, status, output, complaint in (
+                (PASSPORT, 0, ["a passport"], ""), (DESK, 0, ["not a passport"], ""), ("missing.jpg", 1, [], "missing.jpg: ")):
+            with self.subTest(picture):
+                self.check(run("judge", SAMPLES / picture), status, output, complaint)
+
+    def test_own_recogniser_decides_by_the_lines_it_is_given(self):
+        with tempfile.TemporaryDirectory() as folder:
+            lines = Path(folder) / "lines.txt"
+            for text, status, output, complaint in (
+                    ("PASSPORT\nSURNAME\nDATE OF BIRTH\n", 0, ["a passport, confidence 0.5"], ""),
+                    ("QQQQQQQQQQQQQQQQQQQQ\n", 0, ["not a passport, confidence 0.1"], ""),
+                    ("", 1, ["not a passport, confidence 0.1"], "no lines")):
+                with self.subTest(text):
+                    lines.write_text(text)
+                    self.check(run("own-recogniser", SAMPLES / RECEIPT, lines), status, output, complaint)
+        self.check(run("own-recogniser", SAMPLES / RECEIPT), 2, [], "usage")
+
+    def test_own_camera_sees_a_passport_and_takes_its_photo(self):
+        self.check(run("own-camera", SAMPLES / PASSPORT), 0, ["a passport; photo of 960x1280"], "")
+        self.check(run("own-camera"), 2, [], "usage")
+
+
+class FolderJudge(unittest.TestCase):
+    def judged(self, names, *arguments):
+        done = run("folder-judge", *arguments, names=names)
+        return done.returncode, {line["name"]: line for line in map(json.loads, done.stdout.splitlines())}
+
+    def test_every_name_gets_one_line_and_unreadable_ones_exit_status_1(self):
+        names = [str(SAMPLES / name) for name in (PASSPORT, DESK, "missing.jpg")]
+        status, lines = self.judged("\n".join(names + [""]).encode(), "--jobs", 2)
+        self.assertEqual((status, set(lines)), (1, set(names)))
+        self.assertEqual([lines[name].get("passport") for name in names], [True, False, None])
+        self.assertEqual((lines[names[0]]["confidence"], len(lines[names[0]]["reasons"])), (0.5, 3))
+        self.assertIn("No such file", lines[names[2]]["error"])
+
+    def test_names_of_any_bytes_can_be_told_from_the_line(self):
+        with tempfile.TemporaryDirectory() as folder:
+            file = os.fsencode(folder) + b'/a\nb"\\\x01\xff.jpg'
+            with open(file, "wb") as copy:
+                copy.write((SAMPLES / DESK).read_bytes())
+            status, lines = self.judged(file + b"\0", "-0")
+        self.assertEqual((status, [bytes.fromhex(line["nameBytes"]) for line in lines.values()]), (0, [file]))
+
+    def test_a_line_comes_before_the_next_name(self):
+        with subprocess.Popen([program("folder-judge"), "--jobs", "1"], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
+            for name in (DESK, RECEIPT):
+                process.stdin.write(os.fsencode(SAMPLES / name) + b"\n")
+                process.stdin.flush()
+                self.assertEqual(json.loads(process.stdout.readline())["name"], str(SAMPLES / name))
+
+    def test_exit_status_of_wrong_usage_and_of_lost_output(self):
+        for arguments in (["--jobs"], ["--jobs", "0"], ["--jobs", "65"], ["--jobs", "2x"], ["-1"]):
+            with self.subTest(arguments):
+                self.assertEqual(run("folder-judge", *arguments).returncode, 2)
+        self.assertEqual(run("folder-judge").returncode, 0)
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(run("folder-judge", names=os.fsencode(SAMPLES / DESK), stdout=full).returncode, 1)
+
+
+class OnScreen(unittest.TestCase):
+    """Each shows the picture that stands for a camera, and is closed while frames of it are judged."""
+
+    def setUp(self):
+        if missing := screen.missing_tool():
+            self.skipTest(missing)
+        self.screen = screen.Screen()
+        self.addCleanup(self.screen.close)
+
+    def show_and_close(self, *command):
+        title = "passport, please"
+        shown = screen.Program(self.screen, command, {"QT_QUICK_BACKEND": "software"})
+        self.addCleanup(shown.end)
+        x, y, width, height = shown.geometry(title)
+        looks = {"black edge": ((4, height // 2), lambda light: light == 0),
+                 "passport": ((width // 2, int(height * 0.45)), lambda light: light > 90),
+                 "white button": ((width // 2, height - 48), lambda light: light == 255)}
+        for what, ((across, down), is_as_expected) in looks.items():
+            screen.wait_for(lambda: is_as_expected(min(self.screen.pixel(x + across, y + down))), what)
+        self.screen.click(x + 24, y + 24)  # the close control
+        status = shown.process.wait(PATIENCE)
+        output = [line for line in shown.end()[1].splitlines() if line and "XDG_RUNTIME_DIR" not in line]
+        self.assertEqual((status, output), (0, []))
+
+    def test_widgets_host(self):
+        self.show_and_close(program("widgets-host"), str(SAMPLES / PASSPORT))
+
+    def test_qml_host(self):
+        with tempfile.TemporaryDirectory() as folder:
+            scene = Path(folder) / "Main.qml"
+            view = (ROOT / "examples/qml-host/Main.qml").read_text()
+            scene.write_text(view.replace("DocumentScannerView {", f'DocumentScannerView {{ camera: "{SAMPLES / PASSPORT}"'))
+            self.show_and_close(program("qml-host"), str(scene))
+        done = run("qml-host", "missing.qml", env=self.screen.environment)
+        self.assertEqual(done.returncode, 1)
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 3:
+        sys.exit(__doc__)
+    BUILT, SAMPLES = (Path(argument).resolve() for argument in sys.argv[1:3])
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]])
