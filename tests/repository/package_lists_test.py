@@ -26,6 +26,7 @@ def named_packages():
     for folder in FOLDERS:
         for pattern in SOURCES:
             files += sorted((ROOT / folder).rglob(pattern))
+    files.remove(ROOT / "cmake" / "KestrelidPackages.cmake")  # what other machines install
     for file in files:
         for package in PACKAGE.findall(file.read_text(encoding="utf-8")):
             named.setdefault(package, file.relative_to(ROOT).as_posix())

@@ -13,6 +13,6 @@ for script in "${scripts[@]}"; do
     [[ -x $script ]] || die "$script is not executable"
     grep -q '^set -euo pipefail$' "$script" || die "$script goes on after errors: set -euo pipefail"
 done
-for script in tools/setup tools/run tools/test .ci/run; do
+for script in tools/setup tools/run tools/test tools/package .ci/run; do
     "$script" --help | grep -q "^$script" || die "$script --help does not say what it does"
 done

@@ -1,0 +1,91 @@
+#!/usr/bin/python3
+"""What a desktop reads of the demo: desktop entry, icon, AppStream metadata, manual page, and the Flatpak manifest."""
+
+import json
+import pathlib
+import re
+import shutil
+import subprocess
+import unittest
+import xml.etree.ElementTree
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+DESKTOP = ROOT / "packaging" / "desktop"
+FLATPAK = ROOT / "packaging" / "flatpak"
+ID = "org.kestrelid.Demo"
+
+
+def run(*command):
+    return subprocess.run(command, capture_output=True, text=True, check=False)
+
+
+class DesktopTest(unittest.TestCase):
+    def check_with(self, tool, package, *arguments):
+        if not shutil.which(tool):
+            self.skipTest(f"{tool} is missing: install the package {package}")
+        result = run(tool, *arguments)
+        self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+
+    def test_desktop_entry(self):
+        self.check_with("desktop-file-validate", "desktop-file-utils", "--warn-kde", DESKTOP / f"{ID}.desktop")
+
+    def test_metadata(self):
+        self.check_with("appstreamcli", "appstream", "validate", "--no-net", DESKTOP / f"{ID}.metainfo.xml")
+
+    def test_manual_page(self):
+        self.check_with("mandoc", "mandoc", "-Tlint", "-Wwarning", ROOT / "packaging" / "man" / "kestrelid-demo.1")
+
+    def test_manual_page_tells_every_option(self):
+        page = (ROOT / "packaging" / "man" / "kestrelid-demo.1").read_text(encoding="utf-8")
+        source = (ROOT / "demo" / "DemoOptions.cpp").read_text(encoding="utf-8")
+        options = set(re.findall(r"^  (?:-\w, )?--(\w+)", source, re.M))
+        self.assertGreater(len(options), 4)
+        self.assertEqual(options, set(re.findall(r"^\.It .*?Fl -(\w+)", page, re.M)))
+
+    def test_newest_release_is_this_version(self):
+        version = re.search(r"project\(Kestrelid VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")).group(1)
+        releases = xml.etree.ElementTree.parse(DESKTOP / f"{ID}.metainfo.xml").findall("releases/release")
+        self.assertEqual(releases[0].get("version"), version)
+
+    def test_icons_have_the_size_of_their_name(self):
+        icons = sorted(DESKTOP.glob("*.png"))
+        self.assertGreater(len(icons), 2)
+        for icon in icons:
+            header = icon.read_bytes()[16:24]  # of a PNG: width and height, four bytes each
+            size = int(icon.stem.rsplit("-", 1)[1])
+            self.assertEqual((int.from_bytes(header[:4], "big"), int.from_bytes(header[4:], "big")), (size, size), icon)
+
+
+class FlatpakTest(unittest.TestCase):
+    def setUp(self):
+        self.manifest = json.loads((FLATPAK / f"{ID}.json").read_text(encoding="utf-8"))
+
+    def test_it_names_what_is_built(self):
+        self.assertEqual(self.manifest["id"], ID)
+        self.assertEqual(self.manifest["command"], "kestrelid-demo")
+        for key in ("runtime", "runtime-version", "sdk", "finish-args", "modules"):
+            self.assertTrue(self.manifest.get(key), key)
+
+    def test_permissions_are_those_that_the_documents_name(self):
+        # The camera comes through the portal, which needs no permission of its own here.
+        self.assertEqual(set(self.manifest["finish-args"]),
+                         {"--share=ipc", "--socket=wayland", "--socket=fallback-x11", "--device=dri"})
+        document = (FLATPAK / "README.md").read_text(encoding="utf-8")
+        for permission in self.manifest["finish-args"]:
+            self.assertIn(permission, document)
+
+    def test_sources_exist_or_are_described(self):
+        document = (FLATPAK / "README.md").read_text(encoding="utf-8")
+        sources = [source for module in self.manifest["modules"] for source in module["sources"]]
+        self.assertTrue(any((FLATPAK / source["path"]).resolve() == ROOT for source in sources))
+        for source in sources:
+            self.assertNotIn("url", source)
+            path = pathlib.Path(source["path"])
+            if path.parts[0] == "sources":  # put there by whoever builds
+                self.assertIn(f"`{path.name}`", document)
+            else:
+                self.assertTrue((FLATPAK / path).exists(), path)
+
+
+if __name__ == "__main__":
+    unittest.main()
