@@ -25,6 +25,28 @@ void* openSystemLibrary() {
     return nullptr;
 }
 
+// One arena for all models, which grows by what is asked for. An arena of each session's own would
+// double its memory instead and touch the surplus bit by bit, so that a process grows for minutes.
+std::optional<RequestError> shareArena(const OrtApi& api, OrtEnv* environment) {
+    constexpr const char* kKey = "arena_extend_strategy";
+    constexpr std::size_t kAsRequested = 1;
+    OrtMemoryInfo* rawMemory = nullptr;
+    if (auto error = onnxError(
+            api, api.CreateCpuMemoryInfo(OrtArenaAllocator, OrtMemTypeDefault, &rawMemory)))
+        return error;
+    const std::unique_ptr<OrtMemoryInfo, decltype(api.ReleaseMemoryInfo)> memory(
+        rawMemory, api.ReleaseMemoryInfo);
+    OrtArenaCfg* rawArena = nullptr;
+    if (auto error = onnxError(api, api.CreateArenaCfgV2(&kKey, &kAsRequested, 1, &rawArena)))
+        return error;
+    const std::unique_ptr<OrtArenaCfg, decltype(api.ReleaseArenaCfg)> arena(rawArena,
+                                                                            api.ReleaseArenaCfg);
+    // The library has one environment for the whole process: who comes second is refused, and
+    // shares the arena of the first.
+    (void)onnxError(api, api.CreateAndRegisterAllocator(environment, memory.get(), arena.get()));
+    return std::nullopt;
+}
+
 }  // namespace
 
 unsigned onnxApiLevel(std::string_view version) {
@@ -81,6 +103,8 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
             api, api.CreateEnv(ORT_LOGGING_LEVEL_FATAL, "kestrelid", &runtime->environment_)))
         return *error;
     if (auto error = onnxError(api, api.DisableTelemetryEvents(runtime->environment_)))
+        return *error;
+    if (auto error = shareArena(api, runtime->environment_))
         return *error;
     return std::shared_ptr<const OnnxRuntime>(runtime);
 }

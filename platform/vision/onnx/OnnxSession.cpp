@@ -23,6 +23,9 @@ std::optional<RequestError> configure(const OrtApi& api, OrtSessionOptions& opti
         return error;
     if (auto error = onnxError(api, api.DisableMemPattern(&options)))
         return error;
+    if (auto error =
+            onnxError(api, api.AddSessionConfigEntry(&options, "session.use_env_allocators", "1")))
+        return error;
     return onnxError(api,
                      api.AddSessionConfigEntry(&options, "session.intra_op.allow_spinning", "0"));
 }
