@@ -5,6 +5,9 @@
 #include "platform/capture/permission/CameraPermission.h"
 #include "platform/dispatch/AsioQueue.h"
 
+#include <algorithm>
+#include <semaphore>
+#include <thread>
 #include <utility>
 
 namespace kestrelid {
@@ -17,6 +20,47 @@ std::shared_ptr<CameraAuthorization> makeAuthorization(const CameraOptions& opti
     return makeCameraAuthorization(systemPermissionEnvironment());
 }
 
+// Has so many pictures read at once, and others wait. Pictures come whether or not the last one has
+// been read; two that are read at once take half as much memory again, and no less time where all
+// cores are at work on the first.
+class RationedTextService final : public TextService {
+public:
+    RationedTextService(std::shared_ptr<TextService> service, unsigned atOnce)
+        : service_(std::move(service)), free_(static_cast<std::ptrdiff_t>(atOnce)) {}
+
+    std::optional<RequestError> perform(const Bitmap& bitmap, const TextRequest& request,
+                                        const RequestCompletion& completion) override {
+        const Turn turn(free_);
+        return service_->perform(bitmap, request, completion);
+    }
+
+private:
+    struct Turn {
+        explicit Turn(std::counting_semaphore<>& free) : semaphore(free) { semaphore.acquire(); }
+        ~Turn() { semaphore.release(); }
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+        std::counting_semaphore<>& semaphore;
+    };
+
+    const std::shared_ptr<TextService> service_;
+    std::counting_semaphore<> free_;
+};
+
+PlatformServices rationed(PlatformServices recognition) {
+    constexpr unsigned kCoresForOne = 2;  // DefaultServicesOptions::textThreads
+    const unsigned atOnce = std::max(1u, std::thread::hardware_concurrency() / kCoresForOne);
+    if (recognition.text)
+        recognition.text =
+            std::make_shared<RationedTextService>(std::move(recognition.text), atOnce);
+    return recognition;
+}
+
+std::shared_ptr<GStreamerCapturePlatform> platformFor(const CameraOptions& options) {
+    return std::make_shared<GStreamerCapturePlatform>(
+        options, makeCameraRemote(systemPermissionEnvironment()));
+}
+
 }  // namespace
 
 std::shared_ptr<DispatchQueue> makeSerialQueue(std::string label) {
@@ -24,21 +68,21 @@ std::shared_ptr<DispatchQueue> makeSerialQueue(std::string label) {
 }
 
 std::vector<CameraDescription> cameras(const CameraOptions& options) {
-    return GStreamerCapturePlatform(options).cameras();
+    return platformFor(options)->cameras();
 }
 
 CameraServices defaultCameraServices(std::shared_ptr<DispatchQueue> mainQueue,
                                      const CameraOptions& options, PlatformServices recognition) {
     return {.authorization = makeAuthorization(options),
-            .capture = std::make_shared<GStreamerCapturePlatform>(options),
-            .detector =
-                PassportDetector::create(std::move(recognition), ValidationEffort::verdictOnly),
+            .capture = platformFor(options),
+            .detector = PassportDetector::create(rationed(std::move(recognition)),
+                                                 ValidationEffort::verdictOnly),
             .mainQueue = std::move(mainQueue),
             .makeSerialQueue = makeSerialQueue};
 }
 
 std::vector<ServiceStatus> diagnoseCamera(const CameraOptions& options) {
-    std::vector<ServiceStatus> all = GStreamerCapturePlatform(options).diagnose();
+    std::vector<ServiceStatus> all = platformFor(options)->diagnose();
     if (!cameraFile(options))
         all.push_back(diagnosePermission(systemPermissionEnvironment()));
     return all;

@@ -1,7 +1,8 @@
-"""A camera that PipeWire offers, from a PipeWire of the test's own: listed, watched, photographed.
+"""A camera that PipeWire offers, from a PipeWire of the test's own: listed, watched, photographed; by PipeWire's socket,
+and inside a sandbox by the connection that a portal hands out.
 
 Skipped with one line where PipeWire is not installed or does not start. Its client library (0.3) now and then aborts
-when it is closed; a run that ends so is repeated once, from a fresh stack.
+when it is closed: a run that a signal ends after it has told all that is wanted is repeated once, from a fresh stack.
 """
 
 import json
@@ -15,6 +16,7 @@ import time
 from pathlib import Path
 
 KESTRELID = os.environ["KESTRELID"]
+PORTAL = os.environ["KESTRELID_TEST_PORTAL"]
 NEEDED = ["dbus-run-session", "pipewire", "wireplumber", "pw-cli", "gst-launch-1.0"]
 CAMERA = "TestCamera"
 PATIENCE = 30  # seconds, for each thing that is waited for
@@ -24,66 +26,145 @@ class NoPipeWire(Exception):
     pass
 
 
-class Aborted(Exception):
-    """The client library's own end."""
+class EndedBySignal(Exception):
+    """All was told; then a signal ended the program while it closed PipeWire's client library."""
 
 
 class Stack:
     """PipeWire, its session manager and a camera; with a run-time folder of their own."""
 
     def __init__(self, folder):
+        self.folder = folder
         self.environment = os.environ | {"XDG_RUNTIME_DIR": str(folder)}
         self.processes = []
 
-    def start(self, *command):
-        self.processes.append(subprocess.Popen(command, env=self.environment, stdout=subprocess.DEVNULL,
-                                               stderr=subprocess.DEVNULL))
+    def start(self, *command, **options):
+        log = open(self.folder / f"{len(self.processes)}-{Path(command[0]).name}.log", "wb")
+        with log:
+            process = subprocess.Popen(command, env=self.environment, stderr=log, **{"stdout": log} | options)
+        self.processes.append(process)
+        return process
 
     def wait_for_node(self, wanted):
         deadline = time.monotonic() + PATIENCE
         while time.monotonic() < deadline:
-            listed = subprocess.run(["pw-cli", "list-objects", "Node"], env=self.environment, capture_output=True,
-                                    text=True, timeout=PATIENCE)
+            try:
+                listed = subprocess.run(["pw-cli", "list-objects", "Node"], env=self.environment, capture_output=True,
+                                        text=True, timeout=PATIENCE)
+            except subprocess.TimeoutExpired:
+                break
             if listed.returncode == 0 and wanted in listed.stdout:
                 return
             time.sleep(0.1)
         raise NoPipeWire(f"{wanted or 'PipeWire'} did not come up")
 
     def __enter__(self):
-        self.start("pipewire")
-        self.wait_for_node("")
-        self.start("wireplumber")
-        self.start("gst-launch-1.0", "-q", "videotestsrc", "is-live=true", "!",
-                   "video/x-raw,format=YUY2,width=1280,height=720,framerate=30/1", "!", "pipewiresink", "mode=provide",
-                   f"stream-properties=props,media.class=Video/Source,node.name={CAMERA},node.description={CAMERA}")
-        self.wait_for_node(CAMERA)
+        try:
+            self.start("pipewire")
+            self.wait_for_node("")
+            self.start("wireplumber")
+            self.start("gst-launch-1.0", "-q", "videotestsrc", "is-live=true", "!",
+                       "video/x-raw,format=YUY2,width=1280,height=720,framerate=30/1", "!", "pipewiresink",
+                       "mode=provide",
+                       f"stream-properties=props,media.class=Video/Source,node.name={CAMERA},node.description={CAMERA}")
+            self.wait_for_node(CAMERA)
+        except BaseException:
+            self.__exit__()
+            raise
         return self
 
     def __exit__(self, *_):
         for process in reversed(self.processes):
             process.terminate()
-            process.wait(timeout=PATIENCE)
+            try:
+                process.wait(timeout=PATIENCE)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
 
-    def kestrelid(self, *arguments):
-        result = subprocess.run([KESTRELID, "watch", "--json", *arguments], env=self.environment, capture_output=True,
-                                text=True, timeout=2 * PATIENCE)
-        if result.returncode == -signal.SIGABRT:
-            raise Aborted
-        assert result.returncode == 0, (result.returncode, result.stderr)
-        return [json.loads(line) for line in result.stdout.splitlines()]
+    def sandbox(self):
+        """What a program inside one sees: no socket of PipeWire, but the portal."""
+        portal = self.start(PORTAL, str(self.folder / "pipewire-0"), stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        assert portal.stdout.readline() == b"ready\n", "the test's portal did not start"
+        hidden = self.folder / "hidden"
+        hidden.mkdir()
+        return self.environment | {"XDG_RUNTIME_DIR": str(hidden), "SNAP": "/snap/test", "SNAP_INSTANCE_NAME": "test"}
+
+    def logs(self):
+        for path in sorted(self.folder.glob("*.log")):
+            for line in path.read_text(errors="replace").splitlines()[-20:]:
+                yield f"{path.name}: {line}"
 
 
-def check(folder):
-    photo = folder / "photo.jpg"
-    with Stack(folder) as stack:
-        (listed,) = stack.kestrelid("--list")
-        assert [camera["name"] for camera in listed["cameras"]] == [CAMERA], listed
-        assert {(form["width"], form["height"]) for form in listed["cameras"][0]["formats"]} == {(1280, 720)}, listed
-        events = stack.kestrelid("--photo", str(photo), "--after", "1")
+def ended(code):
+    return f"signal {signal.Signals(-code).name}" if code < 0 else f"exit code {code}"
+
+
+def kestrelid(environment, is_all_told, *arguments):
+    """The program's events. A signal that comes once they are all there is the client library's."""
+    command = [KESTRELID, "watch", "--json", *arguments]
+    try:
+        result = subprocess.run(command, env=environment, capture_output=True, timeout=2 * PATIENCE)
+    except subprocess.TimeoutExpired as late:
+        raise AssertionError(f"{command} did not end within {2 * PATIENCE} s\n{late.stdout}\n{late.stderr}") from None
+    told = (f"{command}: {ended(result.returncode)}\n{result.stdout.decode(errors='replace')}"
+            f"{result.stderr.decode(errors='replace')}")
+    events = []
+    for line in result.stdout.splitlines():
+        try:
+            events.append(json.loads(line))
+        except ValueError:
+            assert result.returncode < 0, told  # a signal cuts the last line
+    is_complete = bool(events) and is_all_told(events)
+    if result.returncode < 0 and is_complete:
+        raise EndedBySignal(told)
+    assert result.returncode == 0 and is_complete, told
+    return events
+
+
+def check_listing(environment):
+    (listed,) = kestrelid(environment, lambda events: "cameras" in events[0], "--list")
+    assert [camera["name"] for camera in listed["cameras"]] == [CAMERA], listed
+    assert {(form["width"], form["height"]) for form in listed["cameras"][0]["formats"]} == {(1280, 720)}, listed
+
+
+def check_watch(environment, photo):
+    events = kestrelid(environment, lambda events: events[-1]["event"] == "photo", "--photo", str(photo), "--after", "1")
+    assert {"event": "session", "ready": True, "camera": CAMERA} in [
+        {key: value for key, value in event.items() if key != "time"} for event in events], events
     taken = [event for event in events if event["event"] == "photo"]
     assert [(event["width"], event["height"]) for event in taken] == [(1280, 720)], events
     assert photo.stat().st_size > 1000
-    assert any(event["event"] == "session" and event["ready"] for event in events), events
+
+
+def check(folder, is_sandboxed):
+    # A stack for each way: the camera stalls where a second program watches it after the first has gone.
+    with Stack(folder) as stack:
+        try:
+            environment = stack.sandbox() if is_sandboxed else stack.environment
+            check_listing(environment)
+            check_watch(environment, folder / "photo.jpg")
+        except AssertionError:
+            print(*stack.logs(), sep="\n")
+            raise
+
+
+def attempt(way, is_sandboxed):
+    """The exit code; None where the client library's own end asks for another attempt."""
+    with tempfile.TemporaryDirectory(prefix="kestrelid-") as folder:
+        try:
+            check(Path(folder), is_sandboxed)
+        except NoPipeWire as reason:
+            print(f"PipeWire is not tested: {reason}")
+            return 77
+        except EndedBySignal as end:
+            print(f"{end}\nPipeWire's client library ended the program")
+            return None
+        except AssertionError as failure:
+            print(f"FAILED: {failure}")
+            return 1
+    print(f"PipeWire's camera was listed, watched and photographed, by {way}")
+    return 0
 
 
 def main():
@@ -94,18 +175,13 @@ def main():
                   "gstreamer1.0-tools)")
             return 77
         return subprocess.run(["dbus-run-session", "--", sys.executable, "-B", __file__, "--inside"]).returncode
-    for attempt in range(2):
-        with tempfile.TemporaryDirectory(prefix="kestrelid-") as folder:
-            try:
-                check(Path(folder))
-                print("PipeWire's camera was listed, watched and photographed")
-                return 0
-            except NoPipeWire as reason:
-                print(f"PipeWire is not tested: {reason}")
-                return 77
-            except Aborted:
-                print("PipeWire's client library aborted" + ("; once more" if attempt == 0 else " twice"))
-    return 1
+    for way, is_sandboxed in [("its socket", False), ("a portal", True)]:
+        code = attempt(way, is_sandboxed)
+        if code is None:
+            code = attempt(way, is_sandboxed)
+        if code != 0:
+            return 1 if code is None else code
+    return 0
 
 
 if __name__ == "__main__":

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <csignal>
 #include <future>
+#include <gio/gunixfdlist.h>
 #include <utility>
 
 namespace kestrelid::test {
@@ -16,6 +17,10 @@ constexpr const char* kInterfaces = R"(<node>
     <method name="AccessCamera">
       <arg type="a{sv}" name="options" direction="in"/>
       <arg type="o" name="handle" direction="out"/>
+    </method>
+    <method name="OpenPipeWireRemote">
+      <arg type="a{sv}" name="options" direction="in"/>
+      <arg type="h" name="fd" direction="out"/>
     </method>
     <property name="IsCameraPresent" type="b" access="read"/>
   </interface>
@@ -135,6 +140,8 @@ void FakePortal::onCall(GDBusConnection*, const gchar*, const gchar*, const gcha
     auto* portal = static_cast<FakePortal*>(self);
     if (std::string(method) == "Lookup")
         portal->lookup(invocation);
+    else if (std::string(method) == "OpenPipeWireRemote")
+        portal->openRemote(invocation);
     else
         portal->accessCamera(parameters, invocation);
 }
@@ -159,6 +166,20 @@ void FakePortal::lookup(GDBusMethodInvocation* invocation) {
     g_variant_builder_add(&permissions, "{s^as}", behaviour_.application.c_str(), answers);
     g_dbus_method_invocation_return_value(
         invocation, g_variant_new("(a{sas}v)", &permissions, g_variant_new_byte(0)));
+}
+
+void FakePortal::openRemote(GDBusMethodInvocation* invocation) {
+    const OwnedDescriptor remote =
+        behaviour_.openRemote ? behaviour_.openRemote() : OwnedDescriptor();
+    if (!remote.isOpen()) {
+        g_dbus_method_invocation_return_dbus_error(
+            invocation, "org.freedesktop.portal.Error.NotAllowed", "Permission denied");
+        return;
+    }
+    const GioHandle<GUnixFDList> files(g_unix_fd_list_new());
+    const gint index = g_unix_fd_list_append(files.get(), remote.number(), nullptr);
+    g_dbus_method_invocation_return_value_with_unix_fd_list(invocation, g_variant_new("(h)", index),
+                                                            files.get());
 }
 
 void FakePortal::accessCamera(GVariant* parameters, GDBusMethodInvocation* invocation) {

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/capture/CameraRemote.h"
 #include "platform/capture/permission/ContextThread.h"
 #include "platform/capture/permission/GioHandles.h"
 
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -44,6 +46,9 @@ struct PortalBehaviour {
     std::string application = "org.example.Host";
     std::optional<std::string> stored = {};  // what the store has for that application
     bool hasCamera = true;
+
+    // Opens the connection to PipeWire for who asks for it; empty: who asks is refused.
+    std::function<OwnedDescriptor()> openRemote = {};
 };
 
 // The desktop's portal and permission store. Thread: any.
@@ -72,6 +77,7 @@ private:
                            GError**, gpointer self);
     void serve();
     void lookup(GDBusMethodInvocation* invocation);
+    void openRemote(GDBusMethodInvocation* invocation);
     void accessCamera(GVariant* parameters, GDBusMethodInvocation* invocation);
     void emit(std::uint32_t response);
     void onThread(const std::function<void()>& task);

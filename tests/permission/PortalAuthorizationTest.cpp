@@ -2,10 +2,13 @@
 #include "NodeFolder.h"
 #include "platform/capture/permission/CameraPermission.h"
 
+#include <array>
 #include <atomic>
 #include <chrono>
+#include <fcntl.h>
 #include <future>
 #include <memory>
+#include <sys/socket.h>
 #include <thread>
 
 namespace kestrelid::test {
@@ -255,6 +258,39 @@ TEST_F(PortalAuthorization, ANodeThatOpensNeedsNoQuestion) {
         EXPECT_EQ(make()->status(), AuthorizationStatus::denied);
     }
     EXPECT_EQ(make()->status(), AuthorizationStatus::authorized);
+}
+
+// Ends where the other side has no owner left.
+bool isClosed(const OwnedDescriptor& side) {
+    char byte = 0;
+    return ::recv(side.number(), &byte, 1, MSG_DONTWAIT) == 0;
+}
+
+TEST_F(PortalAuthorization, HandsOverAConnectionThatEndsWithItsOwner) {
+    OwnedDescriptor far;
+    const auto connect = [&far] {
+        std::array<int, 2> pair{};
+        if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair.data()) != 0)
+            return OwnedDescriptor();
+        far = OwnedDescriptor(pair[0]);
+        return OwnedDescriptor(pair[1]);
+    };
+    FakePortal portal(bus_.address(), {.openRemote = connect});
+    OwnedDescriptor near = makeCameraRemote(environment())();
+    ASSERT_TRUE(near.isOpen());
+    EXPECT_NE(::fcntl(near.number(), F_GETFD) & FD_CLOEXEC, 0);
+    EXPECT_FALSE(isClosed(far));
+    near = OwnedDescriptor();
+    EXPECT_TRUE(isClosed(far)) << "nobody else keeps it open";
+}
+
+TEST_F(PortalAuthorization, HandsOverNoConnectionWhereItIsRefusedOrNobodyIsThere) {
+    EXPECT_FALSE(makeCameraRemote(environment())().isOpen());
+    FakePortal portal(bus_.address(), {});
+    EXPECT_FALSE(makeCameraRemote(environment())().isOpen());
+    auto outside = environment();
+    outside.isSandboxed = false;
+    EXPECT_FALSE(makeCameraRemote(outside));
 }
 
 TEST_F(PortalAuthorization, FindsTheSessionBus) {

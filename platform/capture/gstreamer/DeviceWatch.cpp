@@ -15,29 +15,78 @@ struct DeviceWatch::Removals {
     std::vector<std::shared_ptr<const Watched>> watched;
 };
 
-std::shared_ptr<DeviceWatch> DeviceWatch::start() {
-    auto watch = std::make_shared<DeviceWatch>();
-    return gst_device_monitor_start(watch->monitor_.get()) ? watch : nullptr;
+namespace {
+
+constexpr const char* kPipeWire = "pipewiredeviceprovider";
+
+// PipeWire's plugin (0.3.65) damages the heap when its provider stops: it takes a proxy away under
+// the thread that still uses it. The program's one provider counts its starts; with one start more
+// than stops it stays, and with it one thread and one connection.
+void keepPipeWire() {
+    GstDeviceProvider* shared = gst_device_provider_factory_get_by_name(kPipeWire);
+    const ProviderHandle owner(shared);
+    if (shared)
+        gst_device_provider_start(shared);
 }
 
-DeviceWatch::DeviceWatch()
-    : monitor_(adopt(gst_device_monitor_new())), removals_(std::make_shared<Removals>()) {
-    gst_device_monitor_add_filter(monitor_.get(), "Video/Source", nullptr);
-    const BusHandle bus(gst_device_monitor_get_bus(monitor_.get()));
+}  // namespace
+
+std::shared_ptr<DeviceWatch> DeviceWatch::start() {
+    MonitorHandle monitor = adopt(gst_device_monitor_new());
+    gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
+    std::shared_ptr<DeviceWatch> watch(new DeviceWatch(std::move(monitor), nullptr, {}));
+    if (!gst_device_monitor_start(watch->monitor_.get()))
+        return nullptr;
+    keepPipeWire();
+    return watch;
+}
+
+std::shared_ptr<DeviceWatch> DeviceWatch::start(OwnedDescriptor remote) {
+    constexpr const char* kFile = "fd";
+    const FactoryHandle factory(gst_device_provider_factory_find(kPipeWire));
+    if (!remote.isOpen() || !factory)
+        return nullptr;
+    const FactoryHandle loaded(
+        GST_DEVICE_PROVIDER_FACTORY(gst_plugin_feature_load(GST_PLUGIN_FEATURE(factory.get()))));
+    if (!loaded)
+        return nullptr;
+    // Not the provider that the factory shares with the whole program.
+    const GType type = gst_device_provider_factory_get_device_provider_type(loaded.get());
+    ProviderHandle provider = adopt(GST_DEVICE_PROVIDER(g_object_new(type, nullptr)));
+    if (!g_object_class_find_property(G_OBJECT_GET_CLASS(provider.get()), kFile))
+        return nullptr;
+    g_object_set(provider.get(), kFile, remote.number(), nullptr);
+    std::shared_ptr<DeviceWatch> watch(
+        new DeviceWatch(nullptr, std::move(provider), std::move(remote)));
+    watch->isStarted_ = gst_device_provider_start(watch->provider_.get()) != FALSE;
+    return watch->isStarted_ ? watch : nullptr;
+}
+
+DeviceWatch::DeviceWatch(MonitorHandle monitor, ProviderHandle provider, OwnedDescriptor remote)
+    : remote_(std::move(remote)), monitor_(std::move(monitor)), provider_(std::move(provider)),
+      removals_(std::make_shared<Removals>()) {
     gst_bus_set_sync_handler(
-        bus.get(), &DeviceWatch::noticed, new std::shared_ptr(removals_),
+        bus().get(), &DeviceWatch::noticed, new std::shared_ptr(removals_),
         [](gpointer removals) { delete static_cast<std::shared_ptr<Removals>*>(removals); });
 }
 
 DeviceWatch::~DeviceWatch() {
-    gst_device_monitor_stop(monitor_.get());
-    const BusHandle bus(gst_device_monitor_get_bus(monitor_.get()));
-    gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
+    if (monitor_)
+        gst_device_monitor_stop(monitor_.get());
+    else if (isStarted_)
+        gst_device_provider_stop(provider_.get());
+    gst_bus_set_sync_handler(bus().get(), nullptr, nullptr, nullptr);
+}
+
+BusHandle DeviceWatch::bus() const {
+    return BusHandle(monitor_ ? gst_device_monitor_get_bus(monitor_.get())
+                              : gst_device_provider_get_bus(provider_.get()));
 }
 
 std::vector<DeviceHandle> DeviceWatch::devices() const {
     std::vector<DeviceHandle> devices;
-    GList* list = gst_device_monitor_get_devices(monitor_.get());
+    GList* list = monitor_ ? gst_device_monitor_get_devices(monitor_.get())
+                           : gst_device_provider_get_devices(provider_.get());
     for (GList* at = list; at; at = at->next)
         devices.emplace_back(GST_DEVICE(at->data));
     g_list_free(list);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/capture/CameraRemote.h"
 #include "platform/capture/gstreamer/GStreamerHandles.h"
 
 #include <functional>
@@ -12,10 +13,12 @@ namespace kestrelid {
 // Follows which cameras come and go. Thread: any.
 class DeviceWatch {
 public:
-    // Null where no provider starts.
+    // Of all providers; null where none starts.
     [[nodiscard]] static std::shared_ptr<DeviceWatch> start();
 
-    DeviceWatch();
+    // Of PipeWire behind remote, which the devices use too; null where it is not served.
+    [[nodiscard]] static std::shared_ptr<DeviceWatch> start(OwnedDescriptor remote);
+
     DeviceWatch(const DeviceWatch&) = delete;
     DeviceWatch& operator=(const DeviceWatch&) = delete;
     ~DeviceWatch();
@@ -30,9 +33,18 @@ public:
 private:
     struct Removals;
 
+    // One of monitor and provider.
+    DeviceWatch(MonitorHandle monitor, ProviderHandle provider, OwnedDescriptor remote);
+    [[nodiscard]] BusHandle bus() const;
+
     static GstBusSyncReply noticed(GstBus* bus, GstMessage* message, gpointer removals);
 
+    // PipeWire's plugin knows a connection by the number of its file, which must not be given anew
+    // while a device lives.
+    const OwnedDescriptor remote_;
     const MonitorHandle monitor_;
+    const ProviderHandle provider_;
+    bool isStarted_ = false;  // the provider
     const std::shared_ptr<Removals> removals_;
 };
 

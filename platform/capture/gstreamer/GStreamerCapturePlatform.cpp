@@ -36,10 +36,15 @@ std::vector<CameraFormat> cameraFormats(const std::vector<VideoFormat>& formats)
     return all;
 }
 
+std::vector<FoundCamera> camerasOf(const std::shared_ptr<DeviceWatch>& watch) {
+    return watch ? findCameras(watch) : std::vector<FoundCamera>{};
+}
+
 }  // namespace
 
-GStreamerCapturePlatform::GStreamerCapturePlatform(CameraOptions options)
-    : options_(std::move(options)) {}
+GStreamerCapturePlatform::GStreamerCapturePlatform(CameraOptions options,
+                                                   OpenCameraRemote openRemote)
+    : options_(std::move(options)), openRemote_(std::move(openRemote)) {}
 
 GStreamerCapturePlatform::~GStreamerCapturePlatform() = default;
 
@@ -61,7 +66,15 @@ std::vector<FoundCamera> GStreamerCapturePlatform::find() {
     const std::lock_guard lock(mutex_);
     if (!watch_)
         watch_ = DeviceWatch::start();
-    return watch_ ? findCameras(watch_) : std::vector<FoundCamera>{};
+    std::vector<FoundCamera> found = camerasOf(watch_);
+    if (!found.empty() || !openRemote_)
+        return found;
+    found = camerasOf(remoteWatch_);
+    if (!found.empty())
+        return found;
+    // Permission may have come meanwhile, or PipeWire again.
+    remoteWatch_ = DeviceWatch::start(openRemote_());
+    return camerasOf(remoteWatch_);
 }
 
 Mounting GStreamerCapturePlatform::mounting(const Mounting& known) const {

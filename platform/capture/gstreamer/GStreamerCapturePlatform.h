@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/capture/CameraRemote.h"
+
 #include <kestrelid/CaptureServices.h>
 #include <kestrelid/DefaultCamera.h>
 #include <kestrelid/ServiceStatus.h>
@@ -17,7 +19,8 @@ struct Mounting;
 // The machine's cameras, or one file, by GStreamer.
 class GStreamerCapturePlatform final : public CapturePlatform {
 public:
-    explicit GStreamerCapturePlatform(CameraOptions options);
+    // openRemote: for cameras that the machine does not show otherwise; empty: there is none.
+    explicit GStreamerCapturePlatform(CameraOptions options, OpenCameraRemote openRemote = {});
     GStreamerCapturePlatform(const GStreamerCapturePlatform&) = delete;
     GStreamerCapturePlatform& operator=(const GStreamerCapturePlatform&) = delete;
     ~GStreamerCapturePlatform() override;
@@ -40,8 +43,10 @@ private:
     [[nodiscard]] Mounting mounting(const Mounting& known) const;
 
     const CameraOptions options_;
+    const OpenCameraRemote openRemote_;
     std::mutex mutex_;
-    std::shared_ptr<DeviceWatch> watch_;  // once cameras were asked for
+    std::shared_ptr<DeviceWatch> watch_;        // once cameras were asked for
+    std::shared_ptr<DeviceWatch> remoteWatch_;  // once one was opened
 };
 
 }  // namespace kestrelid

@@ -16,6 +16,8 @@ struct GStreamerReleaser {
     void operator()(GstCaps* object) const { gst_caps_unref(object); }
     void operator()(GstDevice* object) const { gst_object_unref(object); }
     void operator()(GstDeviceMonitor* object) const { gst_object_unref(object); }
+    void operator()(GstDeviceProvider* object) const { gst_object_unref(object); }
+    void operator()(GstDeviceProviderFactory* object) const { gst_object_unref(object); }
     void operator()(GstElement* object) const { gst_object_unref(object); }
     void operator()(GError* object) const { g_error_free(object); }
     void operator()(GstMessage* object) const { gst_message_unref(object); }
@@ -34,10 +36,12 @@ using CapsHandle = GStreamerHandle<GstCaps>;
 using DeviceHandle = GStreamerHandle<GstDevice>;
 using ElementHandle = GStreamerHandle<GstElement>;
 using ErrorHandle = GStreamerHandle<GError>;
+using FactoryHandle = GStreamerHandle<GstDeviceProviderFactory>;
 using MessageHandle = GStreamerHandle<GstMessage>;
 using MonitorHandle = GStreamerHandle<GstDeviceMonitor>;
 using PadHandle = GStreamerHandle<GstPad>;
 using PoolHandle = GStreamerHandle<GstBufferPool>;
+using ProviderHandle = GStreamerHandle<GstDeviceProvider>;
 using SampleHandle = GStreamerHandle<GstSample>;
 using StructureHandle = GStreamerHandle<GstStructure>;
 using TextHandle = GStreamerHandle<char>;

@@ -79,4 +79,11 @@ makeCameraAuthorization(const PermissionEnvironment& environment) {
     return std::make_shared<NodeAuthorization>(environment.devices);
 }
 
+OpenCameraRemote makeCameraRemote(const PermissionEnvironment& environment) {
+    if (!environment.isSandboxed)
+        return {};
+    // A connection to the bus of its own: the portal goes by who the program is.
+    return [environment] { return PortalAuthorization(environment).openRemote(); };
+}
+
 }  // namespace kestrelid

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/capture/CameraRemote.h"
+
 #include <kestrelid/CaptureServices.h>
 #include <kestrelid/ServiceStatus.h>
 
@@ -37,6 +39,10 @@ struct PermissionEnvironment {
 // the answer has come.
 [[nodiscard]] std::shared_ptr<CameraAuthorization>
 makeCameraAuthorization(const PermissionEnvironment& environment);
+
+// The connection that a sandbox's portal hands out to who was granted the camera; empty outside a
+// sandbox.
+[[nodiscard]] OpenCameraRemote makeCameraRemote(const PermissionEnvironment& environment);
 
 // For a file that stands for a camera.
 class FileAuthorization final : public CameraAuthorization {

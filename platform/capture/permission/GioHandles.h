@@ -12,6 +12,7 @@ struct GioRelease {
     void operator()(GMainLoop* loop) const { g_main_loop_unref(loop); }
     void operator()(GDBusConnection* connection) const { g_object_unref(connection); }
     void operator()(GCancellable* cancellable) const { g_object_unref(cancellable); }
+    void operator()(GUnixFDList* files) const { g_object_unref(files); }
     void operator()(gchar* text) const { g_free(text); }
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <gio/gunixfdlist.h>
 #include <utility>
 
 namespace kestrelid {
@@ -74,6 +75,28 @@ std::optional<bool> Portal::hasCamera() {
     if (!g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN))
         return std::nullopt;
     return g_variant_get_boolean(value.get()) != FALSE;
+}
+
+OwnedDescriptor Portal::openRemote() {
+    GVariantBuilder options;
+    g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
+    const GioHandle<GVariant> arguments(g_variant_ref_sink(g_variant_new("(a{sv})", &options)));
+    GDBusConnection* bus = connection();
+    if (!bus)
+        return {};
+    GUnixFDList* attached = nullptr;
+    const GioHandle<GVariant> reply(g_dbus_connection_call_with_unix_fd_list_sync(
+        bus, kPortal, kPortalPath, kCamera, "OpenPipeWireRemote", arguments.get(),
+        G_VARIANT_TYPE("(h)"), G_DBUS_CALL_FLAGS_NONE, static_cast<int>(kQueryLimit.count()),
+        nullptr, &attached, cancellable_.get(), nullptr));
+    const GioHandle<GUnixFDList> files(attached);
+    if (!reply || !files)
+        return {};
+    gint32 index = 0;
+    g_variant_get(reply.get(), "(h)", &index);
+    if (index < 0 || index >= g_unix_fd_list_get_length(files.get()))
+        return {};
+    return OwnedDescriptor(g_unix_fd_list_get(files.get(), index, nullptr));  // a duplicate
 }
 
 void Portal::requestAccess(std::function<void(bool granted)> completion) {

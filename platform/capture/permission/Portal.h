@@ -28,6 +28,9 @@ public:
     // Absent where there is no portal.
     [[nodiscard]] std::optional<bool> hasCamera();
 
+    // A connection to PipeWire that shows the cameras; none where they were not granted.
+    [[nodiscard]] OwnedDescriptor openRemote();
+
     // Calls completion exactly once.
     void requestAccess(std::function<void(bool granted)> completion);
 

@@ -19,7 +19,8 @@ T askOn(ContextThread& thread, Ask ask, T otherwise) {
     auto answer = std::make_shared<std::promise<T>>();
     auto future = answer->get_future();
     thread.post([answer, ask = std::move(ask)] { answer->set_value(ask()); });
-    return future.wait_for(kStatusLimit) == std::future_status::ready ? future.get() : otherwise;
+    return future.wait_for(kStatusLimit) == std::future_status::ready ? future.get()
+                                                                      : std::move(otherwise);
 }
 
 }  // namespace
@@ -72,6 +73,11 @@ void PortalAuthorization::requestAccess(std::function<void(bool granted)> comple
 std::optional<bool> PortalAuthorization::hasCamera() {
     return askOn<std::optional<bool>>(
         thread_, [state = state_] { return state->portal->hasCamera(); }, std::nullopt);
+}
+
+OwnedDescriptor PortalAuthorization::openRemote() {
+    return askOn(
+        thread_, [state = state_] { return state->portal->openRemote(); }, OwnedDescriptor());
 }
 
 }  // namespace kestrelid

@@ -21,6 +21,9 @@ public:
     // Absent where there is no portal.
     [[nodiscard]] std::optional<bool> hasCamera();
 
+    // None where it is not granted.
+    [[nodiscard]] OwnedDescriptor openRemote();
+
 private:
     struct State;
 
