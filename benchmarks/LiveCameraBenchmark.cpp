@@ -1,4 +1,7 @@
+#include "platform/capture/gstreamer/CameraSource.h"
+#include "platform/capture/gstreamer/DeviceWatch.h"
 #include "platform/capture/gstreamer/GStreamerCapturePlatform.h"
+#include "platform/capture/gstreamer/GStreamerLibrary.h"
 #include "platform/dispatch/AsioQueue.h"
 #include "tests/capture/TestCamera.h"
 
@@ -9,6 +12,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <future>
 #include <mutex>
 #include <sys/resource.h>
@@ -28,6 +32,13 @@ std::string camera(const std::string& sample) {
            "caps video/x-raw,format=YUY2,width=1280,height=720,framerate=30/1\n"
            "picture " KESTRELID_SAMPLES_DIR "/" +
            sample + "\n";
+}
+
+bool eventually(const std::function<bool()>& condition) {
+    const auto end = Clock::now() + kPatience;
+    while (!condition() && Clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return condition();
 }
 
 double cpuSeconds() {
@@ -85,22 +96,75 @@ BENCHMARK(firstFrame)
     ->Repetitions(11)
     ->Unit(benchmark::kMillisecond);
 
-// The camera's own drawing is in the percentage.
+// The camera into nothing: what its own drawing and its thread take.
+class CameraAlone {
+public:
+    CameraAlone() {
+        const auto watch = startGStreamer() ? DeviceWatch::start() : nullptr;
+        const std::vector<DeviceHandle> devices =
+            watch ? watch->devices() : std::vector<DeviceHandle>{};
+        auto parsed = parsePipeline("capsfilter name=filter caps=video/x-raw,format=YUY2 ! "
+                                    "fakesink sync=false async=false");
+        auto* pipeline = std::get_if<ElementHandle>(&parsed);
+        if (devices.empty() || !pipeline)
+            return;
+        GstElement* source = gst_device_create_element(devices.front().get(), nullptr);
+        gst_bin_add(GST_BIN(pipeline->get()), source);
+        const ElementHandle filter(gst_bin_get_by_name(GST_BIN(pipeline->get()), "filter"));
+        gst_element_link(source, filter.get());
+        pipeline_ = std::move(*pipeline);
+        gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING);
+    }
+    ~CameraAlone() {
+        if (pipeline_)
+            gst_element_set_state(pipeline_.get(), GST_STATE_NULL);
+    }
+
+private:
+    ElementHandle pipeline_;
+};
+
+double cpuPercentOf(std::chrono::seconds time) {
+    const double cpu = cpuSeconds();
+    const auto start = Clock::now();
+    std::this_thread::sleep_for(time);
+    return 100.0 * (cpuSeconds() - cpu) / duration<double>(Clock::now() - start).count();
+}
+
+// camera_percent is the yardstick: the same camera without a session.
 void idleDetection(benchmark::State& state) {
+    constexpr auto kTime = std::chrono::seconds(5);
     const TestCamera hardware(camera("desk.jpg"));
-    CountedSession counted;
-    counted.session->startRunning();
     for (auto _ : state) {
-        const double cpu = cpuSeconds();
+        double alone = 0.0;
+        {
+            const CameraAlone yardstick;
+            if (!eventually([&] { return hardware.count("frames 1 ") > 0; }))
+                return state.SkipWithError("no frame came from the camera alone");
+            alone = cpuPercentOf(kTime);
+        }
+        CountedSession counted;
+        counted.session->startRunning();
+        auto first = counted.counter->first.get_future();
+        if (first.wait_for(kPatience) == std::future_status::timeout)
+            return state.SkipWithError("no frame came");
         const int frames = counted.counter->frames;
         const auto start = Clock::now();
-        std::this_thread::sleep_for(std::chrono::seconds(5));
+        const double whole = cpuPercentOf(kTime);
         const double seconds = duration<double>(Clock::now() - start).count();
-        state.counters["cpu_percent"] = 100.0 * (cpuSeconds() - cpu) / seconds;
+        state.counters["whole_percent"] = whole;
+        state.counters["camera_percent"] = alone;
+        state.counters["own_percent"] = whole - alone;
         state.counters["frames_per_s"] = (counted.counter->frames - frames) / seconds;
     }
 }
 BENCHMARK(idleDetection)->Iterations(1)->Repetitions(3)->Unit(benchmark::kMillisecond);
+
+class ShownCounter final : public PreviewSurface {
+public:
+    void show(const Bitmap&, Orientation, bool) override { ++frames; }
+    std::atomic<int> frames = 0;
+};
 
 // A manager whose detection state can be waited for.
 class WatchedCamera {
@@ -109,6 +173,7 @@ public:
         services_.detector = PassportDetector::create(
             defaultServices({.resources = KESTRELID_RESOURCES_DIR}), ValidationEffort::verdictOnly);
         manager_ = CameraManager::create(services_);
+        manager_->session()->addPreviewSurface(shown_);
         services_.mainQueue->async([this] {
             const auto note = [this](bool) {
                 const std::lock_guard lock(mutex_);
@@ -140,7 +205,10 @@ public:
         return changed_.wait_for(lock, kPatience, [&] { return isDetected_ == isDetected; });
     }
 
+    [[nodiscard]] int framesShown() const { return shown_->frames; }
+
 private:
+    std::shared_ptr<ShownCounter> shown_ = std::make_shared<ShownCounter>();
     CameraServices services_ = defaultCameraServices(makeSerialQueue("main"));
     std::shared_ptr<CameraManager> manager_;
     std::vector<Subscription> subscriptions_;
@@ -161,6 +229,8 @@ void liveDetection(benchmark::State& state) {
         hardware.set("picture " KESTRELID_SAMPLES_DIR "/" + sample);
     };
     int round = 0;
+    const auto begin = Clock::now();
+    const int before = watched.framesShown();
     for (auto _ : state) {
         show("desk.jpg");
         if (!watched.waitUntilDetected(false))
@@ -172,6 +242,8 @@ void liveDetection(benchmark::State& state) {
         if (!watched.waitUntilDetected(true))
             return state.SkipWithError("the passport is not found again");
         state.SetIterationTime(duration<double>(Clock::now() - start).count());
+        state.counters["frames_per_s"] =
+            (watched.framesShown() - before) / duration<double>(Clock::now() - begin).count();
     }
 }
 BENCHMARK(liveDetection)
