@@ -76,13 +76,13 @@ public:
     }
     /// Fraction of the picture from which an outline gives the full score.
     [[nodiscard]] double rectangleAreaThreshold() const noexcept { return rectangleAreaThreshold_; }
-    /// Of lines that look like a machine-readable zone, within the confidence.
+    /// Weight of lines that look like a machine-readable zone.
     [[nodiscard]] double mrzConfidenceWeight() const noexcept { return mrzConfidenceWeight_; }
-    /// Of the keywords.
+    /// Weight of the keywords.
     [[nodiscard]] double keywordConfidenceWeight() const noexcept {
         return keywordConfidenceWeight_;
     }
-    /// Of the outline.
+    /// Weight of the outline.
     [[nodiscard]] double rectConfidenceWeight() const noexcept { return rectConfidenceWeight_; }
     /// @}
 
