@@ -34,13 +34,12 @@ def package_files():
     return {file.name.split("_")[0]: file for file in sorted(PACKAGES.glob("*.deb"))}
 
 
-def field(file, name):
-    return bare_system.output_of("dpkg-deb", "--field", file, name).strip()
-
-
 def out_of_date():
     """Whether a source is newer than the packages."""
-    tracked = bare_system.output_of("git", "-C", ROOT, "ls-files", "-z").split("\0")
+    listed = subprocess.run(["git", "-C", ROOT, "ls-files", "-z"], capture_output=True, text=True, check=False)
+    if listed.returncode != 0:
+        return False  # sources without their history: nobody changes them
+    tracked = listed.stdout.split("\0")
     newest = max((ROOT / name).stat().st_mtime for name in tracked if name and (ROOT / name).is_file())
     return newest > min(file.stat().st_mtime for file in package_files().values())
 
@@ -61,6 +60,12 @@ def colours(file):
             return collections.Counter(picture.convert("RGB").getdata())
     except (OSError, SyntaxError):
         return collections.Counter()
+
+
+def processor_time():
+    """Seconds that the programs run so far have used."""
+    times = os.times()
+    return times.children_user + times.children_system
 
 
 def shows_a_photo(file):
@@ -94,9 +99,10 @@ class PackagesTest(unittest.TestCase):
 
         self.put_passport()
         shutil.copy(self.build_example(), self.system.home() / "judge")
-        start = time.monotonic()
+        start, used = time.monotonic(), processor_time()
         answer = self.system.run("/tmp/home/judge", "/tmp/home/passport.jpg", user=True).stdout
-        print(f"first verdict of examples/judge, from start to end: {time.monotonic() - start:.2f} s")
+        print(f"first verdict of examples/judge, from start to end: {time.monotonic() - start:.2f} s (2.5 s are allowed), "
+              f"{processor_time() - used:.2f} s of processor time")
         self.assertEqual(answer, "a passport\n")
 
         self.install_next_beside(half[0])
@@ -168,9 +174,11 @@ class PackagesTest(unittest.TestCase):
         self.assertEqual({name for name, part in parts.items() if not part["available"] and "Tesseract" not in name}, set())
 
     def check_validate(self):
+        used = processor_time()
         line = self.system.run("kestrelid", "validate", "--json", "/tmp/home/passport.jpg", user=True).stdout
         verdict = json.loads(line)
-        print(f"first verdict of kestrelid validate: {verdict['milliseconds'] / 1000:.2f} s (2.5 s are allowed)")
+        print(f"first verdict of kestrelid validate: {verdict['milliseconds'] / 1000:.2f} s (2.5 s are allowed), "
+              f"{processor_time() - used:.2f} s of processor time")
         self.assertTrue(verdict["isPassport"])
 
     def check_qml_module(self):
@@ -201,14 +209,6 @@ class PackagesTest(unittest.TestCase):
 
     def keep(self, picture):
         shutil.copy(picture, WORK)
-
-    def test_relations(self):
-        own = {name: field(file, "Version") for name, file in self.files.items()}
-        exact = {"libkestrelid0": ["libkestrelid-detection0"], "qml6-module-kestrelid": ["libkestrelid0"],
-                 "libkestrelid-dev": ["libkestrelid-detection0"], "kestrelid-tools": ["libkestrelid0"]}
-        for name, needed in exact.items():
-            for other in needed:
-                self.assertIn(f"{other} (= {own[other]})", field(self.files[name], "Depends"), name)
 
     def test_lintian_finds_no_error(self):
         if not shutil.which("lintian"):
