@@ -131,17 +131,25 @@ static void severalCallersAtOnce(void) {
     CHECK(consoleLines == kCallers * kCalls);
 }
 
-static void releaseInFlight(void) {
-    static struct Caller caller;
+// Returns how many calls answered.
+static int releaseRightAfterTheStart(void) {
+    struct Caller caller;
+    int given = 0;
+    memset(&caller, 0, sizeof(caller));
     caller.detector = makeDetector(NULL);
     start(&caller);
     kestrelid_detector_release(caller.detector);
     waitForDisposals(kCalls);
-    int given = 0;
     for (int call = 0; call < kCalls; ++call)
         given += caller.calls[call].completions;
-    printf("  %d of %d calls answered\n", given, kCalls);
-    CHECK(given < kCalls);
+    return given;
+}
+
+static void releaseInFlight(void) {
+    // A busy machine may hold this thread up until all are answered.
+    int rounds = 1;
+    while (releaseRightAfterTheStart() == kCalls)
+        CHECK(++rounds < 50);
 }
 
 static void releaseInsideCompletion(void) {
