@@ -35,10 +35,14 @@ PassportValidationResult::PassportValidationResult(bool isPassport, double confi
     : isPassport_(isPassport), confidence_(confidence), reasons_(std::move(reasons)),
       recognizedText_(std::move(recognizedText)) {}
 
-// One validation. It holds no owner of the queue: the last one would then be released on a worker
-// of that queue, whose threads nobody could wait for when the process ends.
+// One validation. It owns neither the detector nor the queue: their last owner would then be a
+// worker of that queue, whose threads nobody could wait for when the process ends.
 struct PassportDetector::Call {
     std::weak_ptr<const PassportDetector> detector;
+    std::weak_ptr<DispatchQueue> queue;
+    std::shared_ptr<TextService> text;
+    ConsoleSink console;
+    ValidationEffort effort;
     Bitmap bitmap;
     Completion completion;
 };
@@ -68,39 +72,36 @@ void PassportDetector::validate(const Image& image, Completion completion) {
         completion(makeResult(false, 0.0, {"Invalid image"}, ""));
         return;
     }
-    const auto call = std::make_shared<const Call>(
-        Call{weak_from_this(), *image.bitmap(), std::move(completion)});
-    services_.queue->async([call, rectangles = services_.rectangles, console = services_.console] {
-        findRectangle(*rectangles, console, call->bitmap,
+    const auto call = std::make_shared<const Call>(Call{weak_from_this(), services_.queue,
+                                                        services_.text, services_.console, effort_,
+                                                        *image.bitmap(), std::move(completion)});
+    services_.queue->async([call, rectangles = services_.rectangles] {
+        findRectangle(*rectangles, call->console, call->bitmap,
                       [&call](const std::optional<RectangleObservation>& rectangle) {
-                          if (auto detector = call->detector.lock())
-                              readText(std::move(detector), *call, rectangle);
+                          if (!call->detector.expired())
+                              readText(call, rectangle);
                       });
     });
 }
 
-void PassportDetector::readText(std::shared_ptr<const PassportDetector> detector, const Call& call,
+void PassportDetector::readText(const std::shared_ptr<const Call>& call,
                                 const std::optional<RectangleObservation>& rectangle) {
-    RectangleEvidence evidence = evaluateRectangle(rectangle, call.bitmap);
-    const PlatformServices& services = detector->services_;
-    DispatchQueue& queue = *services.queue;
-    // The block takes the only reference to the detector along and drops it before the completion,
-    // so that a host which releases its detector there, or ends the process, waits for this worker
-    // instead of leaving it behind.
-    queue.async([detector = std::move(detector), text = services.text, console = services.console,
-                 evidence = std::move(evidence), completion = call.completion]() mutable {
-        kestrelid::readText(*text, console, evidence.textBitmap, detector->effort_,
+    const auto read = [call, evidence = evaluateRectangle(rectangle, call->bitmap)] {
+        kestrelid::readText(*call->text, call->console, evidence.textBitmap, call->effort,
                             [&](std::string recognizedText) {
                                 const std::string cleaned = normalize(recognizedText);
                                 Score score = combine(evidence.score, evidence.reason,
                                                       KeywordTable::passport().matches(cleaned),
                                                       detectMRZLikeLines(cleaned));
-                                detector.reset();
-                                completion(makeResult(score.isPassport, score.confidence,
-                                                      std::move(score.reasons),
-                                                      std::move(recognizedText)));
+                                call->completion(makeResult(score.isPassport, score.confidence,
+                                                            std::move(score.reasons),
+                                                            std::move(recognizedText)));
                             });
-    });
+    };
+    if (const auto queue = call->queue.lock())
+        queue->async(read);
+    else
+        read();  // the queue is ending, and waits for its blocks
 }
 
 }  // namespace kestrelid

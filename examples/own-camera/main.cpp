@@ -52,7 +52,6 @@ int main(int count, char** arguments) {
     device->takePhoto = [path = std::string(arguments[1])] { return bytesOf(path); };
     device->photoDimensions = {.width = frame.width(), .height = frame.height()};
 
-    const PlatformServices recognition = defaultServices();
     const auto mainQueue = makeSerialQueue("main");  // with screens: makeQtMainQueue()
     std::promise<std::optional<Image>> photo;
     std::shared_ptr<CameraManager> manager;
@@ -61,7 +60,7 @@ int main(int count, char** arguments) {
         manager = CameraManager::create(
             {.authorization = std::make_shared<AlwaysAllowed>(),
              .capture = std::make_shared<OwnPlatform>(device),
-             .detector = PassportDetector::create(recognition, ValidationEffort::verdictOnly),
+             .detector = PassportDetector::create(defaultServices(), ValidationEffort::verdictOnly),
              .mainQueue = mainQueue,
              .makeSerialQueue = makeSerialQueue});
         manager->onPhotoCapture = [&](const auto& taken) { photo.set_value(taken); };
@@ -81,9 +80,6 @@ int main(int count, char** arguments) {
         released.set_value();
     });
     released.get_future().wait();
-    // Frames may still be judged, by libraries that do not bear the end of main().
-    while (recognition.queue.use_count() > 1)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     if (!isTaken)
         return std::cout << "no passport came into view\n", 0;
     const auto image = taken.get();

@@ -97,7 +97,7 @@ protected:
 
 private:
     struct Call;
-    static void readText(std::shared_ptr<const PassportDetector> detector, const Call& call,
+    static void readText(const std::shared_ptr<const Call>& call,
                          const std::optional<RectangleObservation>& rectangle);
 
     const std::span<const std::string_view> keywords_;

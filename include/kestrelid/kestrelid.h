@@ -148,7 +148,7 @@ typedef struct KestrelidDetectorOptions {
     size_t struct_size;  // sizeof(KestrelidDetectorOptions)
 
     // Folder of the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library. NULL: where
-    // the library is installed, else where it was built.
+    // the library lies, installed or built.
     const char* resources;
 
     int32_t recognizer;    // KestrelidRecognizer
@@ -173,10 +173,9 @@ KESTRELID_EXPORT KestrelidStatus kestrelid_detector_create(const KestrelidDetect
                                                            KestrelidDetector** detector,
                                                            KestrelidError** error);
 
-// Gives up the calls whose outline is not found yet; those whose text is being read still answer,
-// also after the return. Where none is being read and no other detector shares the threads, it
-// waits until they have left the library, so that a program may end right after. Inside a
-// completion it waits for nothing.
+// Gives up the calls whose outline is not found yet; those whose text is being read still answer.
+// Where no other detector shares the threads it waits until all have left the library, up to a
+// second, so that a program may end right after. Inside a completion it waits for nothing.
 KESTRELID_EXPORT void kestrelid_detector_release(KestrelidDetector* detector);
 
 // result: for the time of the call; kestrelid_result_copy() keeps it. Must not throw or jump out.

@@ -79,6 +79,39 @@ TEST(PassportDetectorThreads, ReleaseAtAnyMomentLeavesNothingBehind) {
     }
 }
 
+// Reads until the detector is about to be released, and some time longer.
+class LongText final : public TextService {
+public:
+    std::optional<RequestError> perform(const Bitmap&, const TextRequest&,
+                                        const RequestCompletion& completion) override {
+        isReading = true;
+        isReading.notify_one();
+        isReleasing.wait(false);
+        for (int turn = 0; turn < 1000; ++turn)
+            std::this_thread::yield();
+        completion({});
+        return std::nullopt;
+    }
+
+    std::atomic<bool> isReading = false;
+    std::atomic<bool> isReleasing = false;
+};
+
+TEST(PassportDetectorThreads, ReleaseWaitsForTextThatIsBeingRead) {
+    // Otherwise a program could end while its libraries are still at work.
+    std::atomic<bool> isAnswered = false;
+    const auto text = std::make_shared<LongText>();
+    PlatformServices withText = services(2);
+    withText.text = text;
+    auto detector = PassportDetector::create(std::move(withText));
+    detector->validate(Image(test::blankBitmap(60, 60)), [&](const auto&) { isAnswered = true; });
+    text->isReading.wait(false);
+    text->isReleasing = true;
+    text->isReleasing.notify_one();
+    detector.reset();
+    EXPECT_TRUE(isAnswered);
+}
+
 TEST(PassportDetectorThreads, MayBeReleasedInItsOwnCompletion) {
     auto detector = PassportDetector::create(services(2));
     std::promise<bool> answered;
