@@ -36,8 +36,8 @@ private:
     AsioQueue workers_{"workers", 2};
 };
 
-// A camera on real queues, whose main queue is a thread of its own. A frame in flight holds the manager beyond the end
-// of a test, so what the manager calls shares what it needs.
+// A camera on real queues, whose main queue is a thread of its own. A frame in flight holds the
+// manager beyond the end of a test, so what the manager calls shares what it needs.
 struct LiveCamera {
     LiveCamera() {
         const auto photos = std::make_shared<AsioQueue>("photos", 2);
@@ -46,7 +46,8 @@ struct LiveCamera {
                 delegate->didFinishProcessingPhoto({}, CaptureError{"no film"});
             });
         };
-        const auto seconds = std::make_shared<std::atomic<int>>(0);  // every frame has its own second
+        const auto seconds =
+            std::make_shared<std::atomic<int>>(0);  // every frame has its own second
         manager = CameraManager::create(
             {.authorization = authorization,
              .capture = platform,

@@ -1,4 +1,5 @@
-// Shows the preview screen of the module in the folder that its argument names, and waits for its first frame.
+// Shows the preview screen of the module in the folder that its argument names, and waits for its
+// first frame.
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
