@@ -56,10 +56,11 @@ def main():
         now = sample(process)
         if now is None:
             break
-        minute = int((time.monotonic() - start) // 60) + 1
+        passed = round((time.monotonic() - start) / STEP)
+        minute = (passed * STEP - 1) // 60 + 1
         seen = minutes.setdefault(minute, [])
         seen.append(now)
-        if len(seen) * STEP >= 60 - STEP / 2:
+        if passed * STEP % 60 == 0:
             memory, threads, descriptors = zip(*seen)
             print(f"{minute:6}  {memory[-1]:6.1f}  {max(memory):7.1f}  {span(threads):>7}  {span(descriptors):>11}  "
                   f"{lines[0]:5}", flush=True)

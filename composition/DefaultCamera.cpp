@@ -21,8 +21,8 @@ std::shared_ptr<CameraAuthorization> makeAuthorization(const CameraOptions& opti
 }
 
 // Has so many pictures read at once, and others wait. Pictures come whether or not the last one has
-// been read; two that are read at once take half as much memory again, and no less time where all
-// cores are at work on the first.
+// been read; two that are read at once take up to 60 MiB more, and no less time where all cores
+// are at work on the first.
 class RationedTextService final : public TextService {
 public:
     RationedTextService(std::shared_ptr<TextService> service, unsigned atOnce)
