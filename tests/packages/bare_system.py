@@ -20,7 +20,9 @@ mount -t tmpfs tmpfs "$0/dev/shm"
 mount --bind "$DOWNLOADS" "$0/var/cache/apt/archives"
 exec chroot "$0" "$@"
 """
-ISOLATED = ["unshare", "--mount", "--propagation", "private", "--pid", "--fork", "--kill-child"]
+# A command ends with the test that started it, however that ends.
+ISOLATED = ["setpriv", "--pdeathsig", "KILL",
+            "unshare", "--mount", "--propagation", "private", "--pid", "--fork", "--kill-child"]
 APT_SETTINGS = re.compile(r"^Acquire::(?:https?|ftp|Check-\w[\w-]*|Retries|Languages|proxy)\b.*;$", re.IGNORECASE)
 # What apt, dpkg and the loader keep for themselves.
 STATE = ("var/lib/apt", "var/lib/dpkg", "var/cache/apt", "var/cache/ldconfig", "var/log", "etc/ld.so.cache", "packages")
@@ -61,7 +63,8 @@ def why_not():
     address, suite, _ = sources()[0]
     with tempfile.TemporaryDirectory() as folder:
         reached = subprocess.run(["/usr/lib/apt/apt-helper", "-o", "Acquire::http::Timeout=20", "download-file",
-                                  f"{address}dists/{suite}/Release", f"{folder}/Release"], capture_output=True, check=False)
+                                  f"{address}dists/{suite}/Release", f"{folder}/Release"],
+                                 capture_output=True, check=False)
     return None if reached.returncode == 0 else "apt's mirror is out of reach"
 
 
@@ -82,8 +85,9 @@ class BareSystem:
             subprocess.run(["tar", "-xf", archive, "--zstd", "--numeric-owner", "-C", self.root], check=True)
         else:
             self._make()
-            subprocess.run(["tar", "-cf", f"{archive}.part", "--zstd", "--numeric-owner", "-C", self.root, "."], check=True)
-            os.replace(f"{archive}.part", archive)
+            part = f"{archive}.part"
+            subprocess.run(["tar", "-cf", part, "--zstd", "--numeric-owner", "-C", self.root, "."], check=True)
+            os.replace(part, archive)
         self._share_network()
 
     def _make(self):
@@ -117,8 +121,8 @@ class BareSystem:
 
     def run(self, *command, user=False, variables=None, check=True, timeout=300):
         """Runs a command in the system: as root, or as somebody without rights, at home in /tmp/home."""
-        environment = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8", "DEBIAN_FRONTEND": "noninteractive",
-                       "DOWNLOADS": str(self.downloads), "HOME": "/root"}
+        environment = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "HOME": "/root", "LC_ALL": "C.UTF-8",
+                       "DEBIAN_FRONTEND": "noninteractive", "DOWNLOADS": str(self.downloads)}
         environment |= {name: value for name, value in os.environ.items() if name.lower().endswith("_proxy")}
         if user:
             command = ("setpriv", f"--reuid={NOBODY}", f"--regid={NOBODY}", "--clear-groups", *command)
@@ -127,7 +131,7 @@ class BareSystem:
             os.chown(self.home(), int(NOBODY), int(NOBODY))
         result = subprocess.run(
             ISOLATED + ["sh", "-ec", ENTER, str(self.root), *command], env=environment | (variables or {}),
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False, timeout=timeout)
+            stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False, timeout=timeout)
         if check and result.returncode != 0:
             raise AssertionError(f"{' '.join(command)}: status {result.returncode}\n{result.stdout}{result.stderr}")
         return result
@@ -189,6 +193,6 @@ class BareSystem:
                     continue
                 full = self.root / path
                 status = full.lstat()
-                target = os.readlink(full) if full.is_symlink() else status.st_size if stat.S_ISREG(status.st_mode) else None
-                found[path] = (stat.filemode(status.st_mode), target)
+                size = status.st_size if stat.S_ISREG(status.st_mode) else None
+                found[path] = (stat.filemode(status.st_mode), os.readlink(full) if full.is_symlink() else size)
         return found

@@ -43,7 +43,8 @@ class DesktopTest(unittest.TestCase):
         self.assertEqual(options, set(re.findall(r"^\.It .*?Fl -(\w+)", page, re.M)))
 
     def test_newest_release_is_this_version(self):
-        version = re.search(r"project\(Kestrelid VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")).group(1)
+        project = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
+        version = re.search(r"project\(Kestrelid VERSION (\S+)", project).group(1)
         releases = xml.etree.ElementTree.parse(DESKTOP / f"{ID}.metainfo.xml").findall("releases/release")
         self.assertEqual(releases[0].get("version"), version)
 

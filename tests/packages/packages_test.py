@@ -101,8 +101,8 @@ class PackagesTest(unittest.TestCase):
         shutil.copy(self.build_example(), self.system.home() / "judge")
         start, used = time.monotonic(), processor_time()
         answer = self.system.run("/tmp/home/judge", "/tmp/home/passport.jpg", user=True).stdout
-        print(f"first verdict of examples/judge, from start to end: {time.monotonic() - start:.2f} s (2.5 s are allowed), "
-              f"{processor_time() - used:.2f} s of processor time")
+        print(f"first verdict of examples/judge, from start to end: {time.monotonic() - start:.2f} s "
+              f"(2.5 s are allowed), {processor_time() - used:.2f} s of processor time")
         self.assertEqual(answer, "a passport\n")
 
         self.install_next_beside(half[0])
@@ -119,7 +119,8 @@ class PackagesTest(unittest.TestCase):
             subprocess.run(["dpkg-deb", "--extract", self.files[name], tree], check=True)
         configured = subprocess.run(
             ["cmake", "--no-warn-unused-cli", "-G", "Ninja", "-S", ROOT / "examples" / "judge", "-B", build,
-             f"-DCMAKE_PREFIX_PATH={tree}/usr", "-DCMAKE_DISABLE_FIND_PACKAGE_Qt6=ON"], capture_output=True, text=True, check=False)
+             f"-DCMAKE_PREFIX_PATH={tree}/usr", "-DCMAKE_DISABLE_FIND_PACKAGE_Qt6=ON"],
+            capture_output=True, text=True, check=False)
         self.assertEqual(configured.returncode, 0, configured.stderr)
         self.assertIn(str(tree), (build / "CMakeCache.txt").read_text(encoding="utf-8"))
         built = subprocess.run(["cmake", "--build", build], capture_output=True, text=True, check=False)
@@ -142,7 +143,8 @@ class PackagesTest(unittest.TestCase):
                            encoding="utf-8")
         (tree / "DEBIAN" / "md5sums").unlink()
         file = self.system.root / "packages" / f"{following}.deb"
-        subprocess.run(["dpkg-deb", "--build", "-Znone", "--root-owner-group", tree, file], check=True, capture_output=True)
+        subprocess.run(["dpkg-deb", "--build", "-Znone", "--root-owner-group", tree, file],
+                       check=True, capture_output=True)
         self.system.run("dpkg", "--install", "--force-depends", f"/packages/{file.name}")
         self.assertLessEqual({name, following}, self.system.packages())
         self.system.run("dpkg", "--purge", following)
@@ -171,7 +173,8 @@ class PackagesTest(unittest.TestCase):
         for part in parts.values():
             print(f"doctor: {'found' if part['available'] else 'missing':8} {part['name']}: {part['details']}")
         self.assertTrue(report["complete"])
-        self.assertEqual({name for name, part in parts.items() if not part["available"] and "Tesseract" not in name}, set())
+        missing = {name for name, part in parts.items() if not part["available"]}
+        self.assertEqual({name for name in missing if "Tesseract" not in name}, set())
 
     def check_validate(self):
         used = processor_time()
@@ -199,8 +202,8 @@ class PackagesTest(unittest.TestCase):
         for widgets in ((), ("--widgets",)):
             shot = self.system.home() / f"demo{''.join(widgets)}.png"
             for seconds in ("3", "10", "40"):
-                self.system.run("kestrelid-demo", *widgets, "--screenshot", f"/tmp/home/{shot.name}", "--after", seconds,
-                                user=True, variables=OFFSCREEN)
+                self.system.run("kestrelid-demo", *widgets, "--screenshot", f"/tmp/home/{shot.name}",
+                                "--after", seconds, user=True, variables=OFFSCREEN)
                 if shows_a_photo(shot) and colours(shot)[GREEN] > 100:
                     break
             self.keep(shot)
@@ -213,8 +216,9 @@ class PackagesTest(unittest.TestCase):
     def test_lintian_finds_no_error(self):
         if not shutil.which("lintian"):
             self.skipTest("lintian is missing: run tools/setup")
-        result = subprocess.run(["lintian", "--allow-root", "--fail-on", "error", "--tag-display-limit", "0", *self.files.values()],
-                                capture_output=True, text=True, check=False)
+        result = subprocess.run(
+            ["lintian", "--allow-root", "--fail-on", "error", "--tag-display-limit", "0", *self.files.values()],
+            capture_output=True, text=True, check=False)
         print(result.stdout, end="")
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
 
