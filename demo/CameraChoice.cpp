@@ -73,17 +73,16 @@ void CameraChoice::setNote(const QString& note) {
 }
 
 void CameraChoice::findCameras(std::function<void(const Names&)> then) {
-    // The block holds its queue, so that whoever waits for the queue to be idle waits for it too.
-    background_->async([background = background_, mainQueue = mainQueue_,
-                        self = QPointer<CameraChoice>(this), then = std::move(then)] {
-        Names names;
-        for (const CameraDescription& camera : cameras())
-            names.append(QString::fromStdString(camera.name));
-        mainQueue->async([self, names, then] {
-            if (self)
-                then(names);
+    background_->async(
+        [mainQueue = mainQueue_, self = QPointer<CameraChoice>(this), then = std::move(then)] {
+            Names names;
+            for (const CameraDescription& camera : cameras())
+                names.append(QString::fromStdString(camera.name));
+            mainQueue->async([self, names, then] {
+                if (self)
+                    then(names);
+            });
         });
-    });
 }
 
 // The scanning screen says nothing about a camera that does not get ready.
@@ -91,20 +90,19 @@ void CameraChoice::examineLater() {
     mainQueue_->asyncAfter(kPatience, [self = QPointer<CameraChoice>(this), camera = camera_] {
         if (!self || self->camera_ != camera)
             return;
-        self->background_->async(
-            [background = self->background_, mainQueue = self->mainQueue_, self, camera] {
-                CameraOptions options;
-                options.camera = camera.toStdString();
-                for (const ServiceStatus& part : diagnoseCamera(options)) {
-                    if (part.available)
-                        continue;
-                    const auto cause = QString::fromStdString(part.name + ": " + part.details);
-                    return mainQueue->async([self, camera, cause] {
-                        if (self && self->camera_ == camera)
-                            self->setNote(cause);
-                    });
-                }
-            });
+        self->background_->async([mainQueue = self->mainQueue_, self, camera] {
+            CameraOptions options;
+            options.camera = camera.toStdString();
+            for (const ServiceStatus& part : diagnoseCamera(options)) {
+                if (part.available)
+                    continue;
+                const auto cause = QString::fromStdString(part.name + ": " + part.details);
+                return mainQueue->async([self, camera, cause] {
+                    if (self && self->camera_ == camera)
+                        self->setNote(cause);
+                });
+            }
+        });
     });
 }
 
@@ -117,8 +115,7 @@ void CameraChoice::open(const QUrl& file) {
 }
 
 void CameraChoice::readPicture(const QString& path) {
-    background_->async([background = background_, mainQueue = mainQueue_,
-                        self = QPointer<CameraChoice>(this), path] {
+    background_->async([mainQueue = mainQueue_, self = QPointer<CameraChoice>(this), path] {
         const ImageResult picture = readImage(path.toStdString());
         mainQueue->async([self, path, picture] {
             if (!self)

@@ -24,12 +24,11 @@ void PhotoJudge::judge(const Image& photo) {
         });
     };
     // Turning a large photo upright takes time. Weak: closing the window abandons the photo.
-    background_->async(
-        [photo, tell, background = background_, weak = std::weak_ptr<PassportDetector>(detector_)] {
-            const Image upright = photo.upright();
-            if (const auto detector = weak.lock())
-                detector->validate(upright, tell);
-        });
+    background_->async([photo, tell, weak = std::weak_ptr<PassportDetector>(detector_)] {
+        const Image upright = photo.upright();
+        if (const auto detector = weak.lock())
+            detector->validate(upright, tell);
+    });
 }
 
 void PhotoJudge::show(const PassportValidationResult& result) {

@@ -7,11 +7,9 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <QApplication>
 #include <QFileInfo>
 #include <QTimer>
-#include <thread>
 
 namespace kestrelid::demo {
 
@@ -26,7 +24,7 @@ int fail(const QString& cause, ExitStatus status) {
 
 // The models load while the window opens; the first frame would wait for them.
 void loadModels(const PlatformServices& recognition) {
-    recognition.queue->async([recognition] {
+    recognition.queue->async([text = recognition.text, rectangles = recognition.rectangles] {
         constexpr int kSide = 64;  // pixels
         auto pixels = std::make_shared<std::array<std::byte, kSide * kSide>>();
         const auto picture =
@@ -34,18 +32,9 @@ void loadModels(const PlatformServices& recognition) {
                          std::shared_ptr<std::byte[]>(pixels, pixels->data()), pixels->size());
         if (!picture)
             return;
-        (void)recognition.text->perform(*picture, {}, [](const RequestReport&) {});
-        (void)recognition.rectangles->perform(*picture, {}, [](const RequestReport&) {});
+        (void)text->perform(*picture, {}, [](const RequestReport&) {});
+        (void)rectangles->perform(*picture, {}, [](const RequestReport&) {});
     });
-}
-
-// Whether nothing runs in the background any more, after a short wait.
-bool isIdle(const PlatformServices& recognition) {
-    constexpr auto kPatience = std::chrono::milliseconds(300);
-    const auto end = std::chrono::steady_clock::now() + kPatience;
-    while (recognition.queue.use_count() > 1 && std::chrono::steady_clock::now() < end)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    return recognition.queue.use_count() == 1;
 }
 
 void takeScreenshot(const DemoOptions& options, Host& host) {
@@ -93,16 +82,13 @@ int run(int argc, char** argv) {
     if (!hasDisplay)
         return fail("no display: neither DISPLAY nor WAYLAND_DISPLAY is set", kFailed);
 
+    // Let go of last: then it waits for what is still judged.
     const PlatformServices recognition = defaultServices();
     loadModels(recognition);
     QApplication application(argc, argv);
     QApplication::setApplicationName("kestrelid-demo");
-    const int status = show(options, recognition);
-    // Nobody waits for the verdicts under way. Returning from main() would pull the recogniser's
-    // statics away under the threads that still judge.
-    if (!isIdle(recognition))
-        std::_Exit(status);
-    return status;
+    QGuiApplication::setDesktopFileName("org.kestrelid.Demo");
+    return show(options, recognition);
 }
 
 }  // namespace

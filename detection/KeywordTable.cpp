@@ -49,8 +49,9 @@ KeywordTable::KeywordTable(std::span<const std::string_view> keywords)
 }
 
 const KeywordTable& KeywordTable::passport() {
-    static const KeywordTable table(passportKeywords());
-    return table;
+    // Never destroyed: a host's worker may still be judging when the process ends.
+    static const auto* const table = new KeywordTable(passportKeywords());
+    return *table;
 }
 
 bool KeywordTable::isMatch(std::size_t entry, std::int64_t distance) const {

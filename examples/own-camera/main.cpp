@@ -55,7 +55,8 @@ int main(int count, char** arguments) {
     const auto mainQueue = makeSerialQueue("main");  // with screens: makeQtMainQueue()
     std::promise<std::optional<Image>> photo;
     std::shared_ptr<CameraManager> manager;
-    Subscription inView;
+    std::vector<Subscription> changes;
+    bool isAsked = false;
     mainQueue->async([&] {
         manager = CameraManager::create(
             {.authorization = std::make_shared<AlwaysAllowed>(),
@@ -64,10 +65,14 @@ int main(int count, char** arguments) {
              .mainQueue = mainQueue,
              .makeSerialQueue = makeSerialQueue});
         manager->onPhotoCapture = [&](const auto& taken) { photo.set_value(taken); };
-        inView = manager->isDocumentDetected().didChange([&](bool isInView) {
-            if (isInView && std::exchange(inView, nullptr))
+        const auto takeOnce = [&](bool) {
+            const bool isTime =
+                manager->isSessionReady().value() && manager->isDocumentDetected().value();
+            if (isTime && !std::exchange(isAsked, true))
                 manager->capturePhoto();
-        });
+        };
+        changes.push_back(manager->isSessionReady().didChange(takeOnce));
+        changes.push_back(manager->isDocumentDetected().didChange(takeOnce));
         manager->checkAuthorization();
     });
 
@@ -75,7 +80,7 @@ int main(int count, char** arguments) {
     const bool isTaken = taken.wait_for(std::chrono::seconds(60)) == std::future_status::ready;
     std::promise<void> released;
     mainQueue->async([&] {
-        inView.reset();
+        changes.clear();
         manager.reset();
         released.set_value();
     });
