@@ -1,5 +1,6 @@
 #include "platform/vision/onnx/OnnxRuntime.h"
 
+#include "platform/vision/onnx/ExitGate.h"
 #include "platform/vision/onnx/OnnxStatus.h"
 
 #include <algorithm>
@@ -86,6 +87,7 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
         return RequestError{std::string(kOnnxLibraryName) +
                             " is not ONNX Runtime: " + std::string(kResourceRemedy)};
 
+    ExitGate::guard();
     const std::shared_ptr<OnnxRuntime> runtime(new OnnxRuntime);
     const OrtApiBase& base = *getApiBase();
     runtime->version_ = base.GetVersionString();

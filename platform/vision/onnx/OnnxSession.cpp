@@ -1,5 +1,6 @@
 #include "platform/vision/onnx/OnnxSession.h"
 
+#include "platform/vision/onnx/ExitGate.h"
 #include "platform/vision/onnx/OnnxRuntime.h"
 #include "platform/vision/onnx/OnnxStatus.h"
 
@@ -74,11 +75,18 @@ std::vector<const char*> pointers(const std::vector<std::string>& names) {
     return result;
 }
 
+RequestError ending() {
+    return {"ONNX Runtime: the program is ending"};
+}
+
 }  // namespace
 
 std::variant<OnnxSession, RequestError>
 OnnxSession::open(std::shared_ptr<const OnnxRuntime> runtime, const std::string& model,
                   int threads) {
+    const ExitGate::Pass pass;
+    if (!pass)
+        return ending();
     const OrtApi& api = *runtime->api_;
     OrtSessionOptions* rawOptions = nullptr;
     if (auto error = onnxError(api, api.CreateSessionOptions(&rawOptions)))
@@ -114,6 +122,9 @@ OnnxSession::open(std::shared_ptr<const OnnxRuntime> runtime, const std::string&
 }
 
 OnnxSession::Outputs OnnxSession::run(std::span<const OnnxInput> inputs) const {
+    const ExitGate::Pass pass;
+    if (!pass)
+        return ending();
     const OrtApi& api = *runtime_->api_;
     if (inputs.size() != inputNames_.size())
         return RequestError{"ONNX Runtime: the model takes another number of inputs"};
