@@ -7,9 +7,11 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <QApplication>
 #include <QFileInfo>
 #include <QTimer>
+#include <thread>
 
 namespace kestrelid::demo {
 
@@ -35,6 +37,15 @@ void loadModels(const PlatformServices& recognition) {
         (void)text->perform(*picture, {}, [](const RequestReport&) {});
         (void)rectangles->perform(*picture, {}, [](const RequestReport&) {});
     });
+}
+
+// Whether nobody else holds the services any more, after a short wait.
+bool isIdle(const PlatformServices& recognition) {
+    constexpr auto kPatience = std::chrono::milliseconds(300);
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (recognition.queue.use_count() > 1 && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return recognition.queue.use_count() == 1;
 }
 
 void takeScreenshot(const DemoOptions& options, Host& host) {
@@ -82,13 +93,17 @@ int run(int argc, char** argv) {
     if (!hasDisplay)
         return fail("no display: neither DISPLAY nor WAYLAND_DISPLAY is set", kFailed);
 
-    // Let go of last: then it waits for what is still judged.
     const PlatformServices recognition = defaultServices();
     loadModels(recognition);
     QApplication application(argc, argv);
     QApplication::setApplicationName("kestrelid-demo");
     QGuiApplication::setDesktopFileName("org.kestrelid.Demo");
-    return show(options, recognition);
+    const int status = show(options, recognition);
+    // A camera that is being set up holds the services for up to two seconds, which nobody waits
+    // for. Returning from main() would pull the recogniser's statics away under its workers.
+    if (!isIdle(recognition))
+        std::_Exit(status);
+    return status;  // waits for what is still judged
 }
 
 }  // namespace

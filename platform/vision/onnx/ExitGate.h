@@ -10,7 +10,8 @@ namespace kestrelid {
 // Only the process itself knows when it ends, so the gate is one for all runtimes. Thread: any.
 class ExitGate {
 public:
-    // Call once the library is loaded: what is registered last happens first at the end.
+    // Call once the library has made its statics: what is registered last happens first at the end.
+    // Those that a first session makes are not covered while it is made.
     static void guard();
 
     // Inside as long as it lives.

@@ -87,7 +87,6 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
         return RequestError{std::string(kOnnxLibraryName) +
                             " is not ONNX Runtime: " + std::string(kResourceRemedy)};
 
-    ExitGate::guard();
     const std::shared_ptr<OnnxRuntime> runtime(new OnnxRuntime);
     const OrtApiBase& base = *getApiBase();
     runtime->version_ = base.GetVersionString();
@@ -108,6 +107,7 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
         return *error;
     if (auto error = shareArena(api, runtime->environment_))
         return *error;
+    ExitGate::guard();
     return std::shared_ptr<const OnnxRuntime>(runtime);
 }
 
