@@ -20,8 +20,8 @@ class Documents(unittest.TestCase):
         for path in [ROOT / "README.md"] + tracked("docs/guides/*.md"):
             for before, language, shown in CODE.findall(path.read_text()):
                 with self.subTest(f"{path.relative_to(ROOT)}: {shown.splitlines()[0]}"):
-                    named = re.search(r"<!-- (examples/\S+) -->\n$", before)
-                    self.assertTrue(named, "the line above does not name a file of examples/")
+                    named = re.search(r"<!-- ((?:examples|tests/install)/\S+) -->\n$", before)
+                    self.assertTrue(named, "the line above does not name a file of examples/ or tests/install/")
                     self.assertTrue("\n" + shown in "\n" + (ROOT / named[1]).read_text(), f"differs from {named[1]}")
                     blocks += 1
         self.assertGreater(blocks, 12)
