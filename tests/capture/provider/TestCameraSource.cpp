@@ -20,6 +20,7 @@ struct Camera {
 
     GstVideoInfo format{};
     std::unique_ptr<FramePainter> painter;
+    std::string picture;                           // that the painter shows
     std::atomic<guint64> frameDuration = 0;        // ns
     std::uint64_t frames = 0;                      // since it was opened
     GstClockTime firstTime = GST_CLOCK_TIME_NONE;  // running time of frame 0 of this format
@@ -30,6 +31,11 @@ struct Camera {
     bool isFlushing = false;
 
     [[nodiscard]] std::optional<CameraEntry> entry() const { return findCamera(control, device); }
+
+    void show(const std::string& file) {
+        picture = file;
+        painter = std::make_unique<FramePainter>(format, picture);
+    }
 
     void note(const std::string& what) const { writeJournal(control, what + ' ' + device); }
 
@@ -132,7 +138,7 @@ gboolean setCaps(GstBaseSrc* source, GstCaps* caps) {
         return FALSE;
     camera.frameDuration =
         gst_util_uint64_scale_int(GST_SECOND, camera.format.fps_d, camera.format.fps_n);
-    camera.painter = std::make_unique<FramePainter>(camera.format, entry->picture);
+    camera.show(entry->picture);
     camera.firstTime = GST_CLOCK_TIME_NONE;
     gchar* text = gst_caps_to_string(caps);
     camera.note(std::string("format ") + text);
@@ -205,8 +211,11 @@ GstFlowReturn awaitFrame(GstPushSrc* source, Camera& camera) {
             GST_ELEMENT_ERROR(source, RESOURCE, FAILED, ("The camera does not start."), (nullptr));
             return GST_FLOW_ERROR;
         }
-        if (!isGone && !(entry->stallAfter && camera.frames >= *entry->stallAfter))
+        if (!isGone && !(entry->stallAfter && camera.frames >= *entry->stallAfter)) {
+            if (camera.painter && entry->picture != camera.picture)
+                camera.show(entry->picture);
             return GST_FLOW_OK;
+        }
         if (!camera.pause())
             return GST_FLOW_FLUSHING;
     }
