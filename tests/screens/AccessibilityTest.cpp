@@ -1,7 +1,6 @@
 #include "tests/screens/FakeCamera.h"
 #include "tests/screens/ShownScreen.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <QAccessible>
 #include <vector>
@@ -70,6 +69,8 @@ std::vector<Element> scannerTells(bool hasPicture, const std::string& status) {
 TEST_F(Accessibility, ScannerInEachState) {
     FakeCamera camera;
     camera.authorization = std::make_shared<FakeAuthorization>(AuthorizationStatus::notDetermined);
+    int photos = 0;
+    camera.machine().takePhoto = [&](const auto&) { ++photos; };
     int closings = 0;
     ShownScreen screen(QStringLiteral("DocumentScannerView"),
                        {{"completion", QVariant::fromValue(PhotoCompletion([](const auto&) {}))},
@@ -87,7 +88,7 @@ TEST_F(Accessibility, ScannerInEachState) {
     press(screen.item("captureArea"));
     camera.mainQueue->advance(0.2);
     camera.otherQueues->runAll();
-    EXPECT_THAT(camera.machine().log, testing::Contains("capturePhoto").Times(1));
+    EXPECT_EQ(photos, 1);
     press(screen.item("closeArea"));
     EXPECT_EQ(closings, 1);
 }
