@@ -22,6 +22,8 @@ std::vector<std::filesystem::path> resourceFolders(const std::filesystem::path& 
     if (!chosen.empty())
         return {chosen};
     const std::filesystem::path own = ownFolder();
+    if (own.empty())
+        return {};  // never the folder that the program happens to run in
     std::vector<std::filesystem::path> folders{
         own / KESTRELID_RESOURCES,
         (own / KESTRELID_LIBRARIES_FROM_PROGRAM / KESTRELID_RESOURCES).lexically_normal()};
