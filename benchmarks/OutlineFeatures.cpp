@@ -41,7 +41,7 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
             continue;
         const Bitmap bitmap = *std::get<Image>(decoded).upright().bitmap();
         const cv::Mat small = outline::outlinePicture(bitmap);
-        const auto maps = network.look(small);
+        const auto maps = network.lookAllWays(small);  // as in doubt
         if (!std::holds_alternative<outline::OutlineMaps>(maps))
             return 1;
         for (outline::MapOutline found :

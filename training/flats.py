@@ -310,11 +310,32 @@ _LAYOUTS = ((_page, 0.25), (_spread, 0.14), (_cover, 0.1), (_card, 0.13), (_rece
             (_letter, 0.13), (_form, 0.06), (_note, 0.05), (_blank, 0.07))
 
 
+def _banded(rng, pixels):
+    # A band of colour along one side, dark ones above all: a header, a letterhead, a magnetic strip.
+    # A network that never saw one takes a dark header for the desk.
+    turns = int(rng.choice(4, p=[0.55, 0.15, 0.15, 0.15]))
+    image = Image.fromarray(np.ascontiguousarray(np.rot90(pixels, turns)))
+    draw = ImageDraw.Draw(image)
+    width, height = image.size
+    deep = round(rng.uniform(0.05, 0.2) * min(width, height) + 1)
+    dark = rng.random() < 0.7
+    colour = np.clip(rng.uniform(*((5, 90) if dark else (60, 240))) + rng.normal(0, 30, 3), 0, 255)
+    draw.rectangle([0, 0, width, deep], fill=tuple(int(value) for value in colour))
+    ink = _tint(rng, 180, 255, 15) if dark else _tint(rng, 0, 90, 20)
+    for _ in range(int(rng.integers(0, 3))):
+        word = _WORDS[int(rng.integers(len(_WORDS)))].upper()
+        draw.text((rng.uniform(0.02, 0.8) * width, 0.25 * deep), word, ink,
+                  _font(int(rng.integers(4)), max(4, deep // 2)))
+    return np.rot90(np.array(image), -turns)
+
+
 def invented(rng, longest):
     """A layout of its own kind, its longer side longest pixels."""
     shares = np.array([share for _, share in _LAYOUTS])
     layout = _LAYOUTS[int(rng.choice(len(_LAYOUTS), p=shares / shares.sum()))][0]
     pixels = layout(rng, longest if layout is not _spread else longest * 2 // 3)
+    if rng.random() < 0.4:
+        pixels = _banded(rng, pixels)
     coverage = np.full(pixels.shape[:2], 255, np.uint8)
     if layout in (_page, _spread, _cover, _card) and rng.random() < 0.7:
         radius = max(1, round(rng.uniform(0.015, 0.05) * min(coverage.shape)))

@@ -3,7 +3,9 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <iterator>
 #include <optional>
 
 namespace kestrelid::outline {
@@ -11,38 +13,36 @@ namespace {
 
 using opencv::Quad;
 
-constexpr int kFine = 4;                // the page's border is followed at a quarter of a cell
+constexpr int kFine = 4;  // borders are followed at a quarter of a cell
+// Of the page and the core map: what runs into its neighbour at one level stands alone at another.
+constexpr std::array kLevels{0.3f, 0.5f, 0.7f};
 constexpr float kPage = 0.5f;           // of the page map
 constexpr float kCore = 0.5f;           // of the core map
+constexpr float kCoreSize = 0.7f;       // of a document's size, as the network was taught
+constexpr float kAround = 1.25f;        // of an outline's size: where its region is looked for
 constexpr double kLeastRegion = 0.004;  // of the picture
-constexpr double kSideShare = 0.08;     // of a side's length, left out at each of its ends
+constexpr double kLeastCore = 0.001;
+constexpr double kSideShare = 0.08;  // of a side's length, left out at each of its ends
 constexpr float kNearPeak = 2.5f;    // cells between a fitted corner and a peak of the corner map
-constexpr float kLeastPeak = 0.25f;  // of the corner map
 
-// For each label of labels, the mask's label under most of its pixels; 0: none.
-std::vector<int> holders(const cv::Mat1i& labels, int count, const cv::Mat1i& mask, int maskCount) {
-    std::vector<std::vector<int>> votes(static_cast<std::size_t>(count),
-                                        std::vector<int>(static_cast<std::size_t>(maskCount), 0));
-    for (int y = 0; y < labels.rows; ++y)
-        for (int x = 0; x < labels.cols; ++x)
-            ++votes[static_cast<std::size_t>(labels(y, x))][static_cast<std::size_t>(mask(y, x))];
-    std::vector<int> holders(static_cast<std::size_t>(count), 0);
-    for (std::size_t label = 1; label < votes.size(); ++label) {
-        auto& ofLabel = votes[label];
-        ofLabel[0] = 0;
-        const auto most = std::ranges::max_element(ofLabel);
-        holders[label] = *most > 0 ? static_cast<int>(most - ofLabel.begin()) : 0;
-    }
-    return holders;
+// Masks of the connected regions of a mask, each at least so large a share of it.
+std::vector<cv::Mat> componentsOf(const cv::Mat& mask, double leastShare) {
+    cv::Mat1i labels;
+    cv::Mat1i stats;
+    cv::Mat1d centres;
+    const int count = cv::connectedComponentsWithStats(mask, labels, stats, centres, 4, CV_32S);
+    std::vector<cv::Mat> components;
+    for (int label = 1; label < count; ++label)
+        if (stats(label, cv::CC_STAT_AREA) >= leastShare * static_cast<double>(mask.total()))
+            components.push_back(labels == label);
+    return components;
 }
 
 // Splits a region among the cores in it: each pixel goes to the nearest.
-std::vector<cv::Mat> partsOf(const cv::Mat& region, const cv::Mat1i& coreLabels,
-                             const std::vector<int>& cores) {
+std::vector<cv::Mat> partsOf(const cv::Mat& region, const std::vector<cv::Mat>& cores) {
     std::vector<cv::Mat> distances;
-    for (const int core : cores) {
-        cv::distanceTransform(coreLabels != core, distances.emplace_back(), cv::DIST_L2, 3);
-    }
+    for (const cv::Mat& core : cores)
+        cv::distanceTransform(~core, distances.emplace_back(), cv::DIST_L2, 3);
     std::vector<cv::Mat> parts;
     for (std::size_t i = 0; i < distances.size(); ++i) {
         parts.push_back(region.clone());
@@ -53,24 +53,19 @@ std::vector<cv::Mat> partsOf(const cv::Mat& region, const cv::Mat1i& coreLabels,
     return parts;
 }
 
-// Masks, one a document: connected regions of the page map, split where they hold several cores.
-std::vector<cv::Mat> regionsOf(const cv::Mat1f& page, const cv::Mat1f& core) {
-    cv::Mat1i pageLabels;
-    cv::Mat1i coreLabels;
-    const int pages = cv::connectedComponents(page > kPage, pageLabels, 4, CV_32S);
-    const int cores = cv::connectedComponents(core > kCore, coreLabels, 4, CV_32S);
-    const std::vector<int> pageOfCore = holders(coreLabels, cores, pageLabels, pages);
+// Regions of the page map above a level, split where they hold several cores.
+std::vector<cv::Mat> regionsOf(const cv::Mat1f& page, const std::vector<cv::Mat>& cores,
+                               float level) {
     std::vector<cv::Mat> regions;
-    for (int label = 1; label < pages; ++label) {
-        std::vector<int> inside;
-        for (int i = 1; i < cores; ++i)
-            if (pageOfCore[static_cast<std::size_t>(i)] == label)
-                inside.push_back(i);
-        const cv::Mat region = pageLabels == label;
-        for (const cv::Mat& part :
-             inside.size() < 2 ? std::vector<cv::Mat>{region} : partsOf(region, coreLabels, inside))
-            if (cv::countNonZero(part) >= kLeastRegion * static_cast<double>(part.total()))
-                regions.push_back(part);
+    for (const cv::Mat& region : componentsOf(page > level, kLeastRegion)) {
+        std::vector<cv::Mat> inside;
+        std::ranges::copy_if(cores, std::back_inserter(inside), [&](const cv::Mat& core) {
+            return 2 * cv::countNonZero(core & region) > cv::countNonZero(core);
+        });
+        if (inside.size() < 2)
+            regions.push_back(region);
+        else
+            std::ranges::copy(partsOf(region, inside), std::back_inserter(regions));
     }
     return regions;
 }
@@ -135,30 +130,52 @@ std::optional<Quad> fittedQuad(const cv::Mat& region) {
     return opencv::orderedQuad(corners);
 }
 
-// The strongest cell near a place, to a fraction of a cell; its height.
-float snapToPeak(const cv::Mat1f& map, cv::Point2f& cell) {
+// The height of the strongest cell near a place.
+float peakNear(const cv::Mat1f& map, cv::Point2f cell) {
     float best = 0.0f;
-    cv::Point place;
     for (int y = std::max(0, cvFloor(cell.y - kNearPeak));
          y < std::min(map.rows, cvCeil(cell.y + kNearPeak)); ++y)
         for (int x = std::max(0, cvFloor(cell.x - kNearPeak));
              x < std::min(map.cols, cvCeil(cell.x + kNearPeak)); ++x)
-            if (map(y, x) > best) {
-                best = map(y, x);
-                place = {x, y};
-            }
-    if (best < kLeastPeak)
-        return best;
-    cv::Point2f sum;
-    float weight = 0.0f;
-    for (int y = std::max(0, place.y - 1); y <= std::min(map.rows - 1, place.y + 1); ++y)
-        for (int x = std::max(0, place.x - 1); x <= std::min(map.cols - 1, place.x + 1); ++x) {
-            sum +=
-                cv::Point2f(static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f) * map(y, x);
-            weight += map(y, x);
-        }
-    cell = sum / weight;
+            best = std::max(best, map(y, x));
     return best;
+}
+
+Quad resized(const Quad& quad, float factor) {
+    const cv::Point2f centre = (quad[0] + quad[1] + quad[2] + quad[3]) * 0.25f;
+    Quad other;
+    std::ranges::transform(quad, other.begin(),
+                           [&](cv::Point2f corner) { return centre + (corner - centre) * factor; });
+    return other;
+}
+
+cv::Mat1b filled(const Quad& quad, cv::Size size) {
+    std::array<cv::Point, 4> corners;
+    std::ranges::transform(quad, corners.begin(), [](cv::Point2f p) { return cv::Point(p); });
+    cv::Mat1b mask(size, std::uint8_t{0});
+    cv::fillConvexPoly(mask, corners.data(), 4, 255);
+    return mask;
+}
+
+// quad is in pixels of page, a map enlarged; corner is as the network gave it.
+MapOutline measured(const Quad& quad, const cv::Mat& region, const cv::Mat1f& page,
+                    const cv::Mat1f& corner) {
+    MapOutline outline{quad};
+    const cv::Mat drawn = filled(quad, page.size());
+    const int shared = cv::countNonZero(drawn & region);
+    const int either = cv::countNonZero(drawn | region);
+    outline.fill = either > 0 ? static_cast<double>(shared) / either : 0.0;
+    outline.inside = shared > 0 ? cv::mean(page, drawn)[0] : 0.0;
+    double peaks = 0.0;
+    for (cv::Point2f& place : outline.quad) {
+        const cv::Point2f cell = place / kFine;
+        const bool seen = cell.x > 0 && cell.y > 0 && cell.x < static_cast<float>(corner.cols) &&
+                          cell.y < static_cast<float>(corner.rows);
+        peaks += seen ? static_cast<double>(peakNear(corner, cell)) : 0.5;
+        place = {place.x / static_cast<float>(page.cols), place.y / static_cast<float>(page.rows)};
+    }
+    outline.corners = peaks / 4;
+    return outline;
 }
 
 }  // namespace
@@ -169,32 +186,19 @@ std::vector<MapOutline> outlinesOf(const OutlineMaps& maps) {
     cv::Mat1f core;
     cv::resize(maps.page, page, fine, 0, 0, cv::INTER_LINEAR);
     cv::resize(maps.core, core, fine, 0, 0, cv::INTER_LINEAR);
+    const std::vector<cv::Mat> cores = componentsOf(core > kCore, kLeastCore);
+    const cv::Mat pages = page > kPage;
     std::vector<MapOutline> outlines;
-    for (const cv::Mat& region : regionsOf(page, core)) {
-        const auto quad = fittedQuad(region);
-        if (!quad)
-            continue;
-        MapOutline outline{*quad};
-        std::array<cv::Point, 4> whole;
-        std::ranges::transform(*quad, whole.begin(), [](cv::Point2f p) { return cv::Point(p); });
-        cv::Mat drawn(fine, CV_8U, cv::Scalar(0));
-        cv::fillConvexPoly(drawn, whole.data(), 4, 255);
-        const int shared = cv::countNonZero(drawn & region);
-        const int either = cv::countNonZero(drawn | region);
-        outline.fill = either > 0 ? static_cast<double>(shared) / either : 0.0;
-        outline.inside = shared > 0 ? cv::mean(page, drawn)[0] : 0.0;
-        double peaks = 0.0;
-        for (cv::Point2f& corner : outline.quad) {
-            cv::Point2f cell = corner / kFine;
-            const bool seen = cell.x > 0 && cell.y > 0 &&
-                              cell.x < static_cast<float>(maps.corner.cols) &&
-                              cell.y < static_cast<float>(maps.corner.rows);
-            peaks += seen ? static_cast<double>(snapToPeak(maps.corner, cell)) : 0.5;
-            corner = {corner.x / static_cast<float>(fine.width),
-                      corner.y / static_cast<float>(fine.height)};
-        }
-        outline.corners = peaks / 4;
-        outlines.push_back(outline);
+    for (const float level : kLevels) {
+        for (const cv::Mat& region : regionsOf(page, cores, level))
+            if (const auto quad = fittedQuad(region))
+                outlines.push_back(measured(*quad, region, page, maps.corner));
+        for (const cv::Mat& middle : componentsOf(core > level, kLeastCore))
+            if (const auto quad = fittedQuad(middle)) {
+                const Quad whole = resized(*quad, 1.0f / kCoreSize);
+                const cv::Mat region = pages & filled(resized(whole, kAround), fine);
+                outlines.push_back(measured(whole, region, page, maps.corner));
+            }
     }
     return outlines;
 }

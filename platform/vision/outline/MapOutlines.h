@@ -16,7 +16,8 @@ struct MapOutline {
         0.0;  // mean of the corner map's peaks at its corners; outside the picture: 0.5
 };
 
-// One outline for each core that the maps show, in no particular order.
+// All that could be an outline, in no particular order: a document usually gives several, from its
+// page and its core at several levels.
 [[nodiscard]] std::vector<MapOutline> outlinesOf(const OutlineMaps& maps);
 
 }  // namespace kestrelid::outline

@@ -20,10 +20,12 @@ using outline::WeighedOutline;
 constexpr const char* kModelName = "outline-net.onnx";
 constexpr const char* kRemedy = "install it beside the library, or take models/ of the source tree";
 constexpr int kShortestSide = 24;     // pixels; below this no page can be told from noise
+constexpr double kClear = 0.97;       // of confidence: one look is enough
 constexpr double kCertain = 0.8;      // of confidence: nobody else is asked
 constexpr double kHopeless = 0.03;    // of confidence, for the best outline: nothing is there
-constexpr double kSameOutline = 0.5;  // overlap of two bounding boxes from which they are one
-constexpr double kBorder = 0.01;      // of the picture: nearer sides are taken for its border
+constexpr double kSameOutline = 0.5;  // overlap from which two are one
+constexpr double kBorder = 0.02;      // of the picture: nearer sides are taken for its border
+constexpr double kMargin = 0.005;     // of a box: what it is grown by on each side
 
 struct Opened {
     std::shared_ptr<const OutlineNetwork> network;
@@ -55,7 +57,7 @@ double overlap(const NormalizedRect& a, const NormalizedRect& b) {
 }
 
 // A page that almost fills the picture loses nothing by filling it, while print at its rim may be
-// cut.
+// cut; for the same reason boxes get a margin, about as much as sides are off.
 double ontoBorder(double share) {
     return share < kBorder ? 0.0 : share > 1.0 - kBorder ? 1.0 : share;
 }
@@ -75,9 +77,43 @@ RectangleObservation observationOf(const WeighedOutline& found, cv::Size size) {
         bottom = std::min(bottom, y);
         top = std::max(top, y);
     }
+    const double x = kMargin * (right - left);
+    const double y = kMargin * (top - bottom);
+    left = std::max(left - x, 0.0);
+    right = std::min(right + x, 1.0);
+    bottom = std::max(bottom - y, 0.0);
+    top = std::min(top + y, 1.0);
     observation.boundingBox = {left, bottom, right - left, top - bottom};
     observation.confidence = static_cast<float>(found.confidence);
     return observation;
+}
+
+// What the network saw, most confident first, no two of one document, corners in pixels of the
+// picture; none where it could not look.
+std::optional<std::vector<WeighedOutline>> seenIn(const OutlineNetwork::Maps& maps, cv::Size size,
+                                                  const RectangleRequest& request) {
+    if (std::holds_alternative<RequestError>(maps))
+        return std::nullopt;
+    auto all = outline::weighed(outline::outlinesOf(std::get<outline::OutlineMaps>(maps)));
+    std::ranges::stable_sort(all, std::greater{}, &WeighedOutline::confidence);
+    std::vector<WeighedOutline> seen;
+    for (WeighedOutline& outline : all) {
+        for (cv::Point2f& corner : outline.quad)
+            corner = {corner.x * static_cast<float>(size.width),
+                      corner.y * static_cast<float>(size.height)};
+        const double aspect = opencv::aspectRatio(outline.quad);
+        if (aspect >= static_cast<double>(request.minimumAspectRatio) &&
+            aspect <= static_cast<double>(request.maximumAspectRatio) &&
+            std::ranges::none_of(seen, [&](const WeighedOutline& other) {
+                return opencv::overlap(outline.quad, other.quad) > kSameOutline;
+            }))
+            seen.push_back(outline);
+    }
+    return seen;
+}
+
+bool isBetween(double low, const std::vector<WeighedOutline>& seen, double high) {
+    return !seen.empty() && seen.front().confidence > low && seen.front().confidence < high;
 }
 
 // Adds what others found; of two that are one outline the more confident stays.
@@ -134,26 +170,18 @@ std::optional<RequestError> NetworkRectangleService::perform(const Bitmap& bitma
         std::vector<RectangleObservation> found;
         if (std::min(bitmap.width(), bitmap.height()) >= kShortestSide) {
             const cv::Mat picture = outline::outlinePicture(bitmap);
-            auto maps = net->look(picture);
-            if (std::holds_alternative<RequestError>(maps))
+            auto seen = seenIn(net->look(picture), picture.size(), request);
+            if (seen && isBetween(kHopeless, *seen, kClear))
+                seen = seenIn(net->lookAllWays(picture), picture.size(), request);
+            if (!seen)
                 return other_->perform(bitmap, request, completion);
-            double best = 0.0;
-            for (WeighedOutline candidate :
-                 outline::weighed(outline::outlinesOf(std::get<outline::OutlineMaps>(maps)))) {
-                for (cv::Point2f& corner : candidate.quad)
-                    corner = {corner.x * static_cast<float>(picture.cols),
-                              corner.y * static_cast<float>(picture.rows)};
-                const double aspect = opencv::aspectRatio(candidate.quad);
-                if (aspect < static_cast<double>(request.minimumAspectRatio) ||
-                    aspect > static_cast<double>(request.maximumAspectRatio))
-                    continue;
-                best = std::max(best, candidate.confidence);
+            for (WeighedOutline& candidate : *seen) {
                 if (candidate.confidence < static_cast<double>(request.minimumConfidence))
-                    continue;
+                    break;
                 candidate.quad = outline::sharpened(picture, candidate.quad);
                 found.push_back(observationOf(candidate, picture.size()));
             }
-            if (mixture_ == OutlineMixture::doubtful && best < kCertain && best > kHopeless)
+            if (mixture_ == OutlineMixture::doubtful && isBetween(kHopeless, *seen, kCertain))
                 addOthers(*other_, bitmap, request, found);
         }
         std::ranges::stable_sort(found, std::greater{}, &RectangleObservation::confidence);

@@ -11,12 +11,56 @@ namespace {
 constexpr int kSide = 192;  // pixels: what the network takes
 constexpr int kCells = kSide / 4;
 constexpr std::size_t kMaps = 3;
+constexpr int kWays = 8;
+
+cv::Mat reduced(const cv::Mat& picture) {
+    cv::Mat square;
+    cv::resize(picture, square, {kSide, kSide}, 0, 0, cv::INTER_AREA);
+    return square;
+}
+
+// The square in one of the ways that it can lie; way 0: as it is.
+cv::Mat laid(const cv::Mat& square, int way) {
+    cv::Mat other = square.clone();
+    if (way & 1)
+        cv::flip(other, other, 1);
+    if (way & 2)
+        cv::flip(other, other, 0);
+    if (way & 4)
+        cv::transpose(other, other);
+    return other;
+}
+
+cv::Mat laidBack(const cv::Mat& square, int way) {
+    return way & 4 ? laid(square.t(), way & 3) : laid(square, way);
+}
 
 }  // namespace
 
 OutlineNetwork::Maps OutlineNetwork::look(const cv::Mat& picture) const {
-    cv::Mat square;
-    cv::resize(picture, square, {kSide, kSide}, 0, 0, cv::INTER_AREA);
+    return mapsOf(reduced(picture));
+}
+
+OutlineNetwork::Maps OutlineNetwork::lookAllWays(const cv::Mat& picture) const {
+    const cv::Mat square = reduced(picture);
+    OutlineMaps mean;
+    for (int way = 0; way < kWays; ++way) {
+        auto seen = mapsOf(laid(square, way));
+        if (std::holds_alternative<RequestError>(seen))
+            return seen;
+        const auto& maps = std::get<OutlineMaps>(seen);
+        for (const auto map : {&OutlineMaps::page, &OutlineMaps::core, &OutlineMaps::corner}) {
+            const cv::Mat part = laidBack(maps.*map, way) / kWays;
+            if (way == 0)
+                mean.*map = part;
+            else
+                mean.*map += part;
+        }
+    }
+    return mean;
+}
+
+OutlineNetwork::Maps OutlineNetwork::mapsOf(const cv::Mat& square) const {
     constexpr std::size_t kPlane = std::size_t{kSide} * kSide;
     std::vector<float> values(3 * kPlane);
     std::array<cv::Mat, 3> planes;  // red, green, blue

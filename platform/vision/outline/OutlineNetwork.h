@@ -25,7 +25,14 @@ public:
     // picture: 8 bits, blue, green, red.
     [[nodiscard]] Maps look(const cv::Mat& picture) const;
 
+    // The mean of looks at the picture in the eight ways that a square can lie: eight times the
+    // time, and pages that are hard to see come out clearer.
+    [[nodiscard]] Maps lookAllWays(const cv::Mat& picture) const;
+
 private:
+    // square: kSide x kSide.
+    [[nodiscard]] Maps mapsOf(const cv::Mat& square) const;
+
     OnnxSession session_;
 };
 

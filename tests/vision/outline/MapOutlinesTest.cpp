@@ -4,6 +4,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -79,16 +80,15 @@ class DrawnMaps : public testing::TestWithParam<Case> {};
 TEST_P(DrawnMaps, giveBackTheQuadrilaterals) {
     const auto& documents = GetParam().documents;
     const auto found = outlinesOf(mapsOf(documents));
-    ASSERT_EQ(found.size(), documents.size());
-    for (const Quad& document : documents) {
-        const auto nearest = std::ranges::min_element(found, {}, [&](const MapOutline& outline) {
-            return greatestDistance(outline.quad, document);
-        });
-        EXPECT_LT(greatestDistance(nearest->quad, document), 0.012);
-        EXPECT_GT(nearest->inside, 0.9);
-        EXPECT_GT(nearest->fill, 0.9);
-        EXPECT_GT(nearest->corners, 0.4);
-    }
+    for (const MapOutline& outline : found)
+        EXPECT_TRUE(std::ranges::any_of(documents, [&](const Quad& document) {
+            return greatestDistance(outline.quad, document) < 0.025;
+        }));
+    for (const Quad& document : documents)
+        EXPECT_TRUE(std::ranges::any_of(found, [&](const MapOutline& outline) {
+            return greatestDistance(outline.quad, document) < 0.012 && outline.inside > 0.9 &&
+                   outline.fill > 0.9 && outline.corners > 0.4;
+        }));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -110,17 +110,39 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(MapOutlinesTest, aCornerBeyondThePictureIsFoundWhereTheSidesMeet) {
     const Quad cut{{{0.4f, 0.3f}, {1.2f, 0.3f}, {1.2f, 0.8f}, {0.4f, 0.8f}}};
     const auto found = outlinesOf(mapsOf({cut}));
-    ASSERT_EQ(found.size(), 1u);
-    const cv::Rect2f box = opencv::boundingBox(found[0].quad);
-    EXPECT_NEAR(box.x, 0.4f, 0.01f);
-    EXPECT_NEAR(box.y, 0.3f, 0.01f);
-    EXPECT_GT(box.br().x, 0.99f);
+    ASSERT_FALSE(found.empty());
+    EXPECT_TRUE(std::ranges::any_of(found, [](const MapOutline& outline) {
+        const cv::Rect2f box = opencv::boundingBox(outline.quad);
+        return std::abs(box.x - 0.4f) < 0.01f && std::abs(box.y - 0.3f) < 0.01f &&
+               box.br().x > 0.99f;
+    }));
+}
+
+TEST(MapOutlinesTest, aPageWhosePaleHalfTheMapDoubtsIsAlsoFoundByItsCore) {
+    const Quad page{{{0.2f, 0.2f}, {0.8f, 0.2f}, {0.8f, 0.8f}, {0.2f, 0.8f}}};
+    OutlineMaps maps = mapsOf({page});
+    maps.page(cv::Rect(25, 0, 23, kCells)) *= 0.2f;
+    EXPECT_TRUE(std::ranges::any_of(outlinesOf(maps), [&](const MapOutline& outline) {
+        return greatestDistance(outline.quad, page) < 0.025;
+    }));
+}
+
+TEST(MapOutlinesTest, aBridgeThatTheMapHalfBelievesDoesNotJoinTwoPages) {
+    const Quad left{{{0.1f, 0.2f}, {0.4f, 0.2f}, {0.4f, 0.8f}, {0.1f, 0.8f}}};
+    const Quad right{{{0.6f, 0.2f}, {0.9f, 0.2f}, {0.9f, 0.8f}, {0.6f, 0.8f}}};
+    OutlineMaps maps = mapsOf({left, right});
+    maps.core.setTo(0.02f);
+    maps.page(cv::Rect(19, 15, 10, 10)).setTo(0.6f);
+    for (const Quad& page : {left, right})
+        EXPECT_TRUE(std::ranges::any_of(outlinesOf(maps), [&](const MapOutline& outline) {
+            return greatestDistance(outline.quad, page) < 0.02;
+        }));
 }
 
 TEST(MapOutlinesTest, specksAndFaintRegionsGiveNothing) {
     OutlineMaps maps = mapsOf({});
     maps.page(10, 10) = 1.0f;
-    maps.page(cv::Rect(15, 15, 25, 25)).setTo(0.4f);
+    maps.page(cv::Rect(15, 15, 25, 25)).setTo(0.25f);
     EXPECT_TRUE(outlinesOf(maps).empty());
 }
 
@@ -128,8 +150,9 @@ TEST(MapOutlinesTest, aRoundRegionFillsItsQuadrilateralLessThanADocumentDoes) {
     OutlineMaps maps = mapsOf({});
     cv::circle(maps.page, {24, 24}, 15, cv::Scalar(1.0), cv::FILLED);
     const auto found = outlinesOf(maps);
-    ASSERT_EQ(found.size(), 1u);
-    EXPECT_LT(found[0].fill, 0.88);
+    ASSERT_FALSE(found.empty());
+    for (const MapOutline& outline : found)
+        EXPECT_LT(outline.fill, 0.88);
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -126,6 +128,46 @@ TEST_F(WithNetwork, findsThePageOfSamples) {
         EXPECT_GT(found.front().boundingBox.area(), 0.15) << name;
         EXPECT_LE(found.front().boundingBox.x + found.front().boundingBox.width, 1.0 + 1e-9);
     }
+}
+
+// Printed paper on a desk, a rectangle of 380 by 260 pixels for a high power, an ellipse for 2.
+Bitmap paperOnDesk(double power) {
+    constexpr int kWidth = 640;
+    constexpr int kHeight = 480;
+    const std::shared_ptr<std::byte[]> pixels(new std::byte[kWidth * kHeight]);
+    unsigned noise = 1;
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x) {
+            noise = noise * 1664525u + 1013904223u;
+            const double away = std::pow(std::abs(x - 330) / 190.0, power) +
+                                std::pow(std::abs(y - 240) / 130.0, power);
+            const bool print = away < 0.5 && y % 30 > 20;
+            pixels[y * kWidth + x] =
+                static_cast<std::byte>((away < 1.0 ? 180 : 100) - (print ? 60 : 0) + (noise >> 29));
+        }
+    return *Bitmap::wrap(kWidth, kHeight, kWidth, PixelFormat::gray8, pixels, kWidth * kHeight);
+}
+
+TEST_F(WithNetwork, theOtherFinderIsAskedOnlyInDoubt) {
+    const RectangleObservation seen{{0.05, 0.05, 0.1, 0.1}, {}, 0.66f};
+    other_->answer = {seen};
+    EXPECT_FALSE(find(paperOnDesk(60.0)).empty());
+    EXPECT_EQ(other_->calls, 0);
+    EXPECT_TRUE(find(flat(640, 480)).empty());
+    EXPECT_EQ(other_->calls, 0);
+    // Between a page and an ellipse lies paper that leaves doubt.
+    std::vector<RectangleObservation> found;
+    for (double power = 8.0; power > 2.0 && other_->calls == 0; power -= 0.25)
+        found = find(paperOnDesk(power));
+    EXPECT_EQ(other_->calls, 1);
+    EXPECT_THAT(found, testing::Contains(
+                           testing::Field(&RectangleObservation::confidence, seen.confidence)));
+}
+
+TEST_F(WithNetwork, onePageGivesOneOutline) {
+    for (const double power : {60.0, 20.0})
+        EXPECT_EQ(find(paperOnDesk(power)).size(), 1u) << power;
+    EXPECT_EQ(find(sample("bangladesh-on-wood.jpg")).size(), 1u);
 }
 
 TEST_F(WithNetwork, emptyPicturesGiveNothing) {
