@@ -26,25 +26,19 @@ void* openSystemLibrary() {
     return nullptr;
 }
 
-// One arena for all models, which grows by what is asked for. An arena of each session's own would
-// double its memory instead and touch the surplus bit by bit, so that a process grows for minutes.
+// One arena for all models. An arena of each session's own would hold the largest picture's memory
+// once for each model. It doubles when it grows: an arena that grows by what is asked for keeps a
+// piece of memory for every size of picture that it has seen, and fits nothing else into it.
 std::optional<RequestError> shareArena(const OrtApi& api, OrtEnv* environment) {
-    constexpr const char* kKey = "arena_extend_strategy";
-    constexpr std::size_t kAsRequested = 1;
     OrtMemoryInfo* rawMemory = nullptr;
     if (auto error = onnxError(
             api, api.CreateCpuMemoryInfo(OrtArenaAllocator, OrtMemTypeDefault, &rawMemory)))
         return error;
     const std::unique_ptr<OrtMemoryInfo, decltype(api.ReleaseMemoryInfo)> memory(
         rawMemory, api.ReleaseMemoryInfo);
-    OrtArenaCfg* rawArena = nullptr;
-    if (auto error = onnxError(api, api.CreateArenaCfgV2(&kKey, &kAsRequested, 1, &rawArena)))
-        return error;
-    const std::unique_ptr<OrtArenaCfg, decltype(api.ReleaseArenaCfg)> arena(rawArena,
-                                                                            api.ReleaseArenaCfg);
     // The library has one environment for the whole process: who comes second is refused, and
     // shares the arena of the first.
-    (void)onnxError(api, api.CreateAndRegisterAllocator(environment, memory.get(), arena.get()));
+    (void)onnxError(api, api.CreateAndRegisterAllocator(environment, memory.get(), nullptr));
     return std::nullopt;
 }
 
