@@ -57,7 +57,7 @@ double overlap(const NormalizedRect& a, const NormalizedRect& b) {
 }
 
 // A page that almost fills the picture loses nothing by filling it, while print at its rim may be
-// cut; for the same reason boxes get a margin, about as much as sides are off.
+// cut; for the same reason boxes get a small margin.
 double ontoBorder(double share) {
     return share < kBorder ? 0.0 : share > 1.0 - kBorder ? 1.0 : share;
 }
