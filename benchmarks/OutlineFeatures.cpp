@@ -27,9 +27,14 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
     const auto* onnx = std::get_if<std::shared_ptr<const OnnxRuntime>>(&runtime);
     const auto model = resources.find("outline-net.onnx");
     const auto pictures = evaluation::readManifest(manifest);
-    if (!onnx || !model ||
-        !std::holds_alternative<std::vector<evaluation::LabelledPicture>>(pictures))
+    if (!onnx || !model) {
+        std::fputs("ONNX Runtime or outline-net.onnx is missing\n", stderr);
         return 1;
+    }
+    if (const auto* error = std::get_if<evaluation::ManifestError>(&pictures)) {
+        std::fprintf(stderr, "%s:%zu: %s\n", manifest.c_str(), error->line, error->cause.c_str());
+        return 1;
+    }
     auto opened = (*onnx)->open(*model, 1);
     if (!std::holds_alternative<OnnxSession>(opened))
         return 1;
@@ -67,8 +72,10 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
 
 int main(int argc, char** argv) {
     using kestrelid::ResourceFolders;
-    if (argc < 2 || argc > 3)
+    if (argc < 2 || argc > 3) {
+        std::fputs("Usage: outline_features MANIFEST [RESOURCES]\n", stderr);
         return 2;
+    }
     return kestrelid::print(
         argv[1], argc == 3 ? ResourceFolders({argv[2]})
                            : ResourceFolders({KESTRELID_RESOURCES_DIR, KESTRELID_MODELS_DIR}));

@@ -60,8 +60,12 @@ def load(folder, packages, longest=_LONGEST):
                 picture = cv2.resize(picture, None, fx=shrink, fy=shrink,
                                      interpolation=cv2.INTER_AREA)
             pictures.append(np.ascontiguousarray(picture[..., ::-1]))
+    if not pictures:
+        raise SystemExit(f"{folder}: none of the pictures of {', '.join(packages)}")
     return pictures
 
 
 if __name__ == "__main__":
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
     fetch(sys.argv[1])

@@ -29,7 +29,12 @@ def fitted(measures, good):
 
 
 def main(path):
-    rows = [line.split("\t") for line in open(path, encoding="utf-8").read().splitlines()[1:]]
+    try:
+        rows = [line.split("\t") for line in open(path, encoding="utf-8").read().splitlines()[1:]]
+    except OSError as error:
+        sys.exit(f"{path}: {error.strerror}")
+    if not rows:
+        sys.exit(f"{path}: no outlines in it")
     table = np.array([[float(value) for value in row[1:]] for row in rows])
     table = table[table[:, 3] >= _LARGE]
     good = (table[:, 4] >= _GOOD).astype(float)
@@ -43,4 +48,6 @@ def main(path):
 
 
 if __name__ == "__main__":
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
     main(sys.argv[1])

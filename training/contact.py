@@ -47,8 +47,13 @@ def curve(table, path):
 
 
 if __name__ == "__main__":
+    if len(sys.argv) != 4:
+        sys.exit(__doc__)
     checkpoint = Path(sys.argv[1])
-    with np.load(sorted(Path(sys.argv[2]).glob("*.npz"))[0]) as shard:
+    shards = sorted(Path(sys.argv[2]).glob("*.npz"))
+    if not shards:
+        sys.exit(f"{sys.argv[2]}: no shards")
+    with np.load(shards[0]) as shard:
         drawn = sheet(export.load(checkpoint), shard["pixels"])
     cv2.imwrite(sys.argv[3], drawn[..., ::-1])
     curve(checkpoint.parent / "curve.tsv", checkpoint.parent / "curve.svg")

@@ -81,7 +81,10 @@ def exported(net, path, floats=False):
 def load(checkpoint):
     """The network of a checkpoint, its running mean of weights."""
     net = OutlineNet()
-    net.load_state_dict(torch.load(checkpoint)["mean"])
+    try:
+        net.load_state_dict(torch.load(checkpoint)["mean"])
+    except OSError as error:
+        raise SystemExit(f"{checkpoint}: {error.strerror}") from error
     return net.eval()
 
 

@@ -122,4 +122,6 @@ def main(source, folder):
 
 
 if __name__ == "__main__":
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
     main(sys.argv[1], sys.argv[2])

@@ -71,4 +71,6 @@ def main(source, folder, count, first):
 
 
 if __name__ == "__main__":
+    if len(sys.argv) != 5:
+        sys.exit(__doc__)
     main(sys.argv[1], sys.argv[2], int(sys.argv[3]), int(sys.argv[4]))
