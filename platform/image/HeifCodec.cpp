@@ -1,5 +1,6 @@
 #include "platform/image/HeifCodec.h"
 
+#include "platform/image/HeifReferences.h"
 #include "platform/image/HevcHeader.h"
 #include "platform/image/PixelBuffer.h"
 
@@ -93,6 +94,8 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     if (auto tooLarge = checkSize(width, height))
         return *std::move(tooLarge);
     if (auto damaged = checkHevcHeaders(file))
+        return *std::move(damaged);
+    if (auto damaged = checkHeifReferences(file))
         return *std::move(damaged);
     const bool hasAlpha = heif_image_handle_has_alpha_channel(primary) != 0;
     if (auto tooLarge =

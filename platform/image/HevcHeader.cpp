@@ -1,5 +1,6 @@
 #include "platform/image/HevcHeader.h"
 
+#include "platform/image/HeifBoxes.h"
 #include "platform/image/PixelBuffer.h"
 
 #include <algorithm>
@@ -10,13 +11,6 @@ namespace kestrelid {
 namespace {
 
 using Bytes = std::span<const std::byte>;
-
-std::uint32_t numberAt(Bytes bytes, std::size_t offset, std::size_t count) {
-    std::uint32_t number = 0;
-    for (const std::byte byte : bytes.subspan(offset, count))
-        number = number << 8 | std::to_integer<std::uint32_t>(byte);
-    return number;
-}
 
 // Bits of a NAL unit's payload (ITU-T H.265, 7.2 and 9.2),
 // without the bytes that keep start codes out of it.
@@ -159,21 +153,8 @@ std::optional<ImageError> checkConfiguration(Bytes record) {
 }  // namespace
 
 std::optional<ImageError> checkHevcHeaders(Bytes file) {
-    // Found by name, wherever its box stands; among compressed
-    // bytes the name has no fitting size before it.
-    constexpr std::array kName = {std::byte{'h'}, std::byte{'v'}, std::byte{'c'}, std::byte{'C'}};
-    constexpr std::size_t kBoxHeader = 8;
-    auto found = std::search(file.begin(), file.end(), kName.begin(), kName.end());
-    for (; found != file.end();
-         found = std::search(found + 1, file.end(), kName.begin(), kName.end())) {
-        const auto name = static_cast<std::size_t>(found - file.begin());
-        if (name < 4)
-            continue;
-        const Bytes box = file.subspan(name - 4);
-        const std::size_t size = numberAt(box, 0, 4);
-        if (size < kBoxHeader || size > box.size())
-            continue;
-        if (auto error = checkConfiguration(box.first(size).subspan(kBoxHeader)))
+    for (const Bytes record : boxesAt({"meta", "iprp", "ipco", "hvcC"}, file)) {
+        if (auto error = checkConfiguration(record))
             return error;
     }
     return std::nullopt;

@@ -1,5 +1,6 @@
 #include "tests/image/BlockPicture.h"
 #include "tests/image/EncodedPictures.h"
+#include "tests/image/FileBytes.h"
 
 #include <gmock/gmock.h>
 #include <tiffio.h>
@@ -11,24 +12,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
-
-Bytes bytesOf(std::string_view text) {
-    const auto* bytes = reinterpret_cast<const std::byte*>(text.data());
-    return {bytes, bytes + text.size()};
-}
-
-std::size_t placeOf(const Bytes& file, std::string_view text) {
-    const std::string_view whole(reinterpret_cast<const char*>(file.data()), file.size());
-    const std::size_t place = whole.find(text);
-    EXPECT_NE(place, std::string_view::npos) << text;
-    return place + text.size();
-}
-
-void writeNumber(Bytes& file, std::size_t at, std::uint32_t value, int bytes, bool bigEndian) {
-    for (int i = 0; i < bytes; ++i)
-        file.at(at + i) =
-            static_cast<std::byte>(value >> 8 * (bigEndian ? bytes - 1 - i : i) & 255);
-}
 
 struct RoundTrip {
     const char* name;
