@@ -36,8 +36,10 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
         return 1;
     }
     auto opened = (*onnx)->open(*model, 1);
-    if (!std::holds_alternative<OnnxSession>(opened))
+    if (const auto* error = std::get_if<RequestError>(&opened)) {
+        std::fprintf(stderr, "%s: %s\n", model->c_str(), error->description.c_str());
         return 1;
+    }
     const outline::OutlineNetwork network(std::get<OnnxSession>(std::move(opened)));
     std::puts("file\tinside\tfill\tcorners\tarea\toverlap");
     for (const auto& picture : std::get<std::vector<evaluation::LabelledPicture>>(pictures)) {
@@ -46,11 +48,16 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
             continue;
         const Bitmap bitmap = *std::get<Image>(decoded).upright().bitmap();
         const cv::Mat small = outline::outlinePicture(bitmap);
-        const auto maps = network.lookAllWays(small);  // as in doubt
-        if (!std::holds_alternative<outline::OutlineMaps>(maps))
+        auto looked = network.look(small);
+        if (const auto* first = std::get_if<outline::OutlineMaps>(&looked))
+            looked = network.lookAllWays(small, outline::OutlineMaps(*first));  // as in doubt
+        const auto* maps = std::get_if<outline::OutlineMaps>(&looked);
+        if (!maps) {
+            std::fprintf(stderr, "%s: %s\n", picture.name.c_str(),
+                         std::get<RequestError>(looked).description.c_str());
             return 1;
-        for (outline::MapOutline found :
-             outline::outlinesOf(std::get<outline::OutlineMaps>(maps))) {
+        }
+        for (outline::MapOutline found : outline::outlinesOf(*maps)) {
             for (cv::Point2f& corner : found.quad)
                 corner = {corner.x * static_cast<float>(small.cols),
                           corner.y * static_cast<float>(small.rows)};

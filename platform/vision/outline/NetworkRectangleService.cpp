@@ -14,6 +14,7 @@
 namespace kestrelid {
 namespace {
 
+using outline::OutlineMaps;
 using outline::OutlineNetwork;
 using outline::WeighedOutline;
 
@@ -90,11 +91,12 @@ RectangleObservation observationOf(const WeighedOutline& found, cv::Size size) {
 
 // What the network saw, most confident first, no two of one document, corners in pixels of the
 // picture; none where it could not look.
-std::optional<std::vector<WeighedOutline>> seenIn(const OutlineNetwork::Maps& maps, cv::Size size,
+std::optional<std::vector<WeighedOutline>> seenIn(const OutlineNetwork::Maps& looked, cv::Size size,
                                                   const RectangleRequest& request) {
-    if (std::holds_alternative<RequestError>(maps))
+    const auto* maps = std::get_if<OutlineMaps>(&looked);
+    if (!maps)
         return std::nullopt;
-    auto all = outline::weighed(outline::outlinesOf(std::get<outline::OutlineMaps>(maps)));
+    auto all = outline::weighed(outline::outlinesOf(*maps));
     std::ranges::stable_sort(all, std::greater{}, &WeighedOutline::confidence);
     std::vector<WeighedOutline> seen;
     for (WeighedOutline& outline : all) {
@@ -170,9 +172,11 @@ std::optional<RequestError> NetworkRectangleService::perform(const Bitmap& bitma
         std::vector<RectangleObservation> found;
         if (std::min(bitmap.width(), bitmap.height()) >= kShortestSide) {
             const cv::Mat picture = outline::outlinePicture(bitmap);
-            auto seen = seenIn(net->look(picture), picture.size(), request);
+            const auto first = net->look(picture);
+            auto seen = seenIn(first, picture.size(), request);
             if (seen && isBetween(kHopeless, *seen, kClear))
-                seen = seenIn(net->lookAllWays(picture), picture.size(), request);
+                seen = seenIn(net->lookAllWays(picture, std::get<OutlineMaps>(first)),
+                              picture.size(), request);
             if (!seen)
                 return other_->perform(bitmap, request, completion);
             for (WeighedOutline& candidate : *seen) {

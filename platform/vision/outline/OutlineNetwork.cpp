@@ -41,21 +41,20 @@ OutlineNetwork::Maps OutlineNetwork::look(const cv::Mat& picture) const {
     return mapsOf(reduced(picture));
 }
 
-OutlineNetwork::Maps OutlineNetwork::lookAllWays(const cv::Mat& picture) const {
+OutlineNetwork::Maps OutlineNetwork::lookAllWays(const cv::Mat& picture,
+                                                 const OutlineMaps& first) const {
+    constexpr std::array kMembers = {&OutlineMaps::page, &OutlineMaps::core, &OutlineMaps::corner};
     const cv::Mat square = reduced(picture);
     OutlineMaps mean;
-    for (int way = 0; way < kWays; ++way) {
+    for (const auto map : kMembers)
+        mean.*map = first.*map / kWays;
+    for (int way = 1; way < kWays; ++way) {
         auto seen = mapsOf(laid(square, way));
         if (std::holds_alternative<RequestError>(seen))
             return seen;
         const auto& maps = std::get<OutlineMaps>(seen);
-        for (const auto map : {&OutlineMaps::page, &OutlineMaps::core, &OutlineMaps::corner}) {
-            const cv::Mat part = laidBack(maps.*map, way) / kWays;
-            if (way == 0)
-                mean.*map = part;
-            else
-                mean.*map += part;
-        }
+        for (const auto map : kMembers)
+            mean.*map += laidBack(maps.*map, way) / kWays;
     }
     return mean;
 }

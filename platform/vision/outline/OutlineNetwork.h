@@ -25,9 +25,9 @@ public:
     // picture: 8 bits, blue, green, red.
     [[nodiscard]] Maps look(const cv::Mat& picture) const;
 
-    // The mean of looks at the picture in the eight ways that a square can lie: eight times the
-    // time, and pages that are hard to see come out clearer.
-    [[nodiscard]] Maps lookAllWays(const cv::Mat& picture) const;
+    // The mean of looks at the picture in the eight ways that a square can lie, the first of which
+    // is done: seven times the time, and pages that are hard to see come out clearer.
+    [[nodiscard]] Maps lookAllWays(const cv::Mat& picture, const OutlineMaps& first) const;
 
 private:
     // square: kSide x kSide.
