@@ -1,6 +1,6 @@
 #include "benchmarks/evaluate/EvaluationReport.h"
 #include "benchmarks/evaluate/Measurement.h"
-#include "benchmarks/evaluate/OutlineComparison.h"
+#include "benchmarks/evaluate/OutlineReport.h"
 
 #include "cli/ChoiceOption.h"
 #include "cli/ProgressBar.h"
@@ -64,6 +64,8 @@ std::variant<Options, ExitStatus> parse(int argc, char** argv) {
         app, "--outlines", cli::kOutlineFinders,
         "Compare outlines alone, on one thread; may stand more than once",
         [&](OutlineFinder value) { options.outlines.push_back(value); }, true);
+    for (const char* verdicts : {"--recognizer", "--effort", "--jobs"})
+        app.get_option("--outlines")->excludes(app.get_option(verdicts));
     app.add_option("--json", options.json, "Write the result to FILE as well")->type_name("FILE");
     app.add_flag("--verbose", options.verbose, "Tell of every picture");
     try {
@@ -162,6 +164,10 @@ ExitStatus compareOutlines(const Options& options, const std::vector<LabelledPic
                 cli::writeError(pictures[i].name, error);
                 status = ExitStatus::inputFailed;
             }
+    if (!options.json.empty())
+        status = cli::graver(
+            status, writeJson(options.json, outlinesAsJson(options.measure.manifest.native(),
+                                                           pictures, measurements)));
     return status;
 }
 

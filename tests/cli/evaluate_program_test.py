@@ -32,6 +32,23 @@ class Evaluate(CommandLineTest):
         self.assertGreater(written["outlines"]["median"], 0.8)
         self.assertEqual(written["disagreements"], [])
 
+    def test_outlines_alone(self):
+        rows = (SAMPLES / "manifest.tsv").read_text().splitlines()
+        chosen = [next(row for row in rows if row.split("\t")[1] == "passport-drawn"), "gone.jpg\tother-scene\t-"]
+        columns = ["\t".join(row.split("\t")[:3]) for row in [rows[0], f"{SAMPLES}/{chosen[0]}", chosen[1]]]
+        manifest = self.write("m.tsv", "\n".join(columns).encode())
+        report = self.folder / "report.json"
+        result = run(str(manifest), "--outlines", "classical", "--json", str(report), program=EVALUATE)
+        self.assertEqual(result.returncode, 1)
+        self.assert_error_lines(result, ["kestrelid-evaluate: gone.jpg: "])
+        self.assertEqual(result.stdout.decode().count("\nclassical"), 3)
+        (finder,) = json.loads(report.read_text())["finders"]
+        self.assertEqual(finder["outlines"], "classical")
+        self.assertEqual([(kind["pictures"], kind["good"]) for kind in finder["kinds"].values()],
+                         [(0, 0), (1, 1), (1, 1)])
+        self.assertGreater(finder["pictures"][0]["overlap"], 0.8)
+        self.assertIn("error", finder["pictures"][1])
+
     def test_picture_that_is_missing_is_told_once(self):
         manifest = self.write("m.tsv", b"file\tkind\ngone.jpg\tother-scene\n")
         result = run(str(manifest), "--recognizer", "ppocr", program=EVALUATE)
@@ -47,7 +64,8 @@ class Evaluate(CommandLineTest):
         self.assert_error_lines(run(str(gone), program=EVALUATE), [f"kestrelid-evaluate: {gone}: "])
 
     def test_wrong_usage(self):
-        for arguments in [[], ["m.tsv", "--recognizer", "magic"], ["m.tsv", "--jobs", "0"], ["m.tsv", "--what"]]:
+        for arguments in [[], ["m.tsv", "--recognizer", "magic"], ["m.tsv", "--jobs", "0"], ["m.tsv", "--what"],
+                          ["m.tsv", "--outlines", "both", "--effort", "complete"]]:
             self.assert_wrong_usage(*arguments, program=EVALUATE)
 
 
