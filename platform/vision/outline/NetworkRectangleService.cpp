@@ -21,9 +21,6 @@ using outline::WeighedOutline;
 constexpr const char* kModelName = "outline-net.onnx";
 constexpr const char* kRemedy = "install it beside the library, or take models/ of the source tree";
 constexpr int kShortestSide = 24;     // pixels; below this no page can be told from noise
-constexpr double kClear = 0.97;       // of confidence: one look is enough
-constexpr double kCertain = 0.8;      // of confidence: nobody else is asked
-constexpr double kHopeless = 0.03;    // of confidence, for the best outline: nothing is there
 constexpr double kSameOutline = 0.5;  // overlap from which two are one
 constexpr double kBorder = 0.02;      // of the picture: nearer sides are taken for its border
 constexpr double kMargin = 0.005;     // of a box: what it is grown by on each side
@@ -114,10 +111,6 @@ std::optional<std::vector<WeighedOutline>> seenIn(const OutlineNetwork::Maps& lo
     return seen;
 }
 
-bool isBetween(double low, const std::vector<WeighedOutline>& seen, double high) {
-    return !seen.empty() && seen.front().confidence > low && seen.front().confidence < high;
-}
-
 // Adds what others found; of two that are one outline the more confident stays.
 void addOthers(RectangleService& service, const Bitmap& bitmap, const RectangleRequest& request,
                std::vector<RectangleObservation>& found) {
@@ -174,7 +167,7 @@ std::optional<RequestError> NetworkRectangleService::perform(const Bitmap& bitma
             const cv::Mat picture = outline::outlinePicture(bitmap);
             const auto first = net->look(picture);
             auto seen = seenIn(first, picture.size(), request);
-            if (seen && isBetween(kHopeless, *seen, kClear))
+            if (seen && outline::leavesDoubt(*seen, picture.size()))
                 seen = seenIn(net->lookAllWays(picture, std::get<OutlineMaps>(first)),
                               picture.size(), request);
             if (!seen)
@@ -185,7 +178,7 @@ std::optional<RequestError> NetworkRectangleService::perform(const Bitmap& bitma
                 candidate.quad = outline::sharpened(picture, candidate.quad);
                 found.push_back(observationOf(candidate, picture.size()));
             }
-            if (mixture_ == OutlineMixture::doubtful && isBetween(kHopeless, *seen, kCertain))
+            if (mixture_ == OutlineMixture::doubtful && outline::isUncertain(*seen))
                 addOthers(*other_, bitmap, request, found);
         }
         std::ranges::stable_sort(found, std::greater{}, &RectangleObservation::confidence);

@@ -14,4 +14,12 @@ struct WeighedOutline {
 // Outlines with what their measures are worth.
 [[nodiscard]] std::vector<WeighedOutline> weighed(const std::vector<MapOutline>& outlines);
 
+// Whether another look at a picture of that size may change which outline is the largest, the one
+// that counts: none is clear, or one in doubt comes near the largest clear one. Outlines in pixels,
+// most confident first.
+[[nodiscard]] bool leavesDoubt(const std::vector<WeighedOutline>& outlines, cv::Size size);
+
+// Whether something is there, but so unclear that another finder may know better.
+[[nodiscard]] bool isUncertain(const std::vector<WeighedOutline>& outlines);
+
 }  // namespace kestrelid::outline
