@@ -18,6 +18,7 @@ using Parts = std::map<Item, std::vector<Item>>;
 
 constexpr std::uint32_t kDerivedImage = 0x64696D67;  // "dimg": a picture and its parts
 constexpr std::uint32_t kAuxiliary = 0x6175786C;     // "auxl": an alpha plane and its picture
+constexpr std::uint32_t kLongType = 0x75756964;      // "uuid": the type is in 16 further bytes
 constexpr int kMaximumSteps = 6;  // overlay, rotated picture, grid, tile, and alpha between them
 constexpr std::uint64_t kMaximumPictures = 4096;  // a grid of 100 megapixels has 400 tiles of 512
 // Of the whole file, which may hold many pictures.
@@ -40,8 +41,9 @@ std::optional<Parts> partsIn(Bytes box) {
         const std::uint32_t type = numberAt(box, 4, 4);
         const Item from = numberAt(box, kHeader, itemBytes);
         const std::size_t count = numberAt(box, kHeader + itemBytes, kCount);
-        // libheif goes by the count, whatever the size says.
-        if (size != fixed + count * itemBytes)
+        // libheif goes by the count, whatever the size says, and
+        // elsewhere for a long type, which no reference has.
+        if (size != fixed + count * itemBytes || type == kLongType)
             return std::nullopt;
         for (std::size_t offset = fixed; offset < size; offset += itemBytes) {
             const Item to = numberAt(box, offset, itemBytes);
@@ -88,7 +90,7 @@ std::optional<ImageError> checkHeifReferences(Bytes file) {
     for (const Bytes box : boxesAt({"meta", "iref"}, file)) {
         const auto parts = partsIn(box);
         if (!parts)
-            return decodingError(Fault::damaged, "HEIC", "its item references are cut short");
+            return decodingError(Fault::damaged, "HEIC", "its item references make no sense");
         if (!comeToAnEnd(*parts))
             return decodingError(Fault::damaged, "HEIC",
                                  "its pictures refer to each other too often or without end");
