@@ -32,14 +32,18 @@ def fetch(folder):
         if target.is_dir():
             continue
         folder.mkdir(parents=True, exist_ok=True)
-        subprocess.run(["apt-get", "download", package], cwd=folder, check=True)
+        print(package, flush=True)
+        if subprocess.run(["apt-get", "-qq", "download", package], cwd=folder).returncode != 0:
+            raise SystemExit(f"{package}: apt-get cannot download it")
         archive = next(folder.glob(f"{package}_*.deb"))
-        subprocess.run(["dpkg-deb", "-x", archive, target], check=True)
+        partial = folder / f"{package}.partial"
+        subprocess.run(["dpkg-deb", "-x", archive, partial], check=True)
         archive.unlink()
-        for pack in target.rglob("*.pk3"):
+        for pack in partial.rglob("*.pk3"):
             with zipfile.ZipFile(pack) as content:
-                content.extractall(target / "unpacked",
+                content.extractall(partial / "unpacked",
                                    [n for n in content.namelist() if _PICTURE.search(n)])
+        partial.rename(target)
 
 
 def load(folder, packages, longest=_LONGEST):

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Writes the trained network as ONNX: export.py CHECKPOINT MODEL.onnx [--floats].
+"""Writes the trained network as ONNX.
 
 Batch normalisation is folded into the convolutions. Weights are kept as 8-bit whole numbers with a
 scale for each output channel, and become floats again as the runtime loads them; --floats keeps
@@ -7,6 +7,7 @@ them as they are.
 """
 
 import argparse
+import warnings
 
 import torch
 from torch import nn
@@ -73,8 +74,12 @@ def exported(net, path, floats=False):
     if not floats:
         net = packed(net)
     # The runtime makes floats of the weights while loading; the exporter would do it in the file.
-    torch.onnx.export(net, torch.zeros(1, 3, SIDE, SIDE), str(path), opset_version=13,
-                      input_names=["picture"], output_names=["maps"], do_constant_folding=floats)
+    with warnings.catch_warnings():
+        # Of constants whose shape the exporter cannot tell; it needs none of them.
+        warnings.simplefilter("ignore", UserWarning)
+        torch.onnx.export(net, torch.zeros(1, 3, SIDE, SIDE), str(path), opset_version=13,
+                          input_names=["picture"], output_names=["maps"],
+                          do_constant_folding=floats)
     return net
 
 
@@ -90,8 +95,8 @@ def load(checkpoint):
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("checkpoint")
-    parser.add_argument("model")
-    parser.add_argument("--floats", action="store_true")
+    parser.add_argument("checkpoint", help="last.pt of train.py")
+    parser.add_argument("model", help="file to write")
+    parser.add_argument("--floats", action="store_true", help="weights as they are, not 8-bit")
     options = parser.parse_args()
     exported(load(options.checkpoint), options.model, options.floats)

@@ -93,6 +93,11 @@ def _changed(pixels, quad):
     yield "dark", (pixels * factor + 0.5).astype(np.uint8), quad
 
 
+def _tell(what, position, count):
+    if (position + 1) % 30 == 0:
+        print(f"{what} {position + 1} of {count}", flush=True)
+
+
 def main(source, folder):
     cv2.setNumThreads(1)
     folder = Path(folder)
@@ -104,6 +109,7 @@ def main(source, folder):
         _, quad, kind = _largest(scene)
         name = f"{position:04d}.jpg"
         photos.add(name, scene.pixels, "other-several" if len(scene.quads) > 1 else kind, quad)
+        _tell("photo", position, PHOTOS)
         if len(changed.setdefault("plain", _Set(folder / "plain")).rows) <= CHANGED \
                 and not several:
             changed["plain"].add(name, scene.pixels, kind, quad)
@@ -112,6 +118,7 @@ def main(source, folder):
     for position in range(SCENES):
         scene = held.draw(70003, position, 0)
         empty.add(f"{position:04d}.jpg", scene.pixels, "other-scene", None)
+        _tell("scene", position, SCENES)
     # Backgrounds that training knows, so that the held-out ones stay unseen by the calibration.
     known = _HeldOut(backgrounds.load(source, backgrounds.TRAINED_ON[:4]), 80001)
     calibration = _Set(folder / "calibration")
@@ -119,6 +126,7 @@ def main(source, folder):
         scene = known.draw(80002, position, 0 if position % 3 == 0 else 1)
         _, quad, kind = _largest(scene) if scene.quads else (0, None, "other-scene")
         calibration.add(f"{position:04d}.jpg", scene.pixels, kind, quad)
+        _tell("calibration picture", position, CALIBRATION)
 
 
 if __name__ == "__main__":

@@ -1,11 +1,10 @@
 #!/usr/bin/python3
 """Draws scenes into files that the trainer reads: pixels, and the corners of the documents.
 
-Usage: shards.py BACKGROUNDS FOLDER COUNT FIRST: shards number FIRST .. FIRST + COUNT - 1. A shard's
-seed is its number, so any of them can be made again alone, in any order.
+A shard's seed is its number, so any of them can be made again alone, in any order.
 """
 
-import sys
+import argparse
 from pathlib import Path
 
 import cv2
@@ -67,10 +66,14 @@ def main(source, folder, count, first):
         partial = folder / f"{number:04d}.partial.npz"
         np.savez(partial, pixels=pixels, quads=quads)
         partial.rename(folder / f"{number:04d}.npz")
-        print(number, flush=True)
+        print(f"shard {number}, {first + count - 1 - number} to go", flush=True)
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 5:
-        sys.exit(__doc__)
-    main(sys.argv[1], sys.argv[2], int(sys.argv[3]), int(sys.argv[4]))
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("backgrounds", help="folder that backgrounds.py filled")
+    parser.add_argument("folder", help="for the shards; those that are there stay")
+    parser.add_argument("count", type=int, help="how many shards of a thousand scenes")
+    parser.add_argument("first", type=int, help="number of the first one")
+    options = parser.parse_args()
+    main(options.backgrounds, options.folder, options.count, options.first)

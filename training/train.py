@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Trains the outline network on shards: train.py SHARDS FOLDER --steps N [--side PX] [--cool M].
+"""Trains the outline network on shards that shards.py drew.
 
 Writes FOLDER/last.pt every few minutes and goes on from it; FOLDER/curve.tsv grows with it. The rate
-falls to nothing over the last --cool steps. The same shards, options and one thread give the same
-network again.
+falls to nothing over the last --cool steps. The same shards, options and number of threads give
+the same network again.
 """
 
 import argparse
@@ -20,6 +20,8 @@ from net import SIDE, OutlineNet
 _POOL = 12  # shards held in memory
 _RENEW = 40  # steps between two shards
 _SAVE = 50  # steps between two checkpoints
+_TELL = 100  # steps between two lines of progress
+_RECENT = 25  # steps that a loss is the mean of
 _KEEP = 0.998  # of the running mean of the weights, each step
 
 
@@ -95,7 +97,7 @@ def _average(mean, net, step):
 
 
 def train(options):
-    """Runs to options.steps; returns the mean loss of the last steps."""
+    """Runs to options.steps; returns the mean loss of the last steps, NaN where none were left."""
     torch.manual_seed(options.seed)
     torch.set_num_threads(options.threads)
     cv2.setNumThreads(1)
@@ -116,7 +118,7 @@ def train(options):
     pool = Pool(options.shards, [options.seed, step])
     for _ in range(options.pool):
         pool.renew()
-    losses, began = [], time.time()
+    losses, began, first = [], time.time(), step
     net.train()
     while step < options.steps:
         for group in optimizer.param_groups:
@@ -132,32 +134,38 @@ def train(options):
         step += 1
         if step % _RENEW == 0:
             pool.renew()
-        if step % 25 == 0:
+        if step % _RECENT == 0:
             with open(folder / "curve.tsv", "a", encoding="utf-8") as curve:
-                curve.write(f"{step}\t{options.side}\t{np.mean(losses[-25:]):.4f}\t"
+                curve.write(f"{step}\t{options.side}\t{np.mean(losses[-_RECENT:]):.4f}\t"
                             f"{_rate(step, options):.6f}\t{time.time() - began:.0f}\n")
+        if step % _TELL == 0:
+            left = (time.time() - began) / (step - first) * (options.steps - step) / 60
+            print(f"step {step} of {options.steps}, loss {np.mean(losses[-_RECENT:]):.3f}, "
+                  f"{left:.0f} minutes left", flush=True)
         if step % _SAVE == 0 or step == options.steps:
             torch.save({"net": net.state_dict(), "mean": mean.state_dict(),
                         "optimizer": optimizer.state_dict(), "step": step},
                        folder / "partial.pt")
             (folder / "partial.pt").rename(last)
-    return float(np.mean(losses[-25:]))
+    return float(np.mean(losses[-_RECENT:])) if losses else float("nan")
 
 
 def parsed(arguments=None):
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("shards")
-    parser.add_argument("folder")
-    parser.add_argument("--steps", type=int, required=True)
-    parser.add_argument("--cool", type=int, default=0)
-    parser.add_argument("--side", type=int, default=SIDE)
-    parser.add_argument("--batch", type=int, default=32)
-    parser.add_argument("--rate", type=float, default=2e-3)
-    parser.add_argument("--threads", type=int, default=1)
-    parser.add_argument("--pool", type=int, default=_POOL)
-    parser.add_argument("--seed", type=int, default=1)
+    option = parser.add_argument
+    option("shards", help="folder of shards")
+    option("folder", help="for the checkpoint and the curve")
+    option("--steps", type=int, required=True, help="in all, those of the checkpoint included")
+    option("--cool", type=int, default=0, help="last steps in which the rate falls (default: 0)")
+    option("--side", type=int, default=SIDE, help="of the pictures, pixels (default: %(default)s)")
+    option("--batch", type=int, default=32, help="pictures a step (default: %(default)s)")
+    option("--rate", type=float, default=2e-3, help="of learning (default: %(default)s)")
+    option("--threads", type=int, default=1, help="of the processor (default: %(default)s)")
+    option("--pool", type=int, default=_POOL, help="shards in memory (default: %(default)s)")
+    option("--seed", type=int, default=1, help="(default: %(default)s)")
     return parser.parse_args(arguments)
 
 
 if __name__ == "__main__":
-    print(train(parsed()))
+    loss = train(parsed())
+    print("these steps were done before" if np.isnan(loss) else f"loss at the end {loss:.3f}")
