@@ -50,7 +50,7 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
         const cv::Mat small = outline::outlinePicture(bitmap);
         auto looked = network.look(small);
         if (const auto* first = std::get_if<outline::OutlineMaps>(&looked))
-            looked = network.lookAllWays(small, outline::OutlineMaps(*first));  // as in doubt
+            looked = network.lookAllWays(small, *first);  // as in doubt
         const auto* maps = std::get_if<outline::OutlineMaps>(&looked);
         if (!maps) {
             std::fprintf(stderr, "%s: %s\n", picture.name.c_str(),

@@ -7,6 +7,7 @@ them as they are.
 """
 
 import argparse
+import pickle
 import warnings
 
 import torch
@@ -90,6 +91,8 @@ def load(checkpoint):
         net.load_state_dict(torch.load(checkpoint)["mean"])
     except OSError as error:
         raise SystemExit(f"{checkpoint}: {error.strerror}") from error
+    except (pickle.UnpicklingError, EOFError, KeyError, TypeError, RuntimeError) as error:
+        raise SystemExit(f"{checkpoint}: not a checkpoint of train.py") from error
     return net.eval()
 
 
@@ -99,4 +102,7 @@ if __name__ == "__main__":
     parser.add_argument("model", help="file to write")
     parser.add_argument("--floats", action="store_true", help="weights as they are, not 8-bit")
     options = parser.parse_args()
-    exported(load(options.checkpoint), options.model, options.floats)
+    try:
+        exported(load(options.checkpoint), options.model, options.floats)
+    except OSError as error:
+        raise SystemExit(f"{options.model}: {error.strerror}") from error

@@ -97,7 +97,7 @@ def _average(mean, net, step):
 
 
 def train(options):
-    """Runs to options.steps; returns the mean loss of the last steps, NaN where none were left."""
+    """Runs to options.steps; returns the mean loss of the last steps; None where none were left."""
     torch.manual_seed(options.seed)
     torch.set_num_threads(options.threads)
     cv2.setNumThreads(1)
@@ -147,7 +147,7 @@ def train(options):
                         "optimizer": optimizer.state_dict(), "step": step},
                        folder / "partial.pt")
             (folder / "partial.pt").rename(last)
-    return float(np.mean(losses[-_RECENT:])) if losses else float("nan")
+    return float(np.mean(losses[-_RECENT:])) if losses else None
 
 
 def parsed(arguments=None):
@@ -168,4 +168,4 @@ def parsed(arguments=None):
 
 if __name__ == "__main__":
     loss = train(parsed())
-    print("these steps were done before" if np.isnan(loss) else f"loss at the end {loss:.3f}")
+    print("these steps were done before" if loss is None else f"loss at the end {loss:.3f}")

@@ -7,7 +7,6 @@
 #include "cli/JsonLine.h"
 #include "cli/TerminalText.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <utility>
@@ -27,16 +26,14 @@ std::string decimals(double value, int places) {
 
 // What one finder made of the pictures of one kind, or of all.
 struct KindFigures {
-    std::size_t pictures = 0;  // those without an error
-    std::size_t large = 0;     // those with an outline of kLargeOutline or more
-    std::size_t good = 0;      // those with an overlap of kGoodOverlap or more
+    std::size_t large = 0;  // those with an outline of kLargeOutline or more
+    std::size_t good = 0;   // those with an overlap of kGoodOverlap or more
     std::vector<double> overlaps;
-    std::vector<double> delays;  // milliseconds
+    std::vector<double> delays;  // milliseconds, of all without an error
 
     void add(const OutlineRow& row) {
         if (!row.error.empty())
             return;
-        ++pictures;
         large += row.largest >= kLargeOutline;
         delays.push_back(row.milliseconds);
         if (row.overlap) {
@@ -69,17 +66,17 @@ std::vector<std::string> cells(const std::string& finder, const std::string& kin
     const bool known = !figures.overlaps.empty();
     return {finder,
             kind,
-            std::to_string(figures.pictures),
+            std::to_string(figures.delays.size()),
             known ? decimals(percentile(figures.overlaps, 0.5), 3) : "-",
             known ? decimals(percentile(figures.overlaps, 0.1), 3) : "-",
             known ? share(figures.good, figures.overlaps.size()) : "-",
-            share(figures.large, figures.pictures),
+            share(figures.large, figures.delays.size()),
             decimals(percentile(figures.delays, 0.5), 1),
             decimals(percentile(figures.delays, 0.9), 1)};
 }
 
 Json kindAsJson(const KindFigures& figures) {
-    Json json{{"pictures", figures.pictures},
+    Json json{{"pictures", figures.delays.size()},
               {"large", figures.large},
               {"known", figures.overlaps.size()},
               {"good", figures.good}};

@@ -1,6 +1,7 @@
 #include "platform/image/HeifBoxes.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kestrelid {
 namespace {

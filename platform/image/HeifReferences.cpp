@@ -3,8 +3,9 @@
 #include "platform/image/HeifBoxes.h"
 #include "platform/image/PixelBuffer.h"
 
-#include <algorithm>
+#include <cstdint>
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace kestrelid {
