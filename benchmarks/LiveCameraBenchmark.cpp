@@ -1,8 +1,8 @@
-#include "platform/capture/gstreamer/CameraSource.h"
-#include "platform/capture/gstreamer/DeviceWatch.h"
-#include "platform/capture/gstreamer/GStreamerCapturePlatform.h"
-#include "platform/capture/gstreamer/GStreamerLibrary.h"
-#include "platform/dispatch/AsioQueue.h"
+#include "base/AsioQueue.h"
+#include "capture/gstreamer/CameraSource.h"
+#include "capture/gstreamer/DeviceWatch.h"
+#include "capture/gstreamer/GStreamerCapturePlatform.h"
+#include "capture/gstreamer/GStreamerLibrary.h"
 #include "tests/capture/TestCamera.h"
 
 #include <kestrelid/DefaultCamera.h>

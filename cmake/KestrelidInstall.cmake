@@ -56,7 +56,7 @@ if(KESTRELID_SCREENS AND BUILD_SHARED_LIBS)
     install_library(KestrelidScreens Screens ScreensRuntime)
     install(FILES "${PROJECT_BINARY_DIR}/translations/kestrelid_bn.qm" DESTINATION ${translation_folder}
         COMPONENT ScreensRuntime)
-    install(FILES "${PROJECT_SOURCE_DIR}/i18n/kestrelid.ts" DESTINATION ${translation_folder} COMPONENT Development)
+    install(FILES "${PROJECT_SOURCE_DIR}/packaging/translations/kestrelid.ts" DESTINATION ${translation_folder} COMPONENT Development)
 
     set(module_folder "${KESTRELID_QML_DIR}/Kestrelid")
     from_folder("${module_folder}" libraries_from_module)

@@ -1,12 +1,12 @@
-# The exported names of the shared libraries: what abi/*.map.in lists, under a version node that follows the SOVERSION.
+# The exported names of the shared libraries: what packaging/abi/*.map.in lists, under a version node that follows the SOVERSION.
 # Everything else stays inside, also what the standard library and Asio instantiate there, so that a host's own copies
 # of these are never bound to this library's.
 
-# kestrelid_symbols(TARGET LIST): LIST is a file of abi/ without its ending.
+# kestrelid_symbols(TARGET LIST): LIST is a file of packaging/abi/ without its ending.
 function(kestrelid_symbols target list)
     set(node KESTRELID_${PROJECT_VERSION_MAJOR})
     set(map "${PROJECT_BINARY_DIR}/abi/${list}.map")
-    configure_file("${PROJECT_SOURCE_DIR}/abi/${list}.map.in" "${map}" @ONLY)
+    configure_file("${PROJECT_SOURCE_DIR}/packaging/abi/${list}.map.in" "${map}" @ONLY)
     target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${map}")
 endfunction()

@@ -49,13 +49,13 @@ def compare(action, folder):
 
 class Guard(unittest.TestCase):
     def check(self, action, rows):
-        untouched = compare(action, ROOT / "abi")
+        untouched = compare(action, ROOT / "packaging" / "abi")
         if untouched.returncode == NOT_POSSIBLE:
             self.skipTest(untouched.stdout.strip())
         self.assertEqual(untouched.returncode, 0, untouched.stdout + untouched.stderr)
         for name, (file, pattern, replacement, message) in rows.items():
             with self.subTest(name), tempfile.TemporaryDirectory() as place:
-                folder = shutil.copytree(ROOT / "abi", pathlib.Path(place, "abi"))
+                folder = shutil.copytree(ROOT / "packaging" / "abi", pathlib.Path(place, "abi"))
                 text, count = re.subn(pattern, replacement, (folder / file).read_text(), count=1)
                 self.assertEqual(count, 1, "the list no longer holds what this row changes")
                 (folder / file).write_text(text)
@@ -74,9 +74,9 @@ class Guard(unittest.TestCase):
         for folder, file in (("", "kestrelid-detection.abi.xml"), ("screens", "kestrelid.abi.xml")):
             with tempfile.TemporaryDirectory() as place:
                 probe = pathlib.Path(place, "probe.cpp")
-                subprocess.run([ROOT / "abi" / "make-probe", ROOT / "include" / "kestrelid" / folder, probe], check=True)
+                subprocess.run([ROOT / "packaging" / "abi" / "make-probe", ROOT / "include" / "kestrelid" / folder, probe], check=True)
                 types = set(re.findall(r" probe_([A-Z]\w+);", probe.read_text()))
-            dump = (ROOT / "abi" / file).read_text()
+            dump = (ROOT / "packaging" / "abi" / file).read_text()
             defined = {name for kind, name, rest in re.findall(r"<(class|enum)-decl name='(\w+)'([^>]*)>", dump)
                        if "is-declaration-only" not in rest}
             self.assertGreater(len(types), 3)

@@ -1,4 +1,4 @@
-#include "platform/dispatch/AsioQueue.h"
+#include "base/AsioQueue.h"
 #include "tests/support/FakeCapture.h"
 
 #include <kestrelid/CameraManager.h>

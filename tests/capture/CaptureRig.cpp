@@ -1,6 +1,6 @@
 #include "tests/capture/CaptureRig.h"
 
-#include "platform/dispatch/AsioQueue.h"
+#include "base/AsioQueue.h"
 
 #include <algorithm>
 #include <utility>

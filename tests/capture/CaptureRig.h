@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/capture/gstreamer/GStreamerCapturePlatform.h"
+#include "capture/gstreamer/GStreamerCapturePlatform.h"
 
 #include <kestrelid/CaptureServices.h>
 #include <kestrelid/DefaultCamera.h>

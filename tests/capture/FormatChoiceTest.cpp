@@ -1,7 +1,7 @@
-#include "platform/capture/gstreamer/FormatChoice.h"
-#include "platform/capture/gstreamer/CameraNames.h"
-#include "platform/capture/gstreamer/CapsFormats.h"
-#include "platform/capture/gstreamer/GStreamerLibrary.h"
+#include "capture/gstreamer/FormatChoice.h"
+#include "capture/gstreamer/CameraNames.h"
+#include "capture/gstreamer/CapsFormats.h"
+#include "capture/gstreamer/GStreamerLibrary.h"
 
 #include <gtest/gtest.h>
 

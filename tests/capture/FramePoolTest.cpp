@@ -1,4 +1,4 @@
-#include "platform/capture/gstreamer/FramePool.h"
+#include "capture/gstreamer/FramePool.h"
 
 #include <gtest/gtest.h>
 

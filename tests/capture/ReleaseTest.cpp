@@ -2,7 +2,7 @@
 #include "tests/capture/ProcessCounts.h"
 #include "tests/capture/TestCamera.h"
 
-#include "platform/dispatch/AsioQueue.h"
+#include "base/AsioQueue.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "platform/capture/gstreamer/FramePool.h"
-#include "platform/dispatch/AsioQueue.h"
+#include "base/AsioQueue.h"
+#include "capture/gstreamer/FramePool.h"
 #include "tests/capture/CaptureRig.h"
 #include "tests/capture/TestCamera.h"
 #include "tests/support/FakeCapture.h"

@@ -1,4 +1,4 @@
-#include "TestCamera.h"
+#include "tests/capture/TestCamera.h"
 
 #include <cstdlib>
 #include <filesystem>

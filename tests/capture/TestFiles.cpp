@@ -1,7 +1,7 @@
 #include "tests/capture/TestFiles.h"
 
-#include "platform/capture/gstreamer/CameraSource.h"
-#include "platform/capture/gstreamer/GStreamerLibrary.h"
+#include "capture/gstreamer/CameraSource.h"
+#include "capture/gstreamer/GStreamerLibrary.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/dispatch/AsioQueue.h"
+#include "base/AsioQueue.h"
 #include "tests/support/FakeServices.h"
 
 #include <kestrelid/PassportDetector.h>

@@ -12,7 +12,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "demo"))
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "apps" / "demo"))
 import screen  # noqa: E402
 
 ROOT = Path(__file__).resolve().parents[2]

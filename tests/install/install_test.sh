@@ -115,9 +115,9 @@ Examples() {
     "$project/tests/examples/run_examples.sh" "$work/$group" "$project/samples"
 }
 
-# Subproject DEPS_FOLDER BUILD_TYPE FLAGS
+# Subproject DEPS_FOLDER FLAGS [BUILD_TYPE]
 Subproject() {
-    local options=(-DKESTRELID_DEPS_DIR="$1" -DCMAKE_BUILD_TYPE="$2" -DCMAKE_CXX_FLAGS="$3")
+    local options=(-DKESTRELID_DEPS_DIR="$1" -DCMAKE_CXX_FLAGS="$2" -DCMAKE_BUILD_TYPE="${3-}")
     if command -v ccache > /dev/null; then
         export CCACHE_BASEDIR=/ CCACHE_NOHASHDIR=1
         options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)

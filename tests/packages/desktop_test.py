@@ -37,7 +37,7 @@ class DesktopTest(unittest.TestCase):
 
     def test_manual_page_tells_every_option(self):
         page = (ROOT / "packaging" / "man" / "kestrelid-demo.1").read_text(encoding="utf-8")
-        source = (ROOT / "demo" / "DemoOptions.cpp").read_text(encoding="utf-8")
+        source = (ROOT / "apps" / "demo" / "DemoOptions.cpp").read_text(encoding="utf-8")
         options = set(re.findall(r"^  (?:-\w, )?--(\w+)", source, re.M))
         self.assertGreater(len(options), 4)
         self.assertEqual(options, set(re.findall(r"^\.It .*?Fl -(\w+)", page, re.M)))

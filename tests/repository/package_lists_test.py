@@ -7,7 +7,7 @@ import sys
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-FOLDERS = ["cmake", "platform", "detection", "composition", "screens", "scanner", "preview", "cli", "benchmarks", "fuzz", "tests"]
+FOLDERS = ["cmake", "src", "apps", "benchmarks", "tests"]
 SOURCES = ("*.cmake", "CMakeLists.txt", "*.cpp", "*.h")
 
 # What looks like the name of a Debian package that a person would be told to install.

@@ -1,4 +1,4 @@
-#include "ControlFile.h"
+#include "tests/capture/provider/ControlFile.h"
 
 #include <fcntl.h>
 #include <fstream>

@@ -1,6 +1,6 @@
-#include "FramePainter.h"
+#include "tests/capture/provider/FramePainter.h"
 
-#include "PictureFile.h"
+#include "tests/capture/provider/PictureFile.h"
 
 #include <algorithm>
 #include <array>

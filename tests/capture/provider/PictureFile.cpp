@@ -1,4 +1,4 @@
-#include "PictureFile.h"
+#include "tests/capture/provider/PictureFile.h"
 
 #include <fstream>
 #include <iterator>

@@ -1,5 +1,5 @@
-#include "TestCameraProvider.h"
-#include "TestCameraSource.h"
+#include "tests/capture/provider/TestCameraProvider.h"
+#include "tests/capture/provider/TestCameraSource.h"
 
 #define PACKAGE "kestrelid"
 

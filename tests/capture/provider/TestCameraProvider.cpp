@@ -1,7 +1,7 @@
-#include "TestCameraProvider.h"
+#include "tests/capture/provider/TestCameraProvider.h"
 
-#include "ControlFile.h"
-#include "TestCameraSource.h"
+#include "tests/capture/provider/ControlFile.h"
+#include "tests/capture/provider/TestCameraSource.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
-#include "TestCameraSource.h"
+#include "tests/capture/provider/TestCameraSource.h"
 
-#include "ControlFile.h"
-#include "FramePainter.h"
+#include "tests/capture/provider/ControlFile.h"
+#include "tests/capture/provider/FramePainter.h"
 
 #include <atomic>
 #include <chrono>

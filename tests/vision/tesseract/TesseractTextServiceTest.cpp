@@ -1,6 +1,6 @@
-#include "platform/vision/tesseract/TesseractTextService.h"
-#include "platform/vision/tesseract/SerialOpenMp.h"
-#include "platform/vision/tesseract/TesseractEngine.h"
+#include "vision/tesseract/TesseractTextService.h"
+#include "vision/tesseract/SerialOpenMp.h"
+#include "vision/tesseract/TesseractEngine.h"
 
 #include <gmock/gmock.h>
 

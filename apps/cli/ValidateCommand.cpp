@@ -1,0 +1,137 @@
+#include "apps/cli/ValidateCommand.h"
+
+#include "apps/cli/Annotation.h"
+#include "apps/cli/AnnotationNames.h"
+#include "apps/cli/FileBytes.h"
+#include "apps/cli/OrderedJobs.h"
+#include "apps/cli/PictureInputs.h"
+#include "apps/cli/PictureJudge.h"
+#include "apps/cli/ProgressBar.h"
+#include "apps/cli/StandardStreams.h"
+#include "apps/cli/VerdictText.h"
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <span>
+#include <system_error>
+#include <thread>
+
+namespace kestrelid::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Beyond it every picture takes longer and more memory, and few more are judged in a minute.
+constexpr std::size_t kMostJobsUnasked = 4;
+constexpr std::size_t kMostTextThreads = 4;
+
+// What is kept of an input once its pixels are gone.
+struct Outcome {
+    std::variant<Verdict, JudgeError> verdict;
+    std::optional<ImageError> annotationError;
+};
+
+// Pipes, such as the shell's <(command), which only give their bytes once and in order.
+bool isStream(const fs::path& path) {
+    std::error_code error;
+    const fs::file_type type = fs::status(path, error).type();
+    return type == fs::file_type::fifo || type == fs::file_type::character;
+}
+
+JudgeResult judgeInput(PictureJudge& judge, const PictureInput& input) {
+    if (const auto* unusable = std::get_if<UnusableInput>(&input.source))
+        return JudgeError{unusable->cause};
+    const auto* path = std::get_if<fs::path>(&input.source);
+    if (path != nullptr && !isStream(*path))
+        return judge.judge(*path);
+    const BytesResult bytes =
+        path != nullptr ? readFile(*path, kMaximumFileSize) : readStandardInput(kMaximumFileSize);
+    if (const auto* error = std::get_if<ReadError>(&bytes))
+        return JudgeError{error->cause};
+    return judge.judge(std::as_bytes(std::span(std::get<std::string>(bytes))));
+}
+
+// annotation: where the annotated copy goes; null: none.
+Outcome outcomeOf(PictureJudge& judge, const PictureInput& input, const fs::path* annotation) try {
+    JudgeResult judged = judgeInput(judge, input);
+    if (auto* error = std::get_if<JudgeError>(&judged))
+        return {std::move(*error), {}};
+    auto& picture = std::get<JudgedPicture>(judged);
+    std::optional<ImageError> annotationError;
+    if (annotation != nullptr)
+        annotationError = writeImage(*annotation, annotated(picture));
+    return {Verdict{std::move(picture.result), picture.milliseconds}, std::move(annotationError)};
+} catch (const std::exception& error) {
+    return {JudgeError{error.what()}, {}};  // no memory left for this picture; the next may fit
+}
+
+ExitStatus report(const std::string& name, const Outcome& outcome, bool json) {
+    if (const auto* error = std::get_if<JudgeError>(&outcome.verdict)) {
+        if (json)
+            writeOutput(errorAsJson(name, error->cause));
+        writeError(name, error->cause);
+        return ExitStatus::inputFailed;
+    }
+    const auto& verdict = std::get<Verdict>(outcome.verdict);
+    writeOutput(json ? verdictAsJson(name, verdict) : verdictAsText(name, verdict));
+    if (!outcome.annotationError)
+        return ExitStatus::done;
+    writeError(name, "cannot write the annotated copy: " + outcome.annotationError->cause);
+    return ExitStatus::inputFailed;
+}
+
+}  // namespace
+
+ExitStatus validate(const ValidateOptions& options) {
+    const std::vector<PictureInput> inputs = pictureInputs(options.inputs);
+    const std::size_t processors = std::max(1u, std::thread::hardware_concurrency());
+    const std::size_t allowed = options.jobs > 0 ? static_cast<std::size_t>(options.jobs)
+                                                 : std::min(processors, kMostJobsUnasked);
+    const std::size_t jobs = std::min(allowed, inputs.size());
+
+    std::vector<fs::path> annotations;
+    if (!options.annotate.empty()) {
+        std::error_code error;
+        fs::create_directories(options.annotate, error);
+        if (error) {
+            writeError(options.annotate.native(), "cannot create the folder: " + error.message());
+            return ExitStatus::wrongUsage;
+        }
+        annotations = annotationPaths(options.annotate, inputs);
+    }
+
+    // The jobs share the processors: several pictures at once beat several threads on one.
+    const std::size_t textThreads = std::clamp(processors / jobs, std::size_t{1}, kMostTextThreads);
+    const PlatformServices services =
+        defaultServices({.recognizer = options.recognizer,
+                         .resources = options.resources,
+                         .textThreads = static_cast<int>(textThreads)});
+    std::vector<std::unique_ptr<PictureJudge>> judges(jobs);
+    for (auto& judge : judges)
+        judge = std::make_unique<PictureJudge>(services, options.effort);
+
+    ProgressBar progress(inputs.size());
+    ExitStatus status = ExitStatus::done;
+    std::size_t finished = 0;
+    runInOrder(
+        inputs.size(), jobs,
+        [&](std::size_t worker, std::size_t index) {
+            const fs::path* annotation = annotations.empty() ? nullptr : &annotations[index];
+            return outcomeOf(*judges[worker], inputs[index], annotation);
+        },
+        [&](std::size_t index, const Outcome& outcome) {
+            progress.clear();
+            status = graver(status, report(inputs[index].name, outcome, options.json));
+            progress.show(finished);
+        },
+        [&](std::size_t number) {
+            finished = number;
+            progress.show(finished);
+        });
+    progress.clear();
+    return graver(status, outputStatus());
+}
+
+}  // namespace kestrelid::cli

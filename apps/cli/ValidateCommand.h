@@ -1,0 +1,27 @@
+#pragma once
+
+#include "apps/cli/ExitStatus.h"
+
+#include <kestrelid/DefaultServices.h>
+#include <kestrelid/PassportDetector.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace kestrelid::cli {
+
+struct ValidateOptions {
+    std::vector<std::string> inputs;  // files, folders, or "-" for standard input
+    bool json = false;
+    int jobs = 0;  // pictures judged at once; 0: as many as there are processors, four at most
+    Recognizer recognizer = Recognizer::ppocr;
+    ValidationEffort effort = ValidationEffort::complete;
+    std::filesystem::path resources;  // empty: where the library finds them
+    std::filesystem::path annotate;   // folder for annotated copies; empty: none
+};
+
+// Judges pictures and writes a verdict for each to standard output.
+[[nodiscard]] ExitStatus validate(const ValidateOptions& options);
+
+}  // namespace kestrelid::cli

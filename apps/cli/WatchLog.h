@@ -1,0 +1,16 @@
+#pragma once
+
+#include "apps/cli/WatchEvent.h"
+
+#include <string>
+
+namespace kestrelid::cli {
+
+// One line: local time as ISO 8601 has it, with milliseconds and the distance from UTC, then what
+// happened. Empty for what the error that follows tells better, and for errors, which go elsewhere.
+[[nodiscard]] std::string eventAsText(WallTime time, const WatchEvent& event);
+
+// One JSON object on a line: time, event, and the fields of that event.
+[[nodiscard]] std::string eventAsJson(WallTime time, const WatchEvent& event);
+
+}  // namespace kestrelid::cli

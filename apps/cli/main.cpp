@@ -1,0 +1,40 @@
+#include "apps/cli/CommandLine.h"
+#include "apps/cli/StandardStreams.h"
+
+#include <csignal>
+#include <exception>
+
+namespace {
+
+using namespace kestrelid::cli;
+
+ExitStatus run(const ValidateOptions& options) {
+    return validate(options);
+}
+ExitStatus run(const TextOptions& options) {
+    return text(options);
+}
+ExitStatus run(const DoctorOptions& options) {
+    return doctor(options);
+}
+ExitStatus run(const WatchOptions& options) {
+    return watch(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+    // A reader that has seen enough (`| head -1`) ends the program without a word, also under a
+    // parent that ignores the signal.
+    std::signal(SIGPIPE, SIG_DFL);
+
+    const auto parsed = parseCommandLine(argc, argv);
+    if (const auto* status = std::get_if<ExitStatus>(&parsed))
+        return static_cast<int>(*status);
+    const auto status =
+        std::visit([](const auto& options) { return run(options); }, std::get<Command>(parsed));
+    return static_cast<int>(status);
+} catch (const std::exception& error) {
+    writeError(error.what());
+    return static_cast<int>(ExitStatus::inputFailed);
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "apps/demo/CameraChoice.h"
+#include "apps/demo/PhotoJudge.h"
+
+#include <QImage>
+
+namespace kestrelid::demo {
+
+// A window that shows the screens. Closes, and lets the camera go, when it is released.
+class Host {
+public:
+    virtual ~Host() = default;
+
+    // What the window shows.
+    [[nodiscard]] virtual QImage grab() = 0;
+};
+
+}  // namespace kestrelid::demo

@@ -1,0 +1,115 @@
+#include "apps/demo/DemoOptions.h"
+#include "apps/demo/QmlHost.h"
+#include "apps/demo/WidgetsHost.h"
+
+#include <kestrelid/DefaultServices.h>
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <QApplication>
+#include <QFileInfo>
+#include <QTimer>
+#include <thread>
+
+namespace kestrelid::demo {
+
+namespace {
+
+enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
+
+int fail(const QString& cause, ExitStatus status) {
+    std::fprintf(stderr, "kestrelid-demo: %s\n", qUtf8Printable(cause));
+    return status;
+}
+
+// The models load while the window opens; the first frame would wait for them.
+void loadModels(const PlatformServices& recognition) {
+    recognition.queue->async([text = recognition.text, rectangles = recognition.rectangles] {
+        constexpr int kSide = 64;  // pixels
+        auto pixels = std::make_shared<std::array<std::byte, kSide * kSide>>();
+        const auto picture =
+            Bitmap::wrap(kSide, kSide, kSide, PixelFormat::gray8,
+                         std::shared_ptr<std::byte[]>(pixels, pixels->data()), pixels->size());
+        if (!picture)
+            return;
+        (void)text->perform(*picture, {}, [](const RequestReport&) {});
+        (void)rectangles->perform(*picture, {}, [](const RequestReport&) {});
+    });
+}
+
+// Whether nobody else holds the services any more, after a short wait.
+bool isIdle(const PlatformServices& recognition) {
+    constexpr auto kPatience = std::chrono::milliseconds(300);
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (recognition.queue.use_count() > 1 && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    return recognition.queue.use_count() == 1;
+}
+
+void takeScreenshot(const DemoOptions& options, Host& host) {
+    constexpr double kDefaultWait = 5.0;  // seconds
+    const auto wait = std::chrono::duration<double>(options.after.value_or(kDefaultWait));
+    QTimer::singleShot(std::chrono::round<std::chrono::milliseconds>(wait), &*qApp,
+                       [file = options.screenshot, &host] {
+                           const bool isWritten = host.grab().save(file);
+                           QApplication::exit(isWritten ? kDone
+                                                        : fail("cannot write " + file, kFailed));
+                       });
+}
+
+int show(const DemoOptions& options, const PlatformServices& recognition) {
+    CameraChoice cameras(options.camera, recognition.queue);
+    PhotoJudge judge(recognition);
+    const std::unique_ptr<Host> host = options.widgets
+                                           ? makeWidgetsHost(cameras, judge, recognition)
+                                           : makeQmlHost(cameras, judge, recognition);
+    if (!host)
+        return fail("the screens cannot be loaded", kFailed);
+    if (!options.picture.isEmpty())
+        cameras.open(QUrl::fromLocalFile(QFileInfo(options.picture).absoluteFilePath()));
+    if (!options.screenshot.isEmpty())
+        takeScreenshot(options, *host);
+    return QApplication::exec();
+}
+
+int run(int argc, char** argv) {
+    QStringList arguments;
+    for (int index = 0; index < argc; ++index)
+        arguments.append(QString::fromLocal8Bit(argv[index]));
+    const auto parsed = parseOptions(arguments);
+    if (const auto* error = std::get_if<UsageError>(&parsed))
+        return fail(error->cause + "; kestrelid-demo --help tells more", kWrongUsage);
+    const auto& options = std::get<DemoOptions>(parsed);
+    if (options.help || options.version) {
+        const QString text = options.help ? helpText() : "kestrelid-demo " KESTRELID_VERSION "\n";
+        std::fputs(qUtf8Printable(text), stdout);
+        return kDone;
+    }
+    const bool hasDisplay = qEnvironmentVariableIsSet("DISPLAY") ||
+                            qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+                            qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+    if (!hasDisplay)
+        return fail("no display: neither DISPLAY nor WAYLAND_DISPLAY is set", kFailed);
+
+    const PlatformServices recognition = defaultServices();
+    loadModels(recognition);
+    QApplication application(argc, argv);
+    QApplication::setApplicationName("kestrelid-demo");
+    QGuiApplication::setDesktopFileName("org.kestrelid.Demo");
+    const int status = show(options, recognition);
+    // A camera that is being set up holds the services for up to two seconds, which nobody waits
+    // for. Returning from main() would pull the recogniser's statics away under its workers.
+    if (!isIdle(recognition))
+        std::_Exit(status);
+    return status;  // waits for what is still judged
+}
+
+}  // namespace
+
+}  // namespace kestrelid::demo
+
+int main(int argc, char** argv) {
+    return kestrelid::demo::run(argc, argv);
+}

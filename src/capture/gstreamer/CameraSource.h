@@ -1,0 +1,52 @@
+#pragma once
+
+#include "capture/gstreamer/GStreamerHandles.h"
+#include "capture/gstreamer/VideoFormat.h"
+
+#include <kestrelid/CaptureServices.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <variant>
+#include <vector>
+
+namespace kestrelid {
+
+// Elements of these names are looked for in what a source assembles.
+inline constexpr const char* kSinkName = "sink";      // appsink of BGRA or BGRx; always
+inline constexpr const char* kFilterName = "filter";  // capsfilter whose buffers are the stills
+
+// A camera, or a file that stands for one, after it was opened. Thread: any.
+class CameraSource {
+public:
+    using Assembled = std::variant<ElementHandle, CaptureError>;
+
+    CameraSource() = default;
+    CameraSource(const CameraSource&) = delete;
+    CameraSource& operator=(const CameraSource&) = delete;
+    virtual ~CameraSource() = default;
+
+    // At least one.
+    [[nodiscard]] virtual const std::vector<VideoFormat>& formats() const = 0;
+
+    // A file starts again at its end and cannot get lost; a device's filter changes its format.
+    [[nodiscard]] virtual bool isFile() const = 0;
+
+    // A new pipeline for one of formats(), stopped.
+    [[nodiscard]] virtual Assembled assemble(const VideoFormat& format) const = 0;
+
+    // The still where it is the same at any time.
+    [[nodiscard]] virtual std::optional<Bitmap> fixedStill() const { return std::nullopt; }
+
+    // Calls removed on any thread once the device has gone, for as long as the result lives.
+    [[nodiscard]] virtual std::shared_ptr<const void>
+    watchRemoval(std::function<void()> /*removed*/) const {
+        return nullptr;
+    }
+};
+
+// A pipeline as gst_parse_launch() takes it.
+[[nodiscard]] CameraSource::Assembled parsePipeline(const std::string& description);
+
+}  // namespace kestrelid

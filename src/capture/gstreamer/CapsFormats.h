@@ -1,0 +1,17 @@
+#pragma once
+
+#include "capture/gstreamer/GStreamerHandles.h"
+#include "capture/gstreamer/VideoFormat.h"
+
+#include <vector>
+
+namespace kestrelid {
+
+// What caps of a camera offer and capture can use, each size and rate once. Ranges are represented
+// by their ends and by common values inside.
+[[nodiscard]] std::vector<VideoFormat> formatsIn(const GstCaps* caps);
+
+// For a capsfilter.
+[[nodiscard]] CapsHandle capsFor(const VideoFormat& format);
+
+}  // namespace kestrelid

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "capture/CameraRemote.h"
+#include "capture/gstreamer/GStreamerHandles.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace kestrelid {
+
+// Follows which cameras come and go. Thread: any.
+class DeviceWatch {
+public:
+    // Of all providers; null where none starts.
+    [[nodiscard]] static std::shared_ptr<DeviceWatch> start();
+
+    // Of PipeWire behind remote, which the devices use too; null where it is not served.
+    [[nodiscard]] static std::shared_ptr<DeviceWatch> start(OwnedDescriptor remote);
+
+    DeviceWatch(const DeviceWatch&) = delete;
+    DeviceWatch& operator=(const DeviceWatch&) = delete;
+    ~DeviceWatch();
+
+    // Those that are there now.
+    [[nodiscard]] std::vector<DeviceHandle> devices() const;
+
+    // Calls removed on any thread once device has gone, for as long as the result lives.
+    [[nodiscard]] std::shared_ptr<const void> watchRemoval(GstDevice* device,
+                                                           std::function<void()> removed);
+
+private:
+    struct Removals;
+
+    // One of monitor and provider.
+    DeviceWatch(MonitorHandle monitor, ProviderHandle provider, OwnedDescriptor remote);
+    [[nodiscard]] BusHandle bus() const;
+
+    static GstBusSyncReply noticed(GstBus* bus, GstMessage* message, gpointer removals);
+
+    // PipeWire's plugin knows a connection by the number of its file, which must not be given anew
+    // while a device lives.
+    const OwnedDescriptor remote_;
+    const MonitorHandle monitor_;
+    const ProviderHandle provider_;
+    bool isStarted_ = false;  // the provider
+    const std::shared_ptr<Removals> removals_;
+};
+
+}  // namespace kestrelid

@@ -1,0 +1,49 @@
+#include "capture/gstreamer/FileCamera.h"
+
+#include "capture/gstreamer/GStreamerLibrary.h"
+#include "capture/gstreamer/PictureSource.h"
+#include "capture/gstreamer/VideoFileSource.h"
+#include "imagefile/ImageFormat.h"
+
+#include <kestrelid/ImageFile.h>
+
+#include <array>
+#include <exception>
+#include <fstream>
+
+namespace kestrelid {
+
+namespace {
+
+bool isPicture(const std::filesystem::path& path) {
+    std::array<char, 64> start{};
+    std::ifstream file(path, std::ios::binary);
+    file.read(start.data(), start.size());
+    const auto read = static_cast<std::size_t>(file.gcount());
+    return imageFormatOf(std::as_bytes(std::span(start).first(read))) != ImageFormat::unknown;
+}
+
+GStreamerDevice::Opened openPicture(const std::filesystem::path& path) {
+    const ImageResult decoded = readImage(path);
+    if (const auto* error = std::get_if<ImageError>(&decoded))
+        return CaptureError{error->cause};
+    const Image upright = std::get<Image>(decoded).upright();
+    auto source = upright.bitmap() ? PictureSource::make(*upright.bitmap()) : nullptr;
+    if (!source)
+        return CaptureError{"the picture cannot be scaled"};
+    return source;
+}
+
+}  // namespace
+
+GStreamerDevice::Opened openCameraFile(const std::filesystem::path& path) noexcept {
+    try {
+        if (!startGStreamer())
+            return CaptureError{"GStreamer does not start"};
+        return isPicture(path) ? openPicture(path) : VideoFileSource::open(path);
+    } catch (const std::exception& error) {
+        return CaptureError{error.what()};
+    }
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "capture/gstreamer/GStreamerDevice.h"
+
+#include <filesystem>
+
+namespace kestrelid {
+
+// Opens a picture or video file as a camera; the error has the cause, without the file's name.
+[[nodiscard]] GStreamerDevice::Opened openCameraFile(const std::filesystem::path& path) noexcept;
+
+}  // namespace kestrelid

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "capture/gstreamer/GStreamerHandles.h"
+#include "capture/gstreamer/GStreamerInput.h"
+#include "capture/gstreamer/GStreamerOutputs.h"
+
+#include <kestrelid/CaptureServices.h>
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace kestrelid {
+
+// Takes the frames of one session to its preview surfaces and its video output.
+class FrameDelivery {
+public:
+    FrameDelivery();
+
+    void setOutput(std::shared_ptr<GStreamerVideoOutput> output);  // any thread
+    void addSurface(std::weak_ptr<PreviewSurface> surface);        // any thread
+    void setMounting(const Mounting& mounting);                    // any thread
+    [[nodiscard]] bool hasConsumers();                             // any thread
+    void deliver(SampleHandle frame);                              // one thread at a time
+
+    // No call begins after it has returned, and none is under way, unless this is called from
+    // inside one, or one hangs. False where it is called by a surface. Thread: any.
+    bool close();
+
+private:
+    void show(const Bitmap& frame);
+
+    const std::shared_ptr<CallGate> surfaceCalls_;
+    const std::shared_ptr<CallGate> outputCalls_;
+    std::mutex mutex_;
+    std::shared_ptr<GStreamerVideoOutput> output_;
+    std::vector<std::weak_ptr<PreviewSurface>> surfaces_;
+    Mounting mounting_;
+};
+
+}  // namespace kestrelid

@@ -1,0 +1,152 @@
+#include "capture/gstreamer/GStreamerCapturePlatform.h"
+
+#include "capture/CameraFile.h"
+#include "capture/gstreamer/DeviceSource.h"
+#include "capture/gstreamer/FileCamera.h"
+#include "capture/gstreamer/GStreamerLibrary.h"
+#include "capture/gstreamer/GStreamerSession.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrelid {
+
+namespace {
+
+// One for each size and encoding, with its greatest rate; largest first.
+std::vector<CameraFormat> cameraFormats(const std::vector<VideoFormat>& formats) {
+    std::vector<CameraFormat> all;
+    for (const VideoFormat& format : formats) {
+        const char* encoding = format.encoding == Encoding::jpeg ? "jpeg" : "raw";
+        const auto same = std::find_if(all.begin(), all.end(), [&](const CameraFormat& one) {
+            return one.width == format.width && one.height == format.height &&
+                   one.encoding == encoding;
+        });
+        if (same != all.end())
+            same->framesPerSecond = std::max(same->framesPerSecond, format.rate.perSecond());
+        else
+            all.push_back({.width = format.width,
+                           .height = format.height,
+                           .framesPerSecond = format.rate.perSecond(),
+                           .encoding = encoding});
+    }
+    std::stable_sort(all.begin(), all.end(), [](const CameraFormat& a, const CameraFormat& b) {
+        return std::int64_t{a.width} * a.height > std::int64_t{b.width} * b.height;
+    });
+    return all;
+}
+
+std::vector<FoundCamera> camerasOf(const std::shared_ptr<DeviceWatch>& watch) {
+    return watch ? findCameras(watch) : std::vector<FoundCamera>{};
+}
+
+}  // namespace
+
+GStreamerCapturePlatform::GStreamerCapturePlatform(CameraOptions options,
+                                                   OpenCameraRemote openRemote)
+    : options_(std::move(options)), openRemote_(std::move(openRemote)) {}
+
+GStreamerCapturePlatform::~GStreamerCapturePlatform() = default;
+
+std::shared_ptr<CaptureSession> GStreamerCapturePlatform::makeSession() {
+    return std::make_shared<GStreamerSession>();
+}
+
+std::shared_ptr<PhotoOutput> GStreamerCapturePlatform::makePhotoOutput() {
+    return std::make_shared<GStreamerPhotoOutput>();
+}
+
+std::shared_ptr<VideoDataOutput> GStreamerCapturePlatform::makeVideoDataOutput() {
+    return std::make_shared<GStreamerVideoOutput>();
+}
+
+std::vector<FoundCamera> GStreamerCapturePlatform::find() {
+    if (!startGStreamer())
+        return {};
+    const std::lock_guard lock(mutex_);
+    if (!watch_)
+        watch_ = DeviceWatch::start();
+    std::vector<FoundCamera> found = camerasOf(watch_);
+    if (!found.empty() || !openRemote_)
+        return found;
+    found = camerasOf(remoteWatch_);
+    if (!found.empty())
+        return found;
+    // Permission may have come meanwhile, or PipeWire again.
+    remoteWatch_ = DeviceWatch::start(openRemote_());
+    return camerasOf(remoteWatch_);
+}
+
+Mounting GStreamerCapturePlatform::mounting(const Mounting& known) const {
+    return {.orientation = options_.orientation.value_or(known.orientation),
+            .isMirrored = options_.isMirrored.value_or(known.isMirrored)};
+}
+
+std::shared_ptr<CaptureDevice> GStreamerCapturePlatform::defaultVideoDevice() {
+    if (const auto file = cameraFile(options_))
+        return std::make_shared<GStreamerDevice>(file->filename().string(), mounting({}),
+                                                 [file = *file] { return openCameraFile(file); });
+    for (const FoundCamera& camera : find()) {
+        if (options_.camera.empty() || options_.camera == camera.name)
+            return std::make_shared<GStreamerDevice>(
+                camera.name, mounting(camera.mounting),
+                [source = camera.source] { return source->open(); });
+    }
+    return nullptr;
+}
+
+std::vector<CameraDescription> GStreamerCapturePlatform::cameras() {
+    std::vector<CameraDescription> all;
+    if (const auto file = cameraFile(options_)) {
+        const auto opened = openCameraFile(*file);
+        if (const auto* source = std::get_if<std::shared_ptr<const CameraSource>>(&opened))
+            all.push_back({.name = file->filename().string(),
+                           .formats = cameraFormats((*source)->formats())});
+        return all;
+    }
+    for (const FoundCamera& camera : find())
+        all.push_back({.name = camera.name, .formats = cameraFormats(camera.source->formats())});
+    return all;
+}
+
+std::vector<ServiceStatus> GStreamerCapturePlatform::diagnose() {
+    std::vector<ServiceStatus> all = diagnoseGStreamer();
+    if (const auto file = cameraFile(options_)) {
+        const auto opened = openCameraFile(*file);
+        const auto* error = std::get_if<CaptureError>(&opened);
+        all.push_back({.name = "camera file " + file->filename().string(),
+                       .available = !error,
+                       .details = error ? error->description : "can be played"});
+        return all;
+    }
+    const std::vector<CameraDescription> found = cameras();
+    for (const CameraDescription& camera : found)
+        all.push_back({.name = "camera " + camera.name,
+                       .available = true,
+                       .details = std::to_string(camera.formats.size()) + " formats"});
+    const bool isMissing = !options_.camera.empty() &&
+                           std::none_of(found.begin(), found.end(), [&](const auto& camera) {
+                               return camera.name == options_.camera;
+                           });
+    if (isMissing)
+        all.push_back({.name = "camera " + options_.camera,
+                       .available = false,
+                       .details = "no camera and no file of that name"});
+    else if (found.empty())
+        all.push_back({.name = "camera", .available = false, .details = "none found"});
+    return all;
+}
+
+std::variant<std::shared_ptr<CaptureInput>, CaptureError>
+GStreamerCapturePlatform::makeInput(std::shared_ptr<CaptureDevice> device) {
+    const auto own = std::dynamic_pointer_cast<GStreamerDevice>(device);
+    if (!own)
+        return CaptureError{"not a camera of this platform"};
+    auto opened = own->open();
+    if (auto* error = std::get_if<CaptureError>(&opened))
+        return *std::move(error);
+    return std::make_shared<GStreamerInput>(
+        std::get<std::shared_ptr<const CameraSource>>(std::move(opened)), own->mounting());
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "capture/gstreamer/CameraSource.h"
+#include "capture/gstreamer/GStreamerInput.h"
+
+#include <kestrelid/CaptureServices.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <variant>
+
+namespace kestrelid {
+
+// A camera or file before it is opened.
+class GStreamerDevice final : public CaptureDevice {
+public:
+    using Opened = std::variant<std::shared_ptr<const CameraSource>, CaptureError>;
+
+    GStreamerDevice(std::string name, Mounting mounting, std::function<Opened()> open)
+        : name_(std::move(name)), mounting_(mounting), open_(std::move(open)) {}
+
+    std::string name() const override { return name_; }
+    Orientation orientation() const override { return mounting_.orientation; }
+    bool isMirrored() const override { return mounting_.isMirrored; }
+
+    [[nodiscard]] const Mounting& mounting() const { return mounting_; }
+    [[nodiscard]] Opened open() const { return open_(); }
+
+private:
+    const std::string name_;
+    const Mounting mounting_;
+    const std::function<Opened()> open_;
+};
+
+}  // namespace kestrelid

@@ -1,0 +1,62 @@
+#include "capture/gstreamer/GStreamerLibrary.h"
+
+#include "capture/gstreamer/GStreamerHandles.h"
+
+#include <array>
+#include <cstddef>
+
+namespace kestrelid {
+
+namespace {
+
+struct Need {
+    const char* element;
+    const char* purpose;
+    const char* package;
+};
+
+constexpr std::array kNeeds = {
+    Need{"appsink", "frames", "gstreamer1.0-plugins-base"},
+    Need{"videoconvert", "colour conversion", "gstreamer1.0-plugins-base"},
+    Need{"uridecodebin", "video files", "gstreamer1.0-plugins-base"},
+    Need{"v4l2src", "cameras", "gstreamer1.0-plugins-good"},
+    Need{"jpegdec", "motion JPEG", "gstreamer1.0-plugins-good"},
+    Need{"matroskademux", "Matroska and WebM files", "gstreamer1.0-plugins-good"},
+    Need{"qtdemux", "MP4 files", "gstreamer1.0-plugins-good"},
+    Need{"openh264dec", "H.264 files", "gstreamer1.0-plugins-bad"},
+    Need{"pipewiresrc", "cameras by PipeWire", "gstreamer1.0-pipewire"},
+};
+
+bool exists(const char* element) {
+    GstElementFactory* factory = gst_element_factory_find(element);
+    if (factory)
+        gst_object_unref(factory);
+    return factory != nullptr;
+}
+
+}  // namespace
+
+bool startGStreamer() {
+    GError* error = nullptr;
+    const bool started = gst_init_check(nullptr, nullptr, &error) != FALSE;
+    const ErrorHandle owner(error);
+    return started;
+}
+
+std::vector<ServiceStatus> diagnoseGStreamer() {
+    if (!startGStreamer())
+        return {{.name = "GStreamer", .available = false, .details = "does not start"}};
+    const TextHandle version(gst_version_string());
+    std::vector<ServiceStatus> all;
+    all.push_back({.name = "GStreamer", .available = true, .details = version.get()});
+    for (const Need& need : kNeeds) {
+        const bool found = exists(need.element);
+        all.push_back({.name = std::string("GStreamer ") + need.element,
+                       .available = found,
+                       .details = found ? need.purpose
+                                        : std::string(need.purpose) + " need " + need.package});
+    }
+    return all;
+}
+
+}  // namespace kestrelid

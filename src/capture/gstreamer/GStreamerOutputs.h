@@ -1,0 +1,56 @@
+#pragma once
+
+#include "capture/gstreamer/CallGate.h"
+#include "capture/gstreamer/FramePool.h"
+#include "capture/gstreamer/PhotoDesk.h"
+
+#include <kestrelid/CaptureServices.h>
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace kestrelid {
+
+class SessionEngine;
+
+class GStreamerVideoOutput final : public VideoDataOutput {
+public:
+    void setVideoSettings(const VideoSettings& settings) override;
+    void setSampleBufferDelegate(std::weak_ptr<SampleBufferDelegate> delegate,
+                                 std::shared_ptr<DispatchQueue> queue) override;
+
+    // For a session. Any thread.
+    [[nodiscard]] bool hasDelegate() const;
+    // Drops the frame where the delegate's queue has not finished with the former one.
+    void post(const Bitmap& frame, const std::shared_ptr<CallGate>& gate);
+
+private:
+    struct Receiver;
+
+    mutable std::mutex mutex_;
+    std::shared_ptr<Receiver> receiver_;
+    const std::shared_ptr<FramePool> pool_ = std::make_shared<FramePool>();
+};
+
+class GStreamerPhotoOutput final : public PhotoOutput {
+public:
+    std::vector<CaptureConnection> connections() const override;
+    std::vector<std::string> availablePhotoCodecTypes() const override;
+    std::vector<FlashMode> supportedFlashModes() const override { return {}; }
+    PhotoDimensions maxPhotoDimensions() const override;
+    void capturePhoto(const PhotoSettings& settings,
+                      std::shared_ptr<PhotoCaptureDelegate> delegate) override;
+
+    // For a session.
+    void attach(const std::shared_ptr<SessionEngine>& engine);
+    void detach(const std::string& cause);  // answers what waits; any thread
+
+private:
+    mutable std::mutex mutex_;
+    std::weak_ptr<SessionEngine> engine_;
+    const std::shared_ptr<PhotoDesk> desk_ = std::make_shared<PhotoDesk>();
+};
+
+}  // namespace kestrelid

@@ -1,0 +1,93 @@
+#include "capture/gstreamer/GStreamerSession.h"
+
+#include <utility>
+
+namespace kestrelid {
+
+GStreamerSession::GStreamerSession()
+    : delivery_(std::make_shared<FrameDelivery>()),
+      engine_(std::make_shared<SessionEngine>(delivery_)) {}
+
+GStreamerSession::~GStreamerSession() {
+    engine_->requestStop();
+    // A surface that releases the session runs on a thread that the engine has to wait for.
+    const bool outside = delivery_->close();
+    if (photoOutput_)
+        photoOutput_->detach("the camera was released");
+    if (outside)
+        engine_->finish();
+    else
+        engine_->abandon();
+    delivery_->setOutput(nullptr);
+}
+
+void GStreamerSession::beginConfiguration() {
+    ++configurations_;
+}
+
+void GStreamerSession::commitConfiguration() {
+    if (configurations_ > 0 && --configurations_ == 0)
+        apply();
+}
+
+void GStreamerSession::setSessionPreset(SessionPreset /*preset*/) {
+    // There is one.
+}
+
+bool GStreamerSession::canAddInput(const std::shared_ptr<CaptureInput>& input) const {
+    return std::dynamic_pointer_cast<GStreamerInput>(input) && !newInput_ && !engine_->input();
+}
+
+void GStreamerSession::addInput(std::shared_ptr<CaptureInput> input) {
+    if (!canAddInput(input))
+        return;
+    newInput_ = std::dynamic_pointer_cast<GStreamerInput>(input);
+    if (configurations_ == 0)
+        apply();
+}
+
+bool GStreamerSession::canAddOutput(const std::shared_ptr<CaptureOutput>& output) const {
+    if (std::dynamic_pointer_cast<GStreamerPhotoOutput>(output))
+        return !photoOutput_ && !newPhotoOutput_;
+    if (std::dynamic_pointer_cast<GStreamerVideoOutput>(output))
+        return !videoOutput_ && !newVideoOutput_;
+    return false;
+}
+
+void GStreamerSession::addOutput(std::shared_ptr<CaptureOutput> output) {
+    if (!canAddOutput(output))
+        return;
+    if (auto photo = std::dynamic_pointer_cast<GStreamerPhotoOutput>(output))
+        newPhotoOutput_ = std::move(photo);
+    else
+        newVideoOutput_ = std::dynamic_pointer_cast<GStreamerVideoOutput>(output);
+    if (configurations_ == 0)
+        apply();
+}
+
+void GStreamerSession::apply() {
+    if (newInput_)
+        engine_->setInput(std::exchange(newInput_, nullptr));
+    if (newPhotoOutput_) {
+        photoOutput_ = std::exchange(newPhotoOutput_, nullptr);
+        photoOutput_->attach(engine_);
+    }
+    if (newVideoOutput_) {
+        videoOutput_ = std::exchange(newVideoOutput_, nullptr);
+        delivery_->setOutput(videoOutput_);
+    }
+}
+
+void GStreamerSession::startRunning() {
+    engine_->start();
+}
+
+bool GStreamerSession::isRunning() const {
+    return engine_->isRunning();
+}
+
+void GStreamerSession::addPreviewSurface(std::weak_ptr<PreviewSurface> surface) {
+    delivery_->addSurface(std::move(surface));
+}
+
+}  // namespace kestrelid

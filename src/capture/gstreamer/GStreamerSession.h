@@ -1,0 +1,44 @@
+#pragma once
+
+#include "capture/gstreamer/FrameDelivery.h"
+#include "capture/gstreamer/GStreamerInput.h"
+#include "capture/gstreamer/GStreamerOutputs.h"
+#include "capture/gstreamer/SessionEngine.h"
+
+#include <kestrelid/CaptureServices.h>
+
+#include <memory>
+
+namespace kestrelid {
+
+class GStreamerSession final : public CaptureSession {
+public:
+    GStreamerSession();
+    ~GStreamerSession() override;
+
+    void beginConfiguration() override;
+    void commitConfiguration() override;
+    void setSessionPreset(SessionPreset preset) override;
+    bool canAddInput(const std::shared_ptr<CaptureInput>& input) const override;
+    void addInput(std::shared_ptr<CaptureInput> input) override;
+    bool canAddOutput(const std::shared_ptr<CaptureOutput>& output) const override;
+    void addOutput(std::shared_ptr<CaptureOutput> output) override;
+    void startRunning() override;
+    bool isRunning() const override;
+    void addPreviewSurface(std::weak_ptr<PreviewSurface> surface) override;
+
+private:
+    void apply();
+
+    const std::shared_ptr<FrameDelivery> delivery_;
+    const std::shared_ptr<SessionEngine> engine_;
+    std::shared_ptr<GStreamerPhotoOutput> photoOutput_;
+    std::shared_ptr<GStreamerVideoOutput> videoOutput_;
+    // What the next commitConfiguration() brings into force.
+    int configurations_ = 0;  // begun and not committed
+    std::shared_ptr<GStreamerInput> newInput_;
+    std::shared_ptr<GStreamerPhotoOutput> newPhotoOutput_;
+    std::shared_ptr<GStreamerVideoOutput> newVideoOutput_;
+};
+
+}  // namespace kestrelid

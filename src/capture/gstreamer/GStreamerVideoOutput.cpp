@@ -1,0 +1,79 @@
+#include "capture/gstreamer/GStreamerOutputs.h"
+
+#include <atomic>
+#include <utility>
+
+namespace kestrelid {
+
+namespace {
+
+class Frame final : public SampleBuffer, public PixelBuffer {
+public:
+    Frame(Bitmap pixels, std::shared_ptr<FramePool> pool)
+        : pixels_(std::move(pixels)), pool_(std::move(pool)) {}
+
+    const PixelBuffer* imageBuffer() const override { return this; }
+    std::optional<Bitmap> render() const override { return pool_->copy(pixels_); }
+
+private:
+    const Bitmap pixels_;
+    const std::shared_ptr<FramePool> pool_;
+};
+
+}  // namespace
+
+struct GStreamerVideoOutput::Receiver {
+    std::weak_ptr<SampleBufferDelegate> delegate;
+    std::shared_ptr<DispatchQueue> queue;
+    std::atomic<bool> isBusy = false;  // from a frame's posting to the end of its call
+    std::atomic<bool> isReplaced = false;
+};
+
+void GStreamerVideoOutput::setVideoSettings(const VideoSettings& /*settings*/) {
+    // There is one pixel format, kPixelFormat32Bgra.
+}
+
+void GStreamerVideoOutput::setSampleBufferDelegate(std::weak_ptr<SampleBufferDelegate> delegate,
+                                                   std::shared_ptr<DispatchQueue> queue) {
+    auto receiver = std::make_shared<Receiver>();
+    receiver->delegate = std::move(delegate);
+    receiver->queue = std::move(queue);
+    {
+        const std::lock_guard lock(mutex_);
+        receiver_.swap(receiver);
+    }
+    if (receiver)
+        receiver->isReplaced = true;
+}
+
+bool GStreamerVideoOutput::hasDelegate() const {
+    const std::lock_guard lock(mutex_);
+    return receiver_ && receiver_->queue && !receiver_->delegate.expired();
+}
+
+void GStreamerVideoOutput::post(const Bitmap& frame, const std::shared_ptr<CallGate>& gate) {
+    std::shared_ptr<Receiver> receiver;
+    {
+        const std::lock_guard lock(mutex_);
+        receiver = receiver_;
+    }
+    if (!receiver || !receiver->queue || receiver->delegate.expired() ||
+        receiver->isBusy.exchange(true))
+        return;
+    // Without an owner of the queue in its own block, which would release it there.
+    const auto queue = receiver->queue;
+    queue->async([weak = std::weak_ptr(receiver), gate, frame = Frame(frame, pool_)] {
+        const auto current = weak.lock();
+        if (!current)
+            return;
+        {
+            const CallGate::Pass pass(*gate);
+            const auto delegate = current->delegate.lock();
+            if (pass && delegate && !current->isReplaced)
+                delegate->didOutput(frame);
+        }
+        current->isBusy = false;
+    });
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "capture/gstreamer/GStreamerHandles.h"
+
+#include <kestrelid/Bitmap.h>
+
+#include <optional>
+
+namespace kestrelid {
+
+// The pixels of a sample in BGRA or BGRx, without copying: the bitmap holds the sample. None where
+// it is something else.
+[[nodiscard]] std::optional<Bitmap> mapFrame(SampleHandle sample);
+
+}  // namespace kestrelid

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "capture/gstreamer/PhotoEncoder.h"
+
+#include <kestrelid/CaptureServices.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace kestrelid {
+
+// Answers requests for photos in order, each exactly once and in time, on a thread that lives while
+// there are some. Thread: any.
+class PhotoDesk {
+public:
+    PhotoDesk();
+    PhotoDesk(const PhotoDesk&) = delete;
+    PhotoDesk& operator=(const PhotoDesk&) = delete;
+    ~PhotoDesk();  // requests that still wait fail
+
+    void add(const PhotoSettings& settings, std::shared_ptr<PhotoCaptureDelegate> delegate);
+
+    // Of the first request that waits for a still.
+    [[nodiscard]] std::optional<PhotoSettings> firstWaiting() const;
+
+    // For all requests with these settings that wait for a still.
+    void give(const PhotoSettings& settings, Still still);
+    void fail(const PhotoSettings& settings, const std::string& cause);
+
+    void failAll(const std::string& cause);
+
+private:
+    struct Desk;
+    std::shared_ptr<Desk> desk_;  // shared with the thread
+    std::thread thread_;          // guarded by the desk
+};
+
+}  // namespace kestrelid

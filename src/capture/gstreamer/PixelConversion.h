@@ -1,0 +1,19 @@
+#pragma once
+
+#include "capture/gstreamer/GStreamerHandles.h"
+
+#include <kestrelid/Bitmap.h>
+#include <kestrelid/CaptureServices.h>
+
+#include <optional>
+
+namespace kestrelid {
+
+// A copy in BGRA8, scaled to size. None where memory is short or the format is unknown.
+[[nodiscard]] std::optional<Bitmap> convertToBgra(const Bitmap& bitmap,
+                                                  const PhotoDimensions& size);
+
+// sample: of raw video.
+[[nodiscard]] std::optional<Bitmap> convertToBgra(GstSample* sample, const PhotoDimensions& bound);
+
+}  // namespace kestrelid

@@ -1,0 +1,99 @@
+#include "capture/gstreamer/FormatChoice.h"
+#include "capture/gstreamer/SessionEngine.h"
+
+#include <utility>
+
+namespace kestrelid {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// For the first frame of another format, in place and by a device that starts anew. Both together
+// stay below the pause after which a device counts as lost.
+constexpr auto kSwitchPatience = 600ms;
+constexpr auto kRestartPatience = 1200ms;
+
+}  // namespace
+
+void SessionEngine::takePhotos(Lock& lock, PhotoDesk& desk) {
+    const CameraSource& source = active_->source();
+    const Orientation orientation = active_->mounting().orientation;
+    while (!stopping_ && !isLost()) {
+        const std::optional<PhotoSettings> settings = desk.firstWaiting();
+        if (!settings)
+            break;
+        if (auto still = source.fixedStill()) {
+            desk.give(*settings, {.pixels = *std::move(still), .orientation = orientation});
+            continue;
+        }
+        const VideoFormat format =
+            *chooseStill(source.formats(), settings->maxPhotoDimensions, live_);
+        if (SampleHandle still = takeStill(lock, format))
+            desk.give(*settings, {.pixels = std::move(still), .orientation = orientation});
+        else
+            desk.fail(*settings, "the camera gave no still");
+    }
+    if (switching_ && !stopping_ && !removed_ && !returnToLive(lock))
+        failed_ = true;
+    switching_ = false;
+}
+
+SampleHandle SessionEngine::takeStill(Lock& lock, const VideoFormat& format) {
+    still_.reset();
+    if (format == current_) {
+        awaitNextFrame(lock, format);
+        return std::move(still_);
+    }
+    switching_ = true;
+    pipeline_->holdFrames(true);
+    if (!switchInPlace(lock, format) && !stopping_ && !removed_ &&
+        open(lock, format, true, Clock::now() + kRestartPatience))
+        awaitStill(lock, kSwitchPatience);
+    return std::move(still_);
+}
+
+// Leaves the next frame in still_; a file may end and begin again meanwhile.
+void SessionEngine::awaitNextFrame(Lock& lock, const VideoFormat& format) {
+    const auto limit = Clock::now() + kSwitchPatience;
+    while (pipeline_ && !still_ && !isInterrupted() && Clock::now() < limit) {
+        pipeline_->armStill(format);
+        changed_.wait_until(lock, limit, [&] { return isInterrupted() || still_ || ended_; });
+        if (ended_ && active_->source().isFile())
+            playAgain(lock);
+        else if (ended_)
+            break;
+    }
+    if (pipeline_)
+        pipeline_->disarmStill();
+}
+
+// Leaves the first frame of that format in still_.
+bool SessionEngine::switchInPlace(Lock& lock, const VideoFormat& format) {
+    if (!pipeline_ || failed_ || format.encoding != current_.encoding)
+        return false;
+    lock.unlock();
+    pipeline_->armStill(format);
+    pipeline_->switchTo(format);
+    lock.lock();
+    current_ = format;
+    return awaitStill(lock, kSwitchPatience);
+}
+
+bool SessionEngine::returnToLive(Lock& lock) {
+    still_.reset();
+    bool flows = switchInPlace(lock, live_);
+    still_.reset();
+    if (!flows && !stopping_ && !removed_)
+        flows = open(lock, live_, false, Clock::now() + kRestartPatience);
+    if (flows)
+        pipeline_->holdFrames(false);
+    return flows;
+}
+
+bool SessionEngine::awaitStill(Lock& lock, Clock::duration patience) {
+    changed_.wait_for(lock, patience, [&] { return isInterrupted() || still_; });
+    return still_ != nullptr;
+}
+
+}  // namespace kestrelid

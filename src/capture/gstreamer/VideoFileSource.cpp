@@ -1,0 +1,94 @@
+#include "capture/gstreamer/VideoFileSource.h"
+
+#include "capture/gstreamer/FormatChoice.h"
+
+#include <gst/app/gstappsink.h>
+#include <gst/video/video.h>
+
+#include <utility>
+
+namespace kestrelid {
+
+namespace {
+
+constexpr const char* kSourceName = "source";
+constexpr GstClockTime kOpeningTime = 3 * GST_SECOND;
+
+// Sound and subtitles are left alone. The filter keeps frames in plain memory.
+const std::string kDecoder =
+    std::string("uridecodebin name=") + kSourceName +
+    " expose-all-streams=false caps=video/x-raw ! capsfilter name=" + kFilterName +
+    " caps=video/x-raw";
+
+void setUri(GstElement* pipeline, const std::string& uri) {
+    const ElementHandle source(gst_bin_get_by_name(GST_BIN(pipeline), kSourceName));
+    g_object_set(source.get(), "uri", uri.c_str(), nullptr);
+}
+
+// The first error of a pipeline that was asked for its first frame, or what else went wrong.
+std::string causeOf(GstElement* pipeline) {
+    const BusHandle bus(gst_element_get_bus(pipeline));
+    const MessageHandle message(gst_bus_pop_filtered(
+        bus.get(), static_cast<GstMessageType>(GST_MESSAGE_ERROR | GST_MESSAGE_EOS)));
+    if (!message)
+        return "no picture within " + std::to_string(kOpeningTime / GST_SECOND) + " s";
+    if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS)
+        return "no picture in it";
+    return errorText(message.get());
+}
+
+// The format of the first frame.
+std::variant<VideoFormat, CaptureError> probe(GstElement* pipeline) {
+    const ElementHandle sink(gst_bin_get_by_name(GST_BIN(pipeline), kSinkName));
+    gst_element_set_state(pipeline, GST_STATE_PAUSED);
+    const auto change = gst_element_get_state(pipeline, nullptr, nullptr, kOpeningTime);
+    SampleHandle first;
+    if (change == GST_STATE_CHANGE_SUCCESS)
+        first.reset(gst_app_sink_try_pull_preroll(GST_APP_SINK(sink.get()), 0));
+    GstVideoInfo info;
+    if (!first || !gst_video_info_from_caps(&info, gst_sample_get_caps(first.get())))
+        return CaptureError{"video: " + causeOf(pipeline)};
+    return VideoFormat{.width = GST_VIDEO_INFO_WIDTH(&info),
+                       .height = GST_VIDEO_INFO_HEIGHT(&info),
+                       .rate = {.numerator = GST_VIDEO_INFO_FPS_N(&info),
+                                .denominator = std::max(1, GST_VIDEO_INFO_FPS_D(&info))},
+                       .encoding = Encoding::raw,
+                       .layout = GST_VIDEO_INFO_NAME(&info)};
+}
+
+}  // namespace
+
+VideoFileSource::Opened VideoFileSource::open(const std::filesystem::path& path) {
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    const TextHandle uri(error ? nullptr : gst_filename_to_uri(absolute.c_str(), nullptr));
+    if (!uri)
+        return CaptureError{"the path cannot be used"};
+    Assembled assembled =
+        parsePipeline(kDecoder + " ! appsink sync=false name=" + std::string(kSinkName));
+    if (auto* failure = std::get_if<CaptureError>(&assembled))
+        return *std::move(failure);
+    const ElementHandle& pipeline = std::get<ElementHandle>(assembled);
+    setUri(pipeline.get(), uri.get());
+    auto probed = probe(pipeline.get());
+    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    if (auto* failure = std::get_if<CaptureError>(&probed))
+        return *std::move(failure);
+    return std::make_shared<const VideoFileSource>(uri.get(), std::get<VideoFormat>(probed));
+}
+
+VideoFileSource::VideoFileSource(std::string uri, VideoFormat format)
+    : uri_(std::move(uri)), formats_{std::move(format)} {}
+
+CameraSource::Assembled VideoFileSource::assemble(const VideoFormat& format) const {
+    const PhotoDimensions live = liveDimensions({.width = format.width, .height = format.height});
+    Assembled assembled = parsePipeline(
+        kDecoder + " ! videoconvert ! videoscale ! video/x-raw,format=(string){BGRA,BGRx},width=" +
+        std::to_string(live.width) + ",height=" + std::to_string(live.height) +
+        " ! appsink name=" + kSinkName + " sync=true max-buffers=1 drop=true");
+    if (const auto* pipeline = std::get_if<ElementHandle>(&assembled))
+        setUri(pipeline->get(), uri_);
+    return assembled;
+}
+
+}  // namespace kestrelid

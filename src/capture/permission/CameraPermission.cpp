@@ -1,0 +1,89 @@
+#include "capture/permission/CameraPermission.h"
+
+#include "base/AsioQueue.h"
+#include "capture/permission/DeviceNodes.h"
+#include "capture/permission/PortalAuthorization.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <string_view>
+#include <utility>
+
+namespace kestrelid {
+namespace {
+
+constexpr const char* kFlatpakInfo = "/.flatpak-info";
+
+void answerLater(std::function<void(bool granted)> completion, bool granted) {
+    const auto queue = std::make_shared<AsioQueue>("camera.access", 1);
+    queue->async([queue, completion = std::move(completion), granted] { completion(granted); });
+}
+
+class NodeAuthorization final : public CameraAuthorization {
+public:
+    explicit NodeAuthorization(std::filesystem::path devices) : devices_(std::move(devices)) {}
+
+    AuthorizationStatus status() override { return tryDeviceNodes(devices_).status(); }
+
+    void requestAccess(std::function<void(bool granted)> completion) override {
+        answerLater(std::move(completion), status() == AuthorizationStatus::authorized);
+    }
+
+private:
+    std::filesystem::path devices_;
+};
+
+// The value of `name` in the group [Application].
+std::string flatpakApplication() {
+    std::ifstream file(kFlatpakInfo);
+    bool isApplication = false;
+    for (std::string line; std::getline(file, line);) {
+        constexpr std::string_view kName = "name=";
+        if (line.starts_with('['))
+            isApplication = line == "[Application]";
+        else if (isApplication && line.starts_with(kName))
+            return line.substr(kName.size());
+    }
+    return {};
+}
+
+}  // namespace
+
+AuthorizationStatus FileAuthorization::status() {
+    return AuthorizationStatus::authorized;
+}
+
+void FileAuthorization::requestAccess(std::function<void(bool granted)> completion) {
+    answerLater(std::move(completion), true);
+}
+
+PermissionEnvironment systemPermissionEnvironment() {
+    PermissionEnvironment environment;
+    std::error_code ignored;
+    if (std::filesystem::exists(kFlatpakInfo, ignored)) {
+        environment.isSandboxed = true;
+        environment.applicationId = flatpakApplication();
+    } else if (std::getenv("SNAP")) {
+        environment.isSandboxed = true;
+        // Portals put "snap." before the name of the instance.
+        if (const char* name = std::getenv("SNAP_INSTANCE_NAME"))
+            environment.applicationId = std::string("snap.") + name;
+    }
+    return environment;
+}
+
+std::shared_ptr<CameraAuthorization>
+makeCameraAuthorization(const PermissionEnvironment& environment) {
+    if (environment.isSandboxed)
+        return std::make_shared<PortalAuthorization>(environment);
+    return std::make_shared<NodeAuthorization>(environment.devices);
+}
+
+OpenCameraRemote makeCameraRemote(const PermissionEnvironment& environment) {
+    if (!environment.isSandboxed)
+        return {};
+    // A connection to the bus of its own: the portal goes by who the program is.
+    return [environment] { return PortalAuthorization(environment).openRemote(); };
+}
+
+}  // namespace kestrelid

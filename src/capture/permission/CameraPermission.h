@@ -1,0 +1,57 @@
+#pragma once
+
+#include "capture/CameraRemote.h"
+
+#include <kestrelid/CaptureServices.h>
+#include <kestrelid/ServiceStatus.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace kestrelid {
+
+// Where permission is looked for.
+struct PermissionEnvironment {
+    // Inside a sandbox the desktop decides, through its portal; outside one the device nodes do.
+    bool isSandboxed = false;
+
+    // By which the desktop's permission store knows this program; used inside a sandbox.
+    std::string applicationId = {};
+
+    // Folder of the nodes video*.
+    std::filesystem::path devices = "/dev";
+
+    // D-Bus address; empty: the session bus.
+    std::string busAddress = {};
+
+    // For one call to the portal. A person's answer is waited for without limit.
+    std::chrono::milliseconds callLimit{10'000};
+};
+
+// A sandbox is Flatpak (/.flatpak-info) or Snap (SNAP in the environment).
+[[nodiscard]] PermissionEnvironment systemPermissionEnvironment();
+
+// Outside a sandbox requestAccess() answers with the status. Inside one, requests that wait at the
+// same time share one question. The answer is false where the person refuses or closes the
+// question, where there is no portal, where it goes away, and where the object is released before
+// the answer has come.
+[[nodiscard]] std::shared_ptr<CameraAuthorization>
+makeCameraAuthorization(const PermissionEnvironment& environment);
+
+// The connection that a sandbox's portal hands out to who was granted the camera; empty outside a
+// sandbox.
+[[nodiscard]] OpenCameraRemote makeCameraRemote(const PermissionEnvironment& environment);
+
+// For a file that stands for a camera.
+class FileAuthorization final : public CameraAuthorization {
+public:
+    [[nodiscard]] AuthorizationStatus status() override;
+    void requestAccess(std::function<void(bool granted)> completion) override;
+};
+
+// Its details tell a person what to do. Takes up to a second.
+[[nodiscard]] ServiceStatus diagnosePermission(const PermissionEnvironment& environment);
+
+}  // namespace kestrelid

@@ -1,0 +1,83 @@
+#include "capture/permission/PortalAuthorization.h"
+
+#include "capture/permission/DeviceNodes.h"
+
+#include <future>
+#include <utility>
+
+namespace kestrelid {
+namespace {
+
+// A bus that does not answer must not hold the caller for longer.
+constexpr std::chrono::milliseconds kStatusLimit{1'000};
+
+// What ask gives on the thread, or otherwise where it takes too long.
+template <class T, class Ask>
+T askOn(ContextThread& thread, Ask ask, T otherwise) {
+    if (thread.isCurrent())
+        return ask();
+    auto answer = std::make_shared<std::promise<T>>();
+    auto future = answer->get_future();
+    thread.post([answer, ask = std::move(ask)] { answer->set_value(ask()); });
+    return future.wait_for(kStatusLimit) == std::future_status::ready ? future.get()
+                                                                      : std::move(otherwise);
+}
+
+}  // namespace
+
+struct PortalAuthorization::State {
+    std::filesystem::path devices;
+    GioHandle<GCancellable> cancellable{g_cancellable_new()};
+    std::unique_ptr<Portal> portal;  // on the thread only
+    bool wasGranted = false;         // on the thread only
+
+    AuthorizationStatus status() {
+        const auto stored = portal->storedStatus();
+        if (stored != AuthorizationStatus::notDetermined)
+            return stored;
+        return wasGranted || !tryDeviceNodes(devices).opened.empty()
+                   ? AuthorizationStatus::authorized
+                   : AuthorizationStatus::notDetermined;
+    }
+};
+
+PortalAuthorization::PortalAuthorization(const PermissionEnvironment& environment)
+    : state_(std::make_shared<State>()) {
+    state_->devices = environment.devices;
+    state_->portal = std::make_unique<Portal>(environment, state_->cancellable.get());
+}
+
+PortalAuthorization::~PortalAuthorization() {
+    g_cancellable_cancel(state_->cancellable.get());
+    thread_.post([state = std::move(state_)] { state->portal.reset(); });
+}
+
+AuthorizationStatus PortalAuthorization::status() {
+    return askOn(
+        thread_, [state = state_] { return state->status(); }, AuthorizationStatus::notDetermined);
+}
+
+void PortalAuthorization::requestAccess(std::function<void(bool granted)> completion) {
+    thread_.post([state = state_, completion = std::move(completion)]() mutable {
+        const auto status = state->status();
+        if (status != AuthorizationStatus::notDetermined)
+            return completion(status == AuthorizationStatus::authorized);
+        state->portal->requestAccess(
+            [state = state.get(), completion = std::move(completion)](bool granted) {
+                state->wasGranted = state->wasGranted || granted;
+                completion(granted);
+            });
+    });
+}
+
+std::optional<bool> PortalAuthorization::hasCamera() {
+    return askOn<std::optional<bool>>(
+        thread_, [state = state_] { return state->portal->hasCamera(); }, std::nullopt);
+}
+
+OwnedDescriptor PortalAuthorization::openRemote() {
+    return askOn(
+        thread_, [state = state_] { return state->portal->openRemote(); }, OwnedDescriptor());
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,101 @@
+#include <kestrelid/ImageFile.h>
+
+#include "imagefile/FileContents.h"
+#include "imagefile/HeifCodec.h"
+#include "imagefile/ImageFormat.h"
+#include "imagefile/JpegCodec.h"
+#include "imagefile/PngCodec.h"
+#include "imagefile/TiffCodec.h"
+#include "imagefile/WebPCodec.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <utility>
+
+namespace kestrelid {
+namespace {
+
+// Short enough for std::string to hold it without asking for memory.
+constexpr const char* kOutOfMemory = "out of memory";
+
+ImageResult decodeByFormat(std::span<const std::byte> file, const DecodeOptions& options) {
+    if (file.size() > kMaximumFileSize)
+        return ImageError{std::to_string(file.size()) + " bytes, at most " +
+                          std::to_string(kMaximumFileSize) + " are read"};
+    switch (imageFormatOf(file)) {
+    case ImageFormat::jpeg:
+        return decodeJpeg(file, options);
+    case ImageFormat::png:
+        return decodePng(file);
+    case ImageFormat::webp:
+        return decodeWebP(file);
+    case ImageFormat::tiff:
+        return decodeTiff(file);
+    case ImageFormat::heif:
+        return decodeHeif(file);
+    case ImageFormat::unknown:
+        break;
+    }
+    return ImageError{unknownFormatCause(file)};
+}
+
+std::string lowerCaseExtension(const std::filesystem::path& path) {
+    std::string extension = path.extension().string();
+    // ASCII only, whatever the process's locale is.
+    std::ranges::transform(extension, extension.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return extension;
+}
+
+std::optional<ImageError> encodeAndReplace(const std::filesystem::path& path, const Image& image) {
+    const std::string extension = lowerCaseExtension(path);
+    const bool jpeg = extension == ".jpg" || extension == ".jpeg";
+    if (!jpeg && extension != ".png")
+        return ImageError{"pictures are written as .jpg, .jpeg or .png"};
+    if (!image.bitmap())
+        return ImageError{"the image has no bitmap"};
+    const Image upright = image.upright();
+    if (!upright.bitmap())
+        return ImageError{kOutOfMemory};
+    const Bitmap& bitmap = *upright.bitmap();
+    if (bitmap.stride() > std::numeric_limits<int>::max())
+        return ImageError{"the picture's rows lie too far apart for the encoder"};
+
+    const FileBytes encoded = jpeg ? encodeJpeg(bitmap) : encodePng(bitmap);
+    if (const auto* error = std::get_if<ImageError>(&encoded))
+        return *error;
+    return replaceFile(path, std::get<std::vector<std::byte>>(encoded));
+}
+
+}  // namespace
+
+ImageResult decodeImage(std::span<const std::byte> file, const DecodeOptions& options) {
+    try {
+        return decodeByFormat(file, options);
+    } catch (const std::exception&) {
+        return ImageError{kOutOfMemory};
+    }
+}
+
+ImageResult readImage(const std::filesystem::path& path, const DecodeOptions& options) {
+    try {
+        const FileBytes contents = readRegularFile(path);
+        if (const auto* error = std::get_if<ImageError>(&contents))
+            return *error;
+        return decodeByFormat(std::get<std::vector<std::byte>>(contents), options);
+    } catch (const std::exception&) {
+        return ImageError{kOutOfMemory};
+    }
+}
+
+std::optional<ImageError> writeImage(const std::filesystem::path& path, const Image& image) {
+    try {
+        return encodeAndReplace(path, image);
+    } catch (const std::exception&) {
+        return ImageError{kOutOfMemory};
+    }
+}
+
+}  // namespace kestrelid

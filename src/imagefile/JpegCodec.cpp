@@ -1,0 +1,131 @@
+#include "imagefile/JpegCodec.h"
+
+#include "imagefile/ExifOrientation.h"
+#include "imagefile/JpegHeader.h"
+#include "imagefile/PixelBuffer.h"
+
+#include <turbojpeg.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+namespace kestrelid {
+namespace {
+
+struct DestroyTurbo {
+    void operator()(tjhandle handle) const { tjDestroy(handle); }
+};
+using Turbo = std::unique_ptr<std::remove_pointer_t<tjhandle>, DestroyTurbo>;
+
+// The smallest of the picture's halves, quarters and eighths that keeps the longer side sufficient.
+tjscalingfactor scalingFor(const JpegHeader& header, int sufficientSide) {
+    constexpr std::array kReductions = {tjscalingfactor{1, 8}, tjscalingfactor{1, 4},
+                                        tjscalingfactor{1, 2}};
+    const int side = std::max(header.width, header.height);
+    for (const tjscalingfactor& reduction : kReductions) {
+        if (sufficientSide > 0 && TJSCALED(side, reduction) >= sufficientSide)
+            return reduction;
+    }
+    return {1, 1};
+}
+
+// Cameras pad the last scan; the whole picture has been decoded when that shows.
+bool isPaddingBeforeEnd(const std::string& message) {
+    return message.find("extraneous bytes before marker 0xd9") != std::string::npos;
+}
+
+// Programs that write the Adobe marker store ink upside down: 255 is none.
+void turnInkIntoRgb(unsigned char* row, int width, bool inverted) {
+    const unsigned char* from = row;
+    const auto light = [inverted](int ink) { return inverted ? ink : 255 - ink; };
+    for (unsigned char* to = row; width > 0; --width, from += 4) {
+        const int black = light(from[3]);
+        for (int channel = 0; channel < 3; ++channel)
+            *to++ = static_cast<unsigned char>((light(from[channel]) * black + 127) / 255);
+    }
+}
+
+struct PixelLayout {
+    int turboFormat;
+    int bytesPerPixel;
+    PixelFormat format;
+};
+
+PixelLayout layoutFor(int components) {
+    switch (components) {
+    case 1:
+        return {TJPF_GRAY, 1, PixelFormat::gray8};
+    case 4:
+        return {TJPF_CMYK, 4, PixelFormat::rgb8};
+    default:
+        return {TJPF_RGB, 3, PixelFormat::rgb8};
+    }
+}
+
+}  // namespace
+
+ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& options) {
+    const auto header = parseJpegHeader(file);
+    if (!header)
+        return decodingError(Fault::truncated, "JPEG",
+                             "no picture starts before the end of the file");
+    if (auto error = checkSize(header->width, header->height))
+        return *std::move(error);
+
+    const tjscalingfactor scaling = scalingFor(*header, options.sufficientSide);
+    const int width = TJSCALED(header->width, scaling);
+    const int height = TJSCALED(header->height, scaling);
+    const PixelLayout layout = layoutFor(header->components);
+    if (auto error = checkMemory(std::int64_t{width} * height * layout.bytesPerPixel +
+                                 header->coefficientBytes))
+        return *std::move(error);
+
+    const Turbo turbo(tjInitDecompress());
+    if (!turbo)
+        return ImageError{"the JPEG decoder does not start"};
+    PixelBuffer pixels(width, height, layout.bytesPerPixel);
+    // Scans are limited, because a small file can repeat
+    // a scan of a large picture hundreds of times.
+    const int result =
+        tjDecompress2(turbo.get(), reinterpret_cast<const unsigned char*>(file.data()), file.size(),
+                      pixels.bytes(), width, static_cast<int>(pixels.stride()), height,
+                      layout.turboFormat, TJFLAG_LIMITSCANS);
+    if (result != 0) {
+        const std::string message = tjGetErrorStr2(turbo.get());
+        if (!isPaddingBeforeEnd(message))
+            return decodingError(endsEarly(*header) ? Fault::truncated : Fault::damaged, "JPEG",
+                                 message);
+    }
+    if (layout.turboFormat == TJPF_CMYK) {
+        for (int y = 0; y < height; ++y)
+            turnInkIntoRgb(pixels.bytes(y), width, header->hasAdobeMarker);
+    }
+    return std::move(pixels).toImage(layout.format, exifOrientation(header->exif));
+}
+
+FileBytes encodeJpeg(const Bitmap& bitmap, int quality) {
+    const Turbo turbo(tjInitCompress());
+    if (!turbo)
+        return ImageError{"the JPEG encoder does not start"};
+    const bool gray = bitmap.format() == PixelFormat::gray8;
+    const int format = gray                                   ? TJPF_GRAY
+                       : bitmap.format() == PixelFormat::rgb8 ? TJPF_RGB
+                                                              : TJPF_BGRX;
+    unsigned char* encoded = nullptr;
+    unsigned long size = 0;
+    const int result =
+        tjCompress2(turbo.get(), reinterpret_cast<const unsigned char*>(bitmap.row(0)),
+                    bitmap.width(), static_cast<int>(bitmap.stride()), bitmap.height(), format,
+                    &encoded, &size, gray ? TJSAMP_GRAY : TJSAMP_420, quality, 0);
+    const std::unique_ptr<unsigned char, decltype(&tjFree)> owner(encoded, &tjFree);
+    if (result != 0)
+        return ImageError{std::string("JPEG encoder: ") + tjGetErrorStr2(turbo.get())};
+    const auto* bytes = reinterpret_cast<const std::byte*>(encoded);
+    return std::vector<std::byte>(bytes, bytes + size);
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,74 @@
+#include "imagefile/PixelBuffer.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrelid {
+namespace {
+
+constexpr std::size_t kMaximumCauseLength =
+    160;  // bytes; enough for any sentence of the codec libraries
+
+}  // namespace
+
+std::optional<ImageError> checkSize(std::int64_t width, std::int64_t height) {
+    if (width <= 0 || height <= 0)
+        return ImageError{"the picture has no pixels"};
+    const auto tooLong = [](std::int64_t side, const char* direction) {
+        return ImageError{std::to_string(side) + " pixels " + direction + ", at most " +
+                          std::to_string(kMaximumSide) + " are read"};
+    };
+    if (width > kMaximumSide)
+        return tooLong(width, "wide");
+    if (height > kMaximumSide)
+        return tooLong(height, "high");
+    if (width * height > kMaximumPixels)
+        return ImageError{std::to_string(width) + " x " + std::to_string(height) +
+                          " pixels, at most " + std::to_string(kMaximumPixels / 1'000'000) +
+                          " million are read"};
+    return std::nullopt;
+}
+
+std::optional<ImageError> checkMemory(std::int64_t bytes) {
+    if (bytes <= kMaximumDecoderMemory)
+        return std::nullopt;
+    return ImageError{"decoding takes " + std::to_string(bytes / 1'000'000) + " MB, at most " +
+                      std::to_string(kMaximumDecoderMemory / 1'000'000) + " MB are used"};
+}
+
+ImageError decodingError(Fault fault, const char* format, const std::string& text) {
+    std::string line = text.substr(0, kMaximumCauseLength);
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return c < ' ' || c > '~'; }, ' ');
+    const char* what = fault == Fault::truncated ? "truncated "
+                       : fault == Fault::damaged ? "damaged "
+                                                 : "unsupported ";
+    return {std::string(what) + format + ": " + line};
+}
+
+PixelBuffer::PixelBuffer(int width, int height, int bytesPerPixel)
+    : width_(width), height_(height), stride_(std::ptrdiff_t{width} * bytesPerPixel),
+      pixels_(new std::byte[static_cast<std::size_t>(stride_) * static_cast<std::size_t>(height)]) {
+}
+
+Image PixelBuffer::toImage(PixelFormat format, Orientation orientation) && {
+    const std::size_t held = size();
+    return Image(Bitmap::wrap(width_, height_, stride_, format, std::move(pixels_), held).value(),
+                 orientation);
+}
+
+void layOnWhite(unsigned char* row, int width, Alpha alpha) {
+    const unsigned char* from = row;
+    for (unsigned char* to = row; width > 0; --width, from += 4) {
+        const int opacity = from[3];
+        for (int channel = 0; channel < 3; ++channel) {
+            const int value = from[channel];
+            const int shown = alpha == Alpha::straight
+                                  ? (value * opacity + 255 * (255 - opacity) + 127) / 255
+                                  : std::min(value + 255 - opacity, 255);
+            *to++ = static_cast<unsigned char>(shown);
+        }
+    }
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,185 @@
+#include "vision/onnx/OnnxSession.h"
+
+#include "vision/onnx/ExitGate.h"
+#include "vision/onnx/OnnxRuntime.h"
+#include "vision/onnx/OnnxStatus.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kestrelid {
+namespace {
+
+// Settings for many pictures of many sizes one after another: a memory pattern is planned again for
+// each size, and spinning threads take the cores from other requests. The arena stays on: threads
+// share it, where the heap would keep a large picture's memory once for every thread.
+std::optional<RequestError> configure(const OrtApi& api, OrtSessionOptions& options, int threads) {
+    if (auto error = onnxError(api, api.SetIntraOpNumThreads(&options, std::max(threads, 1))))
+        return error;
+    if (auto error = onnxError(api, api.SetInterOpNumThreads(&options, 1)))
+        return error;
+    if (auto error = onnxError(api, api.SetSessionExecutionMode(&options, ORT_SEQUENTIAL)))
+        return error;
+    if (auto error = onnxError(api, api.SetSessionGraphOptimizationLevel(&options, ORT_ENABLE_ALL)))
+        return error;
+    if (auto error = onnxError(api, api.DisableMemPattern(&options)))
+        return error;
+    if (auto error =
+            onnxError(api, api.AddSessionConfigEntry(&options, "session.use_env_allocators", "1")))
+        return error;
+    return onnxError(api,
+                     api.AddSessionConfigEntry(&options, "session.intra_op.allow_spinning", "0"));
+}
+
+using NameCall = OrtStatus* (*)(const OrtSession*, std::size_t, OrtAllocator*, char**);
+
+std::optional<RequestError> readNames(const OrtApi& api, const OrtSession& session,
+                                      std::size_t count, NameCall call,
+                                      std::vector<std::string>& names) {
+    OrtAllocator* allocator = nullptr;
+    if (auto error = onnxError(api, api.GetAllocatorWithDefaultOptions(&allocator)))
+        return error;
+    for (std::size_t index = 0; index < count; ++index) {
+        char* name = nullptr;
+        if (auto error = onnxError(api, call(&session, index, allocator, &name)))
+            return error;
+        names.emplace_back(name);
+        allocator->Free(allocator, name);
+    }
+    return std::nullopt;
+}
+
+std::optional<RequestError> readShape(const OrtApi& api, const OrtValue& value,
+                                      std::vector<std::int64_t>& shape) {
+    OrtTensorTypeAndShapeInfo* raw = nullptr;
+    if (auto error = onnxError(api, api.GetTensorTypeAndShape(&value, &raw)))
+        return error;
+    const std::unique_ptr<OrtTensorTypeAndShapeInfo, decltype(api.ReleaseTensorTypeAndShapeInfo)>
+        typeAndShape(raw, api.ReleaseTensorTypeAndShapeInfo);
+    ONNXTensorElementDataType type{};
+    std::size_t dimensions = 0;
+    if (auto error = onnxError(api, api.GetTensorElementType(raw, &type)))
+        return error;
+    if (type != ONNX_TENSOR_ELEMENT_DATA_TYPE_FLOAT)
+        return RequestError{"ONNX Runtime: the model gives something else than float values"};
+    if (auto error = onnxError(api, api.GetDimensionsCount(raw, &dimensions)))
+        return error;
+    shape.resize(dimensions);
+    return onnxError(api, api.GetDimensions(raw, shape.data(), dimensions));
+}
+
+std::vector<const char*> pointers(const std::vector<std::string>& names) {
+    std::vector<const char*> result;
+    for (const auto& name : names)
+        result.push_back(name.c_str());
+    return result;
+}
+
+RequestError ending() {
+    return {"ONNX Runtime: the program is ending"};
+}
+
+}  // namespace
+
+std::variant<OnnxSession, RequestError>
+OnnxSession::open(std::shared_ptr<const OnnxRuntime> runtime, const std::string& model,
+                  int threads) {
+    const ExitGate::Pass pass;
+    if (!pass)
+        return ending();
+    const OrtApi& api = *runtime->api_;
+    OrtSessionOptions* rawOptions = nullptr;
+    if (auto error = onnxError(api, api.CreateSessionOptions(&rawOptions)))
+        return *error;
+    const std::unique_ptr<OrtSessionOptions, decltype(api.ReleaseSessionOptions)> options(
+        rawOptions, api.ReleaseSessionOptions);
+    if (auto error = configure(api, *options, threads))
+        return *error;
+
+    OrtSession* rawSession = nullptr;
+    if (auto error = onnxError(api, api.CreateSession(runtime->environment_, model.c_str(),
+                                                      options.get(), &rawSession)))
+        return RequestError{error->description + " (" + model + ")"};
+    OnnxSession session;
+    // The environment must outlive its sessions, so each holds the runtime.
+    session.session_ = std::shared_ptr<OrtSession>(
+        rawSession, [runtime](OrtSession* old) { runtime->api_->ReleaseSession(old); });
+    session.runtime_ = std::move(runtime);
+
+    std::size_t inputs = 0;
+    std::size_t outputs = 0;
+    if (auto error = onnxError(api, api.SessionGetInputCount(rawSession, &inputs)))
+        return *error;
+    if (auto error = onnxError(api, api.SessionGetOutputCount(rawSession, &outputs)))
+        return *error;
+    if (auto error =
+            readNames(api, *rawSession, inputs, api.SessionGetInputName, session.inputNames_))
+        return *error;
+    if (auto error =
+            readNames(api, *rawSession, outputs, api.SessionGetOutputName, session.outputNames_))
+        return *error;
+    return session;
+}
+
+OnnxSession::Outputs OnnxSession::run(std::span<const OnnxInput> inputs) const {
+    const ExitGate::Pass pass;
+    if (!pass)
+        return ending();
+    const OrtApi& api = *runtime_->api_;
+    if (inputs.size() != inputNames_.size())
+        return RequestError{"ONNX Runtime: the model takes another number of inputs"};
+    const auto owned = [this](OrtValue* value) {
+        return std::shared_ptr<OrtValue>(value, [runtime = runtime_](OrtValue* old) {
+            if (old)
+                runtime->api_->ReleaseValue(old);
+        });
+    };
+
+    OrtMemoryInfo* rawMemory = nullptr;
+    if (auto error = onnxError(
+            api, api.CreateCpuMemoryInfo(OrtDeviceAllocator, OrtMemTypeDefault, &rawMemory)))
+        return *error;
+    const std::unique_ptr<OrtMemoryInfo, decltype(api.ReleaseMemoryInfo)> memory(
+        rawMemory, api.ReleaseMemoryInfo);
+    std::vector<std::shared_ptr<OrtValue>> values;
+    std::vector<const OrtValue*> rawInputs;
+    for (const auto& input : inputs) {
+        OrtValue* value = nullptr;
+        // The call takes writable memory for tensors of any use; inputs are only read.
+        if (auto error = onnxError(api, api.CreateTensorWithDataAsOrtValue(
+                                            memory.get(), const_cast<float*>(input.values.data()),
+                                            input.values.size_bytes(), input.shape.data(),
+                                            input.shape.size(), ONNX_TENSOR_ELEMENT_DATA_TYPE_FLOAT,
+                                            &value)))
+            return *error;
+        values.push_back(owned(value));
+        rawInputs.push_back(value);
+    }
+
+    const auto inputNames = pointers(inputNames_);
+    const auto outputNames = pointers(outputNames_);
+    std::vector<OrtValue*> rawOutputs(outputNames.size(), nullptr);
+    auto failure = onnxError(api, api.Run(session_.get(), nullptr, inputNames.data(),
+                                          rawInputs.data(), rawInputs.size(), outputNames.data(),
+                                          outputNames.size(), rawOutputs.data()));
+    std::vector<OnnxTensor> outputs(rawOutputs.size());
+    for (std::size_t index = 0; index < outputs.size(); ++index)
+        outputs[index].value_ = owned(rawOutputs[index]);
+    if (failure)
+        return *failure;
+    for (auto& output : outputs) {
+        if (auto error = readShape(api, *output.value_, output.shape_))
+            return *error;
+        void* memoryOfOutput = nullptr;
+        if (auto error =
+                onnxError(api, api.GetTensorMutableData(output.value_.get(), &memoryOfOutput)))
+            return *error;
+        std::size_t count = 1;
+        for (const std::int64_t extent : output.shape_)
+            count *= static_cast<std::size_t>(extent);
+        output.values_ = {static_cast<const float*>(memoryOfOutput), count};
+    }
+    return outputs;
+}
+
+}  // namespace kestrelid

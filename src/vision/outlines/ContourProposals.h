@@ -1,0 +1,16 @@
+#pragma once
+
+#include "vision/outlines/EdgeField.h"
+#include "vision/outlines/Quad.h"
+#include "vision/outlines/WorkingPicture.h"
+
+#include <vector>
+
+namespace kestrelid::opencv {
+
+// Quadrilaterals around connected edges and around areas that differ from the picture's rim: pages
+// whose sides bend or whose corners are round.
+[[nodiscard]] std::vector<Quad> proposeFromContours(const WorkingPicture& picture,
+                                                    const EdgeField& field);
+
+}  // namespace kestrelid::opencv

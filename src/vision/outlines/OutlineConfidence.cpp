@@ -1,0 +1,43 @@
+#include "vision/outlines/OutlineConfidence.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kestrelid::outline {
+namespace {
+
+constexpr double kClear = 0.97;     // one look is enough
+constexpr double kCertain = 0.8;    // nobody else is asked
+constexpr double kHopeless = 0.03;  // nothing is there
+constexpr float kRival = 0.5F;      // of the largest clear box: what is smaller stays smaller
+
+}  // namespace
+
+std::vector<WeighedOutline> weighed(const std::vector<MapOutline>& outlines) {
+    std::vector<WeighedOutline> all;
+    for (const MapOutline& outline : outlines) {
+        const double evidence =
+            -25.02 + 7.79 * outline.inside + 16.76 * outline.fill + 7.60 * outline.corners;
+        all.push_back({outline.quad, 1.0 / (1.0 + std::exp(-evidence))});
+    }
+    return all;
+}
+
+bool leavesDoubt(const std::vector<WeighedOutline>& outlines, cv::Size size) {
+    float clear = 0.0F;  // pixels of the largest box
+    float doubtful = 0.0F;
+    for (const WeighedOutline& outline : outlines) {
+        if (outline.confidence <= kHopeless)
+            continue;
+        float& largest = outline.confidence < kClear ? doubtful : clear;
+        largest = std::max(largest, opencv::clippedBox(outline.quad, size).area());
+    }
+    return doubtful > kRival * clear;
+}
+
+bool isUncertain(const std::vector<WeighedOutline>& outlines) {
+    return !outlines.empty() && outlines.front().confidence > kHopeless &&
+           outlines.front().confidence < kCertain;
+}
+
+}  // namespace kestrelid::outline

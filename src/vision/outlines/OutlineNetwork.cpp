@@ -1,0 +1,87 @@
+#include "vision/outlines/OutlineNetwork.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <array>
+#include <vector>
+
+namespace kestrelid::outline {
+namespace {
+
+constexpr int kSide = 192;  // pixels: what the network takes
+constexpr int kCells = kSide / 4;
+constexpr std::size_t kMaps = 3;
+constexpr int kWays = 8;
+
+cv::Mat reduced(const cv::Mat& picture) {
+    cv::Mat square;
+    cv::resize(picture, square, {kSide, kSide}, 0, 0, cv::INTER_AREA);
+    return square;
+}
+
+// The square in one of the ways that it can lie; way 0: as it is.
+cv::Mat laid(const cv::Mat& square, int way) {
+    cv::Mat other = square.clone();
+    if (way & 1)
+        cv::flip(other, other, 1);
+    if (way & 2)
+        cv::flip(other, other, 0);
+    if (way & 4)
+        cv::transpose(other, other);
+    return other;
+}
+
+cv::Mat laidBack(const cv::Mat& square, int way) {
+    return way & 4 ? laid(square.t(), way & 3) : laid(square, way);
+}
+
+}  // namespace
+
+OutlineNetwork::Maps OutlineNetwork::look(const cv::Mat& picture) const {
+    return mapsOf(reduced(picture));
+}
+
+OutlineNetwork::Maps OutlineNetwork::lookAllWays(const cv::Mat& picture,
+                                                 const OutlineMaps& first) const {
+    constexpr std::array kMembers = {&OutlineMaps::page, &OutlineMaps::core, &OutlineMaps::corner};
+    const cv::Mat square = reduced(picture);
+    OutlineMaps mean;
+    for (const auto map : kMembers)
+        mean.*map = first.*map / kWays;
+    for (int way = 1; way < kWays; ++way) {
+        auto seen = mapsOf(laid(square, way));
+        if (std::holds_alternative<RequestError>(seen))
+            return seen;
+        const auto& maps = std::get<OutlineMaps>(seen);
+        for (const auto map : kMembers)
+            mean.*map += laidBack(maps.*map, way) / kWays;
+    }
+    return mean;
+}
+
+OutlineNetwork::Maps OutlineNetwork::mapsOf(const cv::Mat& square) const {
+    constexpr std::size_t kPlane = std::size_t{kSide} * kSide;
+    std::vector<float> values(3 * kPlane);
+    std::array<cv::Mat, 3> planes;  // red, green, blue
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        cv::Mat plane(kSide, kSide, CV_32F, values.data() + channel * kPlane);
+        cv::extractChannel(square, planes[channel], static_cast<int>(2 - channel));
+        planes[channel].convertTo(plane, CV_32F);
+    }
+    constexpr std::array<std::int64_t, 4> kShape{1, 3, kSide, kSide};
+    const OnnxInput input{values, kShape};
+    auto outputs = session_.run({&input, 1});
+    if (const auto* error = std::get_if<RequestError>(&outputs))
+        return *error;
+    const OnnxTensor& tensor = std::get<std::vector<OnnxTensor>>(outputs).front();
+    constexpr std::size_t kMap = std::size_t{kCells} * kCells;
+    if (tensor.values().size() != kMaps * kMap)
+        return RequestError{"the outline network gave maps of another size than expected"};
+    const auto map = [&](std::size_t index) {
+        const float* cells = tensor.values().data() + index * kMap;
+        return cv::Mat1f(kCells, kCells, const_cast<float*>(cells)).clone();
+    };
+    return OutlineMaps{map(0), map(1), map(2)};
+}
+
+}  // namespace kestrelid::outline

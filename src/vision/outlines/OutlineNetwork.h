@@ -1,0 +1,39 @@
+#pragma once
+
+#include "vision/onnx/OnnxSession.h"
+
+#include <opencv2/core.hpp>
+
+#include <variant>
+
+namespace kestrelid::outline {
+
+// What the network says of each cell of a picture that was stretched to a square: 0..1.
+struct OutlineMaps {
+    cv::Mat1f page;    // inside a document, what covers it included
+    cv::Mat1f core;    // in a document's middle; middles of neighbours do not touch
+    cv::Mat1f corner;  // near a document's corner
+};
+
+// The outline network of models/outline-net.md. Thread: any.
+class OutlineNetwork {
+public:
+    using Maps = std::variant<OutlineMaps, RequestError>;
+
+    explicit OutlineNetwork(OnnxSession session) : session_(std::move(session)) {}
+
+    // picture: 8 bits, blue, green, red.
+    [[nodiscard]] Maps look(const cv::Mat& picture) const;
+
+    // The mean of looks at the picture in the eight ways that a square can lie, the first of which
+    // is done: seven times the time, and pages that are hard to see come out clearer.
+    [[nodiscard]] Maps lookAllWays(const cv::Mat& picture, const OutlineMaps& first) const;
+
+private:
+    // square: kSide x kSide.
+    [[nodiscard]] Maps mapsOf(const cv::Mat& square) const;
+
+    OnnxSession session_;
+};
+
+}  // namespace kestrelid::outline

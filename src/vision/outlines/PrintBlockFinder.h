@@ -1,0 +1,15 @@
+#pragma once
+
+#include "vision/outlines/OutlineFinder.h"
+
+namespace kestrelid::opencv {
+
+// Blocks of parallel lines of print, with the margin that a page has around them: for pages whose
+// outline is covered, or lost in what lies beside it. Coarse, so asked only where the other finders
+// see nothing.
+class PrintBlockFinder final : public OutlineFinder {
+public:
+    [[nodiscard]] std::vector<OutlineCandidate> find(const Scene& scene) const override;
+};
+
+}  // namespace kestrelid::opencv

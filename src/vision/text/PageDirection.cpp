@@ -1,0 +1,93 @@
+#include "vision/text/PageDirection.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace kestrelid {
+namespace {
+
+constexpr int kInputHeight = 48;
+constexpr int kInputWidth = 192;
+constexpr std::size_t kVoters = 6;
+constexpr std::size_t kLeastVoters = 3;
+constexpr float kUnanimousVote = 0.9f;    // so far: the others need not be asked
+constexpr float kClearVote = 0.5f;        // mean of the votes from -1 (upright) to 1 (upside down)
+constexpr std::size_t kReadBothWays = 3;  // lines that settle an unclear vote
+constexpr float kEnoughReading = 12.0f;   // lead of one way, in characters times confidence
+
+// Lines that show their direction best: large letters, and several of them. Very long lines cost
+// more than they tell.
+std::vector<LineBox> clearestLines(const PageLines& page) {
+    std::vector<LineBox> lines;
+    std::copy_if(
+        page.lines.begin(), page.lines.end(), std::back_inserter(lines),
+        [](const LineBox& line) { return !line.crosswise && line.length > 1.5f * line.height; });
+    const auto clarity = [](const LineBox& line) {
+        return line.height * std::min(line.length, 6.0f * line.height);
+    };
+    std::stable_sort(lines.begin(), lines.end(),
+                     [&](const LineBox& a, const LineBox& b) { return clarity(a) > clarity(b); });
+    return lines;
+}
+
+}  // namespace
+
+std::variant<float, RequestError> PageDirection::reversed(const cv::Mat& picture,
+                                                          const LineBox& line) const {
+    LineBox part = line;
+    part.length = std::min(line.length, line.height * kInputWidth / kInputHeight);
+    const std::vector<float> values =
+        linePlanes(cropLine(picture, part, kInputHeight, kInputWidth), kInputWidth);
+    const std::array<std::int64_t, 4> shape{1, 3, kInputHeight, kInputWidth};
+    const OnnxInput input{values, shape};
+    auto outputs = classifier_.run({&input, 1});
+    if (const auto* error = std::get_if<RequestError>(&outputs))
+        return *error;
+    const OnnxTensor& answer = std::get<std::vector<OnnxTensor>>(outputs).front();
+    if (answer.values().size() != 2)
+        return RequestError{
+            "the direction model does not tell two directions apart: run tools/setup"};
+    return answer.values()[1];
+}
+
+std::variant<bool, RequestError> PageDirection::isReversed(const cv::Mat& picture,
+                                                           const PageLines& page,
+                                                           const LineRecognizer& recognizer) const {
+    std::vector<LineBox> lines = clearestLines(page);
+    const std::size_t voters = std::min(lines.size(), kVoters);
+    if (voters == 0)
+        return false;
+    float sum = 0.0f;
+    for (std::size_t asked = 1; asked <= voters; ++asked) {
+        const auto answer = reversed(picture, lines[asked - 1]);
+        if (const auto* error = std::get_if<RequestError>(&answer))
+            return *error;
+        sum += 2.0f * std::get<float>(answer) - 1.0f;
+        const float vote = sum / static_cast<float>(asked);
+        if (asked >= kLeastVoters &&
+            std::abs(vote) >= (asked < voters ? kUnanimousVote : kClearVote))
+            return vote > 0.0f;
+    }
+
+    // The shorter ones: reading takes its time for each pixel, and a word is enough.
+    lines.resize(voters);
+    std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {
+        return a.length * b.height < b.length * a.height;
+    });
+    float lead = 0.0f;
+    for (std::size_t index = 0;
+         index < std::min(voters, kReadBothWays) && std::abs(lead) < kEnoughReading; ++index) {
+        for (const bool turned : {false, true}) {
+            const auto reading =
+                recognizer.read(picture, turned ? lines[index].reversed() : lines[index]);
+            if (const auto* error = std::get_if<RequestError>(&reading))
+                return *error;
+            const auto& [text, confidence] = std::get<CtcReading>(reading);
+            lead += (turned ? 1.0f : -1.0f) * confidence * static_cast<float>(text.size());
+        }
+    }
+    return lead > 0.0f;
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,161 @@
+#include "vision/text/PageReader.h"
+
+#include "vision/text/QuarterTurns.h"
+#include "vision/text/ReducedPicture.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <exception>
+#include <mutex>
+#include <thread>
+
+namespace kestrelid {
+namespace {
+
+constexpr float kLeastConfidence = 0.5f;  // below, the box held texture or another script
+
+// A line across the page can run up or down: the better reading tells.
+LineRecognizer::Reading readLine(const LineRecognizer& recognizer, const cv::Mat& picture,
+                                 const LineBox& line) {
+    auto reading = recognizer.read(picture, line);
+    if (!line.crosswise || std::holds_alternative<RequestError>(reading))
+        return reading;
+    auto other = recognizer.read(picture, line.reversed());
+    if (const auto* reversed = std::get_if<CtcReading>(&other);
+        reversed && reversed->confidence <= std::get<CtcReading>(reading).confidence)
+        return reading;
+    return other;
+}
+
+// What tells most for its cost first: titles and labels, from the top of the page down. Long lines,
+// such as those of a machine-readable zone, take as long as ten labels.
+void putTellingLinesFirst(PageLines& page) {
+    constexpr float kLongLine = 10.0f;  // times its height
+    std::vector<LineExtent> extents;
+    for (const auto& line : page.lines)
+        extents.push_back(line.extentOn(page.along));
+    std::vector<LineBox> ordered;
+    for (const std::size_t index : readingOrder(extents))
+        ordered.push_back(page.lines[index]);
+    std::stable_partition(ordered.begin(), ordered.end(), [](const LineBox& line) {
+        return line.length <= kLongLine * line.height;
+    });
+    page.lines = std::move(ordered);
+}
+
+// A page's lines, and the picture in which they are level.
+struct LevelPage {
+    cv::Mat picture;
+    int turns = 0;  // quarter turns clockwise, that made the picture of the one given
+    PageLines lines;
+};
+
+// Work shared between threads: each takes the next line until none is left, one failed or the
+// collector has enough.
+class LineQueue {
+public:
+    LineQueue(const PpOcrModels& models, const LevelPage& page, cv::Size given,
+              LineCollector& collector)
+        : models_(models), page_(page), given_(given), collector_(collector) {}
+
+    void work() noexcept {
+        try {
+            while (!failed_ && !collector_.isComplete()) {
+                const std::size_t index = next_++;
+                if (index >= page_.lines.lines.size())
+                    return;
+                read(page_.lines.lines[index]);
+            }
+        } catch (const std::exception& failure) {
+            fail({std::string("reading a line failed: ") + failure.what()});
+        }
+    }
+
+    // After all threads are done.
+    [[nodiscard]] const std::optional<RequestError>& error() const noexcept { return error_; }
+
+private:
+    void read(const LineBox& line) {
+        auto reading = readLine(models_.recognizer, page_.picture, line);
+        if (const auto* error = std::get_if<RequestError>(&reading))
+            return fail(*error);
+        auto& [text, confidence] = std::get<CtcReading>(reading);
+        if (confidence < kLeastConfidence)
+            return;
+        std::array<cv::Point2f, 4> corners = line.corners();
+        for (auto& corner : corners)
+            corner = beforeTurns(corner, page_.turns, given_);
+        collector_.add({line.extentOn(page_.lines.along), normalizedBounds(corners, given_),
+                        std::move(text), confidence});
+    }
+
+    void fail(RequestError error) {
+        const std::scoped_lock lock(mutex_);
+        error_ = std::move(error);
+        failed_ = true;
+    }
+
+    const PpOcrModels& models_;
+    const LevelPage& page_;
+    cv::Size given_;
+    LineCollector& collector_;
+    std::atomic<std::size_t> next_ = 0;
+    std::atomic<bool> failed_ = false;
+    std::mutex mutex_;
+    std::optional<RequestError> error_;
+};
+
+// The detector breaks up lines that run up or down, so a page of those is turned and looked at
+// again.
+std::variant<LevelPage, RequestError> findLines(const PpOcrModels& models, const cv::Mat& picture,
+                                                int detectorSide) {
+    LevelPage page{picture, 0, {}};
+    for (const int turns : {0, 1}) {
+        page.turns = turns;
+        page.picture = turned(picture, turns);
+        const auto boxes = models.detector.find(page.picture, detectorSide);
+        if (const auto* error = std::get_if<RequestError>(&boxes))
+            return *error;
+        page.lines = alignToPage(std::get<std::vector<cv::RotatedRect>>(boxes));
+        if (std::abs(page.lines.along.x) >= std::abs(page.lines.along.y))
+            break;
+    }
+    const auto reversed = models.direction.isReversed(page.picture, page.lines, models.recognizer);
+    if (const auto* error = std::get_if<RequestError>(&reversed))
+        return *error;
+    if (std::get<bool>(reversed))
+        page.lines.reverse();
+    return page;
+}
+
+}  // namespace
+
+std::optional<RequestError> readPage(const PpOcrModels& models, const cv::Mat& picture,
+                                     const PageReaderSettings& settings, LineCollector& collector) {
+    auto found = findLines(models, picture, settings.detectorSide);
+    if (const auto* error = std::get_if<RequestError>(&found))
+        return *error;
+    auto& page = std::get<LevelPage>(found);
+    auto& lines = page.lines.lines;
+    if (settings.mayStopEarly)
+        putTellingLinesFirst(page.lines);
+    else
+        // The longest lines first: the threads then finish at nearly the same time.
+        std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {
+            return a.length * b.height > b.length * a.height;
+        });
+
+    LineQueue queue(models, page, picture.size(), collector);
+    {
+        const int threads = std::min(settings.threads, static_cast<int>(lines.size()));
+        std::vector<std::jthread> others;
+        for (int thread = 1; thread < threads; ++thread)
+            others.emplace_back([&queue] { queue.work(); });
+        queue.work();
+    }
+    return queue.error();
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "vision/onnx/OnnxRuntime.h"
+#include "vision/text/LineRecognizer.h"
+#include "vision/text/PageDirection.h"
+#include "vision/text/TextDetector.h"
+
+#include <kestrelid/ServiceStatus.h>
+
+#include <memory>
+#include <variant>
+#include <vector>
+
+namespace kestrelid {
+
+// The networks of PP-OCRv4 mobile, loaded. Thread: any.
+struct PpOcrModels {
+    using Loaded = std::variant<std::shared_ptr<const PpOcrModels>, RequestError>;
+
+    TextDetector detector;
+    PageDirection direction;
+    LineRecognizer recognizer;
+
+    // threads: those that share one run of the detector. Lines are shared out instead: one thread
+    // each.
+    [[nodiscard]] static Loaded load(const ResourceFolders& resources, int threads);
+
+    // Looks at each part by itself, so that all that is missing shows at once.
+    [[nodiscard]] static std::vector<ServiceStatus> diagnose(const ResourceFolders& resources);
+};
+
+}  // namespace kestrelid

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "vision/onnx/ResourceFolders.h"
+
+#include <kestrelid/ServiceStatus.h>
+#include <kestrelid/VisionServices.h>
+
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <variant>
+#include <vector>
+
+namespace kestrelid {
+
+struct PpOcrModels;
+
+struct PpOcrOptions {
+    std::vector<std::filesystem::path>
+        resources;    // searched in order, each file taken from the first that has it
+    int threads = 2;  // that one request may use, the calling one included
+};
+
+// Reads English text with PP-OCRv4 mobile on ONNX Runtime. Library and models are loaded by the
+// first request and shared by all; a load that failed is that request's error and tried again by
+// the next one. TextRequest: usesLanguageCorrection has no effect, the networks know no words;
+// recognitionLanguages must hold "en".
+class PpOcrTextService final : public TextService {
+public:
+    explicit PpOcrTextService(PpOcrOptions options);
+    ~PpOcrTextService() override;
+
+    [[nodiscard]] std::optional<RequestError> perform(const Bitmap& bitmap,
+                                                      const TextRequest& request,
+                                                      const RequestCompletion& completion) override;
+
+    // Every part, loaded once for the occasion. Thread: any.
+    [[nodiscard]] std::vector<ServiceStatus> diagnose() const;
+
+private:
+    using Models = std::variant<std::shared_ptr<const PpOcrModels>, RequestError>;
+
+    [[nodiscard]] Models models();
+
+    ResourceFolders resources_;
+    int threads_;
+    std::mutex loading_;
+    std::shared_ptr<const PpOcrModels> models_;
+};
+
+}  // namespace kestrelid

@@ -1,0 +1,63 @@
+#include "vision/text/ReducedPicture.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <algorithm>
+#include <cmath>
+
+namespace kestrelid {
+
+cv::Mat inBgr(const cv::Mat& picture, PixelFormat format) {
+    cv::Mat result;
+    switch (format) {
+    case PixelFormat::bgra8:
+        cv::cvtColor(picture, result, cv::COLOR_BGRA2BGR);
+        break;
+    case PixelFormat::rgb8:
+        cv::cvtColor(picture, result, cv::COLOR_RGB2BGR);
+        break;
+    case PixelFormat::gray8:
+        cv::cvtColor(picture, result, cv::COLOR_GRAY2BGR);
+        break;
+    }
+    return result;
+}
+
+cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide) {
+    const int channels = bytesPerPixel(bitmap.format());
+    // OpenCV has no read-only header; nothing below writes to it.
+    const cv::Mat view(bitmap.height(), bitmap.width(), CV_8UC(channels),
+                       const_cast<std::byte*>(bitmap.row(0)),
+                       static_cast<std::size_t>(bitmap.stride()));
+    cv::Mat picture = view;
+    const int longest = std::max(view.cols, view.rows);
+    if (longest > longestSide) {
+        const double scale = static_cast<double>(longestSide) / longest;
+        const cv::Size size(std::max(1, cvRound(view.cols * scale)),
+                            std::max(1, cvRound(view.rows * scale)));
+        picture = cv::Mat();
+        cv::resize(view, picture, size, 0, 0, cv::INTER_AREA);
+    }
+    return inBgr(picture, bitmap.format());
+}
+
+NormalizedRect normalizedBounds(std::span<const cv::Point2f> points, cv::Size picture) {
+    double left = picture.width;
+    double top = picture.height;
+    double right = 0.0;
+    double bottom = 0.0;
+    for (const auto& point : points) {
+        left = std::min<double>(left, point.x);
+        top = std::min<double>(top, point.y);
+        right = std::max<double>(right, point.x);
+        bottom = std::max<double>(bottom, point.y);
+    }
+    left = std::clamp<double>(left, 0.0, picture.width);
+    right = std::clamp<double>(right, left, picture.width);
+    top = std::clamp<double>(top, 0.0, picture.height);
+    bottom = std::clamp<double>(bottom, top, picture.height);
+    return {left / picture.width, 1.0 - bottom / picture.height, (right - left) / picture.width,
+            (bottom - top) / picture.height};
+}
+
+}  // namespace kestrelid

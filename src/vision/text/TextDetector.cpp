@@ -1,0 +1,83 @@
+#include "vision/text/TextDetector.h"
+
+#include "vision/text/TextBoxes.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace kestrelid {
+namespace {
+
+constexpr int kSideMultiple = 32;            // the network halves its input five times
+constexpr double kStrongestEnlarging = 2.0;  // enlarging further adds time but no detail
+
+// Per channel in the order red, green, blue, of values scaled to 0..1: the statistics the network
+// was trained with.
+constexpr std::array kMean{0.485f, 0.456f, 0.406f};
+constexpr std::array kDeviation{0.229f, 0.224f, 0.225f};
+
+cv::Size inputSize(cv::Size picture, int longestSide) {
+    const double scale = std::min(kStrongestEnlarging, static_cast<double>(longestSide) /
+                                                           std::max(picture.width, picture.height));
+    const auto side = [&](int pixels) {
+        return std::max(1, cvRound(pixels * scale / kSideMultiple)) * kSideMultiple;
+    };
+    return {side(picture.width), side(picture.height)};
+}
+
+std::vector<float> planes(const cv::Mat& input) {
+    const std::size_t plane = input.total();
+    std::vector<float> values(plane * 3);
+    std::array<std::array<float, 256>, 3> normalized{};
+    for (std::size_t channel = 0; channel < 3; ++channel)
+        for (std::size_t value = 0; value < 256; ++value)
+            normalized[channel][value] =
+                (static_cast<float>(value) / 255.0f - kMean[channel]) / kDeviation[channel];
+    std::size_t position = 0;
+    for (int y = 0; y < input.rows; ++y) {
+        const auto* row = input.ptr<cv::Vec3b>(y);
+        for (int x = 0; x < input.cols; ++x, ++position)
+            for (std::size_t channel = 0; channel < 3; ++channel)
+                values[channel * plane + position] =
+                    normalized[channel][row[x][static_cast<int>(2 - channel)]];
+    }
+    return values;
+}
+
+}  // namespace
+
+TextDetector::Boxes TextDetector::find(const cv::Mat& picture, int longestSide) const {
+    const cv::Size size = inputSize(picture.size(), longestSide);
+    cv::Mat input;
+    cv::resize(picture, input, size, 0, 0,
+               size.width < picture.cols ? cv::INTER_AREA : cv::INTER_LINEAR);
+    const std::vector<float> values = planes(input);
+    const std::array<std::int64_t, 4> shape{1, 3, size.height, size.width};
+    const OnnxInput tensor{values, shape};
+    auto outputs = session_.run({&tensor, 1});
+    if (const auto* error = std::get_if<RequestError>(&outputs))
+        return *error;
+    const OnnxTensor& map = std::get<std::vector<OnnxTensor>>(outputs).front();
+    if (map.values().size() != input.total())
+        return RequestError{"the text detector gave a map of another size than its input"};
+
+    const cv::Mat probability(size, CV_32FC1, const_cast<float*>(map.values().data()));
+    std::vector<cv::RotatedRect> boxes = textBoxes(probability);
+    const float scaleX = static_cast<float>(picture.cols) / static_cast<float>(size.width);
+    const float scaleY = static_cast<float>(picture.rows) / static_cast<float>(size.height);
+    for (auto& box : boxes) {
+        // Sides are rounded apart from each other, so a box becomes a slightly skewed one: take the
+        // tightest around it.
+        std::array<cv::Point2f, 4> corners;
+        box.points(corners.data());
+        for (auto& corner : corners)
+            corner = {corner.x * scaleX, corner.y * scaleY};
+        box = cv::minAreaRect(corners);
+    }
+    return boxes;
+}
+
+}  // namespace kestrelid

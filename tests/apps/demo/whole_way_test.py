@@ -1,0 +1,251 @@
+"""The demo from outside, with real parts: a drawn passport as the camera, a mouse, and what the screen shows."""
+
+import os
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+import screen
+from screen import Program, Screen, wait_for
+
+DEMO = os.environ["KESTRELID_DEMO"]
+QML_HOST = os.environ["KESTRELID_QML_HOST"]
+DRAG_SOURCE = os.environ["KESTRELID_DRAG_SOURCE"]
+PICTURES = Path(os.environ["KESTRELID_DEMO_PICTURES"])  # what the screen showed, for a person
+PLUGINS = os.environ["KESTRELID_TEST_PLUGINS"]
+ROOT = Path(__file__).resolve().parents[3]
+SAMPLES = ROOT / "samples"
+
+TITLE = "Kestrelid demo: "
+GREEN = (34, 197, 94)
+WHITE = (255, 255, 255)
+ACCENT = (24, 130, 255)
+PASSPORT = (21, 128, 61)
+NO_PASSPORT = (185, 28, 28)
+SOFTWARE = {"QT_QUICK_BACKEND": "software"}
+OPENGL = {"LIBGL_ALWAYS_SOFTWARE": "1"}
+
+EDGE = 20  # of the screens' content; the brackets' vertical arms stand on it
+CAPTURE_BOTTOM = 16 + 32  # from the lower edge to the middle of the capture button
+BUTTON_BOTTOM = 18  # to the middle of Retake and Confirm
+
+
+class WholeWay(unittest.TestCase):
+    def setUp(self):
+        if missing := screen.missing_tool():
+            self.skipTest(missing)
+        self.screen = Screen()
+        self.addCleanup(self.screen.close)
+        folder = tempfile.TemporaryDirectory(prefix="kestrelid-demo-")
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.demo = None
+        self.addCleanup(lambda: self.demo and self.demo.end())
+
+    def start(self, *arguments, environment=SOFTWARE, program=DEMO, title=TITLE):
+        # No camera but the one that a test describes.
+        self.control = self.folder / "control"
+        self.demo = Program(self.screen, [program, *map(str, arguments)], environment | {
+            "XDG_RUNTIME_DIR": str(self.folder), "KESTRELID_TEST_CAMERA": str(self.control), "GST_PLUGIN_PATH": PLUGINS,
+            "GST_REGISTRY": f"{PLUGINS}/registry.bin", "GST_REGISTRY_FORK": "no"})
+        self.demo.wait_for_title(title)
+
+    def keep(self, name):
+        PICTURES.mkdir(parents=True, exist_ok=True)
+        self.screen.picture().save(PICTURES / f"{self.id().rpartition('.')[2]}-{name}.png")
+
+    def bracket_pixels(self, color):
+        x, y, _, height = self.demo.geometry(TITLE)
+        return sum(self.screen.pixel(x + EDGE, y + row) == color for row in range(height))
+
+    def wait_for_brackets(self, color):
+        wait_for(lambda: self.bracket_pixels(color) > 80, f"brackets in {color}")
+
+    def click(self, across, from_bottom):
+        x, y, width, height = self.demo.geometry(TITLE)
+        self.screen.click(x + across * width, y + height - from_bottom)
+
+    def disc(self, title=TITLE):
+        x, y, width, height = self.demo.geometry(title)
+        return self.screen.pixel(x + width // 2, y + height - CAPTURE_BOTTOM)
+
+    def take_photo(self):
+        wait_for(lambda: self.disc() == WHITE, "the session is ready")
+        self.click(0.5, CAPTURE_BOTTOM)
+        self.demo.wait_for_title(TITLE + "preview")
+        x, y, width, height = self.demo.geometry(TITLE)
+        wait_for(lambda: self.screen.pixel(x + 0.55 * width, y + height - BUTTON_BOTTOM) == ACCENT, "the button Confirm")
+        # The outline around the photo is black, on white.
+        wait_for(lambda: self.photo_pixels() > 0.2, "the photo")
+
+    def photo_pixels(self):
+        """Part of the screen that is neither white nor black nor of a button."""
+        x, y, width, height = self.demo.geometry(TITLE)
+        area = self.screen.picture().crop((x, y + 120, x + width, y + height - 60)).convert("L").histogram()
+        return sum(area[20:240]) / sum(area)
+
+    def confirm(self, headline, color):
+        self.click(0.75, BUTTON_BOTTOM)
+        x, y, width, _ = self.demo.geometry(TITLE + headline)
+        wait_for(lambda: any(self.screen.pixel(x + width // 2, y + row) == color for row in range(40, 200)), headline)
+
+    def assert_clean_end(self):
+        """A click on the close symbol of the scanning screen ends the program, which has printed nothing."""
+        x, y, _, height = self.demo.geometry(TITLE + "scanning")
+        wait_for(lambda: self.disc() == WHITE, "the session is ready")
+        top = next(row for row in range(height) if self.screen.pixel(x + 3, y + row) == (0, 0, 0))
+        clicked = time.monotonic()
+        self.screen.click(x + EDGE + 5, y + top + 17)
+        output, _ = self.demo.process.communicate(timeout=20)
+        self.assertLess(time.monotonic() - clicked, 3)
+        self.assertEqual((self.demo.process.returncode, output), (0, ""))
+
+    def test_passport_is_seen_photographed_and_confirmed(self):
+        self.start("--camera", SAMPLES / "bangladesh-on-wood.jpg", environment=OPENGL)
+        self.wait_for_brackets(GREEN)
+        self.keep("1-scanning")
+        self.take_photo()
+        self.keep("2-preview")
+        self.click(0.25, BUTTON_BOTTOM)  # Retake
+        self.demo.wait_for_title(TITLE + "scanning")
+        self.take_photo()
+        self.confirm("A passport", PASSPORT)
+        self.keep("3-verdict")
+        self.click(0.5, 38)  # Scan again
+        self.demo.wait_for_title(TITLE + "scanning")
+        self.wait_for_brackets(GREEN)
+        self.assert_clean_end()
+
+    def test_receipt_is_none(self):
+        self.start("--camera", SAMPLES / "receipt.jpg")
+        wait_for(lambda: self.disc() == WHITE, "the session is ready")
+        end = time.monotonic() + 5
+        while time.monotonic() < end:
+            self.assertEqual(self.bracket_pixels(GREEN), 0)
+            time.sleep(0.05)
+        self.take_photo()
+        self.confirm("Not a passport", NO_PASSPORT)
+        self.keep("verdict")
+
+    def test_widgets_host_does_the_same(self):
+        self.start("--widgets", "--camera", SAMPLES / "bangladesh-on-wood.jpg")
+        self.wait_for_brackets(GREEN)
+        self.keep("1-scanning")
+        self.take_photo()
+        self.keep("2-preview")
+        self.confirm("A passport", PASSPORT)
+        self.keep("3-verdict")
+        self.screen.key("space")  # Scan again has the focus
+        self.demo.wait_for_title(TITLE + "scanning")
+        self.assert_clean_end()
+
+    def test_drawn_passport_stands_for_a_camera_that_is_absent(self):
+        if any(Path("/dev").glob("video*")):
+            self.skipTest("this machine has a camera")
+        self.start()
+        self.wait_for_brackets(GREEN)
+        self.keep("scanning")
+
+    def test_live_picture_moves(self):
+        for name, arguments, environment in (("qml", [], OPENGL), ("widgets", ["--widgets"], SOFTWARE)):
+            with self.subTest(name):
+                (self.folder / "control").write_text("device Test Camera\n")
+                self.start("--camera", "Test Camera", *arguments, environment=environment)
+                wait_for(lambda: self.photo_pixels() > 0.3, "the live picture")
+                x, y, width, height = self.demo.geometry(TITLE)
+                middle = (x + width // 4, y + height // 3, x + 3 * width // 4, y + height // 2)
+                seen = set()
+                wait_for(lambda: seen.add(self.screen.picture().crop(middle).tobytes()) or len(seen) > 10, "ten frames")
+                self.keep(name)
+                self.demo.end()
+
+    def test_picture_that_is_dropped_opens_in_the_preview(self):
+        for host in ([], ["--widgets"]):
+            with self.subTest(host):
+                self.start(*host, "--camera", SAMPLES / "desk.jpg")
+                source = Program(self.screen, [DRAG_SOURCE, "600", "100", str(SAMPLES / "receipt.jpg")])
+                self.addCleanup(source.end)
+                source.wait_for_title("Drag source")
+                self.screen.xdotool("mousemove", 650, 150, "mousedown", 1)
+                for x in (640, 600, 500, 400, 300, 250, 210, 205):
+                    self.screen.xdotool("mousemove", x, 400, "sleep", 0.05)
+                self.screen.xdotool("mouseup", 1)
+                self.demo.wait_for_title(TITLE + "preview")
+                wait_for(lambda: self.photo_pixels() > 0.2, "the photo")
+                self.keep("widgets" if host else "qml")
+                source.end()
+                self.demo.end()
+
+    def test_example_of_the_readme_takes_a_photo(self):
+        (self.folder / "control").write_text("device Test Camera\n")
+        asking = "Your passport, please"
+        self.start(ROOT / "examples/qml-host/Main.qml", program=QML_HOST, title=asking)
+        wait_for(lambda: self.disc(asking) == WHITE, "the session is ready")
+        x, y, width, height = self.demo.geometry(asking)
+        self.screen.click(x + width / 2, y + height - CAPTURE_BOTTOM)
+        self.demo.wait_for_title("Thank you")
+
+    def test_picture_as_argument_opens_in_the_preview(self):
+        self.start(SAMPLES / "receipt.jpg")
+        self.demo.wait_for_title(TITLE + "preview")
+        self.confirm("Not a passport", NO_PASSPORT)
+
+    def test_escape_leads_back_and_out(self):
+        self.start(SAMPLES / "receipt.jpg")
+        window = self.demo.wait_for_title(TITLE + "preview")
+        self.screen.xdotool("windowfocus", window)
+        self.screen.key("Escape")
+        self.demo.wait_for_title(TITLE + "scanning")
+        self.screen.key("Escape")
+        self.assertEqual(self.demo.process.wait(20), 0)
+
+
+class CommandLine(unittest.TestCase):
+    def run_demo(self, *arguments, **environment):
+        without = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")}
+        return subprocess.run([DEMO, *arguments], env=without | environment, capture_output=True, text=True, timeout=60)
+
+    def test_help_and_version_need_no_display(self):
+        told = self.run_demo("--help")
+        self.assertEqual((told.returncode, told.stderr), (0, ""))
+        for switch in ("--camera", "--widgets", "--screenshot", "--after", "--version"):
+            self.assertIn(switch, told.stdout)
+        self.assertRegex(self.run_demo("--version").stdout, r"^kestrelid-demo \d+\.\d+\.\d+\n$")
+
+    def test_what_is_wrong_is_said_in_one_line(self):
+        cases = {
+            "unknown switch": (["--nonsense"], 2, "nonsense"),
+            "no value": (["--camera"], 2, "camera"),
+            "empty value": (["--camera", ""], 2, "--camera"),
+            "two pictures": (["a.jpg", "b.jpg"], 2, "b.jpg"),
+            "a time that is none": (["--screenshot", "a.png", "--after", "soon"], 2, "soon"),
+            "a time without a picture": (["--after", "1"], 2, "--after"),
+            "no display": ([], 1, "no display"),
+        }
+        for name, (arguments, status, said) in cases.items():
+            with self.subTest(name):
+                result = self.run_demo(*arguments)
+                self.assertEqual((result.returncode, result.stdout), (status, ""))
+                self.assertRegex(result.stderr, rf"^kestrelid-demo: .*{said}.*\n$")
+
+    def test_screenshot(self):
+        with tempfile.TemporaryDirectory(prefix="kestrelid-demo-") as folder:
+            quiet = {"QT_QPA_PLATFORM": "offscreen", "QT_QUICK_BACKEND": "software", "XDG_RUNTIME_DIR": folder}
+            for widgets in ([], ["--widgets"]):
+                with self.subTest(widgets):
+                    file = Path(folder, "shown.png")
+                    result = self.run_demo(*widgets, "--screenshot", str(file), "--after", "1", **quiet)
+                    self.assertEqual((result.returncode, result.stderr), (0, ""))
+                    with screen.Image.open(file) as picture:
+                        self.assertEqual(picture.size, (420, 760))
+                    file.unlink()
+            failed = self.run_demo("--screenshot", f"{folder}/none/shown.png", "--after", "0", **quiet)
+            self.assertEqual(failed.returncode, 1)
+            self.assertRegex(failed.stderr, "^kestrelid-demo: cannot write .*shown.png\n$")
+
+
+if __name__ == "__main__":
+    sys.exit(unittest.main(verbosity=2))

@@ -1,0 +1,64 @@
+#include "base/AsioQueue.h"
+
+#include <atomic>
+#include <future>
+#include <gtest/gtest.h>
+#include <latch>
+#include <vector>
+
+namespace kestrelid {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(AsioQueue, OneThreadRunsBlocksInOrder) {
+    std::vector<int> order;
+    {
+        AsioQueue queue("serial", 1);
+        for (int block = 0; block < 1000; ++block)
+            queue.async([&order, block] { order.push_back(block); });
+    }
+    ASSERT_EQ(order.size(), 1000u);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(AsioQueue, SeveralThreadsRunBlocksAtOnce) {
+    AsioQueue queue("concurrent", 2);
+    std::latch both(2);  // each block waits for the other, which one thread could never satisfy
+    std::promise<void> done;
+    queue.async([&] { both.arrive_and_wait(); });
+    queue.async([&] {
+        both.arrive_and_wait();
+        done.set_value();
+    });
+    EXPECT_EQ(done.get_future().wait_for(30s), std::future_status::ready);
+}
+
+TEST(AsioQueue, DelaysInOrderOfTheirDeadlines) {
+    std::vector<int> order;
+    const auto start = std::chrono::steady_clock::now();
+    {
+        AsioQueue queue("serial", 1);
+        queue.asyncAfter(40ms, [&] { order.push_back(2); });
+        queue.asyncAfter(20ms, [&] { order.push_back(1); });
+        queue.async([&] { order.push_back(0); });
+    }  // waits for the delayed blocks
+    EXPECT_EQ(order, (std::vector{0, 1, 2}));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 40ms);
+}
+
+TEST(AsioQueue, MayBeReleasedByItsOwnBlockAndStillRunsTheRest) {
+    std::promise<void> last;
+    auto queue = std::make_unique<AsioQueue>("serial", 1);
+    std::promise<void> submitted;
+    queue->async([&] {
+        submitted.get_future().wait();
+        queue.reset();
+    });
+    queue->async([&] { last.set_value(); });
+    submitted.set_value();
+    EXPECT_EQ(last.get_future().wait_for(30s), std::future_status::ready);
+}
+
+}  // namespace
+}  // namespace kestrelid

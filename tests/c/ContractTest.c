@@ -1,0 +1,272 @@
+// What each function promises for arguments of every kind, without recognition.
+
+#include "tests/c/Check.h"
+
+#include <kestrelid/kestrelid.h>
+
+static void count(void* counter) {
+    ++*(int*)counter;
+}
+
+// Takes the error's text away, so that the next call can be checked.
+static void expectError(KestrelidStatus status, KestrelidStatus expected, KestrelidError** error,
+                        const char* text) {
+    CHECK(status == expected);
+    CHECK(kestrelid_error_status(*error) == expected);
+    CHECK_TEXT(kestrelid_error_text(*error), text);
+    kestrelid_error_free(*error);
+    *error = NULL;
+}
+
+static void nullHandles(void) {
+    size_t size = 7;
+    kestrelid_error_free(NULL);
+    kestrelid_image_release(NULL);
+    kestrelid_result_release(NULL);
+    kestrelid_detector_release(NULL);
+    CHECK(kestrelid_error_status(NULL) == KESTRELID_OK);
+    CHECK_TEXT(kestrelid_error_text(NULL), "");
+    CHECK(kestrelid_image_width(NULL) == 0 && kestrelid_image_height(NULL) == 0);
+    CHECK(kestrelid_result_copy(NULL) == NULL);
+    CHECK(kestrelid_result_is_passport(NULL) == 0);
+    CHECK(kestrelid_result_confidence(NULL) <= 0.0);
+    CHECK(kestrelid_result_reason_count(NULL) == 0);
+    CHECK(kestrelid_result_reason(NULL, 0, &size) == NULL && size == 0);
+    size = 7;
+    CHECK(kestrelid_result_recognized_text(NULL, &size) == NULL && size == 0);
+    CHECK(kestrelid_result_recognized_text(NULL, NULL) == NULL);
+}
+
+static void nullArguments(void) {
+    const KestrelidStatus invalid = KESTRELID_INVALID_ARGUMENT;
+    KestrelidImage* image = (KestrelidImage*)&image;
+    KestrelidResult* result = (KestrelidResult*)&result;
+    KestrelidError* error = NULL;
+    int disposed = 0;
+    expectError(kestrelid_image_read(NULL, &image, &error), invalid, &error, "path is NULL");
+    CHECK(image == NULL);
+    expectError(kestrelid_image_read("a.png", NULL, &error), invalid, &error, "image is NULL");
+    expectError(kestrelid_image_decode(NULL, 5, &image, &error), invalid, &error, "bytes is NULL");
+    expectError(kestrelid_image_decode("", 0, NULL, &error), invalid, &error, "image is NULL");
+    expectError(kestrelid_image_from_pixels(NULL, &image, &error), invalid, &error,
+                "pixels is NULL");
+    expectError(kestrelid_detector_create(NULL, NULL, &error), invalid, &error, "detector is NULL");
+    expectError(kestrelid_detector_validate_wait(NULL, NULL, &result, &error), invalid, &error,
+                "detector is NULL");
+    CHECK(result == NULL);
+    expectError(kestrelid_detector_validate_wait(NULL, NULL, NULL, &error), invalid, &error,
+                "result is NULL");
+    expectError(kestrelid_detector_validate(NULL, NULL, NULL, &disposed, count, &error), invalid,
+                &error, "detector is NULL");
+    CHECK(disposed == 1);
+    CHECK(kestrelid_image_read(NULL, NULL, NULL) == invalid);
+}
+
+static void writeFile(const char* path, const char* text) {
+    FILE* file = fopen(path, "wb");
+    CHECK(file != NULL);
+    CHECK(fputs(text, file) >= 0);
+    CHECK(fclose(file) == 0);
+}
+
+static void unreadableFiles(void) {
+    static const struct {
+        const char* path;
+        const char* content;  // NULL: no file
+        const char* cause;
+    } rows[] = {
+        {"c-api-absent.png", NULL, "No such file or directory"},
+        {"c-api-empty.png", "", "the file is empty"},
+        {"c-api-text.png", "not a picture", "unknown format"},
+        {"c-api-cut.png", "\x89PNG\r\n\x1a\n", "truncated"},
+    };
+    for (size_t index = 0; index < sizeof(rows) / sizeof(rows[0]); ++index) {
+        KestrelidImage* image = NULL;
+        KestrelidError* error = NULL;
+        remove(rows[index].path);
+        if (rows[index].content)
+            writeFile(rows[index].path, rows[index].content);
+        CHECK(kestrelid_image_read(rows[index].path, &image, &error) == KESTRELID_UNREADABLE);
+        CHECK(image == NULL);
+        printf("  %s\n", kestrelid_error_text(error));
+        CHECK(strncmp(kestrelid_error_text(error), rows[index].path, strlen(rows[index].path)) ==
+              0);
+        CHECK(strstr(kestrelid_error_text(error), rows[index].cause) != NULL);
+        kestrelid_error_free(error);
+        remove(rows[index].path);
+    }
+}
+
+static void encodedBytes(void) {
+    // PNG, 3 x 2 grey pixels.
+    static const unsigned char png[] = {
+        0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 0x49, 0x48, 0x44,
+        0x52, 0x00, 0x00, 0x00, 0x03, 0x00, 0x00, 0x00, 0x02, 0x08, 0x00, 0x00, 0x00, 0x00, 0xb8,
+        0x1f, 0x39, 0xc6, 0x00, 0x00, 0x00, 0x0e, 0x49, 0x44, 0x41, 0x54, 0x78, 0xda, 0x63, 0x68,
+        0x68, 0x68, 0x60, 0x00, 0x62, 0x00, 0x0c, 0x08, 0x03, 0x01, 0xd8, 0xc9, 0xf7, 0xf0, 0x00,
+        0x00, 0x00, 0x00, 0x49, 0x45, 0x4e, 0x44, 0xae, 0x42, 0x60, 0x82};
+    KestrelidImage* image = NULL;
+    KestrelidError* error = NULL;
+    CHECK(kestrelid_image_decode(png, sizeof(png), &image, &error) == KESTRELID_OK);
+    CHECK(error == NULL);
+    CHECK(kestrelid_image_width(image) == 3 && kestrelid_image_height(image) == 2);
+    kestrelid_image_release(image);
+    for (size_t size = 0; size < sizeof(png) - 12; ++size) {  // 12: the end chunk, which may miss
+        CHECK(kestrelid_image_decode(png, size, &image, &error) == KESTRELID_UNREADABLE);
+        CHECK(image == NULL);
+        CHECK(strlen(kestrelid_error_text(error)) > 3);
+        kestrelid_error_free(error);
+    }
+}
+
+static KestrelidPixels greyPixels(const unsigned char* bytes, size_t size) {
+    KestrelidPixels pixels;
+    memset(&pixels, 0, sizeof(pixels));
+    pixels.struct_size = sizeof(pixels);
+    pixels.bytes = bytes;
+    pixels.size = size;
+    pixels.stride = 4;
+    pixels.width = 3;
+    pixels.height = 2;
+    pixels.format = KESTRELID_GRAY8;
+    return pixels;
+}
+
+static void rawPixels(void) {
+    const KestrelidStatus invalid = KESTRELID_INVALID_ARGUMENT;
+    unsigned char* bytes = calloc(7, 1);  // two rows of three, the second without padding
+    KestrelidPixels good = greyPixels(bytes, 7);
+    KestrelidPixels bad;
+    KestrelidImage* image = NULL;
+    KestrelidError* error = NULL;
+
+    CHECK(kestrelid_image_from_pixels(&good, &image, &error) == KESTRELID_OK);
+    CHECK(error == NULL);
+    free(bytes);  // copied
+    CHECK(kestrelid_image_width(image) == 3 && kestrelid_image_height(image) == 2);
+    kestrelid_image_release(image);
+
+#define REFUSED(field, value, text)                                                                \
+    bad = good;                                                                                    \
+    bad.field = value;                                                                             \
+    expectError(kestrelid_image_from_pixels(&bad, &image, &error), invalid, &error, text);         \
+    CHECK(image == NULL)
+    REFUSED(struct_size, 0, "struct_size is not set");
+    REFUSED(bytes, NULL, "bytes is NULL");
+    REFUSED(format, 3, "format is none of KestrelidPixelFormat");
+    REFUSED(format, -1, "format is none of KestrelidPixelFormat");
+    REFUSED(width, 0, "width or height is out of range");
+    REFUSED(width, 20001, "width or height is out of range");
+    REFUSED(height, -2, "width or height is out of range");
+    REFUSED(format, KESTRELID_BGRA8, "stride is shorter than a row");
+    REFUSED(size, 6, "size does not hold all rows");
+    REFUSED(size, 2, "size does not hold all rows");
+    REFUSED(stride, (size_t)-1, "size does not hold all rows");
+#undef REFUSED
+}
+
+static void options(void) {
+    const KestrelidStatus invalid = KESTRELID_INVALID_ARGUMENT;
+    struct {
+        KestrelidDetectorOptions known;
+        int64_t later;
+    } newer;
+    KestrelidDetectorOptions given;
+    KestrelidDetector* detector = NULL;
+    KestrelidDetector* other = NULL;
+    KestrelidError* error = NULL;
+
+    memset(&newer, 0, sizeof(newer));
+    newer.known.struct_size = sizeof(newer);
+    CHECK(kestrelid_detector_create(&newer.known, &detector, NULL) == KESTRELID_OK);
+    newer.later = 1;
+    expectError(kestrelid_detector_create(&newer.known, &other, &error), invalid, &error,
+                "a field is set that this version of the library does not know");
+    CHECK(other == NULL);
+
+#define REFUSED(field, value, text)                                                                \
+    memset(&given, 0, sizeof(given));                                                              \
+    given.struct_size = sizeof(given);                                                             \
+    given.share = detector;                                                                        \
+    given.field = value;                                                                           \
+    expectError(kestrelid_detector_create(&given, &other, &error), invalid, &error, text)
+    REFUSED(struct_size, sizeof(size_t), "struct_size is not set");
+    REFUSED(recognizer, 2, "recognizer is out of range");
+    REFUSED(outlines, -1, "outlines is out of range");
+    REFUSED(effort, 2, "effort is out of range");
+    REFUSED(text_threads, 65, "text_threads is out of range");
+    REFUSED(resources, "/", "a detector that shares takes these options from the other one");
+#undef REFUSED
+
+    // The one that shares goes on without the one it shares with.
+    memset(&given, 0, sizeof(given));
+    given.struct_size = sizeof(given);
+    given.share = detector;
+    given.effort = KESTRELID_VERDICT_ONLY;
+    CHECK(kestrelid_detector_create(&given, &other, &error) == KESTRELID_OK);
+    kestrelid_detector_release(detector);
+    CHECK(kestrelid_detector_validate(other, NULL, NULL, NULL, NULL, &error) == KESTRELID_OK);
+    kestrelid_detector_release(other);
+}
+
+struct Kept {
+    int disposed;
+    KestrelidResult* result;
+};
+
+static void keep(void* user, const KestrelidResult* result) {
+    struct Kept* kept = user;
+    CHECK(kept->result == NULL && kept->disposed == 0);
+    kept->result = kestrelid_result_copy(result);
+}
+
+static void dispose(void* user) {
+    ++((struct Kept*)user)->disposed;
+}
+
+static void withoutImage(void) {
+    struct Kept kept = {0, NULL};
+    KestrelidResult* waited = NULL;
+    KestrelidDetector* detector = NULL;
+    size_t size = 0;
+    CHECK(kestrelid_detector_create(NULL, &detector, NULL) == KESTRELID_OK);
+    CHECK(kestrelid_detector_validate(detector, NULL, keep, &kept, dispose, NULL) == KESTRELID_OK);
+    CHECK(kept.disposed == 1);
+    CHECK(kestrelid_detector_validate_wait(detector, NULL, &waited, NULL) == KESTRELID_OK);
+    kestrelid_detector_release(detector);
+
+    CHECK(!kestrelid_result_is_passport(kept.result));
+    CHECK(kestrelid_result_confidence(kept.result) <= 0.0);
+    CHECK(kestrelid_result_reason_count(kept.result) == 1);
+    CHECK_TEXT(kestrelid_result_reason(kept.result, 0, &size), "Invalid image");
+    CHECK(size == strlen("Invalid image"));
+    CHECK(kestrelid_result_reason(kept.result, 1, &size) == NULL && size == 0);
+    CHECK_TEXT(kestrelid_result_recognized_text(kept.result, NULL), "");
+    CHECK_TEXT(kestrelid_result_reason(waited, 0, NULL), "Invalid image");
+    kestrelid_result_release(kept.result);
+    kestrelid_result_release(waited);
+}
+
+static void versions(void) {
+    int major = -1;
+    int minor = -1;
+    CHECK(sscanf(kestrelid_library_version(), "%d.%d.", &major, &minor) == 2);
+    CHECK(major >= 0 && minor >= 0);
+    CHECK(KestrelidVersionNumber > 0.0);
+}
+
+int main(void) {
+#define RUN(test)                                                                                  \
+    puts(#test);                                                                                   \
+    test()
+    RUN(nullHandles);
+    RUN(nullArguments);
+    RUN(unreadableFiles);
+    RUN(encodedBytes);
+    RUN(rawPixels);
+    RUN(options);
+    RUN(withoutImage);
+    RUN(versions);
+#undef RUN
+    return 0;
+}

@@ -1,0 +1,193 @@
+// Calls in flight: how often and in which order completions and disposals come. There are no models
+// here, so that a call takes milliseconds and its text fails, which the console is told.
+
+#define _POSIX_C_SOURCE 200809L
+
+#include "tests/c/Check.h"
+
+#include <kestrelid/kestrelid.h>
+#include <pthread.h>
+#include <time.h>
+
+enum { kCalls = 12, kCallers = 3 };
+
+static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+static pthread_cond_t changed = PTHREAD_COND_INITIALIZER;
+static int disposals = 0;
+static int consoleLines = 0;
+
+struct Call {
+    int completions;
+    int disposals;
+    KestrelidDetector* releasedInside;
+};
+
+static void complete(void* user, const KestrelidResult* result) {
+    struct Call* call = user;
+    pthread_mutex_lock(&mutex);
+    CHECK(call->completions == 0 && call->disposals == 0);
+    ++call->completions;
+    pthread_mutex_unlock(&mutex);
+    CHECK(!kestrelid_result_is_passport(result));
+    CHECK(kestrelid_result_reason_count(result) > 1);
+    kestrelid_detector_release(call->releasedInside);
+}
+
+static void dispose(void* user) {
+    struct Call* call = user;
+    pthread_mutex_lock(&mutex);
+    CHECK(call->disposals == 0);
+    ++call->disposals;
+    ++disposals;
+    pthread_cond_broadcast(&changed);
+    pthread_mutex_unlock(&mutex);
+}
+
+static void console(void* user, const char* line, size_t size) {
+    pthread_mutex_lock(&mutex);
+    CHECK(user == &consoleLines);
+    CHECK(size > 0 && strlen(line) == size);
+    ++consoleLines;
+    pthread_mutex_unlock(&mutex);
+}
+
+static void waitForDisposals(int expected) {
+    struct timespec deadline;
+    clock_gettime(CLOCK_REALTIME, &deadline);
+    deadline.tv_sec += 60;
+    pthread_mutex_lock(&mutex);
+    while (disposals < expected)
+        CHECK(pthread_cond_timedwait(&changed, &mutex, &deadline) == 0);
+    CHECK(disposals == expected);
+    disposals = 0;
+    pthread_mutex_unlock(&mutex);
+}
+
+static KestrelidDetector* makeDetector(const KestrelidDetector* share) {
+    KestrelidDetectorOptions options;
+    KestrelidDetector* detector = NULL;
+    memset(&options, 0, sizeof(options));
+    options.struct_size = sizeof(options);
+    options.share = share;
+    if (!share) {
+        options.resources = "/nowhere";
+        options.outlines = KESTRELID_CLASSICAL;
+        options.console = console;
+        options.console_user = &consoleLines;
+    }
+    CHECK(kestrelid_detector_create(&options, &detector, NULL) == KESTRELID_OK);
+    return detector;
+}
+
+static KestrelidImage* makeImage(void) {
+    enum { kWidth = 200, kHeight = 150 };
+    unsigned char* bytes = calloc(kWidth * kHeight, 3);
+    KestrelidImage* image = NULL;
+    KestrelidPixels pixels;
+    memset(&pixels, 0, sizeof(pixels));
+    pixels.struct_size = sizeof(pixels);
+    pixels.bytes = bytes;
+    pixels.size = kWidth * kHeight * 3;
+    pixels.stride = kWidth * 3;
+    pixels.width = kWidth;
+    pixels.height = kHeight;
+    pixels.format = KESTRELID_RGB8;
+    CHECK(kestrelid_image_from_pixels(&pixels, &image, NULL) == KESTRELID_OK);
+    free(bytes);
+    return image;
+}
+
+struct Caller {
+    KestrelidDetector* detector;
+    struct Call calls[kCalls];
+};
+
+static void* start(void* argument) {
+    struct Caller* caller = argument;
+    for (int index = 0; index < kCalls; ++index) {
+        KestrelidImage* image = makeImage();
+        CHECK(kestrelid_detector_validate(caller->detector, image, complete, &caller->calls[index],
+                                          dispose, NULL) == KESTRELID_OK);
+        kestrelid_image_release(image);  // while it is judged
+    }
+    return NULL;
+}
+
+static void severalCallersAtOnce(void) {
+    static struct Caller callers[kCallers];
+    pthread_t threads[kCallers];
+    KestrelidDetector* detector = makeDetector(NULL);
+    for (int index = 0; index < kCallers; ++index) {
+        callers[index].detector = detector;
+        CHECK(pthread_create(&threads[index], NULL, start, &callers[index]) == 0);
+    }
+    for (int index = 0; index < kCallers; ++index)
+        CHECK(pthread_join(threads[index], NULL) == 0);
+    waitForDisposals(kCallers * kCalls);
+    kestrelid_detector_release(detector);
+    for (int caller = 0; caller < kCallers; ++caller)
+        for (int call = 0; call < kCalls; ++call)
+            CHECK(callers[caller].calls[call].completions == 1);
+    CHECK(consoleLines == kCallers * kCalls);
+}
+
+// Returns how many calls answered.
+static int releaseRightAfterTheStart(void) {
+    struct Caller caller;
+    int given = 0;
+    memset(&caller, 0, sizeof(caller));
+    caller.detector = makeDetector(NULL);
+    start(&caller);
+    kestrelid_detector_release(caller.detector);
+    waitForDisposals(kCalls);
+    for (int call = 0; call < kCalls; ++call)
+        given += caller.calls[call].completions;
+    return given;
+}
+
+static void releaseInFlight(void) {
+    // A busy machine may hold this thread up until all are answered.
+    int rounds = 1;
+    while (releaseRightAfterTheStart() == kCalls)
+        CHECK(++rounds < 50);
+}
+
+static void releaseInsideCompletion(void) {
+    static struct Call call;
+    KestrelidDetector* detector = makeDetector(NULL);
+    KestrelidImage* image = makeImage();
+    call.releasedInside = detector;
+    CHECK(kestrelid_detector_validate(detector, image, complete, &call, dispose, NULL) ==
+          KESTRELID_OK);
+    waitForDisposals(1);
+    CHECK(call.completions == 1);
+    kestrelid_image_release(image);
+}
+
+static void waitingAndSharing(void) {
+    KestrelidDetector* first = makeDetector(NULL);
+    KestrelidDetector* second = makeDetector(first);
+    KestrelidImage* image = makeImage();
+    KestrelidResult* result = NULL;
+    kestrelid_detector_release(first);
+    consoleLines = 0;
+    CHECK(kestrelid_detector_validate_wait(second, image, &result, NULL) == KESTRELID_OK);
+    CHECK(consoleLines == 1);
+    CHECK(kestrelid_result_reason_count(result) > 1);
+    kestrelid_result_release(result);
+    CHECK(kestrelid_detector_validate(second, image, NULL, NULL, NULL, NULL) == KESTRELID_OK);
+    kestrelid_image_release(image);
+    kestrelid_detector_release(second);
+}
+
+int main(void) {
+    puts("severalCallersAtOnce");
+    severalCallersAtOnce();
+    puts("releaseInFlight");
+    releaseInFlight();
+    puts("releaseInsideCompletion");
+    releaseInsideCompletion();
+    puts("waitingAndSharing");
+    waitingAndSharing();
+    return 0;
+}

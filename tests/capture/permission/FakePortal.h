@@ -1,0 +1,97 @@
+#pragma once
+
+#include "capture/CameraRemote.h"
+#include "capture/permission/ContextThread.h"
+#include "capture/permission/GioHandles.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kestrelid::test {
+
+// A session bus of the test's own.
+class PrivateBus {
+public:
+    PrivateBus();
+    ~PrivateBus();
+    PrivateBus(const PrivateBus&) = delete;
+    PrivateBus& operator=(const PrivateBus&) = delete;
+
+    [[nodiscard]] std::string address() const;
+
+    // Ends the daemon so that it tells nobody.
+    void kill() const;
+
+private:
+    GTestDBus* bus_;
+};
+
+struct PortalBehaviour {
+    enum class Reply {
+        predictedHandle,
+        responseFirst,  // the signal before the method's reply
+        otherHandle,    // as portals did that know no token
+        error,
+        none,
+    };
+    Reply reply = Reply::predictedHandle;
+    std::optional<std::uint32_t> response = {};  // at once; absent: by respond()
+
+    bool hasStore = true;
+    std::string application = "org.example.Host";
+    std::optional<std::string> stored = {};  // what the store has for that application
+    bool hasCamera = true;
+
+    // Opens the connection to PipeWire for who asks for it; empty: who asks is refused.
+    std::function<OwnedDescriptor()> openRemote = {};
+};
+
+// The desktop's portal and permission store. Thread: any.
+class FakePortal {
+public:
+    FakePortal(const std::string& address, PortalBehaviour behaviour);
+
+    // Leaves the bus.
+    ~FakePortal();
+
+    // Answers the latest question.
+    void respond(std::uint32_t response);
+
+    // False where fewer were asked in time.
+    [[nodiscard]] bool waitForQuestions(int count);
+    [[nodiscard]] int questions();
+
+    // Whether who asked last is still on the bus.
+    [[nodiscard]] bool hasQuestioner();
+
+private:
+    static void onCall(GDBusConnection*, const gchar* sender, const gchar* path,
+                       const gchar* interface, const gchar* method, GVariant* parameters,
+                       GDBusMethodInvocation* invocation, gpointer self);
+    static GVariant* onGet(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*,
+                           GError**, gpointer self);
+    void serve();
+    void lookup(GDBusMethodInvocation* invocation);
+    void openRemote(GDBusMethodInvocation* invocation);
+    void accessCamera(GVariant* parameters, GDBusMethodInvocation* invocation);
+    void emit(std::uint32_t response);
+    void onThread(const std::function<void()>& task);
+
+    const std::string address_;
+    const PortalBehaviour behaviour_;
+    GioHandle<GDBusConnection> connection_;          // on the thread
+    std::string questioner_;                         // on the thread
+    std::string handle_;                             // on the thread
+    std::vector<GDBusMethodInvocation*> unreplied_;  // on the thread
+    std::mutex mutex_;
+    std::condition_variable asked_;
+    int questions_ = 0;
+    ContextThread thread_;
+};
+
+}  // namespace kestrelid::test

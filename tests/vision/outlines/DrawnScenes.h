@@ -1,0 +1,29 @@
+#pragma once
+
+#include "vision/outlines/Quad.h"
+
+#include <array>
+#include <cstdint>
+#include <kestrelid/Bitmap.h>
+#include <opencv2/core.hpp>
+
+namespace kestrelid::test {
+
+// A passport page of 710 x 500 pixels with a header, a portrait in a frame, fields and two lines at
+// the foot. BGR.
+[[nodiscard]] cv::Mat3b drawnPage();
+
+// Scenes without a page; the same seed draws the same scene.
+[[nodiscard]] cv::Mat3b plainWall(cv::Size size, cv::Scalar colour);
+[[nodiscard]] cv::Mat3b gradient(cv::Size size);
+[[nodiscard]] cv::Mat3b noise(cv::Size size, double deviation, std::uint64_t seed);
+[[nodiscard]] cv::Mat3b grain(cv::Size size, std::uint64_t seed);
+[[nodiscard]] cv::Mat3b keys(cv::Size size, int pitch, bool dark);
+
+// Lays page on desk with its corners at those places, top left first and clockwise.
+[[nodiscard]] cv::Mat3b laidOn(const cv::Mat3b& desk, const cv::Mat3b& page,
+                               const opencv::Quad& corners);
+
+[[nodiscard]] Bitmap bitmapOf(const cv::Mat3b& bgr, PixelFormat format);
+
+}  // namespace kestrelid::test

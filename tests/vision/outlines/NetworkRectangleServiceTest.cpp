@@ -1,0 +1,199 @@
+#include "vision/outlines/NetworkRectangleService.h"
+
+#include <kestrelid/ImageFile.h>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace kestrelid {
+namespace {
+
+// Answers with what it was told to, and counts.
+class OtherFinder final : public RectangleService {
+public:
+    std::optional<RequestError> perform(const Bitmap&, const RectangleRequest&,
+                                        const RequestCompletion& completion) override {
+        ++calls;
+        if (refusal)
+            return refusal;
+        RequestReport report;
+        report.results = answer;
+        completion(report);
+        return std::nullopt;
+    }
+
+    int calls = 0;
+    std::vector<Observation> answer;
+    std::optional<RequestError> refusal;
+};
+
+Bitmap flat(int width, int height, PixelFormat format = PixelFormat::gray8) {
+    const std::size_t stride = static_cast<std::size_t>(width * bytesPerPixel(format));
+    const std::size_t bytes = stride * static_cast<std::size_t>(height);
+    const std::shared_ptr<std::byte[]> pixels(new std::byte[bytes]);
+    std::fill_n(pixels.get(), bytes, std::byte{0x80});
+    return *Bitmap::wrap(width, height, static_cast<int>(stride), format, pixels, bytes);
+}
+
+const std::vector<std::filesystem::path> kResources{KESTRELID_RESOURCES_DIR,
+                                                    KESTRELID_SOURCE_DIR "/models"};
+
+class WithoutNetwork : public testing::TestWithParam<const char*> {
+protected:
+    void SetUp() override {
+        std::string pattern = testing::TempDir() + "outlineXXXXXX";
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        folder_ = pattern;
+        if (std::string(GetParam()) == "damaged")
+            std::ofstream(folder_ / "outline-net.onnx") << "no model";
+    }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+
+    std::filesystem::path folder_;
+};
+
+TEST_P(WithoutNetwork, theOtherFinderAnswersAlone) {
+    const auto other = std::make_shared<OtherFinder>();
+    other->answer = {RectangleObservation{{0.1, 0.2, 0.5, 0.5}, {}, 0.7f}};
+    NetworkRectangleService service({folder_, KESTRELID_RESOURCES_DIR}, other);
+    std::vector<Observation> found;
+    int completions = 0;
+    EXPECT_FALSE(service.perform(flat(200, 100), {}, [&](const RequestReport& report) {
+        ++completions;
+        found = report.results.value_or(std::vector<Observation>{});
+    }));
+    EXPECT_EQ(completions, 1);
+    EXPECT_EQ(found.size(), 1u);
+
+    other->refusal = RequestError{"refused"};
+    const auto error = service.perform(flat(200, 100), {}, [](const RequestReport&) {});
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->description, "refused");
+}
+
+TEST_P(WithoutNetwork, diagnosisSaysSo) {
+    const auto status =
+        NetworkRectangleService({folder_}, std::make_shared<OtherFinder>()).diagnose();
+    EXPECT_FALSE(status.available);
+    EXPECT_NE(status.details.find("classical finder alone"), std::string::npos) << status.details;
+}
+
+INSTANTIATE_TEST_SUITE_P(, WithoutNetwork, testing::Values("absent", "damaged"),
+                         [](const auto& row) { return std::string(row.param); });
+
+class WithNetwork : public testing::Test {
+protected:
+    void SetUp() override {
+        const ServiceStatus status = service_.diagnose();
+        if (!status.available)
+            GTEST_SKIP() << status.details;
+    }
+
+    std::vector<RectangleObservation> find(const Bitmap& bitmap,
+                                           const RectangleRequest& request = {}) {
+        std::vector<RectangleObservation> found;
+        const auto error = service_.perform(bitmap, request, [&](const RequestReport& report) {
+            for (const Observation& observation : report.results.value())
+                found.push_back(std::get<RectangleObservation>(observation));
+        });
+        EXPECT_FALSE(error);
+        return found;
+    }
+
+    std::shared_ptr<OtherFinder> other_ = std::make_shared<OtherFinder>();
+    NetworkRectangleService service_{kResources, other_};
+};
+
+Bitmap sample(const std::string& name) {
+    return *std::get<Image>(readImage(std::string(KESTRELID_SOURCE_DIR "/samples/") + name))
+                .upright()
+                .bitmap();
+}
+
+TEST_F(WithNetwork, findsThePageOfSamples) {
+    for (const char* name : {"bangladesh-on-wood.jpg", "bangladesh-dim.jpg",
+                             "utopia-perspective.jpg", "utopia-scan.jpg", "identity-card.jpg"}) {
+        const auto found = find(sample(name));
+        ASSERT_FALSE(found.empty()) << name;
+        EXPECT_GT(found.front().confidence, 0.4f) << name;
+        EXPECT_GT(found.front().boundingBox.area(), 0.15) << name;
+        EXPECT_LE(found.front().boundingBox.x + found.front().boundingBox.width, 1.0 + 1e-9);
+    }
+}
+
+// Printed paper on a desk, a rectangle of 380 by 260 pixels for a high power, an ellipse for 2.
+Bitmap paperOnDesk(double power) {
+    constexpr int kWidth = 640;
+    constexpr int kHeight = 480;
+    const std::shared_ptr<std::byte[]> pixels(new std::byte[kWidth * kHeight]);
+    unsigned noise = 1;
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x) {
+            noise = noise * 1664525u + 1013904223u;
+            const double away = std::pow(std::abs(x - 330) / 190.0, power) +
+                                std::pow(std::abs(y - 240) / 130.0, power);
+            const bool print = away < 0.5 && y % 30 > 20;
+            pixels[y * kWidth + x] =
+                static_cast<std::byte>((away < 1.0 ? 180 : 100) - (print ? 60 : 0) + (noise >> 29));
+        }
+    return *Bitmap::wrap(kWidth, kHeight, kWidth, PixelFormat::gray8, pixels, kWidth * kHeight);
+}
+
+TEST_F(WithNetwork, theOtherFinderIsAskedOnlyInDoubt) {
+    const RectangleObservation seen{{0.05, 0.05, 0.1, 0.1}, {}, 0.66f};
+    other_->answer = {seen};
+    EXPECT_FALSE(find(paperOnDesk(60.0)).empty());
+    EXPECT_EQ(other_->calls, 0);
+    EXPECT_TRUE(find(flat(640, 480)).empty());
+    EXPECT_EQ(other_->calls, 0);
+    // Between a page and an ellipse lies paper that leaves doubt.
+    std::vector<RectangleObservation> found;
+    for (double power = 8.0; power > 2.0 && other_->calls == 0; power -= 0.25)
+        found = find(paperOnDesk(power));
+    EXPECT_EQ(other_->calls, 1);
+    EXPECT_THAT(found, testing::Contains(
+                           testing::Field(&RectangleObservation::confidence, seen.confidence)));
+}
+
+TEST_F(WithNetwork, onePageGivesOneOutline) {
+    for (const double power : {60.0, 20.0})
+        EXPECT_EQ(find(paperOnDesk(power)).size(), 1u) << power;
+    EXPECT_EQ(find(sample("bangladesh-on-wood.jpg")).size(), 1u);
+}
+
+TEST_F(WithNetwork, emptyPicturesGiveNothing) {
+    for (const auto& [width, height] : {std::pair(640, 480), std::pair(1, 1), std::pair(3000, 20)})
+        for (const PixelFormat format : {PixelFormat::gray8, PixelFormat::bgra8, PixelFormat::rgb8})
+            EXPECT_TRUE(find(flat(width, height, format)).empty()) << width << "x" << height;
+}
+
+TEST_F(WithNetwork, limitsOfTheRequestHold) {
+    const Bitmap page = sample("bangladesh-on-wood.jpg");
+    EXPECT_TRUE(find(page, {.maximumObservations = 0}).empty());
+    EXPECT_TRUE(find(page, {.minimumConfidence = 1.01f}).empty());
+    EXPECT_TRUE(find(page, {.minimumAspectRatio = 3.0f, .maximumAspectRatio = 4.0f}).empty());
+}
+
+TEST_F(WithNetwork, threadsShareIt) {
+    const Bitmap page = sample("bangladesh-on-wood.jpg");
+    const auto expected = find(page);
+    std::vector<std::size_t> counts(4);
+    std::vector<std::thread> threads;
+    for (std::size_t& count : counts)
+        threads.emplace_back([&] { count = find(page).size(); });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_THAT(counts, testing::Each(expected.size()));
+}
+
+}  // namespace
+}  // namespace kestrelid

@@ -1,0 +1,66 @@
+#include "vision/outlines/OutlineNetwork.h"
+#include "vision/onnx/OnnxRuntime.h"
+#include "vision/outlines/OutlinePicture.h"
+
+#include <kestrelid/ImageFile.h>
+
+#include <gtest/gtest.h>
+#include <opencv2/imgproc.hpp>
+
+#include <memory>
+#include <string>
+#include <variant>
+
+namespace kestrelid::outline {
+namespace {
+
+using Change = cv::Mat (*)(const cv::Mat&);
+
+cv::Mat mirrored(const cv::Mat& mat) {
+    cv::Mat other;
+    cv::flip(mat, other, 1);
+    return other;
+}
+
+cv::Mat quarterTurned(const cv::Mat& mat) {
+    cv::Mat other;
+    cv::rotate(mat, other, cv::ROTATE_90_CLOCKWISE);
+    return other;
+}
+
+double furthest(const cv::Mat1f& a, const cv::Mat1f& b) {
+    return cv::norm(a, b, cv::NORM_INF);
+}
+
+// However the picture lies, eight looks add up to the same maps, laid the same way: a way that is
+// not undone as it was done would show.
+TEST(OutlineNetworkTest, eightLooksTurnWithThePicture) {
+    const auto runtime = OnnxRuntime::load(ResourceFolders({KESTRELID_RESOURCES_DIR}));
+    if (const auto* error = std::get_if<RequestError>(&runtime))
+        GTEST_SKIP() << error->description;
+    auto session = std::get<std::shared_ptr<const OnnxRuntime>>(runtime)->open(
+        KESTRELID_SOURCE_DIR "/models/outline-net.onnx", 1);
+    ASSERT_TRUE(std::holds_alternative<OnnxSession>(session));
+    const OutlineNetwork network(std::get<OnnxSession>(std::move(session)));
+
+    const ImageResult file = readImage(KESTRELID_SOURCE_DIR "/samples/utopia-perspective.jpg");
+    cv::Mat picture;  // a square, so that turning it and reducing it commute
+    cv::resize(outlinePicture(*std::get<Image>(file).upright().bitmap()), picture, {192, 192}, 0, 0,
+               cv::INTER_AREA);
+    const auto allWays = [&](const cv::Mat& laid) {
+        const auto first = std::get<OutlineMaps>(network.look(laid));
+        return std::get<OutlineMaps>(network.lookAllWays(laid, first));
+    };
+    const OutlineMaps plain = allWays(picture);
+    EXPECT_GT(furthest(plain.page, mirrored(plain.page)), 0.3);  // not the same whatever is done
+    EXPECT_LT(furthest(plain.page, std::get<OutlineMaps>(network.look(picture)).page), 0.5);
+    for (const Change change : {&mirrored, &quarterTurned}) {
+        const OutlineMaps changed = allWays(change(picture));
+        EXPECT_LT(furthest(changed.page, change(plain.page)), 1e-3);
+        EXPECT_LT(furthest(changed.core, change(plain.core)), 1e-3);
+        EXPECT_LT(furthest(changed.corner, change(plain.corner)), 1e-3);
+    }
+}
+
+}  // namespace
+}  // namespace kestrelid::outline

@@ -1,0 +1,61 @@
+#include "vision/outlines/Quad.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+namespace kestrelid::opencv {
+
+namespace {
+
+const Quad kPage{cv::Point2f{100, 50}, {400, 60}, {390, 260}, {90, 240}};
+
+TEST(QuadTest, OrdersCornersAsSeenFromAnyStartAndDirection) {
+    std::array<std::size_t, 4> order{0, 1, 2, 3};
+    do {
+        EXPECT_EQ(orderedQuad({kPage[order[0]], kPage[order[1]], kPage[order[2]], kPage[order[3]]}),
+                  kPage);
+    } while (std::ranges::next_permutation(order).found);
+}
+
+TEST(QuadTest, RefusesWhatIsNotConvex) {
+    EXPECT_FALSE(orderedQuad({cv::Point2f{0, 0}, {100, 0}, {30, 30}, {0, 100}}));
+    EXPECT_FALSE(orderedQuad({cv::Point2f{0, 0}, {100, 0}, {200, 0}, {50, 80}}));
+    EXPECT_FALSE(orderedQuad({cv::Point2f{5, 5}, {5, 5}, {5, 5}, {5, 5}}));
+}
+
+TEST(QuadTest, MeasuresAreaAspectAndOverlap) {
+    const Quad square{cv::Point2f{0, 0}, {100, 0}, {100, 100}, {0, 100}};
+    const Quad half{cv::Point2f{0, 0}, {50, 0}, {50, 100}, {0, 100}};
+    const Quad apart{cv::Point2f{300, 0}, {350, 0}, {350, 100}, {300, 100}};
+    EXPECT_DOUBLE_EQ(area(square), 10000.0);
+    EXPECT_NEAR(aspectRatio(half), 0.5, 1e-6);
+    EXPECT_NEAR(overlap(square, half), 0.5, 1e-4);
+    EXPECT_NEAR(containedPart(half, square), 1.0, 1e-4);
+    EXPECT_NEAR(containedPart(square, half), 0.5, 1e-4);
+    EXPECT_EQ(overlap(square, apart), 0.0);
+    EXPECT_TRUE(contains(square, {99, 1}));
+    EXPECT_FALSE(contains(square, {101, 50}));
+}
+
+TEST(QuadTest, PlausibilityFallsWithSlant) {
+    const Quad slanted{cv::Point2f{100, 0}, {400, 0}, {300, 200}, {0, 200}};
+    const Quad wedge{cv::Point2f{0, 90}, {300, 0}, {300, 200}, {0, 110}};
+    EXPECT_GT(rectanglePlausibility(kPage), 0.95);
+    EXPECT_LT(rectanglePlausibility(slanted), rectanglePlausibility(kPage));
+    EXPECT_EQ(rectanglePlausibility(wedge), 0.0);
+}
+
+TEST(QuadTest, EnclosingQuadRestoresCutCorners) {
+    const std::vector<cv::Point2f> cut{{20, 0},    {280, 0},  {300, 20}, {300, 180},
+                                       {280, 200}, {20, 200}, {0, 180},  {0, 20}};
+    const auto quad = enclosingQuad(cut);
+    ASSERT_TRUE(quad);
+    EXPECT_NEAR(area(*quad), 60000.0, 1.0);
+    EXPECT_NEAR((*quad)[0].x, 0.0, 0.01);
+    EXPECT_NEAR((*quad)[2].y, 200.0, 0.01);
+    EXPECT_FALSE(enclosingQuad({{0, 0}, {100, 0}, {50, 80}}));
+}
+
+}  // namespace
+
+}  // namespace kestrelid::opencv

@@ -1,0 +1,47 @@
+#include "vision/outlines/WorkingPicture.h"
+
+#include "tests/vision/outlines/DrawnScenes.h"
+
+#include <gtest/gtest.h>
+#include <opencv2/imgproc.hpp>
+
+namespace kestrelid::opencv {
+
+namespace {
+
+TEST(WorkingPictureTest, KeepsProportionsAndNeverEnlarges) {
+    const auto sizeOf = [](cv::Size size) {
+        const auto bitmap = test::bitmapOf(test::plainWall(size, {9, 9, 9}), PixelFormat::gray8);
+        return makeWorkingPicture(bitmap, 512).size();
+    };
+    EXPECT_EQ(sizeOf({1280, 720}), cv::Size(512, 288));
+    EXPECT_EQ(sizeOf({3000, 4000}), cv::Size(384, 512));
+    EXPECT_EQ(sizeOf({200, 100}), cv::Size(200, 100));
+    EXPECT_EQ(sizeOf({1, 5000}), cv::Size(1, 512));
+}
+
+TEST(WorkingPictureTest, ColourFormatsAgree) {
+    const cv::Mat3b page = test::drawnPage();
+    const WorkingPicture bgra = makeWorkingPicture(test::bitmapOf(page, PixelFormat::bgra8), 512);
+    const WorkingPicture rgb = makeWorkingPicture(test::bitmapOf(page, PixelFormat::rgb8), 512);
+    const WorkingPicture grey = makeWorkingPicture(test::bitmapOf(page, PixelFormat::gray8), 512);
+    EXPECT_EQ(cv::norm(bgra.luma, rgb.luma, cv::NORM_INF), 0.0);
+    EXPECT_EQ(cv::norm(bgra.colour, rgb.colour, cv::NORM_INF), 0.0);
+    EXPECT_LE(cv::norm(bgra.luma, grey.luma, cv::NORM_INF), 2.0);
+    EXPECT_TRUE(grey.colour.empty());
+}
+
+TEST(WorkingPictureTest, BrightensDimPicturesOnly) {
+    cv::Mat3b dim;
+    test::drawnPage().convertTo(dim, -1, 0.15);
+    const auto meanOf = [](const cv::Mat3b& picture) {
+        return cv::mean(
+            makeWorkingPicture(test::bitmapOf(picture, PixelFormat::bgra8), 512).luma)[0];
+    };
+    EXPECT_NEAR(meanOf(dim), meanOf(test::drawnPage()), 20.0);
+    EXPECT_EQ(meanOf(test::plainWall({64, 64}, {0, 0, 0})), 0.0);
+}
+
+}  // namespace
+
+}  // namespace kestrelid::opencv

@@ -1,0 +1,83 @@
+#include "vision/onnx/OnnxRuntime.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <fstream>
+
+namespace kestrelid {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(OnnxApiLevel, IsTheMinorVersionUpToThatOfTheHeaders) {
+    EXPECT_EQ(onnxApiLevel("1.16.3"), 16u);
+    EXPECT_EQ(onnxApiLevel("1.17"), 17u);
+    EXPECT_EQ(onnxApiLevel("1.20.0-dev"), 20u);
+    const unsigned newest = onnxApiLevel("1.999.0");
+    EXPECT_LT(newest, 999u);
+    EXPECT_GE(newest, 16u);
+    for (const char* odd : {"", "1.", "1.x", "2.1.0", "16"})
+        EXPECT_EQ(onnxApiLevel(odd), 0u) << odd;
+}
+
+TEST(ResourceFolders, TakesAFileFromTheFirstFolderThatHasIt) {
+    const std::filesystem::path root = testing::TempDir() + "kestrelid-resource-folders";
+    std::filesystem::create_directories(root / "a" /
+                                        "both.txt");  // a folder of that name is no file
+    std::filesystem::create_directories(root / "b");
+    std::filesystem::create_directories(root / "c");
+    for (const char* name : {"b/both.txt", "c/both.txt", "c/last.txt"})
+        std::ofstream(root / name) << name;
+    const ResourceFolders folders({root / "absent", root / "a", root / "b", root / "c"});
+    EXPECT_EQ(folders.find("both.txt"), root / "b" / "both.txt");
+    EXPECT_EQ(folders.find("last.txt"), root / "c" / "last.txt");
+    EXPECT_EQ(folders.find("none.txt"), std::nullopt);
+    const std::string words = folders.missing("none.txt").description;
+    for (const auto& part :
+         {std::string("none.txt"), (root / "absent").string(), (root / "c").string()})
+        EXPECT_THAT(words, HasSubstr(part));
+    EXPECT_THAT(words, HasSubstr("run tools/setup"));
+    EXPECT_THAT(ResourceFolders({}).missing("none.txt").description,
+                HasSubstr("no resource folder"));
+    std::filesystem::remove_all(root);
+}
+
+TEST(OnnxRuntime, TellsWhatIsWrongWithFilesAndInputs) {
+    const ResourceFolders resources({KESTRELID_RESOURCES_DIR});
+    const auto loaded = OnnxRuntime::load(resources);
+    if (const auto* error = std::get_if<RequestError>(&loaded))
+        GTEST_SKIP() << error->description;
+    const auto& runtime = std::get<std::shared_ptr<const OnnxRuntime>>(loaded);
+    EXPECT_GE(onnxApiLevel(runtime->version()), 11u);
+    EXPECT_TRUE(std::filesystem::exists(runtime->library()));
+
+    const std::filesystem::path noModel = testing::TempDir() + "kestrelid-no-model.onnx";
+    std::ofstream(noModel) << "not a model";
+    const auto refused = runtime->open(noModel, 1);
+    ASSERT_TRUE(std::holds_alternative<RequestError>(refused));
+    EXPECT_THAT(std::get<RequestError>(refused).description, HasSubstr(noModel.string()));
+    std::filesystem::remove(noModel);
+
+    const auto direction = resources.find("ch_ppocr_mobile_v2.0_cls_infer.onnx");
+    if (!direction)
+        GTEST_SKIP() << resources.missing("ch_ppocr_mobile_v2.0_cls_infer.onnx").description;
+    const auto opened = runtime->open(*direction, 1);
+    ASSERT_TRUE(std::holds_alternative<OnnxSession>(opened));
+    const auto& session = std::get<OnnxSession>(opened);
+    EXPECT_TRUE(std::holds_alternative<RequestError>(session.run({})));
+    const std::vector<float> values(3 * 48 * 192, 0.0f);
+    const std::array<std::int64_t, 4> tooLarge{2, 3, 48, 192};
+    const OnnxInput beyond{values, tooLarge};
+    EXPECT_TRUE(std::holds_alternative<RequestError>(session.run({&beyond, 1})));
+    const std::array<std::int64_t, 4> shape{1, 3, 48, 192};
+    const OnnxInput input{values, shape};
+    const auto outputs = session.run({&input, 1});
+    ASSERT_TRUE(std::holds_alternative<std::vector<OnnxTensor>>(outputs));
+    const auto& answer = std::get<std::vector<OnnxTensor>>(outputs).front();
+    EXPECT_EQ(answer.shape(), (std::vector<std::int64_t>{1, 2}));
+    EXPECT_NEAR(answer.values()[0] + answer.values()[1], 1.0f, 1e-4f);
+}
+
+}  // namespace
+}  // namespace kestrelid

@@ -1,0 +1,99 @@
+#include "vision/text/PpOcrTextService.h"
+#include "tests/vision/text/DrawnText.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+namespace kestrelid::test {
+namespace {
+
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+constexpr const char* kFiles[] = {"libonnxruntime.so", "ch_PP-OCRv4_det_infer.onnx",
+                                  "ch_ppocr_mobile_v2.0_cls_infer.onnx",
+                                  "ch_PP-OCRv4_rec_infer.onnx", "ppocr_keys_v1.txt"};
+
+// A resource folder that lacks what a test takes out of it.
+class PpOcrResources : public testing::Test {
+protected:
+    void SetUp() override {
+        for (const char* file : kFiles)
+            if (!fs::exists(fs::path(KESTRELID_RESOURCES_DIR) / file))
+                GTEST_SKIP() << file << " is not in " << KESTRELID_RESOURCES_DIR
+                             << ": run tools/setup";
+        fs::remove_all(folder_);
+        fs::create_directories(folder_);
+        for (const char* file : kFiles)
+            fs::create_symlink(fs::path(KESTRELID_RESOURCES_DIR) / file, folder_ / file);
+    }
+    void TearDown() override { fs::remove_all(folder_); }
+
+    fs::path folder_ = testing::TempDir() + "kestrelid-ppocr-resources";
+};
+
+TEST_F(PpOcrResources, NamesEachMissingFileAndReadsOnceItIsThere) {
+    for (const std::string file :
+         {"ch_PP-OCRv4_det_infer.onnx", "ch_ppocr_mobile_v2.0_cls_infer.onnx",
+          "ch_PP-OCRv4_rec_infer.onnx", "ppocr_keys_v1.txt"}) {
+        SCOPED_TRACE(file);
+        fs::remove(folder_ / file);
+        PpOcrTextService service({.resources = {folder_}, .threads = 1});
+        bool completed = false;
+        const auto error = service.perform(evenBitmap(64, 64), {},
+                                           [&](const RequestReport&) { completed = true; });
+        ASSERT_TRUE(error);
+        EXPECT_FALSE(completed);
+        for (const auto& part : {file, folder_.string(), std::string("run tools/setup")})
+            EXPECT_THAT(error->description, HasSubstr(part));
+
+        const auto parts = service.diagnose();
+        EXPECT_EQ(std::count_if(parts.begin(), parts.end(),
+                                [](const auto& part) { return part.available; }),
+                  4);
+        const auto missing =
+            std::find_if_not(parts.begin(), parts.end(), [](const auto& p) { return p.available; });
+        ASSERT_NE(missing, parts.end());
+        EXPECT_THAT(missing->details, HasSubstr(file));
+
+        fs::create_symlink(fs::path(KESTRELID_RESOURCES_DIR) / file, folder_ / file);
+        EXPECT_FALSE(service.perform(evenBitmap(64, 64), {}, {}))
+            << "a load that failed is tried again";
+    }
+}
+
+TEST_F(PpOcrResources, DiagnosesVersionAndPlaceOfTheLibrary) {
+    const auto parts = PpOcrTextService({.resources = {folder_}, .threads = 1}).diagnose();
+    ASSERT_EQ(parts.size(), 5u);
+    EXPECT_TRUE(parts[0].available);
+    EXPECT_THAT(parts[0].details, testing::ContainsRegex("1\\.[0-9]+.*libonnxruntime"));
+}
+
+TEST(PpOcrTextService, WithoutResourcesEveryRequestSaysWhatToDo) {
+    PpOcrTextService service(
+        {.resources = {fs::path(testing::TempDir()) / "kestrelid-nothing-here"}, .threads = 2});
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        const auto error = service.perform(evenBitmap(64, 64), {}, {});
+        ASSERT_TRUE(error);
+        EXPECT_THAT(error->description, HasSubstr("kestrelid-nothing-here"));
+        EXPECT_THAT(error->description, HasSubstr("run tools/setup"));
+    }
+    for (const auto& part : service.diagnose()) {
+        if (!part.available) {
+            EXPECT_THAT(part.details, HasSubstr("tools/setup")) << part.name;
+        }
+    }
+}
+
+TEST_F(PpOcrResources, KeepsTheFillersOfAMachineReadableZone) {
+    PpOcrTextService service({.resources = {folder_}, .threads = 2});
+    std::vector<std::string> texts;
+    ASSERT_FALSE(service.perform(drawnPage({"P<UTOWALKER<<JANE<MAY<<<<<"}), {},
+                                 [&](const RequestReport& report) { texts = textsOf(report); }));
+    EXPECT_THAT(texts,
+                testing::ElementsAre(testing::ContainsRegex("^P<UT[O0]WALKER<<JANE<MAY<<+$")));
+}
+
+}  // namespace
+}  // namespace kestrelid::test

@@ -1,0 +1,177 @@
+#include "tests/vision/text/DrawnText.h"
+#include "vision/tesseract/TesseractTextService.h"
+#include "vision/text/PpOcrTextService.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace kestrelid::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+const std::vector<std::string> kLines{"REPUBLIC OF NORTHPORT", "SURNAME WALKER",
+                                      "DATE OF BIRTH 12 MAY 1984", "PLACE HARBOUR TOWN",
+                                      "AUTHORITY PASSPORT OFFICE"};
+const std::vector<std::string> kTexts{"REPUBLICOFNORTHPORT", "SURNAMEWALKER",
+                                      "DATEOFBIRTH12MAY1984", "PLACEHARBOURTOWN",
+                                      "AUTHORITYPASSPORTOFFICE"};
+
+struct RecognizerRow {
+    const char* name;
+    std::function<std::unique_ptr<TextService>()> make;
+    std::function<std::vector<ServiceStatus>()> diagnose;
+};
+void PrintTo(const RecognizerRow& row, std::ostream* out) {
+    *out << row.name;
+}
+
+// The duties of a text service, kept by each of them on its real library and model.
+class TextServiceContract : public testing::TestWithParam<RecognizerRow> {
+protected:
+    void SetUp() override {
+        for (const auto& part : GetParam().diagnose())
+            if (!part.available)
+                GTEST_SKIP() << part.name << ": " << part.details;
+        service_ = GetParam().make();
+    }
+
+    // Fails unless completion is called once, on this thread, before perform() returns.
+    RequestReport read(const Bitmap& bitmap, const TextRequest& request = {}) {
+        RequestReport report;
+        int completions = 0;
+        const auto error = service_->perform(bitmap, request, [&](const RequestReport& given) {
+            ++completions;
+            EXPECT_EQ(std::this_thread::get_id(), caller_);
+            report = given;
+        });
+        EXPECT_FALSE(error) << error->description;
+        EXPECT_EQ(completions, 1);
+        EXPECT_TRUE(report.results);
+        EXPECT_FALSE(report.error);
+        return report;
+    }
+
+    std::unique_ptr<TextService> service_;
+    std::thread::id caller_ = std::this_thread::get_id();
+};
+
+TEST_P(TextServiceContract, ReadsAllFourTurnsInReadingOrder) {
+    for (int turns = 0; turns < 4; ++turns) {
+        SCOPED_TRACE(testing::Message() << turns << " quarter turns");
+        const RequestReport report = read(drawnPage(kLines, turns));
+        EXPECT_THAT(textsOf(report), ElementsAreArray(kTexts));
+        ASSERT_EQ(report.results->size(), kLines.size());
+        // The first line stands along the side that turned from the top; the origin is the lower
+        // left corner.
+        const auto& first = std::get<TextObservation>(report.results->front());
+        const NormalizedRect box = first.boundingBox();
+        const NormalizedPoint center{box.x + box.width / 2.0, box.y + box.height / 2.0};
+        const std::array distances{1.0 - center.y, 1.0 - center.x, center.y, center.x};
+        EXPECT_LT(distances[static_cast<std::size_t>(turns)], 0.25);
+        EXPECT_EQ(box.width > box.height, turns % 2 == 0);
+        EXPECT_GT(first.topCandidates(1).at(0).confidence, 0.6f);
+        EXPECT_LE(first.topCandidates(1).at(0).confidence, 1.0f);
+    }
+}
+
+TEST_P(TextServiceContract, ReadsEveryPixelFormatAndUnevenLight) {
+    for (const auto format : {PixelFormat::bgra8, PixelFormat::rgb8, PixelFormat::gray8}) {
+        SCOPED_TRACE(bytesPerPixel(format));
+        EXPECT_THAT(textsOf(read(drawnPage(kLines, 0, format, Paper::shaded))),
+                    ElementsAreArray(kTexts));
+    }
+}
+
+TEST_P(TextServiceContract, ReadsAShortLineInEachTurn) {
+    for (int turns = 0; turns < 4; ++turns)
+        EXPECT_THAT(textsOf(read(drawnPage({"NATIONALITY"}, turns))), ElementsAre("NATIONALITY"))
+            << turns;
+}
+
+TEST_P(TextServiceContract, FindsNothingWhereThereIsNoText) {
+    EXPECT_THAT(textsOf(read(emptyScene())), IsEmpty());
+    for (const auto& [width, height] : {std::pair(1, 1), std::pair(3, 2000), std::pair(2000, 3),
+                                        std::pair(4000, 12), std::pair(9, 5000)})
+        EXPECT_THAT(textsOf(read(evenBitmap(width, height))), IsEmpty())
+            << width << " x " << height;
+}
+
+TEST_P(TextServiceContract, AsksForEachLineOnceUntilItIsEnough) {
+    TextRequest request;
+    std::vector<std::string> asked;
+    std::atomic<bool> isAsking = false;
+    const auto ask = [&](std::string_view line) {
+        EXPECT_FALSE(isAsking.exchange(true)) << "two questions at a time";
+        asked.emplace_back(line);
+        std::erase(asked.back(), ' ');
+        isAsking = false;
+        return false;
+    };
+    request.isEnough = ask;
+    EXPECT_THAT(textsOf(read(drawnPage(kLines), request)), ElementsAreArray(kTexts));
+    EXPECT_THAT(asked, testing::UnorderedElementsAreArray(kTexts));
+
+    asked.clear();
+    request.isEnough = [&](std::string_view line) { return ask(line) || asked.size() == 2; };
+    const auto texts = textsOf(read(drawnPage(kLines), request));
+    EXPECT_EQ(asked.size(), 2u);
+    // A second thread may have a line in flight.
+    EXPECT_THAT(texts.size(), testing::AllOf(testing::Ge(2u), testing::Le(3u)));
+    EXPECT_THAT(texts, testing::IsSubsetOf(kTexts));
+}
+
+TEST_P(TextServiceContract, SeveralCallsAtOnceReadWhatOneReads) {
+    std::array<std::vector<std::string>, 4> texts;
+    {
+        std::vector<std::jthread> callers;
+        for (int caller = 0; caller < 4; ++caller)
+            callers.emplace_back([this, caller, &texts] {
+                (void)service_->perform(
+                    drawnPage(kLines, caller), {}, [&](const RequestReport& report) {
+                        texts[static_cast<std::size_t>(caller)] = textsOf(report);
+                    });
+            });
+    }
+    for (const auto& read : texts)
+        EXPECT_THAT(read, ElementsAreArray(kTexts));
+}
+
+TEST_P(TextServiceContract, RefusesLanguagesWithoutEnglish) {
+    TextRequest request;
+    for (const std::vector<std::string>& languages :
+         {std::vector<std::string>{}, {"de"}, {"english"}}) {
+        request.recognitionLanguages = languages;
+        const auto error = service_->perform(drawnPage({"TEXT"}), request, {});
+        ASSERT_TRUE(error);
+        EXPECT_THAT(error->description, testing::HasSubstr("en"));
+    }
+    request.recognitionLanguages = {"de", "en"};
+    EXPECT_FALSE(service_->perform(drawnPage({"TEXT"}), request, {}));
+}
+
+PpOcrOptions ppOcr(int threads) {
+    return {.resources = {KESTRELID_RESOURCES_DIR}, .threads = threads};
+}
+
+RecognizerRow ppOcrRow(const char* name, int threads) {
+    return {name, [=] { return std::make_unique<PpOcrTextService>(ppOcr(threads)); },
+            [=] { return PpOcrTextService(ppOcr(threads)).diagnose(); }};
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Recognizers, TextServiceContract,
+    testing::Values(ppOcrRow("ppocrOneThread", 1), ppOcrRow("ppocrTwoThreads", 2),
+                    RecognizerRow{"tesseract",
+                                  [] { return std::make_unique<TesseractTextService>(); },
+                                  [] { return TesseractTextService().diagnose(); }}),
+    [](const auto& row) { return row.param.name; });
+
+}  // namespace
+}  // namespace kestrelid::test
