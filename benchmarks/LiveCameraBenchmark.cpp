@@ -70,18 +70,18 @@ struct CountedSession {
         auto input = platform.makeInput(device);
         session->setSessionPreset(SessionPreset::photo);
         session->addInput(std::get<std::shared_ptr<CaptureInput>>(input));
-        output->setSampleBufferDelegate(counter, std::make_shared<AsioQueue>("frames", 1));
+        output->setSampleBufferDelegate(counter, std::make_shared<base::AsioQueue>("frames", 1));
         session->addOutput(output);
     }
 
-    GStreamerCapturePlatform platform{CameraOptions{}};
+    capture::GStreamerCapturePlatform platform{CameraOptions{}};
     std::shared_ptr<CaptureSession> session = platform.makeSession();
     std::shared_ptr<VideoDataOutput> output = platform.makeVideoDataOutput();
     std::shared_ptr<FrameCounter> counter = std::make_shared<FrameCounter>();
 };
 
 void firstFrame(benchmark::State& state) {
-    const TestCamera hardware(camera("desk.jpg"));
+    const test::TestCamera hardware(camera("desk.jpg"));
     for (auto _ : state) {
         CountedSession counted;
         const auto start = Clock::now();
@@ -102,17 +102,19 @@ BENCHMARK(firstFrame)
 class CameraAlone {
 public:
     CameraAlone() {
-        const auto watch = startGStreamer() ? DeviceWatch::start() : nullptr;
-        const std::vector<DeviceHandle> devices =
-            watch ? watch->devices() : std::vector<DeviceHandle>{};
-        auto parsed = parsePipeline("capsfilter name=filter caps=video/x-raw,format=YUY2 ! "
-                                    "fakesink sync=false async=false");
-        auto* pipeline = std::get_if<ElementHandle>(&parsed);
+        const auto watch = capture::startGStreamer() ? capture::DeviceWatch::start() : nullptr;
+        const std::vector<capture::DeviceHandle> devices =
+            watch ? watch->devices() : std::vector<capture::DeviceHandle>{};
+        auto parsed =
+            capture::parsePipeline("capsfilter name=filter caps=video/x-raw,format=YUY2 ! "
+                                   "fakesink sync=false async=false");
+        auto* pipeline = std::get_if<capture::ElementHandle>(&parsed);
         if (devices.empty() || !pipeline)
             return;
         GstElement* source = gst_device_create_element(devices.front().get(), nullptr);
         gst_bin_add(GST_BIN(pipeline->get()), source);
-        const ElementHandle filter(gst_bin_get_by_name(GST_BIN(pipeline->get()), "filter"));
+        const capture::ElementHandle filter(
+            gst_bin_get_by_name(GST_BIN(pipeline->get()), "filter"));
         gst_element_link(source, filter.get());
         pipeline_ = std::move(*pipeline);
         gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING);
@@ -123,7 +125,7 @@ public:
     }
 
 private:
-    ElementHandle pipeline_;
+    capture::ElementHandle pipeline_;
 };
 
 double cpuPercentOf(std::chrono::seconds time) {
@@ -136,7 +138,7 @@ double cpuPercentOf(std::chrono::seconds time) {
 // camera_percent is the yardstick: the same camera without a session.
 void idleDetection(benchmark::State& state) {
     constexpr auto kTime = std::chrono::seconds(5);
-    const TestCamera hardware(camera("desk.jpg"));
+    const test::TestCamera hardware(camera("desk.jpg"));
     for (auto _ : state) {
         double alone = 0.0;
         {
@@ -222,7 +224,7 @@ private:
 
 // A desk, and then a passport on it.
 void liveDetection(benchmark::State& state) {
-    TestCamera hardware(camera("bangladesh-on-wood.jpg"));
+    test::TestCamera hardware(camera("bangladesh-on-wood.jpg"));
     WatchedCamera watched;
     if (!watched.waitUntilReady() || !watched.waitUntilDetected(true))  // loads the models
         return state.SkipWithError("the passport is not found");

@@ -18,7 +18,7 @@ std::string page(std::int64_t words) {
     std::string text;
     for (std::int64_t word = 0; word < words; ++word) {
         if (engine() % 8 == 0) {
-            text += passportKeywords()[engine() % passportKeywords().size()];
+            text += detection::passportKeywords()[engine() % detection::passportKeywords().size()];
         } else {
             for (auto letters = 2 + engine() % 8; letters > 0; --letters)
                 text += static_cast<char>('A' + engine() % 26);
@@ -37,9 +37,11 @@ BENCHMARK(evidence)->Arg(60)->Arg(2000)->Unit(benchmark::kMillisecond);
 
 void plainRules(benchmark::State& state) {
     const std::string text = page(state.range(0));
-    const std::vector<std::string> keywords(passportKeywords().begin(), passportKeywords().end());
+    const std::vector<std::string> keywords(detection::passportKeywords().begin(),
+                                            detection::passportKeywords().end());
     for (auto _ : state) {
-        benchmark::DoNotOptimize(reference::matchKeywords(keywords, reference::normalize(text)));
+        benchmark::DoNotOptimize(
+            reference::detection::matchKeywords(keywords, reference::detection::normalize(text)));
         benchmark::DoNotOptimize(reference::mrzLikeLines(text));
     }
 }

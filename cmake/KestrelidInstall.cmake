@@ -5,7 +5,8 @@
 include(CMakePackageConfigHelpers)
 
 # The public headers, by the folder; each must compile alone (target all_verify_interface_header_sets).
-file(GLOB public_headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/include/kestrelid/*.h")
+file(GLOB public_headers CONFIGURE_DEPENDS
+    "${PROJECT_SOURCE_DIR}/include/kestrelid/*.h" "${PROJECT_SOURCE_DIR}/include/kestrelid/detection/*.h")
 target_sources(KestrelidDetection PUBLIC FILE_SET HEADERS
     BASE_DIRS "${PROJECT_SOURCE_DIR}/include" "${PROJECT_BINARY_DIR}/include"
     FILES ${public_headers} "${PROJECT_BINARY_DIR}/include/kestrelid/Export.h")

@@ -13,11 +13,11 @@
 
 #include <cstdio>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
-NormalizedRect boxOf(const opencv::Quad& quad, cv::Size size) {
-    const cv::Rect2d box = opencv::clippedBox(quad, size);
+NormalizedRect boxOf(const Quad& quad, cv::Size size) {
+    const cv::Rect2d box = clippedBox(quad, size);
     return {box.x / size.width, 1.0 - box.br().y / size.height, box.width / size.width,
             box.height / size.height};
 }
@@ -40,28 +40,28 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
         std::fprintf(stderr, "%s: %s\n", model->c_str(), error->description.c_str());
         return 1;
     }
-    const outline::OutlineNetwork network(std::get<OnnxSession>(std::move(opened)));
+    const OutlineNetwork network(std::get<OnnxSession>(std::move(opened)));
     std::puts("file\tinside\tfill\tcorners\tarea\toverlap");
     for (const auto& picture : std::get<std::vector<evaluation::LabelledPicture>>(pictures)) {
         const ImageResult decoded = readImage(picture.file);
         if (!std::holds_alternative<Image>(decoded))
             continue;
         const Bitmap bitmap = *std::get<Image>(decoded).upright().bitmap();
-        const cv::Mat small = outline::outlinePicture(bitmap);
+        const cv::Mat small = outlinePicture(bitmap);
         auto looked = network.look(small);
-        if (const auto* first = std::get_if<outline::OutlineMaps>(&looked))
+        if (const auto* first = std::get_if<OutlineMaps>(&looked))
             looked = network.lookAllWays(small, *first);  // as in doubt
-        const auto* maps = std::get_if<outline::OutlineMaps>(&looked);
+        const auto* maps = std::get_if<OutlineMaps>(&looked);
         if (!maps) {
             std::fprintf(stderr, "%s: %s\n", picture.name.c_str(),
                          std::get<RequestError>(looked).description.c_str());
             return 1;
         }
-        for (outline::MapOutline found : outline::outlinesOf(*maps)) {
+        for (MapOutline found : outlinesOf(*maps)) {
             for (cv::Point2f& corner : found.quad)
                 corner = {corner.x * static_cast<float>(small.cols),
                           corner.y * static_cast<float>(small.rows)};
-            const NormalizedRect box = boxOf(outline::sharpened(small, found.quad), small.size());
+            const NormalizedRect box = boxOf(sharpened(small, found.quad), small.size());
             const double met =
                 picture.quad
                     ? evaluation::overlap(box, evaluation::normalizedBox(
@@ -75,7 +75,7 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::vision
 
 int main(int argc, char** argv) {
     using kestrelid::ResourceFolders;

@@ -10,6 +10,7 @@
 
 int main(int argc, char** argv) {
     using namespace kestrelid;
+    using namespace kestrelid::vision;
     if (argc != 4)
         return 2;
     const auto runtime = OnnxRuntime::load(ResourceFolders({KESTRELID_RESOURCES_DIR}));

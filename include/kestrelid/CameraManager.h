@@ -1,10 +1,10 @@
 #pragma once
 
 #include <kestrelid/CaptureServices.h>
+#include <kestrelid/detection/PassportDetector.h>
 #include <kestrelid/DispatchQueue.h>
 #include <kestrelid/Export.h>
 #include <kestrelid/Image.h>
-#include <kestrelid/PassportDetector.h>
 #include <kestrelid/Published.h>
 
 #include <chrono>

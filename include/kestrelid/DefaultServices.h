@@ -1,7 +1,7 @@
 #pragma once
 
+#include <kestrelid/detection/PassportDetector.h>
 #include <kestrelid/Export.h>
-#include <kestrelid/PassportDetector.h>
 #include <kestrelid/ServiceStatus.h>
 
 #include <cstdint>
@@ -41,6 +41,11 @@ struct DefaultServicesOptions {
 /// missing becomes an error of that request. Thread: any.
 [[nodiscard]] KESTRELID_EXPORT PlatformServices
 defaultServices(const DefaultServicesOptions& options = {});
+
+/// What PassportDetector::create() takes its services from.
+struct ThisMachine {
+    [[nodiscard]] static PlatformServices services() { return defaultServices(); }
+};
 
 /// Looks for every part of both recognisers and for the outline network, and loads them once.
 /// Thread: any; takes up to a second.

@@ -8,7 +8,7 @@
 #include <pthread.h>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::base {
 
 struct AsioQueue::Loop {
     asio::io_context context;
@@ -48,4 +48,4 @@ void AsioQueue::asyncAfter(std::chrono::duration<double> delay, Block block) {
     timer->async_wait([timer, block = std::move(block)](const std::error_code&) { block(); });
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::base

@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::base {
 
 // A queue with threads of its own: one thread makes it serial, several make it concurrent.
 // Releasing it waits until all blocks, delayed ones too, have run; released from one of its own
@@ -28,4 +28,4 @@ private:
     std::vector<std::thread> threads_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::base

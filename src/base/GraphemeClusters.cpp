@@ -4,7 +4,7 @@
 #include <initializer_list>
 #include <unicode/uchar.h>
 
-namespace kestrelid {
+namespace kestrelid::base {
 
 namespace {
 
@@ -100,4 +100,4 @@ std::vector<std::string_view> characters(std::string_view text) {
     return result;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::base

@@ -1,7 +1,5 @@
 #include "base/UnicodeText.h"
 
-#include <kestrelid/TextEvidence.h>
-
 #include <algorithm>
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
@@ -13,7 +11,7 @@
 // ICU's UTF-8 macros narrow their own intermediate values.
 #pragma GCC diagnostic ignored "-Wconversion"
 
-namespace kestrelid {
+namespace kestrelid::base {
 
 namespace {
 
@@ -105,7 +103,7 @@ char32_t nextScalar(std::string_view text, std::size_t& offset) {
     return static_cast<char32_t>(scalar);
 }
 
-std::optional<std::size_t> invalidUtf8Offset(std::string_view text) {
+std::size_t wellFormedLength(std::string_view text) {
     for (std::size_t offset = 0; offset < text.size();) {
         const std::size_t start = offset;
         UChar32 scalar = 0;
@@ -113,7 +111,7 @@ std::optional<std::size_t> invalidUtf8Offset(std::string_view text) {
         if (scalar < 0)
             return start;
     }
-    return std::nullopt;
+    return text.size();
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::base

@@ -7,7 +7,7 @@
 #include <vector>
 
 // Unicode text services. Text is well-formed UTF-8 in and out. Thread: any.
-namespace kestrelid {
+namespace kestrelid::base {
 
 // Any bytes as well-formed UTF-8: ill-formed ones become U+FFFD, so that they cannot meet others
 // and make a character that nobody wrote.
@@ -37,7 +37,10 @@ inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 // text.size().
 [[nodiscard]] char32_t nextScalar(std::string_view text, std::size_t& offset);
 
+// Bytes before the first ill-formed sequence.
+[[nodiscard]] std::size_t wellFormedLength(std::string_view bytes);
+
 // Every byte below 0x80: a text for which the rules above need no tables.
 [[nodiscard]] bool isAscii(std::string_view text);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::base

@@ -1,6 +1,6 @@
 #include "capture/CameraFile.h"
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 std::optional<std::filesystem::path> cameraFile(const CameraOptions& options) {
     const std::filesystem::path path = options.camera;
@@ -10,4 +10,4 @@ std::optional<std::filesystem::path> cameraFile(const CameraOptions& options) {
     return path;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -4,7 +4,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // An open file, closed with its owner.
 class OwnedDescriptor {
@@ -34,4 +34,4 @@ private:
 // where it is refused. Takes up to a second. Thread: any.
 using OpenCameraRemote = std::function<OwnedDescriptor()>;
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -15,9 +15,9 @@ namespace kestrelid {
 namespace {
 
 std::shared_ptr<CameraAuthorization> makeAuthorization(const CameraOptions& options) {
-    if (cameraFile(options))
-        return std::make_shared<FileAuthorization>();
-    return makeCameraAuthorization(systemPermissionEnvironment());
+    if (capture::cameraFile(options))
+        return std::make_shared<capture::FileAuthorization>();
+    return capture::makeCameraAuthorization(capture::systemPermissionEnvironment());
 }
 
 // Has so many pictures read at once, and others wait. Pictures come whether or not the last one has
@@ -56,15 +56,15 @@ PlatformServices rationed(PlatformServices recognition) {
     return recognition;
 }
 
-std::shared_ptr<GStreamerCapturePlatform> platformFor(const CameraOptions& options) {
-    return std::make_shared<GStreamerCapturePlatform>(
-        options, makeCameraRemote(systemPermissionEnvironment()));
+std::shared_ptr<capture::GStreamerCapturePlatform> platformFor(const CameraOptions& options) {
+    return std::make_shared<capture::GStreamerCapturePlatform>(
+        options, capture::makeCameraRemote(capture::systemPermissionEnvironment()));
 }
 
 }  // namespace
 
 std::shared_ptr<DispatchQueue> makeSerialQueue(std::string label) {
-    return std::make_shared<AsioQueue>(std::move(label), 1);
+    return std::make_shared<base::AsioQueue>(std::move(label), 1);
 }
 
 std::vector<CameraDescription> cameras(const CameraOptions& options) {
@@ -83,8 +83,8 @@ CameraServices defaultCameraServices(std::shared_ptr<DispatchQueue> mainQueue,
 
 std::vector<ServiceStatus> diagnoseCamera(const CameraOptions& options) {
     std::vector<ServiceStatus> all = platformFor(options)->diagnose();
-    if (!cameraFile(options))
-        all.push_back(diagnosePermission(systemPermissionEnvironment()));
+    if (!capture::cameraFile(options))
+        all.push_back(capture::diagnosePermission(capture::systemPermissionEnvironment()));
     return all;
 }
 

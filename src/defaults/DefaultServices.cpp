@@ -15,27 +15,29 @@ namespace kestrelid {
 
 namespace {
 
-PpOcrOptions ppOcrOptions(const DefaultServicesOptions& options) {
-    return {.resources = resourceFolders(options.resources), .threads = options.textThreads};
+vision::PpOcrOptions ppOcrOptions(const DefaultServicesOptions& options) {
+    return {.resources = defaults::resourceFolders(options.resources),
+            .threads = options.textThreads};
 }
 
 std::shared_ptr<TextService> makeTextService(const DefaultServicesOptions& options) {
     if (options.recognizer == Recognizer::tesseract)
-        return std::make_shared<TesseractTextService>();
-    return std::make_shared<PpOcrTextService>(ppOcrOptions(options));
+        return std::make_shared<vision::TesseractTextService>();
+    return std::make_shared<vision::PpOcrTextService>(ppOcrOptions(options));
 }
 
-std::shared_ptr<NetworkRectangleService>
+std::shared_ptr<vision::NetworkRectangleService>
 makeNetworkRectangleService(const DefaultServicesOptions& options) {
-    return std::make_shared<NetworkRectangleService>(
-        resourceFolders(options.resources), std::make_shared<OpenCvRectangleService>(),
-        options.outlines == OutlineFinder::network ? OutlineMixture::never
-                                                   : OutlineMixture::doubtful);
+    return std::make_shared<vision::NetworkRectangleService>(
+        defaults::resourceFolders(options.resources),
+        std::make_shared<vision::OpenCvRectangleService>(),
+        options.outlines == OutlineFinder::network ? vision::OutlineMixture::never
+                                                   : vision::OutlineMixture::doubtful);
 }
 
 std::shared_ptr<RectangleService> makeRectangleService(const DefaultServicesOptions& options) {
     if (options.outlines == OutlineFinder::classical)
-        return std::make_shared<OpenCvRectangleService>();
+        return std::make_shared<vision::OpenCvRectangleService>();
     return makeNetworkRectangleService(options);
 }
 
@@ -46,19 +48,15 @@ PlatformServices defaultServices(const DefaultServicesOptions& options) {
     const int threads = static_cast<int>(std::max(2u, std::thread::hardware_concurrency()));
     return {.rectangles = makeRectangleService(options),
             .text = makeTextService(options),
-            .queue = std::make_shared<AsioQueue>("kestrelid.user", threads)};
+            .queue = std::make_shared<base::AsioQueue>("kestrelid.user", threads)};
 }
 
 std::vector<ServiceStatus> diagnose(const DefaultServicesOptions& options) {
-    std::vector<ServiceStatus> all = PpOcrTextService(ppOcrOptions(options)).diagnose();
-    std::vector<ServiceStatus> tesseract = TesseractTextService().diagnose();
+    std::vector<ServiceStatus> all = vision::PpOcrTextService(ppOcrOptions(options)).diagnose();
+    std::vector<ServiceStatus> tesseract = vision::TesseractTextService().diagnose();
     std::move(tesseract.begin(), tesseract.end(), std::back_inserter(all));
     all.push_back(makeNetworkRectangleService(options)->diagnose());
     return all;
-}
-
-std::shared_ptr<PassportDetector> PassportDetector::create() {
-    return create(defaultServices());
 }
 
 }  // namespace kestrelid

@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-namespace kestrelid {
+namespace kestrelid::defaults {
 
 namespace {
 
@@ -33,4 +33,4 @@ std::vector<std::filesystem::path> resourceFolders(const std::filesystem::path& 
     return folders;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::defaults

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::defaults {
 
 // Folders that may hold the models and the ONNX Runtime library, in the order in which they are
 // searched: the host's choice alone where it made one; otherwise beside the library, and where a
@@ -11,4 +11,4 @@ namespace kestrelid {
 [[nodiscard]] std::vector<std::filesystem::path>
 resourceFolders(const std::filesystem::path& chosen);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::defaults

@@ -2,7 +2,7 @@
 
 #include "base/UnicodeText.h"
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 Alphabet::Alphabet() {
     ascii_.fill(kUnknown);
@@ -10,7 +10,7 @@ Alphabet::Alphabet() {
 
 Symbol Alphabet::symbolOf(std::string_view character) const {
     Symbol symbol = kUnknown;
-    if (character.size() == 1 && isAscii(character)) {
+    if (character.size() == 1 && base::isAscii(character)) {
         symbol = ascii_[static_cast<unsigned char>(character.front())];
     } else if (const auto found = others_.find(character); found != others_.end()) {
         symbol = found->second;
@@ -20,11 +20,11 @@ Symbol Alphabet::symbolOf(std::string_view character) const {
 
 std::vector<Symbol> Alphabet::learn(std::string_view text) {
     std::vector<Symbol> symbols;
-    const std::string form = composed(text);
-    for (const std::string_view character : characters(form)) {
+    const std::string form = base::composed(text);
+    for (const std::string_view character : base::characters(form)) {
         const Symbol symbol = symbolOf(character);
         if (symbol == size_) {
-            if (character.size() == 1 && isAscii(character))
+            if (character.size() == 1 && base::isAscii(character))
                 ascii_[static_cast<unsigned char>(character.front())] = symbol;
             else
                 others_.emplace(character, symbol);
@@ -36,11 +36,11 @@ std::vector<Symbol> Alphabet::learn(std::string_view text) {
 }
 
 std::vector<Symbol> Alphabet::read(std::string_view text) const {
-    const std::string form = composed(text);
+    const std::string form = base::composed(text);
     std::vector<Symbol> symbols;
-    for (const std::string_view character : characters(form))
+    for (const std::string_view character : base::characters(form))
         symbols.push_back(symbolOf(character));
     return symbols;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

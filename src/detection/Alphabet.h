@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 // Numbers for the characters (extended grapheme clusters) that a set of patterns is written with,
 // equal for canonically equivalent ones. All other characters share one number, since they can
@@ -36,4 +36,4 @@ private:
     std::size_t size_ = 0;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

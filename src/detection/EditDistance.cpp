@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 EditPattern::EditPattern(std::span<const Symbol> symbols, std::size_t alphabetSize)
     : length_(static_cast<std::int64_t>(symbols.size())),
@@ -64,4 +64,4 @@ std::int64_t editDistance(std::string_view a, std::string_view b) {
     return column.distance();
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 // Levenshtein distance between two texts, in characters (extended grapheme clusters) that are
 // compared by canonical equivalence.
@@ -61,4 +61,4 @@ private:
     std::int64_t distance_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

@@ -8,7 +8,7 @@
 #include <map>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 namespace {
 
@@ -32,7 +32,7 @@ KeywordTable::KeywordTable(std::span<const std::string_view> keywords)
     for (const std::string_view keyword : keywords) {
         const auto [place, isNew] = seen.emplace(keyword, learnt.size());
         if (isNew)
-            learnt.push_back(alphabet_.learn(withoutDiacritics(upperCased(keyword))));
+            learnt.push_back(alphabet_.learn(base::withoutDiacritics(base::upperCased(keyword))));
         preparedOf_.push_back(place->second);
     }
     // The tolerance goes by the entry as it stands, the length of runs by the entry as it is
@@ -42,10 +42,10 @@ KeywordTable::KeywordTable(std::span<const std::string_view> keywords)
         prepared_.push_back({EditPattern(symbols, alphabet_.size()), 0,
                              static_cast<std::int64_t>(symbols.size()) + kRunBeyondKeyword});
     for (const auto& [keyword, place] : seen)
-        prepared_[place].allowedDistance =
-            std::max(kFuzzyThreshold,
-                     static_cast<std::int64_t>(static_cast<double>(characters(keyword).size()) *
-                                               kAllowedPerCharacter));
+        prepared_[place].allowedDistance = std::max(
+            kFuzzyThreshold,
+            static_cast<std::int64_t>(static_cast<double>(base::characters(keyword).size()) *
+                                      kAllowedPerCharacter));
 }
 
 const KeywordTable& KeywordTable::passport() {
@@ -134,4 +134,4 @@ std::vector<KeywordMatch> matchKeywords(std::span<const std::string_view> keywor
     return KeywordTable(keywords).matches(cleaned);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 class WordRuns;
 
@@ -64,4 +64,4 @@ private:
 [[nodiscard]] std::vector<KeywordMatch> matchKeywords(std::span<const std::string_view> keywords,
                                                       std::string_view cleaned);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

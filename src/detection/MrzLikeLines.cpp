@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 namespace {
 
@@ -30,12 +30,12 @@ std::vector<Line> linesOf(std::string_view text) {
     std::string line;
     const auto finish = [&] {
         if (!line.empty())
-            lines.push_back({line, characters(line).size()});
+            lines.push_back({line, base::characters(line).size()});
         line.clear();
     };
     for (std::size_t offset = 0; offset < text.size();) {
         const std::size_t start = offset;
-        const char32_t scalar = nextScalar(text, offset);
+        const char32_t scalar = base::nextScalar(text, offset);
         if (isLineBreak(scalar))
             finish();
         else if (scalar != ' ')
@@ -47,7 +47,7 @@ std::vector<Line> linesOf(std::string_view text) {
 
 // All of text in the alphabet of the machine-readable zone (ICAO Doc 9303-3, 4.3).
 bool isZoneText(std::string_view text) {
-    const std::string upper = upperCased(text);
+    const std::string upper = base::upperCased(text);
     return std::all_of(upper.begin(), upper.end(), [](char byte) {
         return (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') || byte == '<';
     });
@@ -60,7 +60,7 @@ bool isZoneLine(const Line& line) {
 }  // namespace
 
 MrzLikeLines detectMRZLikeLines(std::string_view text) {
-    const std::vector<Line> lines = linesOf(wellFormed(text));
+    const std::vector<Line> lines = linesOf(base::wellFormed(text));
     if (lines.size() < 2)
         return {false, "Less than 2 lines OCRed."};
     for (std::size_t index = 0; index + 1 < lines.size(); ++index) {
@@ -76,4 +76,4 @@ MrzLikeLines detectMRZLikeLines(std::string_view text) {
     return {false, "No MRZ-like pattern."};
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

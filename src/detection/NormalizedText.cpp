@@ -2,24 +2,24 @@
 
 #include "base/UnicodeText.h"
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 namespace {
 
 bool isKept(char32_t scalar) {
-    return scalar == '<' || scalar == '>' || scalar == '\'' || isAlphanumeric(scalar);
+    return scalar == '<' || scalar == '>' || scalar == '\'' || base::isAlphanumeric(scalar);
 }
 
 }  // namespace
 
 std::string normalize(std::string_view raw) {
-    const std::string folded = withoutDiacritics(upperCased(wellFormed(raw)));
+    const std::string folded = base::withoutDiacritics(base::upperCased(base::wellFormed(raw)));
     std::string cleaned;
     cleaned.reserve(folded.size());
     bool gap = false;
     for (std::size_t offset = 0; offset < folded.size();) {
         const std::size_t start = offset;
-        const char32_t scalar = nextScalar(folded, offset);
+        const char32_t scalar = base::nextScalar(folded, offset);
         if (scalar == ' ' || scalar == '\n') {
             gap = !cleaned.empty();
         } else if (isKept(scalar)) {
@@ -32,4 +32,4 @@ std::string normalize(std::string_view raw) {
     return cleaned;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

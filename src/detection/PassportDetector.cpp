@@ -1,4 +1,4 @@
-#include <kestrelid/PassportDetector.h>
+#include <kestrelid/detection/PassportDetector.h>
 
 #include "detection/KeywordTable.h"
 #include "detection/MrzLikeLines.h"
@@ -41,14 +41,15 @@ struct PassportDetector::Call {
     std::weak_ptr<const PassportDetector> detector;
     std::weak_ptr<DispatchQueue> queue;
     std::shared_ptr<TextService> text;
-    ConsoleSink console;
+    detection::ConsoleSink console;
     ValidationEffort effort;
     Bitmap bitmap;
     Completion completion;
 };
 
 PassportDetector::PassportDetector(PlatformServices services, ValidationEffort effort)
-    : keywords_(passportKeywords()), services_(withConsole(std::move(services))), effort_(effort) {}
+    : keywords_(detection::passportKeywords()), services_(withConsole(std::move(services))),
+      effort_(effort) {}
 
 PassportDetector::~PassportDetector() = default;
 
@@ -76,27 +77,28 @@ void PassportDetector::validate(const Image& image, Completion completion) {
                                                         services_.text, services_.console, effort_,
                                                         *image.bitmap(), std::move(completion)});
     services_.queue->async([call, rectangles = services_.rectangles] {
-        findRectangle(*rectangles, call->console, call->bitmap,
-                      [&call](const std::optional<RectangleObservation>& rectangle) {
-                          if (!call->detector.expired())
-                              readText(call, rectangle);
-                      });
+        detection::findRectangle(*rectangles, call->console, call->bitmap,
+                                 [&call](const std::optional<RectangleObservation>& rectangle) {
+                                     if (!call->detector.expired())
+                                         readText(call, rectangle);
+                                 });
     });
 }
 
 void PassportDetector::readText(const std::shared_ptr<const Call>& call,
                                 const std::optional<RectangleObservation>& rectangle) {
-    const auto read = [call, evidence = evaluateRectangle(rectangle, call->bitmap)] {
-        kestrelid::readText(*call->text, call->console, evidence.textBitmap, call->effort,
-                            [&](std::string recognizedText) {
-                                const std::string cleaned = normalize(recognizedText);
-                                Score score = combine(evidence.score, evidence.reason,
-                                                      KeywordTable::passport().matches(cleaned),
-                                                      detectMRZLikeLines(cleaned));
-                                call->completion(makeResult(score.isPassport, score.confidence,
-                                                            std::move(score.reasons),
-                                                            std::move(recognizedText)));
-                            });
+    const auto read = [call, evidence = detection::evaluateRectangle(rectangle, call->bitmap)] {
+        detection::readText(
+            *call->text, call->console, evidence.textBitmap, call->effort,
+            [&](std::string recognizedText) {
+                const std::string cleaned = detection::normalize(recognizedText);
+                detection::Score score =
+                    detection::combine(evidence.score, evidence.reason,
+                                       detection::KeywordTable::passport().matches(cleaned),
+                                       detection::detectMRZLikeLines(cleaned));
+                call->completion(makeResult(score.isPassport, score.confidence,
+                                            std::move(score.reasons), std::move(recognizedText)));
+            });
     };
     if (const auto queue = call->queue.lock())
         queue->async(read);

@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 namespace {
 
@@ -45,4 +45,4 @@ std::span<const std::string_view> passportKeywords() noexcept {
     return kKeywords;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

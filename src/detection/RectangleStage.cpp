@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 namespace {
 
@@ -74,4 +74,4 @@ RectangleEvidence evaluateRectangle(const std::optional<RectangleObservation>& r
             bitmap.crop(pixelBox(rectangle->boundingBox, bitmap)).value_or(bitmap)};
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

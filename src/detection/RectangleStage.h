@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 // What the outline says for a document, and where its text is.
 struct RectangleEvidence {
@@ -32,4 +32,4 @@ void findRectangle(
 [[nodiscard]] RectangleEvidence
 evaluateRectangle(const std::optional<RectangleObservation>& rectangle, const Bitmap& bitmap);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

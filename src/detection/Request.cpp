@@ -3,7 +3,7 @@
 #include <exception>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 void carryOut(const PerformRequest& perform, const FailureLabels& labels,
               const ConsoleSink& console,
@@ -36,4 +36,4 @@ void carryOut(const PerformRequest& perform, const FailureLabels& labels,
     continueOnce({});
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 using ConsoleSink = std::function<void(std::string_view line)>;
 
@@ -40,4 +40,4 @@ template <typename Kind>
     return result;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

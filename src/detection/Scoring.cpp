@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 namespace {
 
@@ -46,4 +46,4 @@ Score combine(double rectangleScore, const std::string& rectangleReason,
     return score;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

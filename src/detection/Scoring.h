@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 inline constexpr std::int64_t kKeywordsForFullScore =
     3;  // as keywordMatchThreshold of the detector
@@ -27,4 +27,4 @@ struct Score {
 [[nodiscard]] Score combine(double rectangleScore, const std::string& rectangleReason,
                             const std::vector<KeywordMatch>& matches, const MrzLikeLines& mrzLike);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

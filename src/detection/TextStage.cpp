@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 namespace {
 
@@ -65,4 +65,4 @@ void readText(TextService& service, const ConsoleSink& console, const Bitmap& bi
         [&](const std::vector<Observation>& results) { continuation(joinedLines(results)); });
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

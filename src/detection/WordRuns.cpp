@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 namespace {
 
@@ -26,8 +26,8 @@ std::vector<WordRuns::Word> splitAtSpaces(const Places& places, IsSpace isSpace)
 }  // namespace
 
 WordRuns::WordRuns(std::string_view text, const Alphabet& alphabet)
-    : text_(composed(upperCased(text))) {
-    const std::vector<std::string_view> all = characters(text_);
+    : text_(base::composed(base::upperCased(text))) {
+    const std::vector<std::string_view> all = base::characters(text_);
     isRegular_ = std::all_of(all.begin(), all.end(), [](std::string_view character) {
         return character.size() == 1 || character.find(' ') == std::string_view::npos;
     });
@@ -41,4 +41,4 @@ WordRuns::WordRuns(std::string_view text, const Alphabet& alphabet)
         symbols_.push_back(alphabet.symbolOf(character));
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

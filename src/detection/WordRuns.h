@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 
 // A text in upper case, split at every single space, ready for comparing runs of its words.
 class WordRuns {
@@ -38,4 +38,4 @@ private:
     bool isRegular_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

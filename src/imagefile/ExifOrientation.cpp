@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 // What one JPEG segment holds. PNG and WebP allow more, but libexif copies every tag's bytes, and
@@ -47,4 +47,4 @@ Orientation exifOrientation(std::span<const std::byte> exif) {
     return orientationFromTag(exif_get_short(entry->data, exif_data_get_byte_order(parsed.get())));
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

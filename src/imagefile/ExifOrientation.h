@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <span>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 // The orientation in an EXIF block, with or without its "Exif\0\0" lead. `up` where it is missing,
 // out of range or damaged. Throws std::bad_alloc.
@@ -14,4 +14,4 @@ namespace kestrelid {
 // value: of TIFF tag 0x0112. `up` where out of range.
 [[nodiscard]] Orientation orientationFromTag(int value);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -11,7 +11,7 @@
 #include <system_error>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 // Closes what it opened.
@@ -115,4 +115,4 @@ std::optional<ImageError> replaceFile(const std::filesystem::path& path,
     return std::nullopt;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

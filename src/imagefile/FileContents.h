@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 using FileBytes = std::variant<std::vector<std::byte>, ImageError>;
 
@@ -22,4 +22,4 @@ using FileBytes = std::variant<std::vector<std::byte>, ImageError>;
 [[nodiscard]] std::optional<ImageError> replaceFile(const std::filesystem::path& path,
                                                     std::span<const std::byte> contents);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 using Bytes = std::span<const std::byte>;
@@ -52,4 +52,4 @@ std::vector<Bytes> boxesAt(std::initializer_list<std::string_view> path, Bytes f
     return found;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 // The number of one to four bytes at an offset; the bytes are there.
 [[nodiscard]] std::uint32_t numberAt(std::span<const std::byte> bytes, std::size_t offset,
@@ -18,4 +18,4 @@ namespace kestrelid {
 [[nodiscard]] std::vector<std::span<const std::byte>>
 boxesAt(std::initializer_list<std::string_view> path, std::span<const std::byte> file);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

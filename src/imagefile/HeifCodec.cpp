@@ -1,8 +1,8 @@
 #include "imagefile/HeifCodec.h"
 
+#include "imagefile/DecodingLimits.h"
 #include "imagefile/HeifReferences.h"
 #include "imagefile/HevcHeader.h"
-#include "imagefile/PixelBuffer.h"
 
 #include <libheif/heif.h>
 
@@ -11,7 +11,7 @@
 #include <string>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 template <auto kRelease>
@@ -121,4 +121,4 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     return imageOver(std::move(picture), hasAlpha, alpha);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <span>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 // The primary picture, turned and mirrored as the file says, so always `up`. Throws std::bad_alloc.
 [[nodiscard]] ImageResult decodeHeif(std::span<const std::byte> file);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -1,14 +1,14 @@
 #include "imagefile/HeifReferences.h"
 
+#include "imagefile/DecodingLimits.h"
 #include "imagefile/HeifBoxes.h"
-#include "imagefile/PixelBuffer.h"
 
 #include <cstdint>
 #include <map>
 #include <utility>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 using Bytes = std::span<const std::byte>;
@@ -99,4 +99,4 @@ std::optional<ImageError> checkHeifReferences(Bytes file) {
     return std::nullopt;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

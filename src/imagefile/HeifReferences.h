@@ -6,7 +6,7 @@
 #include <optional>
 #include <span>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 // A HEIC file's item references (ISO/IEC 14496-12, 8.11.12) say which pictures one is put together
 // from. libheif follows them with a new thread for each, also around a circle and through pictures
@@ -14,4 +14,4 @@ namespace kestrelid {
 // lead to an end after a few steps and as many pictures as real files have.
 [[nodiscard]] std::optional<ImageError> checkHeifReferences(std::span<const std::byte> file);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -1,13 +1,13 @@
 #include "imagefile/HevcHeader.h"
 
+#include "imagefile/DecodingLimits.h"
 #include "imagefile/HeifBoxes.h"
-#include "imagefile/PixelBuffer.h"
 
 #include <algorithm>
 #include <array>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 using Bytes = std::span<const std::byte>;
@@ -160,4 +160,4 @@ std::optional<ImageError> checkHevcHeaders(Bytes file) {
     return std::nullopt;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

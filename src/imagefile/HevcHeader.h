@@ -6,7 +6,7 @@
 #include <optional>
 #include <span>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 // The sequence parameters in a HEIC file's decoder configurations (ISO/IEC 14496-15, 8.3.3.1) have
 // a picture size of their own, which nothing ties to the file's. libde265 takes memory by them, and
@@ -14,4 +14,4 @@ namespace kestrelid {
 // together and their size is read.
 [[nodiscard]] std::optional<ImageError> checkHevcHeaders(std::span<const std::byte> file);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

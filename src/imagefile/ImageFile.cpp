@@ -23,21 +23,21 @@ ImageResult decodeByFormat(std::span<const std::byte> file, const DecodeOptions&
     if (file.size() > kMaximumFileSize)
         return ImageError{std::to_string(file.size()) + " bytes, at most " +
                           std::to_string(kMaximumFileSize) + " are read"};
-    switch (imageFormatOf(file)) {
-    case ImageFormat::jpeg:
-        return decodeJpeg(file, options);
-    case ImageFormat::png:
-        return decodePng(file);
-    case ImageFormat::webp:
-        return decodeWebP(file);
-    case ImageFormat::tiff:
-        return decodeTiff(file);
-    case ImageFormat::heif:
-        return decodeHeif(file);
-    case ImageFormat::unknown:
+    switch (imagefile::imageFormatOf(file)) {
+    case imagefile::ImageFormat::jpeg:
+        return imagefile::decodeJpeg(file, options);
+    case imagefile::ImageFormat::png:
+        return imagefile::decodePng(file);
+    case imagefile::ImageFormat::webp:
+        return imagefile::decodeWebP(file);
+    case imagefile::ImageFormat::tiff:
+        return imagefile::decodeTiff(file);
+    case imagefile::ImageFormat::heif:
+        return imagefile::decodeHeif(file);
+    case imagefile::ImageFormat::unknown:
         break;
     }
-    return ImageError{unknownFormatCause(file)};
+    return ImageError{imagefile::unknownFormatCause(file)};
 }
 
 std::string lowerCaseExtension(const std::filesystem::path& path) {
@@ -63,10 +63,11 @@ std::optional<ImageError> encodeAndReplace(const std::filesystem::path& path, co
     if (bitmap.stride() > std::numeric_limits<int>::max())
         return ImageError{"the picture's rows lie too far apart for the encoder"};
 
-    const FileBytes encoded = jpeg ? encodeJpeg(bitmap) : encodePng(bitmap);
+    const imagefile::FileBytes encoded =
+        jpeg ? imagefile::encodeJpeg(bitmap) : imagefile::encodePng(bitmap);
     if (const auto* error = std::get_if<ImageError>(&encoded))
         return *error;
-    return replaceFile(path, std::get<std::vector<std::byte>>(encoded));
+    return imagefile::replaceFile(path, std::get<std::vector<std::byte>>(encoded));
 }
 
 }  // namespace
@@ -81,7 +82,7 @@ ImageResult decodeImage(std::span<const std::byte> file, const DecodeOptions& op
 
 ImageResult readImage(const std::filesystem::path& path, const DecodeOptions& options) {
     try {
-        const FileBytes contents = readRegularFile(path);
+        const imagefile::FileBytes contents = imagefile::readRegularFile(path);
         if (const auto* error = std::get_if<ImageError>(&contents))
             return *error;
         return decodeByFormat(std::get<std::vector<std::byte>>(contents), options);

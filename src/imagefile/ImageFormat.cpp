@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 using namespace std::string_view_literals;
@@ -71,4 +71,4 @@ std::string unknownFormatCause(std::span<const std::byte> file) {
     return found + "; JPEG, PNG, WebP, TIFF and HEIC pictures are read";
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

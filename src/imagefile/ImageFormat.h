@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 enum class ImageFormat { jpeg, png, webp, tiff, heif, unknown };
 
@@ -14,4 +14,4 @@ enum class ImageFormat { jpeg, png, webp, tiff, heif, unknown };
 // Why a file of an unknown format is not read: names the format where it is a common one.
 [[nodiscard]] std::string unknownFormatCause(std::span<const std::byte> file);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

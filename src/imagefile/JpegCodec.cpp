@@ -1,8 +1,9 @@
 #include "imagefile/JpegCodec.h"
 
+#include "base/PixelStore.h"
+#include "imagefile/DecodingLimits.h"
 #include "imagefile/ExifOrientation.h"
 #include "imagefile/JpegHeader.h"
-#include "imagefile/PixelBuffer.h"
 
 #include <turbojpeg.h>
 
@@ -13,7 +14,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 struct DestroyTurbo {
@@ -87,7 +88,7 @@ ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& opt
     const Turbo turbo(tjInitDecompress());
     if (!turbo)
         return ImageError{"the JPEG decoder does not start"};
-    PixelBuffer pixels(width, height, layout.bytesPerPixel);
+    PixelStore pixels(width, height, layout.bytesPerPixel);
     // Scans are limited, because a small file can repeat
     // a scan of a large picture hundreds of times.
     const int result =
@@ -128,4 +129,4 @@ FileBytes encodeJpeg(const Bitmap& bitmap, int quality) {
     return std::vector<std::byte>(bytes, bytes + size);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

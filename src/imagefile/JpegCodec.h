@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <span>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 // Throws std::bad_alloc.
 [[nodiscard]] ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& options);
@@ -15,4 +15,4 @@ namespace kestrelid {
 // Rows as they stand. quality: percent. Throws std::bad_alloc.
 [[nodiscard]] FileBytes encodeJpeg(const Bitmap& bitmap, int quality = 90);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 using namespace std::string_view_literals;
@@ -115,4 +115,4 @@ std::optional<JpegHeader> parseJpegHeader(Bytes file) {
     }
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

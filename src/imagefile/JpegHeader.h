@@ -5,7 +5,7 @@
 #include <optional>
 #include <span>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 // What stands in a JPEG before its first scan (ITU-T T.81, Annex B).
 struct JpegHeader {
@@ -25,4 +25,4 @@ struct JpegHeader {
 // None where the file ends before the first scan, or a scan comes before a frame.
 [[nodiscard]] std::optional<JpegHeader> parseJpegHeader(std::span<const std::byte> file);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

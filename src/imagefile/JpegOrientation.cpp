@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 namespace {
 
@@ -56,4 +56,4 @@ std::vector<std::byte> withOrientation(std::span<const std::byte> jpeg, Orientat
     return file;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

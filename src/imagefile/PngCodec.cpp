@@ -1,7 +1,8 @@
 #include "imagefile/PngCodec.h"
 
+#include "base/PixelStore.h"
+#include "imagefile/DecodingLimits.h"
 #include "imagefile/ExifOrientation.h"
-#include "imagefile/PixelBuffer.h"
 
 #include <png.h>
 
@@ -12,7 +13,7 @@
 #include <string>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 // One reading. libpng leaves a call that fails by longjmp: the member functions that call it return
@@ -31,7 +32,7 @@ public:
     [[nodiscard]] bool started() const { return info_ != nullptr; }
     [[nodiscard]] bool readHeader();
     [[nodiscard]] bool chooseLayout();
-    [[nodiscard]] bool readRows(const PixelBuffer& pixels);
+    [[nodiscard]] bool readRows(const PixelStore& pixels);
 
     [[nodiscard]] std::int64_t width() const { return png_get_image_width(png_, info_); }
     [[nodiscard]] std::int64_t height() const { return png_get_image_height(png_, info_); }
@@ -98,7 +99,7 @@ bool PngReader::chooseLayout() {
     return true;
 }
 
-bool PngReader::readRows(const PixelBuffer& pixels) {
+bool PngReader::readRows(const PixelStore& pixels) {
     if (setjmp(png_jmpbuf(png_)))
         return false;
     const int passes =
@@ -153,8 +154,8 @@ ImageResult decodePng(std::span<const std::byte> file) {
         return reader.error();
 
     const int channels = reader.channels();
-    PixelBuffer pixels(static_cast<int>(reader.width()), static_cast<int>(reader.height()),
-                       channels);
+    PixelStore pixels(static_cast<int>(reader.width()), static_cast<int>(reader.height()),
+                      channels);
     if (!reader.readRows(pixels))
         return reader.error();
     if (channels == kRgba) {
@@ -169,7 +170,7 @@ FileBytes encodePng(const Bitmap& bitmap) {
     if (bitmap.format() != PixelFormat::bgra8)
         return encodeOpaque(bitmap);
     // libpng would write the fourth byte as transparency; a Bitmap's means nothing.
-    PixelBuffer rgb(bitmap.width(), bitmap.height(), bytesPerPixel(PixelFormat::rgb8));
+    PixelStore rgb(bitmap.width(), bitmap.height(), bytesPerPixel(PixelFormat::rgb8));
     for (int y = 0; y < bitmap.height(); ++y) {
         const std::byte* from = bitmap.row(y);
         std::byte* to = rgb.row(y);
@@ -182,4 +183,4 @@ FileBytes encodePng(const Bitmap& bitmap) {
     return encodeOpaque(*std::move(rgb).toImage(PixelFormat::rgb8, Orientation::up).bitmap());
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <span>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 // Throws std::bad_alloc.
 [[nodiscard]] ImageResult decodePng(std::span<const std::byte> file);
@@ -15,4 +15,4 @@ namespace kestrelid {
 // Rows as they stand. Throws std::bad_alloc.
 [[nodiscard]] FileBytes encodePng(const Bitmap& bitmap);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

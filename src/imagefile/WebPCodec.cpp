@@ -1,7 +1,8 @@
 #include "imagefile/WebPCodec.h"
 
+#include "base/PixelStore.h"
+#include "imagefile/DecodingLimits.h"
 #include "imagefile/ExifOrientation.h"
-#include "imagefile/PixelBuffer.h"
 
 #include <webp/decode.h>
 #include <webp/demux.h>
@@ -10,7 +11,7 @@
 #include <memory>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 constexpr int kLossless = 2;  // WebPBitstreamFeatures::format
@@ -65,7 +66,7 @@ private:
 };
 
 // Decodes one picture, not an animation, to the place in pixels where left, top falls.
-std::optional<ImageError> decodeInto(const PixelBuffer& pixels, int left, int top,
+std::optional<ImageError> decodeInto(const PixelStore& pixels, int left, int top,
                                      std::span<const std::byte> picture, int channels) {
     WebPDecoderConfig config;
     if (!WebPInitDecoderConfig(&config))
@@ -109,7 +110,7 @@ ImageResult decodeWebP(std::span<const std::byte> file) {
         return decodingError(Fault::truncated, "WebP",
                              "no whole picture before the end of the file");
 
-    PixelBuffer pixels(features.width, features.height, channels);
+    PixelStore pixels(features.width, features.height, channels);
     std::span<const std::byte> picture = file;
     if (animated) {
         std::memset(pixels.bytes(), 0, pixels.size());  // transparent around the frame
@@ -124,4 +125,4 @@ ImageResult decodeWebP(std::span<const std::byte> file) {
     return std::move(pixels).toImage(PixelFormat::rgb8, container.orientation());
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <span>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 // The first picture of an animation. Throws std::bad_alloc.
 [[nodiscard]] ImageResult decodeWebP(std::span<const std::byte> file);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

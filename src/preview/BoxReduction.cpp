@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::preview {
 
 namespace {
 
@@ -58,4 +58,4 @@ QImage boxReduced(const QImage& image, int factor) {
     return reduced;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::preview

@@ -33,7 +33,7 @@ ImagePreviewViewController::ImagePreviewViewController(QString title, std::optio
       didTapRetake(std::move(retake)), didTapConfirm(std::move(confirm)) {}
 
 ImagePreviewViewController::ImagePreviewViewController(FormBuilderTag) {
-    refuseFormBuilder();
+    screens::refuseFormBuilder();
 }
 
 ImagePreviewViewController::~ImagePreviewViewController() = default;
@@ -50,8 +50,8 @@ void ImagePreviewViewController::showEvent(QShowEvent* event) {
         {QStringLiteral("didTapConfirm"),
          forwarded(*this, &ImagePreviewViewController::didTapConfirm)},
     };
-    hosted_ =
-        hostScreen(*this, QStringLiteral("ImagePreviewView"), properties, safeAreaMargins, {});
+    hosted_ = screens::hostScreen(*this, QStringLiteral("ImagePreviewView"), properties,
+                                  safeAreaMargins, {});
 }
 
 }  // namespace kestrelid

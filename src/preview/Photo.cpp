@@ -15,7 +15,7 @@
 #include <span>
 #include <variant>
 
-namespace kestrelid {
+namespace kestrelid::preview {
 
 namespace {
 
@@ -76,7 +76,7 @@ std::optional<Photo> readPhoto(const QUrl& url) {
 }
 
 QRectF aspectFit(const Photo& photo, const QRectF& bounds) {
-    const QSizeF shown = uprightSize(photo.orientation, photo.pixels.size());
+    const QSizeF shown = screens::uprightSize(photo.orientation, photo.pixels.size());
     if (shown.isEmpty() || bounds.isEmpty())
         return {};
     QRectF fitted(QPointF(), shown.scaled(bounds.size(), Qt::KeepAspectRatio));
@@ -93,19 +93,19 @@ RenderedPhoto renderPhoto(const Photo& photo, const QRectF& picture, qreal pixel
     image.fill(Qt::transparent);
 
     const QRectF target = scale.mapRect(picture);
-    const QSizeF stored = uprightSize(photo.orientation, target.size());
+    const QSizeF stored = screens::uprightSize(photo.orientation, target.size());
     const QSize pixels(std::max(1, qRound(stored.width())), std::max(1, qRound(stored.height())));
     QBrush brush(scaledTo(photo.pixels, pixels));
-    const QSizeF shown = uprightSize(photo.orientation, pixels);
+    const QSizeF shown = screens::uprightSize(photo.orientation, pixels);
     brush.setTransform(
-        uprightTransform(photo.orientation, pixels) *
+        screens::uprightTransform(photo.orientation, pixels) *
         QTransform::fromScale(target.width() / shown.width(), target.height() / shown.height()) *
         QTransform::fromTranslate(target.x(), target.y()));
 
     QPainter painter(&image);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
     painter.translate(-canvas.topLeft());
-    const QPainterPath rounded = continuousRoundedRect(target, kCornerRadius * pixelRatio);
+    const QPainterPath rounded = screens::continuousRoundedRect(target, kCornerRadius * pixelRatio);
     painter.fillPath(rounded, brush);
     QPen pen(Qt::black, kOutlineWidth * pixelRatio, Qt::SolidLine, Qt::FlatCap, Qt::SvgMiterJoin);
     pen.setMiterLimit(kMiterLimit);
@@ -114,4 +114,4 @@ RenderedPhoto renderPhoto(const Photo& photo, const QRectF& picture, qreal pixel
     return {std::move(image), scale.inverted().mapRect(QRectF(canvas))};
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::preview

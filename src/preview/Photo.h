@@ -8,7 +8,7 @@
 #include <QUrl>
 #include <QVariant>
 
-namespace kestrelid {
+namespace kestrelid::preview {
 
 // A picture as it is stored, and how it is shown.
 struct Photo {
@@ -37,4 +37,4 @@ struct RenderedPhoto {
 [[nodiscard]] RenderedPhoto renderPhoto(const Photo& photo, const QRectF& picture,
                                         qreal pixelRatio);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::preview

@@ -7,7 +7,7 @@
 #include <QThreadPool>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::preview {
 
 namespace {
 
@@ -158,4 +158,4 @@ QSGNode* PreviewPhoto::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
     return node;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::preview

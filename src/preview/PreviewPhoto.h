@@ -7,7 +7,7 @@
 #include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 
-namespace kestrelid {
+namespace kestrelid::preview {
 
 // Shows a photo whole, in the middle, with rounded corners and an outline. Reading and scaling
 // happen on other threads; only a picture of the shown size becomes a texture.
@@ -61,4 +61,4 @@ private:
     bool isNewTexture_ = false;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::preview

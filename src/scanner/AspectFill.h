@@ -4,7 +4,7 @@
 #include <QRectF>
 #include <QSizeF>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 // The middle part of a picture that fills bounds with its aspect ratio kept. Empty where either is.
 [[nodiscard]] inline QRectF aspectFillCrop(const QSizeF& picture, const QSizeF& bounds) {
@@ -18,4 +18,4 @@ namespace kestrelid {
         shown};
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

@@ -12,7 +12,7 @@
 #include <QSGTransformNode>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 namespace {
 
@@ -51,10 +51,10 @@ public:
 
     void place(const QSizeF& bounds) {
         // The bounds as the sensor lies, turned upright, then mirrored.
-        const QSizeF stored = uprightSize(orientation_, bounds);
+        const QSizeF stored = screens::uprightSize(orientation_, bounds);
         image_->setSourceRect(aspectFillCrop(size_, stored));
         image_->setRect(QRectF(QPointF(), stored));
-        QTransform placed = uprightTransform(orientation_, stored);
+        QTransform placed = screens::uprightTransform(orientation_, stored);
         if (isMirrored_)
             placed *= QTransform(-1, 0, 0, 1, bounds.width(), 0);
         setMatrix(QMatrix4x4(placed));
@@ -138,4 +138,4 @@ QSGNode* CameraPreview::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
     return node;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

@@ -6,7 +6,7 @@
 #include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 // A capture session on its way through QML.
 struct CaptureSessionHandle {
@@ -22,8 +22,8 @@ public:
 // session was given and frames have come; a second session is ignored.
 class CameraPreview : public QQuickItem {
     Q_OBJECT
-    Q_PROPERTY(
-        kestrelid::CaptureSessionHandle session READ session WRITE setSession NOTIFY sessionChanged)
+    Q_PROPERTY(kestrelid::scanner::CaptureSessionHandle session READ session WRITE setSession NOTIFY
+                   sessionChanged)
     QML_ELEMENT
 
 public:
@@ -48,4 +48,4 @@ private:
     std::shared_ptr<Surface> surface_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

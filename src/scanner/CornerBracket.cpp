@@ -6,7 +6,7 @@
 #include <QPainter>
 #include <QPainterPath>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 namespace {
 
@@ -65,4 +65,4 @@ void CornerBracket::paint(QPainter* painter) {
     painter->strokePath(bracket(corner_, frameSize_), pen);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

@@ -5,7 +5,7 @@
 #include <QRectF>
 #include <QtQml/qqmlregistration.h>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 // One bracket of a frame. Each is an item of its own, so that the live picture between them is
 // never blended with an overlay. Places itself; the line reaches 2 points beyond the frame.
@@ -34,4 +34,4 @@ private:
     QColor color_ = Qt::white;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <QPainter>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 CornerCover::CornerCover(QQuickItem* parent) : QQuickPaintedItem(parent) {
     setAntialiasing(true);
@@ -14,7 +14,7 @@ CornerCover::CornerCover(QQuickItem* parent) : QQuickPaintedItem(parent) {
 }
 
 void CornerCover::place() {
-    const qreal side = std::ceil(kContinuousCornerExtent * radius_);
+    const qreal side = std::ceil(screens::kContinuousCornerExtent * radius_);
     const QSizeF size = QSizeF(side, side).boundedTo(frameSize_);
     const bool isRight = corner_ == 1 || corner_ == 2;
     const bool isBottom = corner_ == 2 || corner_ == 3;
@@ -29,8 +29,9 @@ void CornerCover::paint(QPainter* painter) {
     QPainterPath outside;
     // Beyond the item's own edges too, so that no line of the picture shines through there.
     outside.addRect(frame.adjusted(-1.0, -1.0, 1.0, 1.0));
-    outside.addPath(continuousRoundedRect(frame, radius_));  // a hole, by the odd-even rule
+    outside.addPath(
+        screens::continuousRoundedRect(frame, radius_));  // a hole, by the odd-even rule
     painter->fillPath(outside, color_);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

@@ -4,7 +4,7 @@
 #include <QQuickPaintedItem>
 #include <QtQml/qqmlregistration.h>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 // Paints what lies outside a continuous corner, and so rounds a rectangle beneath: clips do not
 // exist in every renderer, covers do.
@@ -33,4 +33,4 @@ private:
     QColor color_ = Qt::black;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

@@ -9,7 +9,7 @@
 #include <QQmlEngine>
 #include <QQmlInfo>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 namespace {
 
@@ -41,15 +41,15 @@ bool DocumentScanner::showsPreview() const {
 }
 
 QColor DocumentScanner::bracketColor() const {
-    return QColor::fromRgba(kestrelid::bracketColor(state_));
+    return QColor::fromRgba(scanner::bracketColor(state_));
 }
 
 QColor DocumentScanner::captureDiscColor() const {
-    return QColor::fromRgba(kestrelid::captureDiscColor(state_));
+    return QColor::fromRgba(scanner::captureDiscColor(state_));
 }
 
 bool DocumentScanner::isCaptureAllowed() const {
-    return kestrelid::isCaptureAllowed(state_);
+    return scanner::isCaptureAllowed(state_);
 }
 
 DocumentScanner::Status DocumentScanner::status() const {
@@ -72,7 +72,7 @@ void DocumentScanner::makeManager() {
     QQmlEngine* engine = qmlEngine(this);
     if (!engine)
         return;
-    CameraServices services = EngineContext::of(*engine).makeServices(camera_);
+    CameraServices services = screens::EngineContext::of(*engine).makeServices(camera_);
     mainQueue_ = services.mainQueue;
     manager_ = CameraManager::create(std::move(services));
     if (!manager_)
@@ -101,4 +101,4 @@ void DocumentScanner::capture(const QVariant& completion) {
     mainQueue_->asyncAfter(kCaptureDelay, [manager = manager_] { manager->capturePhoto(); });
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

@@ -13,7 +13,7 @@
 #include <QVariant>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 // Shows one camera manager to the scanning screen. Owns it from the screen's first appearance to
 // its end; never stops it.
@@ -26,7 +26,7 @@ class DocumentScanner : public QObject {
     Q_PROPERTY(QColor captureDiscColor READ captureDiscColor NOTIFY displayChanged)
     Q_PROPERTY(bool isCaptureAllowed READ isCaptureAllowed NOTIFY displayChanged)
     Q_PROPERTY(Status status READ status NOTIFY displayChanged)
-    Q_PROPERTY(kestrelid::CaptureSessionHandle session READ session NOTIFY sessionChanged)
+    Q_PROPERTY(kestrelid::scanner::CaptureSessionHandle session READ session NOTIFY sessionChanged)
     QML_ELEMENT
 
 public:
@@ -71,4 +71,4 @@ private:
     ScannerState state_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

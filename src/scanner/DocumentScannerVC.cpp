@@ -12,7 +12,7 @@ DocumentScannerVC::DocumentScannerVC(PhotoCompletion completion, ScannerCamera c
     : QWidget(parent), completion_(std::move(completion)), camera_(std::move(camera)) {}
 
 DocumentScannerVC::DocumentScannerVC(FormBuilderTag) {
-    refuseFormBuilder();
+    screens::refuseFormBuilder();
 }
 
 DocumentScannerVC::~DocumentScannerVC() = default;
@@ -25,8 +25,8 @@ void DocumentScannerVC::showEvent(QShowEvent* event) {
         {QStringLiteral("isPresented"), false},
         {QStringLiteral("completion"), QVariant::fromValue(completion_)},
     };
-    hosted_ = hostScreen(*this, QStringLiteral("DocumentScannerView"), properties, safeAreaMargins,
-                         camera_);
+    hosted_ = screens::hostScreen(*this, QStringLiteral("DocumentScannerView"), properties,
+                                  safeAreaMargins, camera_);
 }
 
 }  // namespace kestrelid

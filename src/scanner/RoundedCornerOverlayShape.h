@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 // Points, y growing downwards.
 struct ShapePoint {
@@ -67,4 +67,4 @@ private:
     }
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

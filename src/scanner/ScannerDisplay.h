@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace kestrelid {
+namespace kestrelid::scanner {
 
 // What a camera manager publishes.
 struct ScannerState {
@@ -47,4 +47,4 @@ enum class SpokenStatus : std::uint8_t { accessRequired, notReady, ready, passpo
     return state.isSessionReady ? SpokenStatus::ready : SpokenStatus::notReady;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::scanner

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <QTransform>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 namespace {
 
@@ -51,4 +51,4 @@ QPainterPath continuousRoundedRect(const QRectF& rect, qreal radius) {
     return path;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

@@ -3,7 +3,7 @@
 #include <QPainterPath>
 #include <QRectF>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 // How far from the corner, in radii, the curve of a continuous corner begins on each edge. Unlike a
 // circle's arc its curvature grows from zero.
@@ -13,4 +13,4 @@ inline constexpr qreal kContinuousCornerExtent = 1.528665;
 // room for the curve.
 [[nodiscard]] QPainterPath continuousRoundedRect(const QRectF& rect, qreal radius);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

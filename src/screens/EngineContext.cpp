@@ -5,7 +5,7 @@
 
 #include <QQmlEngine>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 EngineContext& EngineContext::of(QQmlEngine& engine) {
     if (auto* context = engine.findChild<EngineContext*>({}, Qt::FindDirectChildrenOnly))
@@ -24,4 +24,4 @@ CameraServices EngineContext::makeServices(const QString& camera) {
     return defaultCameraServices(makeQtMainQueue(), options, *camera_.recognition);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

@@ -6,7 +6,7 @@
 
 class QQmlEngine;
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 // What the scanning screens of one engine share. Owned by the engine. Main thread.
 class EngineContext : public QObject {
@@ -26,4 +26,4 @@ private:
     ScannerCamera camera_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

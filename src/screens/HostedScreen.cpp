@@ -13,7 +13,7 @@
 #include <QQuickWidget>
 #include <QVBoxLayout>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 QQuickWidget* hostScreen(QWidget& parent, const QString& screen, QVariantMap properties,
                          const QMarginsF& safeAreaMargins, const ScannerCamera& camera) {
@@ -48,4 +48,4 @@ void refuseFormBuilder() {
     std::abort();
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

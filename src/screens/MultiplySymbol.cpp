@@ -2,7 +2,7 @@
 
 #include <QPainter>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 namespace {
 
@@ -23,4 +23,4 @@ void MultiplySymbol::paint(QPainter* painter) {
     painter->drawLine(box.topRight(), box.bottomLeft());
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

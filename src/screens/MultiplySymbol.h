@@ -4,7 +4,7 @@
 #include <QQuickPaintedItem>
 #include <QtQml/qqmlregistration.h>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 // Two diagonal strokes that fill the item.
 class MultiplySymbol : public QQuickPaintedItem {
@@ -24,4 +24,4 @@ private:
     QColor color_ = Qt::black;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

@@ -11,7 +11,7 @@
 #include <QQuickWindow>
 #include <QWidget>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 namespace {
 
@@ -82,4 +82,4 @@ void dismissPresentationOf(QWidget& widget) {
     }
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

@@ -4,7 +4,7 @@ class QQuickItem;
 class QQuickWindow;
 class QWidget;
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 // The widget that shows a scene, or null where the scene has a window of its own.
 [[nodiscard]] QWidget* widgetShowing(const QQuickWindow& scene);
@@ -18,4 +18,4 @@ void dismissPresentationOf(QQuickItem& item);
 // widget itself included.
 void dismissPresentationOf(QWidget& widget);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

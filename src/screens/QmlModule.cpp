@@ -25,7 +25,7 @@ void installQmlModule(QQmlEngine& engine) {
 }
 
 void setScannerCamera(QQmlEngine& engine, ScannerCamera camera) {
-    EngineContext::of(engine).setCamera(std::move(camera));
+    screens::EngineContext::of(engine).setCamera(std::move(camera));
 }
 
 }  // namespace kestrelid

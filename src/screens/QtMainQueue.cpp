@@ -13,7 +13,7 @@
 #include <QTimer>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 namespace {
 
@@ -115,8 +115,8 @@ void QtMainQueue::asyncAfter(std::chrono::duration<double> delay, Block block) {
     async([due, receiver = receiver_, block = std::move(block)] { runAt(due, receiver, block); });
 }
 
-std::shared_ptr<DispatchQueue> makeQtMainQueue() {
-    return std::make_shared<QtMainQueue>();
-}
+}  // namespace kestrelid::screens
 
-}  // namespace kestrelid
+std::shared_ptr<kestrelid::DispatchQueue> kestrelid::makeQtMainQueue() {
+    return std::make_shared<screens::QtMainQueue>();
+}

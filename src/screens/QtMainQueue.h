@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 // Blocks run from the event loop of the application's thread. One that is still waiting when the
 // application ends never runs.
@@ -22,4 +22,4 @@ private:
     std::shared_ptr<Receiver> receiver_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

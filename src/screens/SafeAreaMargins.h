@@ -4,7 +4,7 @@
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 // Points of a screen's edges that a notch or a system bar covers: backgrounds reach under them,
 // content does not. Set by the host.
@@ -37,4 +37,4 @@ private:
     qreal bottom_ = 0.0;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

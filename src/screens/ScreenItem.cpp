@@ -10,7 +10,7 @@
 #include <QQmlInfo>
 #include <QQuickWindow>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 ScreenItem::ScreenItem(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemIsFocusScope);
@@ -130,4 +130,4 @@ void ScreenItem::keyPressEvent(QKeyEvent* event) {
     event->ignore();
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

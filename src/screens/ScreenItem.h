@@ -8,12 +8,12 @@
 #include <QVariant>
 #include <QWidget>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 // What both screens are made on: when they are shown, what closes them, and keys. A focus scope.
 class ScreenItem : public QQuickItem {
     Q_OBJECT
-    Q_PROPERTY(kestrelid::SafeAreaMargins* safeAreaMargins READ safeAreaMargins CONSTANT)
+    Q_PROPERTY(kestrelid::screens::SafeAreaMargins* safeAreaMargins READ safeAreaMargins CONSTANT)
     Q_PROPERTY(bool isKeyboardInUse READ isKeyboardInUse WRITE setKeyboardInUse NOTIFY
                    keyboardInUseChanged)
     QML_ELEMENT
@@ -66,4 +66,4 @@ private:
     bool isKeyboardInUse_ = false;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

@@ -4,7 +4,7 @@
 
 #include <QKeyEvent>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 namespace {
 
@@ -41,4 +41,4 @@ void Tappable::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

@@ -3,7 +3,7 @@
 #include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 // The area of a control that takes touches, Tab, and the keys Space, Return and Enter.
 class Tappable : public QQuickItem {
@@ -21,4 +21,4 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

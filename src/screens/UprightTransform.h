@@ -5,7 +5,7 @@
 #include <QSizeF>
 #include <QTransform>
 
-namespace kestrelid {
+namespace kestrelid::screens {
 
 [[nodiscard]] constexpr bool swapsSides(Orientation orientation) noexcept {
     return orientation >= Orientation::leftMirrored;
@@ -42,4 +42,4 @@ namespace kestrelid {
     return {};
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::screens

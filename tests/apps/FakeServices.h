@@ -45,7 +45,7 @@ inline PlatformServices fakeServices(std::shared_ptr<RectangleService> rectangle
                                      std::shared_ptr<TextService> text) {
     return {.rectangles = std::move(rectangles),
             .text = std::move(text),
-            .queue = std::make_shared<AsioQueue>("test", 2)};
+            .queue = std::make_shared<base::AsioQueue>("test", 2)};
 }
 
 }  // namespace kestrelid::cli

@@ -6,7 +6,7 @@
 #include <latch>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::base {
 namespace {
 
 using namespace std::chrono_literals;
@@ -61,4 +61,4 @@ TEST(AsioQueue, MayBeReleasedByItsOwnBlockAndStillRunsTheRest) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::base

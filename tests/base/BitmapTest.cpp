@@ -8,9 +8,13 @@
 
 namespace kestrelid {
 
-static void PrintTo(const PixelRect& rect, std::ostream* out) {
+[[maybe_unused]] static void PrintTo(const PixelRect& rect, std::ostream* out) {
     *out << rect.x << "," << rect.y << " " << rect.width << "x" << rect.height;
 }
+
+}  // namespace kestrelid
+
+namespace kestrelid::base {
 
 namespace {
 
@@ -104,4 +108,4 @@ TEST(BitmapCrop, OfACropCountsFromItsCornerAndKeepsThePixelsAlive) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::base

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::base {
 namespace {
 
 // Where the pixel shown at x, y stands in stored rows of w
@@ -80,4 +80,4 @@ TEST(ImageUpright, SharesPixelsThatStandUprightAndCopesWithNone) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::base

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::base {
 namespace {
 
 using testing::ElementsAre;
@@ -70,4 +70,4 @@ TEST(Published, ObserverMayReleaseTheOwner) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::base

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace kestrelid {
+namespace kestrelid::camera {
 namespace {
 
 using test::CameraHarness;
@@ -183,4 +183,4 @@ TEST(CameraVerdicts, OutlastASessionSetUpAgain) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::camera

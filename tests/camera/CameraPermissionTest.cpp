@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace kestrelid {
+namespace kestrelid::camera {
 namespace {
 
 using test::CameraHarness;
@@ -131,4 +131,4 @@ TEST(CameraManagerCreation, NeedsEveryService) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::camera

@@ -5,7 +5,7 @@
 
 #include <array>
 
-namespace kestrelid {
+namespace kestrelid::camera {
 namespace {
 
 using test::CameraHarness;
@@ -199,4 +199,4 @@ TEST(CameraPhotos, UnderWayKeepTheManagerUntilTheyAreDelivered) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::camera

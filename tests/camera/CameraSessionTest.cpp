@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace kestrelid {
+namespace kestrelid::camera {
 namespace {
 
 using test::CameraHarness;
@@ -152,4 +152,4 @@ TEST(CameraSessionConfiguration, AsksForBgraOnQueuesOfItsOwn) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::camera

@@ -10,7 +10,7 @@
 #include <latch>
 #include <thread>
 
-namespace kestrelid {
+namespace kestrelid::camera {
 namespace {
 
 using test::FakePixelBuffer;
@@ -33,14 +33,14 @@ public:
 
 private:
     std::atomic<int> calls_ = 0;
-    AsioQueue workers_{"workers", 2};
+    base::AsioQueue workers_{"workers", 2};
 };
 
 // A camera on real queues, whose main queue is a thread of its own. A frame in flight holds the
 // manager beyond the end of a test, so what the manager calls shares what it needs.
 struct LiveCamera {
     LiveCamera() {
-        const auto photos = std::make_shared<AsioQueue>("photos", 2);
+        const auto photos = std::make_shared<base::AsioQueue>("photos", 2);
         platform->machine->takePhoto = [photos](std::shared_ptr<PhotoCaptureDelegate> delegate) {
             photos->async([delegate = std::move(delegate)] {
                 delegate->didFinishProcessingPhoto({}, CaptureError{"no film"});
@@ -54,7 +54,9 @@ struct LiveCamera {
              .detector = std::make_shared<WorkerDetector>(),
              .mainQueue = mainQueue,
              .makeSerialQueue =
-                 [](const std::string& label) { return std::make_shared<AsioQueue>(label, 1); },
+                 [](const std::string& label) {
+                     return std::make_shared<base::AsioQueue>(label, 1);
+                 },
              .now = [seconds] { return WallTime(std::chrono::duration<double>(++*seconds)); }});
     }
 
@@ -70,7 +72,7 @@ struct LiveCamera {
     std::shared_ptr<test::FakeAuthorization> authorization =
         std::make_shared<test::FakeAuthorization>(AuthorizationStatus::authorized);
     std::shared_ptr<test::FakePlatform> platform = std::make_shared<test::FakePlatform>();
-    std::shared_ptr<AsioQueue> mainQueue = std::make_shared<AsioQueue>("main", 1);
+    std::shared_ptr<base::AsioQueue> mainQueue = std::make_shared<base::AsioQueue>("main", 1);
     std::shared_ptr<CameraManager> manager;
 };
 
@@ -125,7 +127,8 @@ TEST(CameraThreads, ReleaseWhileFramesFlowLeavesNothingBehind) {
         const std::weak_ptr<CameraManager> weak = camera.manager;
         // Without a session, whose readiness check would keep the manager for a second.
         const auto output = camera.platform->videoOutput.lock();
-        output->setSampleBufferDelegate(camera.manager, std::make_shared<AsioQueue>("frames", 1));
+        output->setSampleBufferDelegate(camera.manager,
+                                        std::make_shared<base::AsioQueue>("frames", 1));
         std::jthread frames = deliverFrames(output);
         if (round % 2 == 0)
             std::this_thread::yield();
@@ -136,4 +139,4 @@ TEST(CameraThreads, ReleaseWhileFramesFlowLeavesNothingBehind) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::camera

@@ -110,10 +110,11 @@ void PhotoAnswers::didFinishProcessingPhoto(const CapturedPhoto& photo,
 }
 
 CaptureRig::CaptureRig(const CameraOptions& options)
-    : platform(std::make_shared<GStreamerCapturePlatform>(options)),
+    : platform(std::make_shared<capture::GStreamerCapturePlatform>(options)),
       session(platform->makeSession()), photoOutput(platform->makePhotoOutput()),
       videoOutput(platform->makeVideoDataOutput()) {
-    videoOutput->setSampleBufferDelegate(taken, std::make_shared<AsioQueue>("test.frames", 1));
+    videoOutput->setSampleBufferDelegate(taken,
+                                         std::make_shared<base::AsioQueue>("test.frames", 1));
     session->addPreviewSurface(shown);
 }
 

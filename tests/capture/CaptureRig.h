@@ -106,7 +106,7 @@ struct CaptureRig {
     void takePhotos(int number, const PhotoSettings& settings = {});
     [[nodiscard]] PhotoAnswers::Log photos(std::size_t number) const;  // waits for so many
 
-    std::shared_ptr<GStreamerCapturePlatform> platform;
+    std::shared_ptr<capture::GStreamerCapturePlatform> platform;
     std::shared_ptr<CaptureSession> session;
     std::shared_ptr<PhotoOutput> photoOutput;
     std::shared_ptr<VideoDataOutput> videoOutput;

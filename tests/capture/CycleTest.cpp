@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 using namespace test;
@@ -24,7 +24,7 @@ TEST(StartingAndReleasing, LeavesNoThreadAndNoDescriptor) {
     const auto picture = folder / "picture.png";
     writeFilm(film, 30);
     ASSERT_FALSE(writeImage(picture, Image(drawing(320, 240))));
-    const TestCamera camera;
+    const test::TestCamera camera;
     for (const Case& row : {Case{"device", "", 50}, Case{"film", film.string(), 20},
                             Case{"picture", picture.string(), 20}}) {
         SCOPED_TRACE(row.name);
@@ -40,16 +40,16 @@ TEST(StartingAndReleasing, LeavesNoThreadAndNoDescriptor) {
             rig.session = rig.platform->makeSession();
             ASSERT_EQ(rig.photos(static_cast<std::size_t>(cycle) + 1).size(), cycle + 1u);
             if (cycle == 4) {
-                threads = threadCount();
-                descriptors = descriptorCount();
+                threads = test::threadCount();
+                descriptors = test::descriptorCount();
             }
         }
-        EXPECT_TRUE(eventually([&] { return threadCount() <= threads; }))
-            << threadCount() << " after " << threads;
-        EXPECT_TRUE(eventually([&] { return descriptorCount() <= descriptors; }))
-            << descriptorCount() << " after " << descriptors;
+        EXPECT_TRUE(eventually([&] { return test::threadCount() <= threads; }))
+            << test::threadCount() << " after " << threads;
+        EXPECT_TRUE(eventually([&] { return test::descriptorCount() <= descriptors; }))
+            << test::descriptorCount() << " after " << descriptors;
     }
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 using namespace test;
@@ -29,7 +29,7 @@ TEST(Device, ThereIsNoneWithoutACamera) {
 }
 
 TEST(Device, IsChosenByName) {
-    const TestCamera cameras("device Desk\ndevice Lid\n");
+    const test::TestCamera cameras("device Desk\ndevice Lid\n");
     const CaptureRig any({});
     const auto all = any.platform->cameras();
     ASSERT_EQ(all.size(), 2u);
@@ -43,7 +43,7 @@ TEST(Device, IsChosenByName) {
 }
 
 TEST(Device, DeliversSteadyFramesOfAboutTheLiveSize) {
-    const TestCamera camera;
+    const test::TestCamera camera;
     CaptureRig rig({});
     rig.taken->keeps = 1;
     ASSERT_EQ(rig.start(), "");
@@ -74,7 +74,7 @@ class DeviceFormats : public testing::TestWithParam<FormatCase> {};
 
 TEST_P(DeviceFormats, ShowsOneAndTakesPhotosInTheLargest) {
     const FormatCase& row = GetParam();
-    const TestCamera camera("device Test Camera\n" + std::string(row.caps));
+    const test::TestCamera camera("device Test Camera\n" + std::string(row.caps));
     CaptureRig rig({});
     ASSERT_EQ(rig.start(), "");
     ASSERT_TRUE(eventually([&] { return rig.shown->count() > 2; }));
@@ -122,10 +122,10 @@ INSTANTIATE_TEST_SUITE_P(
                    {.width = 640, .height = 480}}));
 
 TEST(Device, JpegPhotosAreTheCamerasOwnWithItsOrientation) {
-    const TestCamera camera("device Test Camera\n"
-                            "property api.libcamera.rotation 270\n"
-                            "property api.libcamera.location front\n"
-                            "caps image/jpeg,width=640,height=480,framerate=30/1\n");
+    const test::TestCamera camera("device Test Camera\n"
+                                  "property api.libcamera.rotation 270\n"
+                                  "property api.libcamera.location front\n"
+                                  "caps image/jpeg,width=640,height=480,framerate=30/1\n");
     CaptureRig rig({});
     ASSERT_EQ(rig.start(), "");
     EXPECT_EQ(rig.photoOutput->availablePhotoCodecTypes(),
@@ -143,8 +143,8 @@ TEST(Device, JpegPhotosAreTheCamerasOwnWithItsOrientation) {
 
 struct LossCase {
     const char* name;
-    void (*happen)(TestCamera&);
-    void (*mend)(TestCamera&);
+    void (*happen)(test::TestCamera&);
+    void (*mend)(test::TestCamera&);
 };
 
 void PrintTo(const LossCase& row, std::ostream* out) {
@@ -154,7 +154,7 @@ void PrintTo(const LossCase& row, std::ostream* out) {
 class DeviceLoss : public testing::TestWithParam<LossCase> {};
 
 TEST_P(DeviceLoss, EndsTheSessionSoonAndItCanBeSetUpAgain) {
-    TestCamera camera;
+    test::TestCamera camera;
     CaptureRig rig({});
     ASSERT_EQ(rig.start(), "");
     ASSERT_TRUE(rig.session->isRunning());
@@ -180,20 +180,20 @@ TEST_P(DeviceLoss, EndsTheSessionSoonAndItCanBeSetUpAgain) {
 
 INSTANTIATE_TEST_SUITE_P(
     Causes, DeviceLoss,
-    testing::Values(LossCase{"unplugged", [](TestCamera& camera) { camera.unplug(); },
-                             [](TestCamera& camera) { camera.plug(); }},
+    testing::Values(LossCase{"unplugged", [](test::TestCamera& camera) { camera.unplug(); },
+                             [](test::TestCamera& camera) { camera.plug(); }},
                     LossCase{"unplugged with an error",
-                             [](TestCamera& camera) { camera.unplug(true); },
-                             [](TestCamera& camera) { camera.plug(); }},
-                    LossCase{"error", [](TestCamera& camera) { camera.set("error-after 1"); },
-                             [](TestCamera& camera) { camera.unset("error-after"); }},
-                    LossCase{"stall", [](TestCamera& camera) { camera.set("stall-after 1"); },
-                             [](TestCamera& camera) { camera.unset("stall-after"); }}));
+                             [](test::TestCamera& camera) { camera.unplug(true); },
+                             [](test::TestCamera& camera) { camera.plug(); }},
+                    LossCase{"error", [](test::TestCamera& camera) { camera.set("error-after 1"); },
+                             [](test::TestCamera& camera) { camera.unset("error-after"); }},
+                    LossCase{"stall", [](test::TestCamera& camera) { camera.set("stall-after 1"); },
+                             [](test::TestCamera& camera) { camera.unset("stall-after"); }}));
 
 TEST(Device, ThatFailsToOpenOrStartIsNotRunningAndCanBeTriedAgain) {
     for (const char* failure : {"fail open", "fail busy", "fail start", "stall-after 0"}) {
         SCOPED_TRACE(failure);
-        TestCamera camera;
+        test::TestCamera camera;
         camera.set(failure);
         CaptureRig rig({});
         const auto began = std::chrono::steady_clock::now();
@@ -209,9 +209,9 @@ TEST(Device, ThatFailsToOpenOrStartIsNotRunningAndCanBeTriedAgain) {
 }
 
 TEST(Device, ThatStallsDuringAPhotoIsLostAsSoonAsAnyOther) {
-    TestCamera camera("device Test Camera\n"
-                      "caps video/x-raw,format=YUY2,width=1280,height=720,framerate=30/1\n"
-                      "caps video/x-raw,format=YUY2,width=1920,height=1080,framerate=5/1\n");
+    test::TestCamera camera("device Test Camera\n"
+                            "caps video/x-raw,format=YUY2,width=1280,height=720,framerate=30/1\n"
+                            "caps video/x-raw,format=YUY2,width=1920,height=1080,framerate=5/1\n");
     CaptureRig rig({});
     ASSERT_EQ(rig.start(), "");
     camera.set("stall-after 0");
@@ -228,9 +228,9 @@ TEST(Device, ThatStallsDuringAPhotoIsLostAsSoonAsAnyOther) {
 TEST(Device, PhotosUnderWayAreAnsweredWhenItIsLostOrReleased) {
     for (const bool released : {false, true}) {
         SCOPED_TRACE(released ? "released" : "lost");
-        TestCamera camera("device Test Camera\n"
-                          "caps image/jpeg,width=640,height=480,framerate=30/1\n"
-                          "caps image/jpeg,width=1920,height=1080,framerate=1/2\n");
+        test::TestCamera camera("device Test Camera\n"
+                                "caps image/jpeg,width=640,height=480,framerate=30/1\n"
+                                "caps image/jpeg,width=1920,height=1080,framerate=1/2\n");
         CaptureRig rig({});
         ASSERT_EQ(rig.start(), "");
         rig.takePhotos(3);
@@ -248,4 +248,4 @@ TEST(Device, PhotosUnderWayAreAnsweredWhenItIsLostOrReleased) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <fstream>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 using namespace test;
@@ -136,4 +136,4 @@ TEST_F(FileCamera, SaysWhyAFileCannotBeShown) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <set>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 // framesPerSecond: 0 for unknown.
@@ -199,4 +199,4 @@ TEST(CameraNames, MountingComesFromLibcamera) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

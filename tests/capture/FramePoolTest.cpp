@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 // Every byte has value; rows lie further apart than they are long.
@@ -72,4 +72,4 @@ TEST(FramePool, MayDieBeforeItsBitmapsAndTakesThemBackFromAnyThread) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -9,7 +9,7 @@
 #include <atomic>
 #include <future>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 using namespace test;
@@ -42,7 +42,7 @@ private:
 
 TEST_P(Release, LetsTheDeviceGoFromAnyThreadAndNoCallComesAfterwards) {
     for (int round = 0; round < 5; ++round) {
-        const TestCamera camera;
+        const test::TestCamera camera;
         CaptureRig rig({});
         std::atomic<bool> wanted = false;
         std::atomic<bool> released = false;
@@ -63,7 +63,7 @@ TEST_P(Release, LetsTheDeviceGoFromAnyThreadAndNoCallComesAfterwards) {
         ASSERT_EQ(rig.start(), "");
         ASSERT_TRUE(eventually([&] { return rig.taken->count() > 0 && rig.shown->count() > 0; }));
         const auto began = std::chrono::steady_clock::now();
-        const auto sessionQueue = std::make_shared<AsioQueue>("test.session", 1);
+        const auto sessionQueue = std::make_shared<base::AsioQueue>("test.session", 1);
         wanted = true;
         if (GetParam().releaser == Releaser::main)
             release();
@@ -87,25 +87,25 @@ INSTANTIATE_TEST_SUITE_P(Threads, Release,
                                          ReleaseCase{"photo delegate", Releaser::photoDelegate}));
 
 TEST(SlowDelegate, HasFramesDroppedAndMemoryStaysFlat) {
-    const TestCamera camera;
+    const test::TestCamera camera;
     CaptureRig rig({});
     std::promise<void> go;
     const std::shared_future<void> gone = go.get_future().share();
     rig.taken->onFrame = [gone] { gone.wait(); };
     ASSERT_EQ(rig.start(), "");
     ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 10; }));
-    [[maybe_unused]] const long before = residentKilobytes();
+    [[maybe_unused]] const long before = test::residentKilobytes();
     ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 70; }));
     EXPECT_EQ(rig.taken->count(), 1) << "the queue is still busy with the first";
 #ifndef __SANITIZE_ADDRESS__  // which keeps what was freed for a while
-    EXPECT_LT(residentKilobytes() - before, 3 * 1280 * 720 * 4 / 1024);
+    EXPECT_LT(test::residentKilobytes() - before, 3 * 1280 * 720 * 4 / 1024);
 #endif
     go.set_value();
     EXPECT_TRUE(eventually([&] { return rig.taken->count() > 3; }));
 }
 
 TEST(SlowDelegate, ThatKeepsAllBitmapsGetsNoneUntilItLetsGo) {
-    const TestCamera camera;
+    const test::TestCamera camera;
     CaptureRig rig({});
     rig.taken->keeps = 3;
     ASSERT_EQ(rig.start(), "");
@@ -116,7 +116,7 @@ TEST(SlowDelegate, ThatKeepsAllBitmapsGetsNoneUntilItLetsGo) {
 }
 
 TEST(Consumers, MayComeAndGoWhileTheSessionRuns) {
-    const TestCamera camera;
+    const test::TestCamera camera;
     CaptureRig rig({});
     rig.shown.reset();
     rig.videoOutput->setSampleBufferDelegate({}, nullptr);
@@ -126,12 +126,13 @@ TEST(Consumers, MayComeAndGoWhileTheSessionRuns) {
     const auto late = std::make_shared<ShownFrames>();
     rig.session->addPreviewSurface(late);
     EXPECT_TRUE(eventually([&] { return late->count() > 0; }));
-    rig.videoOutput->setSampleBufferDelegate(rig.taken, std::make_shared<AsioQueue>("test", 1));
+    rig.videoOutput->setSampleBufferDelegate(rig.taken,
+                                             std::make_shared<base::AsioQueue>("test", 1));
     EXPECT_TRUE(eventually([&] { return rig.taken->count() > 1; }));
 }
 
 TEST(Configuration, TakesEffectWhenItIsCommittedAndOneOfEachKindFits) {
-    const TestCamera camera;
+    const test::TestCamera camera;
     CaptureRig rig({});
     const auto makeInput = [&] {
         return std::get<std::shared_ptr<CaptureInput>>(
@@ -161,4 +162,4 @@ TEST(Configuration, TakesEffectWhenItIsCommittedAndOneOfEachKindFits) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -13,7 +13,7 @@
 #include <future>
 #include <set>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 using namespace test;
@@ -68,10 +68,10 @@ private:
 };
 
 TEST(SlowDetector, IsGivenThreePicturesAtOnceAndTheirMemoryAgain) {
-    const TestCamera camera;
+    const test::TestCamera camera;
     const auto detector = std::make_shared<HoldingDetector>();
     const auto shown = std::make_shared<ShownFrames>();
-    const auto mainQueue = std::make_shared<AsioQueue>("test.main", 1);
+    const auto mainQueue = std::make_shared<base::AsioQueue>("test.main", 1);
     std::atomic<int> second = 0;  // every frame is due
     auto manager = CameraManager::create(
         {.authorization = std::make_shared<FakeAuthorization>(AuthorizationStatus::authorized),
@@ -79,7 +79,7 @@ TEST(SlowDetector, IsGivenThreePicturesAtOnceAndTheirMemoryAgain) {
          .detector = detector,
          .mainQueue = mainQueue,
          .makeSerialQueue =
-             [](const std::string& label) { return std::make_shared<AsioQueue>(label, 1); },
+             [](const std::string& label) { return std::make_shared<base::AsioQueue>(label, 1); },
          .now = [&second] { return WallTime(std::chrono::seconds(++second)); }});
     manager->session()->addPreviewSurface(shown);
     mainQueue->async([&] { manager->checkAuthorization(); });
@@ -106,4 +106,4 @@ TEST(SlowDetector, IsGivenThreePicturesAtOnceAndTheirMemoryAgain) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -7,7 +7,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace kestrelid {
+namespace kestrelid::test {
 namespace {
 
 // The program's folder, and the variables that lead GStreamer to it. The registry is kept from
@@ -118,4 +118,4 @@ void TestCamera::write() const {
     std::filesystem::rename(draft, environment.control());
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::test

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::test {
 
 // Cameras without hardware for the program that links this file; provider/README.md has the words
 // of their description. The program's environment is set before main, so that GStreamer finds the
@@ -46,4 +46,4 @@ private:
     std::vector<std::string> lines_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::test

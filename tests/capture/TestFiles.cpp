@@ -51,18 +51,18 @@ bool isRed(const Bitmap& bitmap, double x, double y) {
 }
 
 void writeFilm(const std::filesystem::path& path, int frames) {
-    ASSERT_TRUE(startGStreamer());
-    CameraSource::Assembled made =
-        parsePipeline("videotestsrc pattern=ball num-buffers=" + std::to_string(frames) +
-                      " ! video/x-raw,width=320,height=240,framerate=30/1 ! jpegenc ! avimux ! "
-                      "filesink name=sink");
-    ASSERT_TRUE(std::holds_alternative<ElementHandle>(made));
-    GstElement* pipeline = std::get<ElementHandle>(made).get();
-    const ElementHandle sink(gst_bin_get_by_name(GST_BIN(pipeline), "sink"));
+    ASSERT_TRUE(capture::startGStreamer());
+    capture::CameraSource::Assembled made = capture::parsePipeline(
+        "videotestsrc pattern=ball num-buffers=" + std::to_string(frames) +
+        " ! video/x-raw,width=320,height=240,framerate=30/1 ! jpegenc ! avimux ! "
+        "filesink name=sink");
+    ASSERT_TRUE(std::holds_alternative<capture::ElementHandle>(made));
+    GstElement* pipeline = std::get<capture::ElementHandle>(made).get();
+    const capture::ElementHandle sink(gst_bin_get_by_name(GST_BIN(pipeline), "sink"));
     g_object_set(sink.get(), "location", path.c_str(), nullptr);
     gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    const BusHandle bus(gst_element_get_bus(pipeline));
-    const MessageHandle message(gst_bus_timed_pop_filtered(
+    const capture::BusHandle bus(gst_element_get_bus(pipeline));
+    const capture::MessageHandle message(gst_bus_timed_pop_filtered(
         bus.get(), 10 * GST_SECOND,
         static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
     gst_element_set_state(pipeline, GST_STATE_NULL);

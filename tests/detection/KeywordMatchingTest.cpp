@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 namespace {
 
 using testing::Contains;
@@ -125,4 +125,4 @@ TEST(EditDistance, ComparesCharactersByCanonicalEquivalence) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 namespace {
 
 const std::string kFirst = "P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<";
@@ -68,4 +68,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 namespace {
 
 using test::rectangleOf;
@@ -425,4 +425,4 @@ TEST(Version, IsExported) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

@@ -9,7 +9,7 @@
 #include <latch>
 #include <thread>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 namespace {
 
 // Safe to call from several threads at once, unlike the recording fakes.
@@ -33,7 +33,7 @@ class Text final : public TextService {
 PlatformServices services(int threads) {
     return {.rectangles = std::make_shared<Rectangles>(),
             .text = std::make_shared<Text>(),
-            .queue = std::make_shared<AsioQueue>("test", threads)};
+            .queue = std::make_shared<base::AsioQueue>("test", threads)};
 }
 
 TEST(PassportDetectorThreads, OverlappingCallsAreIndependent) {
@@ -124,4 +124,4 @@ TEST(PassportDetectorThreads, MayBeReleasedInItsOwnCompletion) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

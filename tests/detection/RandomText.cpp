@@ -37,7 +37,7 @@ std::string randomWord(std::mt19937& engine) {
     case 0:
     case 1:
     case 2: {  // a keyword with misread letters
-        word = passportKeywords()[below(engine, passportKeywords().size())];
+        word = detection::passportKeywords()[below(engine, detection::passportKeywords().size())];
         for (std::size_t edits = below(engine, 7); edits > 0 && !word.empty(); --edits) {
             const std::size_t place = below(engine, word.size());
             const char letter = static_cast<char>('A' + below(engine, 26));

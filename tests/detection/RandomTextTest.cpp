@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 namespace {
 
 std::vector<std::pair<std::string, std::int64_t>> plain(const std::vector<KeywordMatch>& matches) {
@@ -59,4 +59,4 @@ TEST(RandomText, FindsZoneLinesAsThePlainRules) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
-namespace kestrelid {
+namespace kestrelid::detection {
 namespace {
 
 struct Answer {
@@ -65,4 +65,4 @@ TEST(VerdictOnly, StopsOnceThreeEntriesHaveMatchedWithinLines) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::detection

@@ -11,7 +11,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace kestrelid;
     const std::string_view text(reinterpret_cast<const char*>(data), size);
-    const MrzLikeLines answer = detectMRZLikeLines(text);
+    const MrzLikeLines answer = detection::detectMRZLikeLines(text);
     if (!invalidUtf8Offset(text) &&
         std::pair(answer.found, answer.reason) != reference::mrzLikeLines(text))
         std::abort();

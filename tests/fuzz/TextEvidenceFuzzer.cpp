@@ -15,13 +15,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace kestrelid;
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     const TextEvidence evidence = textEvidence(text);
-    if (normalize(evidence.cleaned) != composed(evidence.cleaned))
+    if (detection::normalize(evidence.cleaned) != base::composed(evidence.cleaned))
         std::abort();
     if (invalidUtf8Offset(text) || size > 96)  // the plain rules are slow
         return 0;
     if (reference::normalize(text) != evidence.cleaned)
         std::abort();
-    const std::vector<std::string> keywords(passportKeywords().begin(), passportKeywords().end());
+    const std::vector<std::string> keywords(detection::passportKeywords().begin(),
+                                            detection::passportKeywords().end());
     const auto expected = reference::matchKeywords(keywords, evidence.cleaned);
     if (expected.size() != evidence.matches.size())
         std::abort();

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 int lumaOf(const Rgb& color) {
     return static_cast<int>(std::lround(0.299 * color[0] + 0.587 * color[1] + 0.114 * color[2]));
@@ -73,4 +73,4 @@ std::string causeOf(const ImageResult& result) {
     return error->cause;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

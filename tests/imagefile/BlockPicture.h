@@ -5,7 +5,7 @@
 #include <array>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 using Rgb = std::array<int, 3>;
 
@@ -35,4 +35,4 @@ inline constexpr std::array<Rgb, kColumns* kRows> kBlockColors = {
 // it is an image, or the cause is not one printable line.
 [[nodiscard]] std::string causeOf(const ImageResult& result);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -6,7 +6,7 @@
 
 #include <random>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 struct Intact {
@@ -109,4 +109,4 @@ TEST(DamagedPicture, PaddedJpegIsWhole) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -7,7 +7,7 @@
 
 #include <string_view>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 using testing::HasSubstr;
@@ -242,4 +242,4 @@ TEST(DecodeImage, NamesWhatItDoesNotRead) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

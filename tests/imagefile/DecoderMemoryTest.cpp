@@ -7,7 +7,7 @@
 
 #include <fstream>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 constexpr std::int64_t kMegabyte = 1024 * 1024;
@@ -78,4 +78,4 @@ TEST(DecoderMemory, IsAboutTwiceThePicture) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -15,7 +15,7 @@
 #include <iterator>
 #include <string_view>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 enum class Samples { rgb, rgba, gray, grayAlpha, whiteIsZero, palette, ink };
@@ -444,4 +444,4 @@ Bytes committedHeic(const char* name) {
     return bytes;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

@@ -10,7 +10,7 @@
 
 // Files as the codec libraries write them. All of them
 // fail the test that asks for what a library refuses.
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 using Bytes = std::vector<std::byte>;
 
@@ -65,4 +65,4 @@ struct TiffCase {
 // blockPicture() in tests/image/data/, because few machines have an HEVC encoder.
 [[nodiscard]] Bytes committedHeic(const char* name = "blocks.heic");
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

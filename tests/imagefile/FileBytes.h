@@ -7,7 +7,7 @@
 #include <string_view>
 
 // What tests look for and change in the bytes of a picture file.
-namespace kestrelid {
+namespace kestrelid::imagefile {
 
 inline Bytes bytesOf(std::string_view text) {
     const auto* bytes = reinterpret_cast<const std::byte*>(text.data());
@@ -29,4 +29,4 @@ inline void writeNumber(Bytes& file, std::size_t at, std::uint32_t value, int by
             static_cast<std::byte>(value >> 8 * (bigEndian ? bytes - 1 - i : i) & 255);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

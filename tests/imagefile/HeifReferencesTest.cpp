@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 struct Reference {
@@ -122,4 +122,4 @@ TEST(HeifReferences, InACircleAreNotDecoded) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

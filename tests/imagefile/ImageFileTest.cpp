@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 namespace fs = std::filesystem;
@@ -140,4 +140,4 @@ TEST_F(ImageFile, ThatCannotBeWrittenLeavesNothingBehind) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

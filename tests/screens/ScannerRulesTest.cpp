@@ -10,43 +10,85 @@ namespace kestrelid {
 namespace {
 
 TEST(ScannerDisplay, EachStateShowsItsOwn) {
-    constexpr Argb green = 0xff22c55e;
+    constexpr scanner::Argb green = 0xff22c55e;
     struct Row {
-        ScannerState state;  // authorized, ready, detected
-        CameraArea area;
-        Argb bracket;
-        Argb disc;
+        scanner::ScannerState state;  // authorized, ready, detected
+        scanner::CameraArea area;
+        scanner::Argb bracket;
+        scanner::Argb disc;
         bool allowed;
-        SpokenStatus spoken;
+        scanner::SpokenStatus spoken;
     };
-    using enum CameraArea;
+    using enum scanner::CameraArea;
     const std::vector<Row> rows = {
-        {{false, false, false}, accessRequired, kWhite, kGray, false, SpokenStatus::accessRequired},
-        {{false, false, true}, accessRequired, green, kGray, false, SpokenStatus::accessRequired},
-        {{false, true, false}, accessRequired, kWhite, kWhite, true, SpokenStatus::accessRequired},
-        {{false, true, true}, accessRequired, green, kWhite, true, SpokenStatus::accessRequired},
-        {{true, false, false}, preview, kWhite, kGray, false, SpokenStatus::notReady},
-        {{true, false, true}, preview, green, kGray, false, SpokenStatus::passportInView},
-        {{true, true, false}, preview, kWhite, kWhite, true, SpokenStatus::ready},
-        {{true, true, true}, preview, green, kWhite, true, SpokenStatus::passportInView},
+        {{false, false, false},
+         accessRequired,
+         scanner::kWhite,
+         scanner::kGray,
+         false,
+         scanner::SpokenStatus::accessRequired},
+        {{false, false, true},
+         accessRequired,
+         green,
+         scanner::kGray,
+         false,
+         scanner::SpokenStatus::accessRequired},
+        {{false, true, false},
+         accessRequired,
+         scanner::kWhite,
+         scanner::kWhite,
+         true,
+         scanner::SpokenStatus::accessRequired},
+        {{false, true, true},
+         accessRequired,
+         green,
+         scanner::kWhite,
+         true,
+         scanner::SpokenStatus::accessRequired},
+        {{true, false, false},
+         preview,
+         scanner::kWhite,
+         scanner::kGray,
+         false,
+         scanner::SpokenStatus::notReady},
+        {{true, false, true},
+         preview,
+         green,
+         scanner::kGray,
+         false,
+         scanner::SpokenStatus::passportInView},
+        {{true, true, false},
+         preview,
+         scanner::kWhite,
+         scanner::kWhite,
+         true,
+         scanner::SpokenStatus::ready},
+        {{true, true, true},
+         preview,
+         green,
+         scanner::kWhite,
+         true,
+         scanner::SpokenStatus::passportInView},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.state.isAuthorized << row.state.isSessionReady
                                         << row.state.isDocumentDetected);
-        EXPECT_EQ(cameraArea(row.state), row.area);
-        EXPECT_EQ(bracketColor(row.state), row.bracket);
-        EXPECT_EQ(captureDiscColor(row.state), row.disc);
-        EXPECT_EQ(isCaptureAllowed(row.state), row.allowed);
-        EXPECT_EQ(spokenStatus(row.state), row.spoken);
+        EXPECT_EQ(scanner::cameraArea(row.state), row.area);
+        EXPECT_EQ(scanner::bracketColor(row.state), row.bracket);
+        EXPECT_EQ(scanner::captureDiscColor(row.state), row.disc);
+        EXPECT_EQ(scanner::isCaptureAllowed(row.state), row.allowed);
+        EXPECT_EQ(scanner::spokenStatus(row.state), row.spoken);
     }
 }
 
-using Points = std::vector<ShapePoint>;  // start, start of the bend, corner, end of the bend, end
+using Points =
+    std::vector<scanner::ShapePoint>;  // start, start of the bend, corner, end of the bend, end
 
-std::vector<Points> brackets(const RoundedCornerOverlayShape& shape, const ShapeRect& rect) {
-    using enum PathElement::Kind;
+std::vector<Points> brackets(const scanner::RoundedCornerOverlayShape& shape,
+                             const scanner::ShapeRect& rect) {
+    using enum scanner::PathElement::Kind;
     std::vector<Points> all;
-    for (const CornerPath& path : shape.path(rect)) {
+    for (const scanner::CornerPath& path : shape.path(rect)) {
         EXPECT_EQ(path[0].kind, move);
         EXPECT_EQ(path[1].kind, line);
         EXPECT_EQ(path[2].kind, quadraticCurve);
@@ -59,8 +101,8 @@ std::vector<Points> brackets(const RoundedCornerOverlayShape& shape, const Shape
 TEST(RoundedCornerOverlayShape, BracketsInOrderClockwise) {
     struct Row {
         const char* name;
-        RoundedCornerOverlayShape shape;
-        ShapeRect rect;
+        scanner::RoundedCornerOverlayShape shape;
+        scanner::ShapeRect rect;
         std::vector<Points> expected;
     };
     const std::vector<Row> rows = {
@@ -105,7 +147,7 @@ TEST(AspectFill, KeepsTheMiddle) {
         {"nothing to draw", {0, 0}, {320, 180}, {}},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(aspectFillCrop(row.picture, row.bounds), row.crop) << row.name;
+        EXPECT_EQ(scanner::aspectFillCrop(row.picture, row.bounds), row.crop) << row.name;
 }
 
 TEST(UprightTransform, PlacesTheStoredTopLeftCorner) {
@@ -126,7 +168,7 @@ TEST(UprightTransform, PlacesTheStoredTopLeftCorner) {
         {Orientation::left, {0, 40}, {0, 0}},
     };
     for (const auto& row : rows) {
-        const QTransform placed = uprightTransform(row.orientation, {40, 30});
+        const QTransform placed = screens::uprightTransform(row.orientation, {40, 30});
         EXPECT_EQ(placed.map(QPointF(0, 0)), row.topLeft) << static_cast<int>(row.orientation);
         EXPECT_EQ(placed.map(QPointF(40, 0)), row.topRight) << static_cast<int>(row.orientation);
     }

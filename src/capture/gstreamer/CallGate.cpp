@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <chrono>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 bool CallGate::enter() {
     const std::lock_guard lock(mutex_);
@@ -29,4 +29,4 @@ bool CallGate::close() {
     return mine == 0;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

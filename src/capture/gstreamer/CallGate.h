@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // Lets calls to a host through until it is closed. Thread: any.
 class CallGate {
@@ -41,4 +41,4 @@ private:
     bool closed_ = false;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

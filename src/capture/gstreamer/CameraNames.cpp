@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <set>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -44,4 +44,4 @@ Mounting mountingFrom(const std::string& location, const std::string& rotation) 
     return mounting;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // A camera as a provider of GStreamer announces it.
 struct AnnouncedCamera {
@@ -27,4 +27,4 @@ struct NamedCamera {
 // From the properties api.libcamera.location and api.libcamera.rotation; empty: unknown.
 [[nodiscard]] Mounting mountingFrom(const std::string& location, const std::string& rotation);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -1,6 +1,6 @@
 #include "capture/gstreamer/CameraSource.h"
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 CameraSource::Assembled parsePipeline(const std::string& description) {
     GError* error = nullptr;
@@ -12,4 +12,4 @@ CameraSource::Assembled parsePipeline(const std::string& description) {
     return pipeline;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -11,7 +11,7 @@
 #include <variant>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // Elements of these names are looked for in what a source assembles.
 inline constexpr const char* kSinkName = "sink";      // appsink of BGRA or BGRx; always
@@ -49,4 +49,4 @@ public:
 // A pipeline as gst_parse_launch() takes it.
 [[nodiscard]] CameraSource::Assembled parsePipeline(const std::string& description);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -185,4 +185,4 @@ CapsHandle capsFor(const VideoFormat& format) {
     return caps;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // What caps of a camera offer and capture can use, each size and rate once. Ranges are represented
 // by their ends and by common values inside.
@@ -14,4 +14,4 @@ namespace kestrelid {
 // For a capsfilter.
 [[nodiscard]] CapsHandle capsFor(const VideoFormat& format);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -118,4 +118,4 @@ std::vector<FoundCamera> findCameras(const std::shared_ptr<DeviceWatch>& watch) 
     return found;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

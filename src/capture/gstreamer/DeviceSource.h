@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // A camera of the machine.
 class DeviceSource final : public CameraSource, public std::enable_shared_from_this<DeviceSource> {
@@ -42,4 +42,4 @@ struct FoundCamera {
 // The cameras that are there now and have a format that can be used.
 [[nodiscard]] std::vector<FoundCamera> findCameras(const std::shared_ptr<DeviceWatch>& watch);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

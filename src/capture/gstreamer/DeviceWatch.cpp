@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 struct DeviceWatch::Removals {
     struct Watched {
@@ -129,4 +129,4 @@ GstBusSyncReply DeviceWatch::noticed(GstBus* /*bus*/, GstMessage* message, gpoin
     return GST_BUS_DROP;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -8,7 +8,7 @@
 #include <mutex>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // Follows which cameras come and go. Thread: any.
 class DeviceWatch {
@@ -48,4 +48,4 @@ private:
     const std::shared_ptr<Removals> removals_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -11,7 +11,7 @@
 #include <exception>
 #include <fstream>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -20,7 +20,8 @@ bool isPicture(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     file.read(start.data(), start.size());
     const auto read = static_cast<std::size_t>(file.gcount());
-    return imageFormatOf(std::as_bytes(std::span(start).first(read))) != ImageFormat::unknown;
+    return imagefile::imageFormatOf(std::as_bytes(std::span(start).first(read))) !=
+           imagefile::ImageFormat::unknown;
 }
 
 GStreamerDevice::Opened openPicture(const std::filesystem::path& path) {
@@ -46,4 +47,4 @@ GStreamerDevice::Opened openCameraFile(const std::filesystem::path& path) noexce
     }
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

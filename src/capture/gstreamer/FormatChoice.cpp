@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <tuple>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -95,4 +95,4 @@ PhotoDimensions liveDimensions(const PhotoDimensions& size) {
     return {.width = even(size.width * scale), .height = even(size.height * scale)};
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // What frames for showing and detecting are wanted in.
 inline constexpr PhotoDimensions kLiveDimensions{.width = 1280, .height = 720};
@@ -28,4 +28,4 @@ inline constexpr PhotoDimensions kLiveDimensions{.width = 1280, .height = 720};
 // About kLiveDimensions in area, with the shape of size; size itself where it is no larger.
 [[nodiscard]] PhotoDimensions liveDimensions(const PhotoDimensions& size);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 FrameDelivery::FrameDelivery()
     : surfaceCalls_(std::make_shared<CallGate>()), outputCalls_(std::make_shared<CallGate>()) {}
@@ -69,4 +69,4 @@ bool FrameDelivery::close() {
     return surfaceCalls_->close();
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -10,7 +10,7 @@
 #include <mutex>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // Takes the frames of one session to its preview surfaces and its video output.
 class FrameDelivery {
@@ -38,4 +38,4 @@ private:
     Mounting mounting_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 struct FramePool::Memory {
     using Block = std::unique_ptr<std::byte[]>;
@@ -67,4 +67,4 @@ std::optional<Bitmap> FramePool::copy(const Bitmap& frame) {
                         size);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // Memory for three frames of BGRA8, reused. Whoever holds a bitmap keeps its memory from the pool,
 // and may hold it longer than the pool lives. Thread: any.
@@ -24,4 +24,4 @@ private:
     std::shared_ptr<Memory> memory_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

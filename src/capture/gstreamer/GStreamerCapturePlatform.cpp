@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -149,4 +149,4 @@ GStreamerCapturePlatform::makeInput(std::shared_ptr<CaptureDevice> device) {
         std::get<std::shared_ptr<const CameraSource>>(std::move(opened)), own->mounting());
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -2,15 +2,15 @@
 
 #include "capture/CameraRemote.h"
 
+#include <kestrelid/CameraOptions.h>
 #include <kestrelid/CaptureServices.h>
-#include <kestrelid/DefaultCamera.h>
 #include <kestrelid/ServiceStatus.h>
 
 #include <memory>
 #include <mutex>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 class DeviceWatch;
 struct FoundCamera;
@@ -49,4 +49,4 @@ private:
     std::shared_ptr<DeviceWatch> remoteWatch_;  // once one was opened
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -11,7 +11,7 @@
 #include <utility>
 #include <variant>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // A camera or file before it is opened.
 class GStreamerDevice final : public CaptureDevice {
@@ -34,4 +34,4 @@ private:
     const std::function<Opened()> open_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // One reference; a free function of GStreamer cannot stand as a template's argument, because most
 // of them are inline and have no linkage.
@@ -62,4 +62,4 @@ inline std::string errorText(GstMessage* message) {
     return error ? error->message : "unknown error";
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // How a camera is mounted.
 struct Mounting {
@@ -28,4 +28,4 @@ private:
     const Mounting mounting_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

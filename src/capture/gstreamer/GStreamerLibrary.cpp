@@ -5,7 +5,7 @@
 #include <array>
 #include <cstddef>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::vector<ServiceStatus> diagnoseGStreamer() {
     return all;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // Starts GStreamer on the first call; false where it cannot. Thread: any.
 [[nodiscard]] bool startGStreamer();
@@ -13,4 +13,4 @@ namespace kestrelid {
 // The plugins that capture needs, and GStreamer itself.
 [[nodiscard]] std::vector<ServiceStatus> diagnoseGStreamer();
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 class SessionEngine;
 
@@ -53,4 +53,4 @@ private:
     const std::shared_ptr<PhotoDesk> desk_ = std::make_shared<PhotoDesk>();
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

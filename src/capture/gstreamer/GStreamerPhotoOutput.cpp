@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -67,4 +67,4 @@ void GStreamerPhotoOutput::detach(const std::string& cause) {
     desk_->failAll(cause);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

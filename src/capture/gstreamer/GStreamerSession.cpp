@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 GStreamerSession::GStreamerSession()
     : delivery_(std::make_shared<FrameDelivery>()),
@@ -90,4 +90,4 @@ void GStreamerSession::addPreviewSurface(std::weak_ptr<PreviewSurface> surface) 
     delivery_->addSurface(std::move(surface));
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

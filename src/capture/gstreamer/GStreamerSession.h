@@ -9,7 +9,7 @@
 
 #include <memory>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 class GStreamerSession final : public CaptureSession {
 public:
@@ -41,4 +41,4 @@ private:
     std::shared_ptr<GStreamerVideoOutput> newVideoOutput_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

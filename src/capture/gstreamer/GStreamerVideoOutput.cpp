@@ -3,7 +3,7 @@
 #include <atomic>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -76,4 +76,4 @@ void GStreamerVideoOutput::post(const Bitmap& frame, const std::shared_ptr<CallG
     });
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -130,4 +130,4 @@ void LivePipeline::takeStill(GstPad* pad, GstBuffer* buffer) {
     listener_->stillTaken(SampleHandle(gst_sample_new(copy.get(), caps.get(), nullptr, nullptr)));
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

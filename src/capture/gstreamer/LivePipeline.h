@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // What a running pipeline tells. Thread: any of GStreamer's.
 class PipelineListener {
@@ -68,4 +68,4 @@ private:
     std::optional<VideoFormat> armed_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -50,4 +50,4 @@ std::optional<Bitmap> mapFrame(SampleHandle sample) {
                         std::shared_ptr<const std::byte[]>(mapping, first), size);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -6,10 +6,10 @@
 
 #include <optional>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // The pixels of a sample in BGRA or BGRx, without copying: the bitmap holds the sample. None where
 // it is something else.
 [[nodiscard]] std::optional<Bitmap> mapFrame(SampleHandle sample);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -10,7 +10,7 @@
 #include <variant>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -23,7 +23,7 @@ constexpr std::chrono::milliseconds kPatience{2500};
 struct Exposure {
     Still still;
     PhotoSettings settings;
-    std::optional<FileBytes> file;  // desk's thread
+    std::optional<imagefile::FileBytes> file;  // desk's thread
 };
 
 struct Request {
@@ -150,4 +150,4 @@ void PhotoDesk::failAll(const std::string& cause) {
     desk_->settle(nullptr, CaptureError{cause});
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

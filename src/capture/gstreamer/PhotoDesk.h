@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // Answers requests for photos in order, each exactly once and in time, on a thread that lives while
 // there are some. Thread: any.
@@ -37,4 +37,4 @@ private:
     std::thread thread_;          // guarded by the desk
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

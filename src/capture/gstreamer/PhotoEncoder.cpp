@@ -10,7 +10,7 @@
 #include <span>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -20,7 +20,8 @@ bool fits(const PhotoDimensions& size, const PhotoDimensions& bound) {
     return scaledInto(size, bound) == size;
 }
 
-FileBytes encode(const Bitmap& bitmap, const PhotoDimensions& bound, Orientation orientation) {
+imagefile::FileBytes encode(const Bitmap& bitmap, const PhotoDimensions& bound,
+                            Orientation orientation) {
     const PhotoDimensions size{.width = bitmap.width(), .height = bitmap.height()};
     std::optional<Bitmap> scaled;
     if (!fits(size, bound)) {
@@ -28,14 +29,15 @@ FileBytes encode(const Bitmap& bitmap, const PhotoDimensions& bound, Orientation
         if (!scaled)
             return ImageError{"no memory for the photo"};
     }
-    FileBytes file = encodeJpeg(scaled ? *scaled : bitmap, kQuality);
+    imagefile::FileBytes file = imagefile::encodeJpeg(scaled ? *scaled : bitmap, kQuality);
     if (const auto* bytes = std::get_if<std::vector<std::byte>>(&file);
         bytes && orientation != Orientation::up)
-        return withOrientation(*bytes, orientation);
+        return imagefile::withOrientation(*bytes, orientation);
     return file;
 }
 
-FileBytes fromJpeg(GstSample* sample, const PhotoDimensions& bound, Orientation orientation) {
+imagefile::FileBytes fromJpeg(GstSample* sample, const PhotoDimensions& bound,
+                              Orientation orientation) {
     GstMapInfo map;
     GstBuffer* buffer = gst_sample_get_buffer(sample);
     if (!gst_buffer_map(buffer, &map, GST_MAP_READ))
@@ -49,14 +51,15 @@ FileBytes fromJpeg(GstSample* sample, const PhotoDimensions& bound, Orientation 
     gst_structure_get_int(structure, "width", &size.width);
     gst_structure_get_int(structure, "height", &size.height);
     if (fits(size, bound))
-        return orientation == Orientation::up ? own : withOrientation(own, orientation);
-    const ImageResult decoded = decodeJpeg(own, {});
+        return orientation == Orientation::up ? own : imagefile::withOrientation(own, orientation);
+    const ImageResult decoded = imagefile::decodeJpeg(own, {});
     if (const auto* error = std::get_if<ImageError>(&decoded))
         return *error;
     return encode(*std::get<Image>(decoded).bitmap(), bound, orientation);
 }
 
-FileBytes fromSample(GstSample* sample, const PhotoDimensions& bound, Orientation orientation) {
+imagefile::FileBytes fromSample(GstSample* sample, const PhotoDimensions& bound,
+                                Orientation orientation) {
     const GstCaps* caps = gst_sample_get_caps(sample);
     if (gst_structure_has_name(gst_caps_get_structure(caps, 0), "image/jpeg"))
         return fromJpeg(sample, bound, orientation);
@@ -67,7 +70,7 @@ FileBytes fromSample(GstSample* sample, const PhotoDimensions& bound, Orientatio
 
 }  // namespace
 
-FileBytes encodePhoto(const Still& still, const PhotoSettings& settings) noexcept {
+imagefile::FileBytes encodePhoto(const Still& still, const PhotoSettings& settings) noexcept {
     try {
         if (const auto* bitmap = std::get_if<Bitmap>(&still.pixels))
             return encode(*bitmap, settings.maxPhotoDimensions, still.orientation);
@@ -78,4 +81,4 @@ FileBytes encodePhoto(const Still& still, const PhotoSettings& settings) noexcep
     }
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

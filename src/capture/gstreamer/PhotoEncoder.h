@@ -7,7 +7,7 @@
 
 #include <variant>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // A still before it is a file: a camera's own sample, of raw video or JPEG, or a picture.
 struct Still {
@@ -17,6 +17,7 @@ struct Still {
 
 // The file that settings ask for; a camera's own JPEG is kept as it is where it fits. Takes up to
 // a few tenths of a second.
-[[nodiscard]] FileBytes encodePhoto(const Still& still, const PhotoSettings& settings) noexcept;
+[[nodiscard]] imagefile::FileBytes encodePhoto(const Still& still,
+                                               const PhotoSettings& settings) noexcept;
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

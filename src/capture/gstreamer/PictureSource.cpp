@@ -9,7 +9,7 @@
 
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -94,4 +94,4 @@ CameraSource::Assembled PictureSource::assemble(const VideoFormat& /*format*/) c
     return assembled;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

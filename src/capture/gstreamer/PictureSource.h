@@ -4,7 +4,7 @@
 
 #include <kestrelid/Image.h>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // A picture as a camera: 30 frames/s in which it sways a little, and stills of its full size.
 class PictureSource final : public CameraSource {
@@ -25,4 +25,4 @@ private:
     std::vector<VideoFormat> formats_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

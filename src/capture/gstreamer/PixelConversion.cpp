@@ -7,7 +7,7 @@
 
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -102,4 +102,4 @@ std::optional<Bitmap> convertToBgra(GstSample* sample, const PhotoDimensions& bo
     return convert(info, buffer, scaledInto(size, bound));
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // A copy in BGRA8, scaled to size. None where memory is short or the format is unknown.
 [[nodiscard]] std::optional<Bitmap> convertToBgra(const Bitmap& bitmap,
@@ -16,4 +16,4 @@ namespace kestrelid {
 // sample: of raw video.
 [[nodiscard]] std::optional<Bitmap> convertToBgra(GstSample* sample, const PhotoDimensions& bound);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

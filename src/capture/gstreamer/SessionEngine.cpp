@@ -6,7 +6,7 @@
 #include <system_error>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -274,4 +274,4 @@ void SessionEngine::pipelineEnded() {
     changed_.notify_all();
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

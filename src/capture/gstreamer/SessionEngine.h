@@ -14,7 +14,7 @@
 #include <string>
 #include <thread>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // Runs the pipelines of one session on a thread of its own, so that nobody else waits for a driver
 // longer than the interface says. Thread: any, except where another is named.
@@ -99,4 +99,4 @@ private:
     std::thread thread_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

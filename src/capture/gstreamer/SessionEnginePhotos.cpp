@@ -3,7 +3,7 @@
 
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -96,4 +96,4 @@ bool SessionEngine::awaitStill(Lock& lock, Clock::duration patience) {
     return still_ != nullptr;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -50,4 +50,4 @@ void drawSwayingFrame(const Bitmap& picture, std::uint64_t number, std::span<std
     }
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 inline constexpr int kSwayFramesPerSecond = 30;
 
@@ -14,4 +14,4 @@ inline constexpr int kSwayFramesPerSecond = 30;
 // without gaps. picture: BGRA8.
 void drawSwayingFrame(const Bitmap& picture, std::uint64_t number, std::span<std::uint32_t> frame);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

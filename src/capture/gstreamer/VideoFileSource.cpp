@@ -7,7 +7,7 @@
 
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 namespace {
 
@@ -91,4 +91,4 @@ CameraSource::Assembled VideoFileSource::assemble(const VideoFormat& format) con
     return assembled;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

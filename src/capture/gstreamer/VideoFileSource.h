@@ -6,7 +6,7 @@
 #include <string>
 #include <variant>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // A video file as a camera: in its own time, over and over.
 class VideoFileSource final : public CameraSource {
@@ -27,4 +27,4 @@ private:
     std::vector<VideoFormat> formats_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 enum class Encoding : std::uint8_t { raw, jpeg };
 
@@ -28,4 +28,4 @@ struct VideoFormat {
     friend bool operator==(const VideoFormat&, const VideoFormat&) = default;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

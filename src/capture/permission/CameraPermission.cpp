@@ -9,13 +9,13 @@
 #include <string_view>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 constexpr const char* kFlatpakInfo = "/.flatpak-info";
 
 void answerLater(std::function<void(bool granted)> completion, bool granted) {
-    const auto queue = std::make_shared<AsioQueue>("camera.access", 1);
+    const auto queue = std::make_shared<base::AsioQueue>("camera.access", 1);
     queue->async([queue, completion = std::move(completion), granted] { completion(granted); });
 }
 
@@ -86,4 +86,4 @@ OpenCameraRemote makeCameraRemote(const PermissionEnvironment& environment) {
     return [environment] { return PortalAuthorization(environment).openRemote(); };
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

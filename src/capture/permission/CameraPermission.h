@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // Where permission is looked for.
 struct PermissionEnvironment {
@@ -54,4 +54,4 @@ public:
 // Its details tell a person what to do. Takes up to a second.
 [[nodiscard]] ServiceStatus diagnosePermission(const PermissionEnvironment& environment);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 struct ContextThread::Loop {
     GioHandle<GMainContext> context{g_main_context_new()};
@@ -74,4 +74,4 @@ bool ContextThread::isCurrent() const {
     return thread_.get_id() == std::this_thread::get_id();
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -4,7 +4,7 @@
 #include <memory>
 #include <thread>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // A thread with a main context of its own, so that D-Bus needs no main loop of the host. Releasing
 // it runs what was handed on and waits for the thread; released on the thread itself it lets that
@@ -27,4 +27,4 @@ private:
     std::thread thread_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

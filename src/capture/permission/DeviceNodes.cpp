@@ -10,7 +10,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 enum class Access { opens, refuses, isNoCamera };
@@ -81,4 +81,4 @@ NodeAccess tryDeviceNodes(const std::filesystem::path& folder) {
     return access;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

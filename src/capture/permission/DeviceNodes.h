@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // What became of opening the nodes video* of a folder. Nodes that cannot capture, which hold
 // metadata or are codecs, count only where they refuse to be opened and so cannot be told apart.
@@ -19,4 +19,4 @@ struct NodeAccess {
 
 [[nodiscard]] NodeAccess tryDeviceNodes(const std::filesystem::path& folder);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -3,7 +3,7 @@
 #include <gio/gio.h>
 #include <memory>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 struct GioRelease {
     void operator()(GVariant* value) const { g_variant_unref(value); }
@@ -19,4 +19,4 @@ struct GioRelease {
 template <class T>
 using GioHandle = std::unique_ptr<T, GioRelease>;
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -6,7 +6,7 @@
 #include <grp.h>
 #include <sys/stat.h>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 constexpr const char* kName = "camera permission";
@@ -67,4 +67,4 @@ ServiceStatus diagnosePermission(const PermissionEnvironment& environment) {
                                    : diagnoseNodes(environment.devices);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -5,7 +5,7 @@
 #include <gio/gunixfdlist.h>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 constexpr const char* kPortal = "org.freedesktop.portal.Desktop";
@@ -205,4 +205,4 @@ GioHandle<GVariant> Portal::call(GDBusConnection* bus, const Call& what, GVarian
         G_DBUS_CALL_FLAGS_NONE, static_cast<int>(limit.count()), cancellable_.get(), nullptr));
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // The desktop portal for cameras and the store that keeps its answers. Thread: one, whose default
 // main context is iterated.
@@ -66,4 +66,4 @@ private:
     int questions_ = 0;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -5,7 +5,7 @@
 #include <future>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 // A bus that does not answer must not hold the caller for longer.
@@ -80,4 +80,4 @@ OwnedDescriptor PortalAuthorization::openRemote() {
         thread_, [state = state_] { return state->portal->openRemote(); }, OwnedDescriptor());
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

@@ -6,7 +6,7 @@
 
 #include <atomic>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 
 // Permission inside a sandbox. The store's word counts first; then a device node that opens, since
 // the sandbox was given the cameras; then what the person granted while this object lives.
@@ -31,4 +31,4 @@ private:
     ContextThread thread_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

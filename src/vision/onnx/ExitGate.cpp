@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <mutex>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 struct Gate {
@@ -33,4 +33,4 @@ void ExitGate::guard() {
 
 ExitGate::Pass::Pass() : lock_(Gate::only().inside), isInside_(!Gate::only().isClosed) {}
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -2,7 +2,7 @@
 
 #include <shared_mutex>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // Keeps a process that ends from destroying ONNX Runtime's own statics under a worker that is
 // still inside. The end waits for that one call; later calls are refused.
@@ -27,4 +27,4 @@ public:
     };
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

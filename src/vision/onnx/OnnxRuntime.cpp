@@ -7,7 +7,7 @@
 #include <charconv>
 #include <dlfcn.h>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr unsigned kOldestApiLevel = 11;  // the newest function called here came with it
@@ -114,4 +114,4 @@ OnnxRuntime::Opened OnnxRuntime::open(const std::filesystem::path& model, int th
     return OnnxSession::open(shared_from_this(), model.string(), threads);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -12,7 +12,7 @@
 struct OrtApi;
 struct OrtEnv;
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 inline constexpr std::string_view kOnnxLibraryName = "libonnxruntime.so";
 
@@ -51,4 +51,4 @@ private:
     std::filesystem::path library_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 // Settings for many pictures of many sizes one after another: a memory pattern is planned again for
@@ -182,4 +182,4 @@ OnnxSession::Outputs OnnxSession::run(std::span<const OnnxInput> inputs) const {
     return outputs;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

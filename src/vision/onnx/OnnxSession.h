@@ -12,7 +12,7 @@
 struct OrtSession;
 struct OrtValue;
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 class OnnxRuntime;
 
@@ -57,4 +57,4 @@ private:
     std::vector<std::string> outputNames_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // Takes the status that a call of the runtime gave; none where the call succeeded.
 [[nodiscard]] inline std::optional<RequestError> onnxError(const OrtApi& api, OrtStatus* status) {
@@ -18,4 +18,4 @@ namespace kestrelid {
     return error;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

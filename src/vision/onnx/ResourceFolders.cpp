@@ -4,7 +4,7 @@
 #include <system_error>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 ResourceFolders::ResourceFolders(std::vector<std::filesystem::path> folders)
     : folders_(std::move(folders)) {}
@@ -28,4 +28,4 @@ RequestError ResourceFolders::missing(std::string_view name, std::string_view re
     return {std::string(name) + " was not found" + places + ": " + std::string(remedy)};
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

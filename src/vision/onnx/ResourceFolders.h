@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 inline constexpr std::string_view kResourceRemedy = "run tools/setup";
 
@@ -26,4 +26,4 @@ private:
     std::vector<std::filesystem::path> folders_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -4,7 +4,7 @@
 #include "vision/outlines/LineProposals.h"
 #include "vision/outlines/OutlineEvidence.h"
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 std::vector<OutlineCandidate> ClassicalOutlineFinder::find(const Scene& scene) const {
     std::vector<Quad> quads = proposeFromContours(scene.picture, scene.edges);
@@ -19,4 +19,4 @@ std::vector<OutlineCandidate> ClassicalOutlineFinder::find(const Scene& scene) c
     return candidates;
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -2,7 +2,7 @@
 
 #include "vision/outlines/OutlineFinder.h"
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // Outlines from straight lines and from contours, weighed by the evidence along their sides.
 class ClassicalOutlineFinder final : public OutlineFinder {
@@ -10,4 +10,4 @@ public:
     [[nodiscard]] std::vector<OutlineCandidate> find(const Scene& scene) const override;
 };
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <opencv2/imgproc.hpp>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -84,4 +84,4 @@ std::vector<Quad> proposeFromContours(const WorkingPicture& picture, const EdgeF
     return quads;
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

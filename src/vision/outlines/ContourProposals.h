@@ -6,11 +6,11 @@
 
 #include <vector>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // Quadrilaterals around connected edges and around areas that differ from the picture's rim: pages
 // whose sides bend or whose corners are round.
 [[nodiscard]] std::vector<Quad> proposeFromContours(const WorkingPicture& picture,
                                                     const EdgeField& field);
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -158,4 +158,4 @@ float lineSupport(const EdgeField& field, cv::Point2f position, cv::Point2f norm
     return std::clamp((across - 0.3f) / 0.7f, 0.0f, 1.0f);
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

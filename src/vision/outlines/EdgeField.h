@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // A pixel on the ridge of an edge. The normal is of length one and points towards more brightness
 // (or colour).
@@ -30,4 +30,4 @@ struct EdgeField {
 // pixels to either side, since pages bend.
 [[nodiscard]] float lineSupport(const EdgeField& field, cv::Point2f position, cv::Point2f normal);
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

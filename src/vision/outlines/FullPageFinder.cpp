@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -96,4 +96,4 @@ std::vector<OutlineCandidate> FullPageFinder::find(const Scene& scene) const {
     return {{whole, confidence, 1.0}};
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

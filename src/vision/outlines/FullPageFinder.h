@@ -2,7 +2,7 @@
 
 #include "vision/outlines/OutlineFinder.h"
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // What speaks for the whole picture being one page.
 struct FullPageEvidence {
@@ -30,4 +30,4 @@ public:
     [[nodiscard]] std::vector<OutlineCandidate> find(const Scene& scene) const override;
 };
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

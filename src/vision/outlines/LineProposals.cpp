@@ -7,7 +7,7 @@
 #include <cmath>
 #include <functional>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -113,4 +113,4 @@ std::vector<Quad> proposeFromLines(const EdgeField& field) {
     return quads;
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -5,11 +5,11 @@
 
 #include <vector>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // Quadrilaterals between four of the picture's longest straight lines, its borders included (at
 // most two of them), whose four sides the field supports: sides that bend little, corners that may
 // be covered or cut off by the border.
 [[nodiscard]] std::vector<Quad> proposeFromLines(const EdgeField& field);
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

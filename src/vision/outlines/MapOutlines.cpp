@@ -8,10 +8,8 @@
 #include <iterator>
 #include <optional>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 namespace {
-
-using opencv::Quad;
 
 constexpr int kFine = 4;  // borders are followed at a quarter of a cell
 // Of the page and the core map: what runs into its neighbour at one level stands alone at another.
@@ -99,7 +97,7 @@ std::optional<Quad> fittedQuad(const cv::Mat& region) {
         contours, {}, [](const auto& points) { return cv::contourArea(points); });
     std::vector<cv::Point> hull;
     cv::convexHull(contour, hull);
-    const auto rough = opencv::enclosingQuad({hull.begin(), hull.end()});
+    const auto rough = enclosingQuad({hull.begin(), hull.end()});
     if (!rough)
         return std::nullopt;
     const std::vector<cv::Point2f> points(contour.begin(), contour.end());
@@ -123,11 +121,11 @@ std::optional<Quad> fittedQuad(const cv::Mat& region) {
     std::array<cv::Point2f, 4> corners;
     for (std::size_t i = 0; i < 4; ++i) {
         const std::size_t before = (i + 3) % 4;
-        const auto corner = opencv::intersection(ends[2 * before], ends[2 * before + 1],
-                                                 ends[2 * i], ends[2 * i + 1]);
+        const auto corner =
+            intersection(ends[2 * before], ends[2 * before + 1], ends[2 * i], ends[2 * i + 1]);
         corners[i] = corner.value_or((*rough)[i]) + cv::Point2f(0.5f, 0.5f);
     }
-    return opencv::orderedQuad(corners);
+    return orderedQuad(corners);
 }
 
 // The height of the strongest cell near a place.
@@ -203,4 +201,4 @@ std::vector<MapOutline> outlinesOf(const OutlineMaps& maps) {
     return outlines;
 }
 
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

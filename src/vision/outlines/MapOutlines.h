@@ -5,11 +5,11 @@
 
 #include <vector>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 
 // A quadrilateral that the maps show, and how well they show it.
 struct MapOutline {
-    opencv::Quad quad;    // in shares of the picture's width and height; corners may lie outside
+    Quad quad;            // in shares of the picture's width and height; corners may lie outside
     double inside = 0.0;  // mean of the page map in the quadrilateral
     double fill = 0.0;    // overlap of the quadrilateral with the region that it was fitted to
     double corners =
@@ -20,4 +20,4 @@ struct MapOutline {
 // page and its core at several levels.
 [[nodiscard]] std::vector<MapOutline> outlinesOf(const OutlineMaps& maps);
 
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

@@ -11,12 +11,8 @@
 #include <string>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
-
-using outline::OutlineMaps;
-using outline::OutlineNetwork;
-using outline::WeighedOutline;
 
 constexpr const char* kModelName = "outline-net.onnx";
 constexpr const char* kRemedy = "install it beside the library, or take models/ of the source tree";
@@ -93,18 +89,18 @@ std::optional<std::vector<WeighedOutline>> seenIn(const OutlineNetwork::Maps& lo
     const auto* maps = std::get_if<OutlineMaps>(&looked);
     if (!maps)
         return std::nullopt;
-    auto all = outline::weighed(outline::outlinesOf(*maps));
+    auto all = weighed(outlinesOf(*maps));
     std::ranges::stable_sort(all, std::greater{}, &WeighedOutline::confidence);
     std::vector<WeighedOutline> seen;
     for (WeighedOutline& outline : all) {
         for (cv::Point2f& corner : outline.quad)
             corner = {corner.x * static_cast<float>(size.width),
                       corner.y * static_cast<float>(size.height)};
-        const double aspect = opencv::aspectRatio(outline.quad);
+        const double aspect = aspectRatio(outline.quad);
         if (aspect >= static_cast<double>(request.minimumAspectRatio) &&
             aspect <= static_cast<double>(request.maximumAspectRatio) &&
             std::ranges::none_of(seen, [&](const WeighedOutline& other) {
-                return opencv::overlap(outline.quad, other.quad) > kSameOutline;
+                return vision::overlap(outline.quad, other.quad) > kSameOutline;
             }))
             seen.push_back(outline);
     }
@@ -164,10 +160,10 @@ std::optional<RequestError> NetworkRectangleService::perform(const Bitmap& bitma
             return other_->perform(bitmap, request, completion);
         std::vector<RectangleObservation> found;
         if (std::min(bitmap.width(), bitmap.height()) >= kShortestSide) {
-            const cv::Mat picture = outline::outlinePicture(bitmap);
+            const cv::Mat picture = outlinePicture(bitmap);
             const auto first = net->look(picture);
             auto seen = seenIn(first, picture.size(), request);
-            if (seen && outline::leavesDoubt(*seen, picture.size()))
+            if (seen && leavesDoubt(*seen, picture.size()))
                 seen = seenIn(net->lookAllWays(picture, std::get<OutlineMaps>(first)),
                               picture.size(), request);
             if (!seen)
@@ -175,10 +171,10 @@ std::optional<RequestError> NetworkRectangleService::perform(const Bitmap& bitma
             for (WeighedOutline& candidate : *seen) {
                 if (candidate.confidence < static_cast<double>(request.minimumConfidence))
                     break;
-                candidate.quad = outline::sharpened(picture, candidate.quad);
+                candidate.quad = sharpened(picture, candidate.quad);
                 found.push_back(observationOf(candidate, picture.size()));
             }
-            if (mixture_ == OutlineMixture::doubtful && outline::isUncertain(*seen))
+            if (mixture_ == OutlineMixture::doubtful && isUncertain(*seen))
                 addOthers(*other_, bitmap, request, found);
         }
         std::ranges::stable_sort(found, std::greater{}, &RectangleObservation::confidence);
@@ -192,4 +188,4 @@ std::optional<RequestError> NetworkRectangleService::perform(const Bitmap& bitma
     return std::nullopt;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -10,11 +10,9 @@
 #include <mutex>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
-namespace outline {
 class OutlineNetwork;
-}
 
 // When the other finder is asked beside the network.
 enum class OutlineMixture { doubtful, never };
@@ -45,14 +43,14 @@ public:
     [[nodiscard]] ServiceStatus diagnose() const;
 
 private:
-    [[nodiscard]] std::shared_ptr<const outline::OutlineNetwork> network();
+    [[nodiscard]] std::shared_ptr<const OutlineNetwork> network();
 
     ResourceFolders resources_;
     std::shared_ptr<RectangleService> other_;
     OutlineMixture mixture_;
     std::mutex loading_;
     bool looked_ = false;
-    std::shared_ptr<const outline::OutlineNetwork> network_;
+    std::shared_ptr<const OutlineNetwork> network_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -14,11 +14,9 @@
 #include <utility>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 namespace {
-
-using namespace opencv;
 
 constexpr int kLongestSide = 512;  // pixels; less loses the thin sides of far pages
 constexpr int kShortestSide = 24;  // pixels; below this no page can be told from noise
@@ -99,4 +97,4 @@ std::optional<RequestError> OpenCvRectangleService::perform(const Bitmap& bitmap
     return std::nullopt;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

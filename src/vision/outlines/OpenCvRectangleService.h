@@ -2,7 +2,7 @@
 
 #include <kestrelid/VisionServices.h>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // Finds outlines of pages with OpenCV, on the calling thread apart from what OpenCV itself spreads
 // over its pool.
@@ -19,4 +19,4 @@ public:
                                                       const RequestCompletion& completion) override;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

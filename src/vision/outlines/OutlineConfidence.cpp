@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 namespace {
 
 constexpr double kClear = 0.97;     // one look is enough
@@ -30,7 +30,7 @@ bool leavesDoubt(const std::vector<WeighedOutline>& outlines, cv::Size size) {
         if (outline.confidence <= kHopeless)
             continue;
         float& largest = outline.confidence < kClear ? doubtful : clear;
-        largest = std::max(largest, opencv::clippedBox(outline.quad, size).area());
+        largest = std::max(largest, clippedBox(outline.quad, size).area());
     }
     return doubtful > kRival * clear;
 }
@@ -40,4 +40,4 @@ bool isUncertain(const std::vector<WeighedOutline>& outlines) {
            outlines.front().confidence < kCertain;
 }
 
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

@@ -4,10 +4,10 @@
 
 #include <vector>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 
 struct WeighedOutline {
-    opencv::Quad quad;
+    Quad quad;
     double confidence = 0.0;  // 0..1: the chance that it overlaps a document by 0.8 or more
 };
 
@@ -22,4 +22,4 @@ struct WeighedOutline {
 // Whether something is there, but so unclear that another finder may know better.
 [[nodiscard]] bool isUncertain(const std::vector<WeighedOutline>& outlines);
 
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -212,4 +212,4 @@ double confidenceOf(const OutlineEvidence& e) {
     return 1.0 / (1.0 + std::exp(-score));
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

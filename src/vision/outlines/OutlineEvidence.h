@@ -4,7 +4,7 @@
 
 #include <optional>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // What speaks for a quadrilateral being a page's outline. All 0..1.
 struct OutlineEvidence {
@@ -26,4 +26,4 @@ struct OutlineEvidence {
 // 0..1, see OpenCvRectangleService.h.
 [[nodiscard]] double confidenceOf(const OutlineEvidence& evidence);
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

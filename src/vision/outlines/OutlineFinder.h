@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 struct OutlineCandidate {
     Quad quad;
@@ -31,4 +31,4 @@ public:
     [[nodiscard]] virtual std::vector<OutlineCandidate> find(const Scene& scene) const = 0;
 };
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

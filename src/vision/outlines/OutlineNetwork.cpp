@@ -5,7 +5,7 @@
 #include <array>
 #include <vector>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 namespace {
 
 constexpr int kSide = 192;  // pixels: what the network takes
@@ -84,4 +84,4 @@ OutlineNetwork::Maps OutlineNetwork::mapsOf(const cv::Mat& square) const {
     return OutlineMaps{map(0), map(1), map(2)};
 }
 
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

@@ -6,7 +6,7 @@
 
 #include <variant>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 
 // What the network says of each cell of a picture that was stretched to a square: 0..1.
 struct OutlineMaps {
@@ -36,4 +36,4 @@ private:
     OnnxSession session_;
 };
 
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

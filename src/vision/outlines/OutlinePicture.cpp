@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 
 cv::Mat outlinePicture(const Bitmap& bitmap) {
     constexpr int kLongestSide = 1400;  // pixels
@@ -27,4 +27,4 @@ cv::Mat outlinePicture(const Bitmap& bitmap) {
     return inBgr(picture, bitmap.format());
 }
 
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -71,4 +71,4 @@ std::vector<OutlineCandidate> selectOutlines(std::vector<OutlineCandidate> candi
     return kept;
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

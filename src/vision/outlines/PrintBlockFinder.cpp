@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numeric>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -107,4 +107,4 @@ std::vector<OutlineCandidate> PrintBlockFinder::find(const Scene& scene) const {
     return candidates;
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -2,7 +2,7 @@
 
 #include "vision/outlines/OutlineFinder.h"
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // Blocks of parallel lines of print, with the margin that a page has around them: for pages whose
 // outline is covered, or lost in what lies beside it. Coarse, so asked only where the other finders
@@ -12,4 +12,4 @@ public:
     [[nodiscard]] std::vector<OutlineCandidate> find(const Scene& scene) const override;
 };
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -6,7 +6,7 @@
 #include <numbers>
 #include <opencv2/imgproc.hpp>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -161,4 +161,4 @@ std::optional<Quad> enclosingQuad(std::vector<cv::Point2f> polygon) {
     return orderedQuad({polygon[0], polygon[1], polygon[2], polygon[3]});
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

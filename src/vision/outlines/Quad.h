@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // Corners in pixels of the working picture, origin at the top left, y growing downwards: top left,
 // top right, bottom right, bottom left as seen. Corners may lie outside the picture.
@@ -42,4 +42,4 @@ using Quad = std::array<cv::Point2f, 4>;
 // one whose loss adds the least area: rounded and clipped corners come out as corners.
 [[nodiscard]] std::optional<Quad> enclosingQuad(std::vector<cv::Point2f> polygon);
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -6,10 +6,8 @@
 #include <optional>
 #include <vector>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 namespace {
-
-using opencv::Quad;
 
 constexpr int kPlaces = 40;         // along a side
 constexpr double kReach = 0.014;    // of the picture's longer side, to either side
@@ -143,11 +141,11 @@ Quad sharpened(const cv::Mat& picture, const Quad& quad) {
     std::array<cv::Point2f, 4> corners;
     for (std::size_t i = 0; i < 4; ++i) {
         const std::size_t before = (i + 3) % 4;
-        corners[i] = opencv::intersection(ends[2 * before], ends[2 * before + 1], ends[2 * i],
-                                          ends[2 * i + 1])
-                         .value_or(quad[i]);
+        corners[i] =
+            intersection(ends[2 * before], ends[2 * before + 1], ends[2 * i], ends[2 * i + 1])
+                .value_or(quad[i]);
     }
-    return opencv::orderedQuad(corners).value_or(quad);
+    return orderedQuad(corners).value_or(quad);
 }
 
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

@@ -4,10 +4,10 @@
 
 #include <opencv2/core.hpp>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 
 // Moves each side of a quadrilateral (pixels of picture: blue, green, red) onto the straight edge
 // that picture shows close by; sides without one, and sides along the border, stay.
-[[nodiscard]] opencv::Quad sharpened(const cv::Mat& picture, const opencv::Quad& quad);
+[[nodiscard]] Quad sharpened(const cv::Mat& picture, const Quad& quad);
 
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

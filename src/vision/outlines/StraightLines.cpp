@@ -6,7 +6,7 @@
 #include <functional>
 #include <numbers>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -233,4 +233,4 @@ std::vector<StraightLine> findStraightLines(const EdgeField& field) {
     return lines;
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

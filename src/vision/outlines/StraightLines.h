@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // A straight line across the picture, with what the edge field shows of it.
 struct StraightLine {
@@ -23,4 +23,4 @@ struct StraightLine {
 // The picture's longest straight lines, and its four borders.
 [[nodiscard]] std::vector<StraightLine> findStraightLines(const EdgeField& field);
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <opencv2/imgproc.hpp>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -97,4 +97,4 @@ Strokes findStrokes(const cv::Mat& luma) {
     return strokes;
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // Sizes as parts of the picture's longest side.
 constexpr double kTallestLetter = 1.0 / 18;
@@ -38,4 +38,4 @@ struct Strokes {
 
 [[nodiscard]] Strokes findStrokes(const cv::Mat& luma);
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <opencv2/imgproc.hpp>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -187,4 +187,4 @@ TextLayout findTextLayout(const WorkingPicture& picture) {
             .samples = std::move(samples)};
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // Something shaped like a line of print: dark strokes in a row, as seen at the working picture's
 // size.
@@ -28,4 +28,4 @@ struct TextLayout {
 
 [[nodiscard]] TextLayout findTextLayout(const WorkingPicture& picture);
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -7,7 +7,7 @@
 #include <mutex>
 #include <opencv2/imgproc.hpp>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -104,4 +104,4 @@ WorkingPicture makeWorkingPicture(const Bitmap& bitmap, int longestSide) {
     return picture;
 }
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

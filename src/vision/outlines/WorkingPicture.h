@@ -3,7 +3,7 @@
 #include <kestrelid/Bitmap.h>
 #include <opencv2/core.hpp>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 // The bitmap made small by area averaging and brightened where it is dim: what every finder looks
 // at.
@@ -17,4 +17,4 @@ struct WorkingPicture {
 // Longest side at most longestSide pixels; nothing is enlarged.
 [[nodiscard]] WorkingPicture makeWorkingPicture(const Bitmap& bitmap, int longestSide);
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 SerialOpenMp::SerialOpenMp() {
     void* openMp = dlopen("libgomp.so.1", RTLD_NOW | RTLD_NOLOAD);
@@ -25,4 +25,4 @@ SerialOpenMp::~SerialOpenMp() {
         setActiveLevels_(previousLevels_);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

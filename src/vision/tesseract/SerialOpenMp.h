@@ -1,6 +1,6 @@
 #pragma once
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // While it lives, OpenMP loops of the calling thread run on that thread alone. Other threads keep
 // their settings. Does nothing where the process holds no libgomp.
@@ -16,4 +16,4 @@ private:
     int previousLevels_ = 1;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr float kLeastConfidence = 0.4f;  // below are borders and pictures taken for letters
@@ -96,4 +96,4 @@ std::vector<TesseractLine> TesseractEngine::results() const {
     return lines;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -10,7 +10,7 @@
 #include <variant>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 struct TesseractLine {
     cv::Rect box;
@@ -47,4 +47,4 @@ private:
     TessBaseAPI* engine_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 TesseractLibrary::Loaded TesseractLibrary::load() {
     const std::string name(kTesseractLibraryName);
@@ -57,4 +57,4 @@ TesseractLibrary::Loaded TesseractLibrary::load() {
     return std::shared_ptr<const TesseractLibrary>(library);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <variant>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 inline constexpr std::string_view kTesseractLibraryName = "libtesseract.so.5";
 inline constexpr std::string_view kTesseractLibraryRemedy = "install Debian's libtesseract5";
@@ -48,4 +48,4 @@ struct TesseractLibrary {
     decltype(&TessDeleteText) deleteText = nullptr;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -14,7 +14,7 @@
 #include <string>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr int kPictureSide =
@@ -205,4 +205,4 @@ std::vector<ServiceStatus> TesseractTextService::diagnose() const {
     return parts;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

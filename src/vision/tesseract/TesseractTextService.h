@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 struct TesseractLibrary;
 class TesseractEngine;
@@ -48,4 +48,4 @@ private:
     std::vector<std::unique_ptr<TesseractEngine>> idle_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

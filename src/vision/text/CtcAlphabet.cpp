@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr std::size_t kBlank = 0;
@@ -83,4 +83,4 @@ CtcReading CtcAlphabet::decode(std::span<const float> probabilities) const {
     return reading;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

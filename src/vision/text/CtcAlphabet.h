@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 struct CtcReading {
     std::string text;
@@ -38,4 +38,4 @@ private:
     std::size_t classCount_ = 0;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

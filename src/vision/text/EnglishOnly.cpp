@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 std::optional<RequestError> refuseUnlessEnglish(const TextRequest& request) {
     const auto& languages = request.recognitionLanguages;
@@ -11,4 +11,4 @@ std::optional<RequestError> refuseUnlessEnglish(const TextRequest& request) {
     return RequestError{"this text recogniser reads English only: ask for \"en\""};
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

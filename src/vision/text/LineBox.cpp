@@ -6,7 +6,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr float kElongated =
@@ -110,4 +110,4 @@ cv::Mat cropLine(const cv::Mat& picture, const LineBox& line, int height, int lo
     return crop;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -8,7 +8,7 @@
 #include <span>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // A line of text in a picture, with the direction that it is read in.
 struct LineBox {
@@ -46,4 +46,4 @@ struct PageLines {
 [[nodiscard]] cv::Mat cropLine(const cv::Mat& picture, const LineBox& line, int height,
                                int longest);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 void LineCollector::add(CollectedLine line) {
     if (line.text.empty())
@@ -28,4 +28,4 @@ std::vector<Observation> LineCollector::observations() const {
     return results;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 struct CollectedLine {
     LineExtent extent;  // on the upright page
@@ -44,4 +44,4 @@ private:
     std::atomic<bool> complete_ = false;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

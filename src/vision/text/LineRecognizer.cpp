@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr int kLineHeight = 48;     // what the network was trained with
@@ -44,4 +44,4 @@ LineRecognizer::Reading LineRecognizer::read(const cv::Mat& picture, const LineB
     return alphabet_.decode(classes.values());
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

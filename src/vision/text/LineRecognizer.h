@@ -7,7 +7,7 @@
 #include <utility>
 #include <variant>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // Reads one line with the PP-OCRv4 recognition network. Thread: any, several lines at once.
 class LineRecognizer {
@@ -28,4 +28,4 @@ private:
 // 0 to width.
 [[nodiscard]] std::vector<float> linePlanes(const cv::Mat& crop, int width);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr int kInputHeight = 48;
@@ -90,4 +90,4 @@ std::variant<bool, RequestError> PageDirection::isReversed(const cv::Mat& pictur
     return lead > 0.0f;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

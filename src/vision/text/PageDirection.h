@@ -6,7 +6,7 @@
 #include <utility>
 #include <variant>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // Tells whether a page stands upside down, from a few of its lines. Thread: any.
 class PageDirection {
@@ -27,4 +27,4 @@ private:
     OnnxSession classifier_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -11,7 +11,7 @@
 #include <mutex>
 #include <thread>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr float kLeastConfidence = 0.5f;  // below, the box held texture or another script
@@ -158,4 +158,4 @@ std::optional<RequestError> readPage(const PpOcrModels& models, const cv::Mat& p
     return queue.error();
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

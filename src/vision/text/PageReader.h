@@ -5,7 +5,7 @@
 
 #include <optional>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 struct PageReaderSettings {
     int detectorSide = 736;  // longest side of what the detector sees, in pixels, a multiple of 32
@@ -19,4 +19,4 @@ struct PageReaderSettings {
                                                    const PageReaderSettings& settings,
                                                    LineCollector& collector);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

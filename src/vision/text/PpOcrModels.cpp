@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr std::string_view kDetectorName = "ch_PP-OCRv4_det_infer.onnx";
@@ -92,4 +92,4 @@ std::vector<ServiceStatus> PpOcrModels::diagnose(const ResourceFolders& resource
     return parts;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

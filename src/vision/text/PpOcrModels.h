@@ -11,7 +11,7 @@
 #include <variant>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // The networks of PP-OCRv4 mobile, loaded. Thread: any.
 struct PpOcrModels {
@@ -29,4 +29,4 @@ struct PpOcrModels {
     [[nodiscard]] static std::vector<ServiceStatus> diagnose(const ResourceFolders& resources);
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

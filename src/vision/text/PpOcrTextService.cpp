@@ -10,7 +10,7 @@
 #include <string>
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 // Longest side read from. Lines of a page that fills it are 40 pixels high, near the 48 that are
@@ -75,4 +75,4 @@ std::vector<ServiceStatus> PpOcrTextService::diagnose() const {
     return PpOcrModels::diagnose(resources_);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

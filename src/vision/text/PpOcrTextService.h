@@ -11,7 +11,7 @@
 #include <variant>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 struct PpOcrModels;
 
@@ -48,4 +48,4 @@ private:
     std::shared_ptr<const PpOcrModels> models_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

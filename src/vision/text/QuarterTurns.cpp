@@ -1,6 +1,6 @@
 #include "vision/text/QuarterTurns.h"
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 cv::Mat turned(const cv::Mat& picture, int turns) {
     if (turns == 0)
@@ -28,4 +28,4 @@ cv::Point2f beforeTurns(cv::Point2f point, int turns, cv::Size before) {
     }
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

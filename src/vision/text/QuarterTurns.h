@@ -2,7 +2,7 @@
 
 #include <opencv2/core.hpp>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // The picture after turns (0 to 3) quarter turns clockwise; the same pixels where turns is 0.
 [[nodiscard]] cv::Mat turned(const cv::Mat& picture, int turns);
@@ -11,4 +11,4 @@ namespace kestrelid {
 // picture's size then.
 [[nodiscard]] cv::Point2f beforeTurns(cv::Point2f point, int turns, cv::Size before);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

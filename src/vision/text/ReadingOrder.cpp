@@ -5,7 +5,7 @@
 #include <limits>
 #include <numeric>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 // Two lines whose centres differ by less than this part of the smaller height stand beside each
@@ -85,4 +85,4 @@ std::vector<std::size_t> readingOrder(std::span<const LineExtent> lines) {
     return order;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

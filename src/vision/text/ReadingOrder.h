@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // A line on a page that stands upright: any unit, y growing downwards.
 struct LineExtent {
@@ -18,4 +18,4 @@ struct LineExtent {
 // fall slowly along its length, as on a page seen at an angle.
 [[nodiscard]] std::vector<std::size_t> readingOrder(std::span<const LineExtent> lines);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 cv::Mat inBgr(const cv::Mat& picture, PixelFormat format) {
     cv::Mat result;
@@ -60,4 +60,4 @@ NormalizedRect normalizedBounds(std::span<const cv::Point2f> points, cv::Size pi
             (bottom - top) / picture.height};
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -6,7 +6,7 @@
 
 #include <span>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // A copy in blue, green, red of rows in that format.
 [[nodiscard]] cv::Mat inBgr(const cv::Mat& picture, PixelFormat format);
@@ -19,4 +19,4 @@ namespace kestrelid {
 [[nodiscard]] NormalizedRect normalizedBounds(std::span<const cv::Point2f> points,
                                               cv::Size picture);
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

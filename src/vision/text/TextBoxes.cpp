@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr double kPixelThreshold = 0.3;
@@ -57,4 +57,4 @@ std::vector<cv::RotatedRect> textBoxes(const cv::Mat& probability) {
     return boxes;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -8,7 +8,7 @@
 #include <array>
 #include <cmath>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 constexpr int kSideMultiple = 32;            // the network halves its input five times
@@ -80,4 +80,4 @@ TextDetector::Boxes TextDetector::find(const cv::Mat& picture, int longestSide) 
     return boxes;
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

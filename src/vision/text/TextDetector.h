@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 // Finds lines of text with the PP-OCRv4 detection network. Thread: any.
 class TextDetector {
@@ -24,4 +24,4 @@ private:
     OnnxSession session_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -24,7 +24,7 @@ TEST_P(DeviceNodes, DecideOutsideASandbox) {
     const NodeFolder folder;
     for (const auto& [name, mode] : GetParam().modes)
         folder.add(name, mode);
-    const auto authorization = makeCameraAuthorization({.devices = folder.path()});
+    const auto authorization = capture::makeCameraAuthorization({.devices = folder.path()});
     std::promise<bool> granted;
     {
         const Unprivileged user;
@@ -51,12 +51,12 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 TEST(DeviceNodes, AMissingFolderIsNoMatterOfPermission) {
-    EXPECT_EQ(makeCameraAuthorization({.devices = "/nonexistent"})->status(),
+    EXPECT_EQ(capture::makeCameraAuthorization({.devices = "/nonexistent"})->status(),
               AuthorizationStatus::authorized);
 }
 
 TEST(FileAuthorization, GrantsLater) {
-    FileAuthorization authorization;
+    capture::FileAuthorization authorization;
     EXPECT_EQ(authorization.status(), AuthorizationStatus::authorized);
     std::promise<std::thread::id> answered;
     authorization.requestAccess([&](bool granted) {

@@ -48,7 +48,7 @@ struct PortalBehaviour {
     bool hasCamera = true;
 
     // Opens the connection to PipeWire for who asks for it; empty: who asks is refused.
-    std::function<OwnedDescriptor()> openRemote = {};
+    std::function<capture::OwnedDescriptor()> openRemote = {};
 };
 
 // The desktop's portal and permission store. Thread: any.
@@ -84,14 +84,14 @@ private:
 
     const std::string address_;
     const PortalBehaviour behaviour_;
-    GioHandle<GDBusConnection> connection_;          // on the thread
-    std::string questioner_;                         // on the thread
-    std::string handle_;                             // on the thread
-    std::vector<GDBusMethodInvocation*> unreplied_;  // on the thread
+    capture::GioHandle<GDBusConnection> connection_;  // on the thread
+    std::string questioner_;                          // on the thread
+    std::string handle_;                              // on the thread
+    std::vector<GDBusMethodInvocation*> unreplied_;   // on the thread
     std::mutex mutex_;
     std::condition_variable asked_;
     int questions_ = 0;
-    ContextThread thread_;
+    capture::ContextThread thread_;
 };
 
 }  // namespace kestrelid::test

@@ -15,7 +15,7 @@ TEST(PermissionDiagnosis, NamesTheGroupThatANodeAsksFor) {
     const Unprivileged user;
     if (!user.isBound())
         GTEST_SKIP() << "root cannot drop its rights here; run as an ordinary user";
-    const auto found = diagnosePermission({.devices = folder.path()});
+    const auto found = capture::diagnosePermission({.devices = folder.path()});
     EXPECT_FALSE(found.available);
     EXPECT_THAT(found.details, HasSubstr("video3"));
     EXPECT_THAT(found.details, HasSubstr("usermod -aG"));
@@ -23,9 +23,9 @@ TEST(PermissionDiagnosis, NamesTheGroupThatANodeAsksFor) {
 
 TEST(PermissionDiagnosis, IsContentWithNodesThatOpenAndWithNone) {
     const NodeFolder folder;
-    EXPECT_TRUE(diagnosePermission({.devices = folder.path()}).available);
+    EXPECT_TRUE(capture::diagnosePermission({.devices = folder.path()}).available);
     folder.add("video0", 0666);
-    const auto found = diagnosePermission({.devices = folder.path()});
+    const auto found = capture::diagnosePermission({.devices = folder.path()});
     EXPECT_TRUE(found.available);
     EXPECT_THAT(found.details, HasSubstr("video0"));
 }
@@ -47,10 +47,10 @@ TEST_P(DesktopDiagnosis, SaysWhatToDo) {
     const PrivateBus bus;
     const NodeFolder folder;
     const FakePortal portal(bus.address(), GetParam().behaviour);
-    const auto found = diagnosePermission({.isSandboxed = true,
-                                           .applicationId = "org.example.Host",
-                                           .devices = folder.path(),
-                                           .busAddress = bus.address()});
+    const auto found = capture::diagnosePermission({.isSandboxed = true,
+                                                    .applicationId = "org.example.Host",
+                                                    .devices = folder.path(),
+                                                    .busAddress = bus.address()});
     EXPECT_EQ(found.available, GetParam().available);
     EXPECT_THAT(found.details, HasSubstr(GetParam().details));
 }
@@ -65,10 +65,10 @@ INSTANTIATE_TEST_SUITE_P(Desktops, DesktopDiagnosis,
 
 TEST(PermissionDiagnosis, MissesThePortal) {
     const NodeFolder folder;
-    const auto found = diagnosePermission({.isSandboxed = true,
-                                           .applicationId = "org.example.Host",
-                                           .devices = folder.path(),
-                                           .busAddress = "unix:path=/nonexistent"});
+    const auto found = capture::diagnosePermission({.isSandboxed = true,
+                                                    .applicationId = "org.example.Host",
+                                                    .devices = folder.path(),
+                                                    .busAddress = "unix:path=/nonexistent"});
     EXPECT_FALSE(found.available);
     EXPECT_THAT(found.details, HasSubstr("xdg-desktop-portal"));
 }

@@ -47,7 +47,7 @@ private:
 
 class PortalAuthorization : public testing::Test {
 protected:
-    [[nodiscard]] PermissionEnvironment environment() const {
+    [[nodiscard]] capture::PermissionEnvironment environment() const {
         return {.isSandboxed = true,
                 .applicationId = "org.example.Host",
                 .devices = nodes_.path(),
@@ -55,7 +55,7 @@ protected:
     }
 
     [[nodiscard]] std::shared_ptr<CameraAuthorization> make() const {
-        return makeCameraAuthorization(environment());
+        return capture::makeCameraAuthorization(environment());
     }
 
     PrivateBus bus_;
@@ -117,7 +117,7 @@ TEST_P(PortalQuestion, IsAnswered) {
     auto surroundings = environment();
     if (GetParam().behaviour.reply == Reply::none)
         surroundings.callLimit = 100ms;
-    const auto authorization = makeCameraAuthorization(surroundings);
+    const auto authorization = capture::makeCameraAuthorization(surroundings);
     Answer answer;
     authorization->requestAccess(answer.completion());
     EXPECT_EQ(answer.wait(), GetParam().granted);
@@ -163,7 +163,7 @@ TEST_F(PortalAuthorization, GrantsNothingWithoutAPortalOrABus) {
     for (const auto& address : {bus_.address(), std::string("unix:path=/nonexistent")}) {
         auto surroundings = environment();
         surroundings.busAddress = address;
-        const auto authorization = makeCameraAuthorization(surroundings);
+        const auto authorization = capture::makeCameraAuthorization(surroundings);
         EXPECT_EQ(authorization->status(), AuthorizationStatus::notDetermined);
         Answer answer;
         authorization->requestAccess(answer.completion());
@@ -261,43 +261,44 @@ TEST_F(PortalAuthorization, ANodeThatOpensNeedsNoQuestion) {
 }
 
 // Ends where the other side has no owner left.
-bool isClosed(const OwnedDescriptor& side) {
+bool isClosed(const capture::OwnedDescriptor& side) {
     char byte = 0;
     return ::recv(side.number(), &byte, 1, MSG_DONTWAIT) == 0;
 }
 
 TEST_F(PortalAuthorization, HandsOverAConnectionThatEndsWithItsOwner) {
-    OwnedDescriptor far;
+    capture::OwnedDescriptor far;
     const auto connect = [&far] {
         std::array<int, 2> pair{};
         if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair.data()) != 0)
-            return OwnedDescriptor();
-        far = OwnedDescriptor(pair[0]);
-        return OwnedDescriptor(pair[1]);
+            return capture::OwnedDescriptor();
+        far = capture::OwnedDescriptor(pair[0]);
+        return capture::OwnedDescriptor(pair[1]);
     };
     FakePortal portal(bus_.address(), {.openRemote = connect});
-    OwnedDescriptor near = makeCameraRemote(environment())();
+    capture::OwnedDescriptor near = capture::makeCameraRemote(environment())();
     ASSERT_TRUE(near.isOpen());
     EXPECT_NE(::fcntl(near.number(), F_GETFD) & FD_CLOEXEC, 0);
     EXPECT_FALSE(isClosed(far));
-    near = OwnedDescriptor();
+    near = capture::OwnedDescriptor();
     EXPECT_TRUE(isClosed(far)) << "nobody else keeps it open";
 }
 
 TEST_F(PortalAuthorization, HandsOverNoConnectionWhereItIsRefusedOrNobodyIsThere) {
-    EXPECT_FALSE(makeCameraRemote(environment())().isOpen());
+    EXPECT_FALSE(capture::makeCameraRemote(environment())().isOpen());
     FakePortal portal(bus_.address(), {});
-    EXPECT_FALSE(makeCameraRemote(environment())().isOpen());
+    EXPECT_FALSE(capture::makeCameraRemote(environment())().isOpen());
     auto outside = environment();
     outside.isSandboxed = false;
-    EXPECT_FALSE(makeCameraRemote(outside));
+    EXPECT_FALSE(capture::makeCameraRemote(outside));
 }
 
 TEST_F(PortalAuthorization, FindsTheSessionBus) {
     FakePortal portal(bus_.address(), {.stored = "yes"});
     auto surroundings = environment();
     surroundings.busAddress.clear();  // PrivateBus makes itself this process's session bus
-    EXPECT_EQ(makeCameraAuthorization(surroundings)->status(), AuthorizationStatus::authorized);
+    EXPECT_EQ(capture::makeCameraAuthorization(surroundings)->status(),
+              AuthorizationStatus::authorized);
 }
 
 }  // namespace

@@ -10,13 +10,14 @@
 // the socket named on the command line. Ends with its standard input.
 namespace {
 
-kestrelid::OwnedDescriptor connectTo(const std::string& socketPath) {
+kestrelid::capture::OwnedDescriptor connectTo(const std::string& socketPath) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (socketPath.size() >= sizeof address.sun_path)
         return {};
     std::memcpy(address.sun_path, socketPath.c_str(), socketPath.size());
-    kestrelid::OwnedDescriptor connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    kestrelid::capture::OwnedDescriptor connection(
+        ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!connection.isOpen() ||
         ::connect(connection.number(), reinterpret_cast<const sockaddr*>(&address),
                   sizeof address) != 0)

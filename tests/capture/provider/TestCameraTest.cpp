@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <optional>
 
-namespace kestrelid {
+namespace kestrelid::capture {
 namespace {
 
 constexpr GstClockTime kLimit = 20 * GST_SECOND;
@@ -120,8 +120,8 @@ int widthOf(GstSample* sample) {
 }
 
 TEST(TestCamera, IsListedAndFollowsItsPlug) {
-    TestCamera camera("device Front\ncaps image/jpeg,width=640,height=480,framerate=30/1\n"
-                      "device Back\n");
+    test::TestCamera camera("device Front\ncaps image/jpeg,width=640,height=480,framerate=30/1\n"
+                            "device Back\n");
     const Monitor monitor;
     EXPECT_EQ(monitor.names(), (std::vector<std::string>{"Front", "Back"}));
     camera.unplug();
@@ -143,7 +143,7 @@ void PrintTo(const Format& format, std::ostream* stream) {
 class TestCameraFormat : public testing::TestWithParam<Format> {};
 
 TEST_P(TestCameraFormat, GivesFramesThatDiffer) {
-    const TestCamera camera;
+    const test::TestCamera camera;
     {
         const Pipeline pipeline(GetParam().caps);
         ASSERT_TRUE(pipeline.play());
@@ -169,7 +169,7 @@ INSTANTIATE_TEST_SUITE_P(Formats, TestCameraFormat,
                          [](const auto& row) { return row.param.name; });
 
 TEST(TestCamera, ChangesItsFormatWhileItRuns) {
-    const TestCamera camera;
+    const test::TestCamera camera;
     const Pipeline pipeline("image/jpeg,width=1280");
     ASSERT_TRUE(pipeline.play());
     ASSERT_TRUE(pipeline.frame());
@@ -185,7 +185,7 @@ TEST(TestCamera, ChangesItsFormatWhileItRuns) {
 }
 
 TEST(TestCamera, KeepsItsFrameRate) {
-    const TestCamera camera;
+    const test::TestCamera camera;
     const Pipeline pipeline("video/x-raw,format=I420,width=640");
     ASSERT_TRUE(pipeline.play());
     GstClockTime last = GST_CLOCK_TIME_NONE;
@@ -214,7 +214,7 @@ void PrintTo(const Fault& fault, std::ostream* stream) {
 class TestCameraFault : public testing::TestWithParam<Fault> {};
 
 TEST_P(TestCameraFault, IsToldOnTheBus) {
-    TestCamera camera;
+    test::TestCamera camera;
     camera.set(GetParam().line);
     {
         const Pipeline pipeline("video/x-raw,width=640");
@@ -234,7 +234,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 TEST(TestCamera, StallsSilentlyAndGoesOn) {
-    TestCamera camera;
+    test::TestCamera camera;
     camera.set("stall-after 5");
     const Pipeline pipeline("video/x-raw,width=640");
     ASSERT_TRUE(pipeline.play());
@@ -250,4 +250,4 @@ TEST(TestCamera, StallsSilentlyAndGoesOn) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::capture

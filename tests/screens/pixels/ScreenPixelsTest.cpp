@@ -56,7 +56,7 @@ std::string caseName(const testing::TestParamInfo<Row>& row) {
 
 struct ScannerCase {
     std::string name;
-    ScannerState state;
+    scanner::ScannerState state;
     QSize size{360, 640};
     double textScale = 1.0;
     Qt::LayoutDirection direction = Qt::LeftToRight;
@@ -98,10 +98,10 @@ TEST_P(ScannerPixels, match) {
     camera.mainQueue->advance(2.0);
 }
 
-constexpr ScannerState kDenied{};
-constexpr ScannerState kNotReady{.isAuthorized = true};
-constexpr ScannerState kReady{.isAuthorized = true, .isSessionReady = true};
-constexpr ScannerState kDetected{
+constexpr scanner::ScannerState kDenied{};
+constexpr scanner::ScannerState kNotReady{.isAuthorized = true};
+constexpr scanner::ScannerState kReady{.isAuthorized = true, .isSessionReady = true};
+constexpr scanner::ScannerState kDetected{
     .isAuthorized = true, .isSessionReady = true, .isDocumentDetected = true};
 
 INSTANTIATE_TEST_SUITE_P(

@@ -94,10 +94,10 @@ cv::Mat3b keys(cv::Size size, int pitch, bool dark) {
     return picture;
 }
 
-cv::Mat3b laidOn(const cv::Mat3b& desk, const cv::Mat3b& page, const opencv::Quad& corners) {
+cv::Mat3b laidOn(const cv::Mat3b& desk, const cv::Mat3b& page, const vision::Quad& corners) {
     const auto width = static_cast<float>(page.cols);
     const auto height = static_cast<float>(page.rows);
-    const opencv::Quad flat{cv::Point2f{0, 0}, {width, 0}, {width, height}, {0, height}};
+    const vision::Quad flat{cv::Point2f{0, 0}, {width, 0}, {width, height}, {0, height}};
     const cv::Mat transform = cv::getPerspectiveTransform(flat.data(), corners.data());
     cv::Mat3b scene = desk.clone();
     cv::warpPerspective(page, scene, transform, scene.size(), cv::INTER_AREA,

@@ -22,7 +22,7 @@ namespace kestrelid::test {
 
 // Lays page on desk with its corners at those places, top left first and clockwise.
 [[nodiscard]] cv::Mat3b laidOn(const cv::Mat3b& desk, const cv::Mat3b& page,
-                               const opencv::Quad& corners);
+                               const vision::Quad& corners);
 
 [[nodiscard]] Bitmap bitmapOf(const cv::Mat3b& bgr, PixelFormat format);
 

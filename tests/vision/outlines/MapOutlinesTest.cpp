@@ -9,10 +9,8 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 namespace {
-
-using opencv::Quad;
 
 constexpr int kCells = 48;
 
@@ -112,7 +110,7 @@ TEST(MapOutlinesTest, aCornerBeyondThePictureIsFoundWhereTheSidesMeet) {
     const auto found = outlinesOf(mapsOf({cut}));
     ASSERT_FALSE(found.empty());
     EXPECT_TRUE(std::ranges::any_of(found, [](const MapOutline& outline) {
-        const cv::Rect2f box = opencv::boundingBox(outline.quad);
+        const cv::Rect2f box = boundingBox(outline.quad);
         return std::abs(box.x - 0.4f) < 0.01f && std::abs(box.y - 0.3f) < 0.01f &&
                box.br().x > 0.99f;
     }));
@@ -156,4 +154,4 @@ TEST(MapOutlinesTest, aRoundRegionFillsItsQuadrilateralLessThanADocumentDoes) {
 }
 
 }  // namespace
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

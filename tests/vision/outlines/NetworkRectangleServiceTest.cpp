@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 // Answers with what it was told to, and counts.
@@ -196,4 +196,4 @@ TEST_F(WithNetwork, threadsShareIt) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

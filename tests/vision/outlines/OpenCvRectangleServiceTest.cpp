@@ -12,11 +12,10 @@
 #include <thread>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 
 namespace {
 
-using opencv::Quad;
 using test::bitmapOf;
 
 std::vector<RectangleObservation> rectanglesOf(const Bitmap& bitmap,
@@ -48,7 +47,7 @@ NormalizedRect largestBox(const std::vector<RectangleObservation>& rectangles) {
 }
 
 NormalizedRect boxOf(const Quad& corners, cv::Size size) {
-    const cv::Rect2f box = opencv::clippedBox(corners, size);
+    const cv::Rect2f box = clippedBox(corners, size);
     return {double{box.x} / size.width, 1.0 - double{box.br().y} / size.height,
             double{box.width} / size.width, double{box.height} / size.height};
 }
@@ -114,7 +113,7 @@ TEST_P(PageOnDesk, IsTheLargestRectangle) {
 
     // Named by where they are seen, whichever way the page lies: nearest to the picture's corners.
     const auto& corners = rectangles.front().corners;
-    const auto ordered = opencv::orderedQuad(scene.corners).value();
+    const auto ordered = orderedQuad(scene.corners).value();
     for (std::size_t i = 0; i < 4; ++i) {
         EXPECT_NEAR(corners[i].x, double{ordered[i].x} / size.width, 0.02) << "corner " << i;
         EXPECT_NEAR(corners[i].y, 1.0 - double{ordered[i].y} / size.height, 0.02) << "corner " << i;
@@ -286,4 +285,4 @@ TEST(OpenCvRectangleServiceTest, OverlappingCallsFindTheSame) {
 
 }  // namespace
 
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 namespace {
 
 struct DoubtCase {
@@ -46,4 +46,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

@@ -9,7 +9,7 @@
 #include <opencv2/imgproc.hpp>
 #include <string>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -105,4 +105,4 @@ TEST(StraightLinesTest, MeasuresWhereALineRuns) {
 
 }  // namespace
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

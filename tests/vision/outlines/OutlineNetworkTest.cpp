@@ -11,7 +11,7 @@
 #include <string>
 #include <variant>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 namespace {
 
 using Change = cv::Mat (*)(const cv::Mat&);
@@ -63,4 +63,4 @@ TEST(OutlineNetworkTest, eightLooksTurnWithThePicture) {
 }
 
 }  // namespace
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

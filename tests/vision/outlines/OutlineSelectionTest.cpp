@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -61,4 +61,4 @@ INSTANTIATE_TEST_SUITE_P(
 
 }  // namespace
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

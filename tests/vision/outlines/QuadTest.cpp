@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -58,4 +58,4 @@ TEST(QuadTest, EnclosingQuadRestoresCutCorners) {
 
 }  // namespace
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -5,10 +5,8 @@
 
 #include <vector>
 
-namespace kestrelid::outline {
+namespace kestrelid::vision {
 namespace {
-
-using opencv::Quad;
 
 const cv::Size kSize(1280, 720);
 
@@ -70,4 +68,4 @@ TEST(SideSharpenerTest, aSideOutsideThePictureStays) {
 }
 
 }  // namespace
-}  // namespace kestrelid::outline
+}  // namespace kestrelid::vision

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
 
-namespace kestrelid::opencv {
+namespace kestrelid::vision {
 
 namespace {
 
@@ -44,4 +44,4 @@ TEST(WorkingPictureTest, BrightensDimPicturesOnly) {
 
 }  // namespace
 
-}  // namespace kestrelid::opencv
+}  // namespace kestrelid::vision

@@ -7,7 +7,7 @@
 #include <dlfcn.h>
 #include <thread>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 using testing::HasSubstr;
@@ -62,4 +62,4 @@ TEST(SerialOpenMp, HoldsForTheCallingThreadAndWhileItLives) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

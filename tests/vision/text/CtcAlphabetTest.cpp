@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 // A recogniser's dictionary in small: other scripts between the characters of English.
@@ -111,4 +111,4 @@ TEST(CtcAlphabet, RefusesADictionaryWithoutEnglish) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

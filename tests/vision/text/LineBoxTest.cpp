@@ -6,7 +6,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 cv::Point2f turnedBy(cv::Point2f point, float degrees) {
@@ -93,4 +93,4 @@ TEST(LineBox, CropStandsUprightWhicheverWayTheLineRuns) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

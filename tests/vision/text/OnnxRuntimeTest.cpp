@@ -5,7 +5,7 @@
 #include <array>
 #include <fstream>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 using testing::HasSubstr;
@@ -80,4 +80,4 @@ TEST(OnnxRuntime, TellsWhatIsWrongWithFilesAndInputs) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

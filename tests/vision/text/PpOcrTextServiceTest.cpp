@@ -39,7 +39,7 @@ TEST_F(PpOcrResources, NamesEachMissingFileAndReadsOnceItIsThere) {
           "ch_PP-OCRv4_rec_infer.onnx", "ppocr_keys_v1.txt"}) {
         SCOPED_TRACE(file);
         fs::remove(folder_ / file);
-        PpOcrTextService service({.resources = {folder_}, .threads = 1});
+        vision::PpOcrTextService service({.resources = {folder_}, .threads = 1});
         bool completed = false;
         const auto error = service.perform(evenBitmap(64, 64), {},
                                            [&](const RequestReport&) { completed = true; });
@@ -64,14 +64,14 @@ TEST_F(PpOcrResources, NamesEachMissingFileAndReadsOnceItIsThere) {
 }
 
 TEST_F(PpOcrResources, DiagnosesVersionAndPlaceOfTheLibrary) {
-    const auto parts = PpOcrTextService({.resources = {folder_}, .threads = 1}).diagnose();
+    const auto parts = vision::PpOcrTextService({.resources = {folder_}, .threads = 1}).diagnose();
     ASSERT_EQ(parts.size(), 5u);
     EXPECT_TRUE(parts[0].available);
     EXPECT_THAT(parts[0].details, testing::ContainsRegex("1\\.[0-9]+.*libonnxruntime"));
 }
 
 TEST(PpOcrTextService, WithoutResourcesEveryRequestSaysWhatToDo) {
-    PpOcrTextService service(
+    vision::PpOcrTextService service(
         {.resources = {fs::path(testing::TempDir()) / "kestrelid-nothing-here"}, .threads = 2});
     for (int attempt = 0; attempt < 2; ++attempt) {
         const auto error = service.perform(evenBitmap(64, 64), {}, {});
@@ -87,7 +87,7 @@ TEST(PpOcrTextService, WithoutResourcesEveryRequestSaysWhatToDo) {
 }
 
 TEST_F(PpOcrResources, KeepsTheFillersOfAMachineReadableZone) {
-    PpOcrTextService service({.resources = {folder_}, .threads = 2});
+    vision::PpOcrTextService service({.resources = {folder_}, .threads = 2});
     std::vector<std::string> texts;
     ASSERT_FALSE(service.perform(drawnPage({"P<UTOWALKER<<JANE<MAY<<<<<"}), {},
                                  [&](const RequestReport& report) { texts = textsOf(report); }));

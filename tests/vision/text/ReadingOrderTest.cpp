@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <numeric>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 struct OrderRow {
@@ -56,4 +56,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace kestrelid {
+namespace kestrelid::vision {
 namespace {
 
 // A map on which the network has marked the core of a line.
@@ -81,4 +81,4 @@ TEST(TextBoxes, BoundsWhatATextureMayCost) {
 }
 
 }  // namespace
-}  // namespace kestrelid
+}  // namespace kestrelid::vision

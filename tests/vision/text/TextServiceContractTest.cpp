@@ -156,21 +156,21 @@ TEST_P(TextServiceContract, RefusesLanguagesWithoutEnglish) {
     EXPECT_FALSE(service_->perform(drawnPage({"TEXT"}), request, {}));
 }
 
-PpOcrOptions ppOcr(int threads) {
+vision::PpOcrOptions ppOcr(int threads) {
     return {.resources = {KESTRELID_RESOURCES_DIR}, .threads = threads};
 }
 
 RecognizerRow ppOcrRow(const char* name, int threads) {
-    return {name, [=] { return std::make_unique<PpOcrTextService>(ppOcr(threads)); },
-            [=] { return PpOcrTextService(ppOcr(threads)).diagnose(); }};
+    return {name, [=] { return std::make_unique<vision::PpOcrTextService>(ppOcr(threads)); },
+            [=] { return vision::PpOcrTextService(ppOcr(threads)).diagnose(); }};
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Recognizers, TextServiceContract,
     testing::Values(ppOcrRow("ppocrOneThread", 1), ppOcrRow("ppocrTwoThreads", 2),
                     RecognizerRow{"tesseract",
-                                  [] { return std::make_unique<TesseractTextService>(); },
-                                  [] { return TesseractTextService().diagnose(); }}),
+                                  [] { return std::make_unique<vision::TesseractTextService>(); },
+                                  [] { return vision::TesseractTextService().diagnose(); }}),
     [](const auto& row) { return row.param.name; });
 
 }  // namespace

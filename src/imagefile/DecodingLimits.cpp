@@ -1,9 +1,8 @@
-#include "imagefile/PixelBuffer.h"
+#include "imagefile/DecodingLimits.h"
 
 #include <algorithm>
-#include <utility>
 
-namespace kestrelid {
+namespace kestrelid::imagefile {
 namespace {
 
 constexpr std::size_t kMaximumCauseLength =
@@ -46,17 +45,6 @@ ImageError decodingError(Fault fault, const char* format, const std::string& tex
     return {std::string(what) + format + ": " + line};
 }
 
-PixelBuffer::PixelBuffer(int width, int height, int bytesPerPixel)
-    : width_(width), height_(height), stride_(std::ptrdiff_t{width} * bytesPerPixel),
-      pixels_(new std::byte[static_cast<std::size_t>(stride_) * static_cast<std::size_t>(height)]) {
-}
-
-Image PixelBuffer::toImage(PixelFormat format, Orientation orientation) && {
-    const std::size_t held = size();
-    return Image(Bitmap::wrap(width_, height_, stride_, format, std::move(pixels_), held).value(),
-                 orientation);
-}
-
 void layOnWhite(unsigned char* row, int width, Alpha alpha) {
     const unsigned char* from = row;
     for (unsigned char* to = row; width > 0; --width, from += 4) {
@@ -71,4 +59,4 @@ void layOnWhite(unsigned char* row, int width, Alpha alpha) {
     }
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::imagefile

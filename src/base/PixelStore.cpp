@@ -1,0 +1,18 @@
+#include "base/PixelStore.h"
+
+#include <utility>
+
+namespace kestrelid {
+
+PixelStore::PixelStore(int width, int height, int bytesPerPixel)
+    : width_(width), height_(height), stride_(std::ptrdiff_t{width} * bytesPerPixel),
+      pixels_(new std::byte[static_cast<std::size_t>(stride_) * static_cast<std::size_t>(height)]) {
+}
+
+Image PixelStore::toImage(PixelFormat format, Orientation orientation) && {
+    const std::size_t held = size();
+    return Image(Bitmap::wrap(width_, height_, stride_, format, std::move(pixels_), held).value(),
+                 orientation);
+}
+
+}  // namespace kestrelid

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <kestrelid/ImageFile.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kestrelid::imagefile {
+
+// Bytes that one decoding may hold at once, file apart: twice the largest RGB picture.
+inline constexpr std::int64_t kMaximumDecoderMemory = 2 * 3 * kMaximumPixels;
+
+// None where kMaximumSide and kMaximumPixels admit the
+// picture. Takes what a header claims, so any value.
+[[nodiscard]] std::optional<ImageError> checkSize(std::int64_t width, std::int64_t height);
+
+// None where kMaximumDecoderMemory admits bytes:
+// pixels and what the codec library holds beside them.
+[[nodiscard]] std::optional<ImageError> checkMemory(std::int64_t bytes);
+
+// "truncated JPEG: text", for instance, as one printable line whatever the library wrote.
+enum class Fault { truncated, damaged, unsupported };
+[[nodiscard]] ImageError decodingError(Fault fault, const char* format, const std::string& text);
+
+enum class Alpha { straight, premultiplied };
+
+// Turns width RGBA pixels into RGB in place, as they look on white.
+void layOnWhite(unsigned char* row, int width, Alpha alpha);
+
+}  // namespace kestrelid::imagefile
