@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Ten steps of training, and whether the exported network answers as the trained one.
 
-Usage: training_test.py OUTLINE_MAPS, the program that runs a model with ONNX Runtime. Exit status 77 (skipped) where
+Usage: network_test.py OUTLINE_MAPS, the program that runs a model with ONNX Runtime. Exit status 77 (skipped) where
 PyTorch, OpenCV or ONNX Runtime is missing: python3-torch and python3-opencv bring the first two.
 """
 import pathlib
@@ -18,44 +18,34 @@ except ImportError as missing:
     print(f"skipped: {missing}; install the Debian packages python3-torch and python3-opencv")
     sys.exit(SKIPPED)
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[3] / "training"))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "training"))
 import export  # noqa: E402
-import scenes  # noqa: E402
+import shards  # noqa: E402
 import targets  # noqa: E402
 import train  # noqa: E402
 from net import SIDE  # noqa: E402
 
 
-def paper(tone):
-    flat = np.full((120, 170, 4), 255, np.uint8)
-    flat[..., :3] = tone
-    cv2.putText(flat, "PAGE", (20, 70), cv2.FONT_HERSHEY_SIMPLEX, 1.2, (20, 20, 20, 255), 3)
-    return flat
-
-
-def draw(folder, count):
-    """A shard of count scenes; returns their corners and pixels."""
-    flats = scenes.Flats([paper(tone) for tone in (180, 215, 240)], ["page"] * 3)
+def draw(folder):
+    """A small shard in folder; returns its pixels and corners."""
+    papers = []
+    for tone in (180, 215, 240):
+        papers.append(np.full((120, 170, 4), (tone, tone, tone, 255), np.uint8))
+        cv2.putText(papers[-1], "PAGE", (20, 70), cv2.FONT_HERSHEY_SIMPLEX, 1.2, (20, 20, 20, 255), 3)
     places = [np.random.default_rng(1).integers(0, 255, (300, 400, 3)).astype(np.uint8)]
-    pixels = np.empty((count, SIDE, SIDE, 3), np.uint8)
-    quads = np.full((count, 6, 4, 2), np.nan, np.float32)
-    for position in range(count):
-        scene = scenes.compose(np.random.default_rng(position), flats, places, (SIDE, SIDE))
-        pixels[position] = scene.pixels
-        for slot, quad in enumerate(scene.quads):
-            quads[position, slot] = quad
+    shards.SCENES = 24
+    pixels, quads = shards.draw_shard(0, shards.scenes.Flats(papers), places)
     np.savez(folder / "0000.npz", pixels=pixels, quads=quads)
     return pixels, quads
 
 
 def turned_targets_agree(pixels, quads):
     """Turning a scene and then drawing its maps gives the turned maps."""
+    plain = targets.maps(quads, shards.SIDE)[0]
     for way in range(8):
-        picture, corners = train.turned(pixels[0], quads[0], way)
-        plain = targets.maps(quads[0], SIDE)
-        seen = targets.maps(corners, SIDE)
-        page = train.turned(np.dstack([plain[0]] * 3), quads[0], way)[0][..., 0]
-        if picture.shape != pixels[0].shape or np.abs(page - seen[0]).mean() > 0.01:
+        _, corners = train.turned(pixels, quads, way)
+        page = train.turned(np.dstack([plain] * 3), quads, way)[0][..., 0]
+        if np.abs(page - targets.maps(corners, shards.SIDE)[0]).mean() > 0.01:
             return [f"way {way}: the maps do not turn with the scene"]
     return []
 
@@ -67,8 +57,7 @@ def exported_agrees(program, folder, net, floats, tolerance):
         wanted = torch.sigmoid(net.eval()(torch.from_numpy(picture))).numpy()
     export.exported(net, model, floats)
     picture.tofile(folder / "input")
-    done = subprocess.run([program, model, folder / "input", folder / "output"],
-                          capture_output=True, text=True)
+    done = subprocess.run([program, model, folder / "input", folder / "output"], capture_output=True, text=True)
     if done.returncode == SKIPPED:
         print(f"skipped: {done.stdout.strip()}")
         sys.exit(SKIPPED)
@@ -86,7 +75,8 @@ def exported_agrees(program, folder, net, floats, tolerance):
 def main(program):
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
-        failures = turned_targets_agree(*draw(folder, 24))
+        pixels, quads = draw(folder)
+        failures = turned_targets_agree(pixels[0], quads[0])
         common = [name, str(folder / "run"), "--side", "64", "--batch", "32", "--pool", "1", "--rate", "0.01"]
         first = train.train(train.parsed([*common, "--steps", "1"]))
         last = train.train(train.parsed([*common, "--steps", "10"]))  # goes on from step 1
@@ -96,8 +86,8 @@ def main(program):
         checkpoint = folder / "run" / "last.pt"
         if torch.load(checkpoint)["step"] != 10:
             failures.append("the run did not go on from its checkpoint")
-        failures += exported_agrees(program, folder, export.load(checkpoint), True, 1e-4)
-        failures += exported_agrees(program, folder, export.load(checkpoint), False, 0.05)
+        for floats, tolerance in ((True, 1e-4), (False, 0.05)):
+            failures += exported_agrees(program, folder, export.load(checkpoint), floats, tolerance)
     print("\n".join(failures) or "ten steps, and the exports agree")
     return 1 if failures else 0
 

@@ -1,11 +1,10 @@
 """Passport pages and identity cards of Utopia (UTO), the example state of ICAO Doc 9303."""
 
 from . import portrait, zone
-from .document import Document
 from .guilloche import security_paper
 from .passports import PAGE_MM, field, holder, print_zone
 from .people import invent, spelled
-from .sheet import Sheet
+from .sheet import Document, Sheet
 
 _ZONE_LEFT = (PAGE_MM[0] - 44 * 2.54) / 2
 _LOOKS = {  # tints of the paper, its inks, and the colour of labels

@@ -3,10 +3,9 @@
 import numpy as np
 
 from . import portrait, zone
-from .document import Document
 from .guilloche import rosette, security_paper, tinted, waves
 from .people import invent, spelled
-from .sheet import PX_PER_MM, Sheet
+from .sheet import PX_PER_MM, Document, Sheet
 
 PAGE_MM = (125, 88)  # Doc 9303-4: a TD3 page
 _GREEN_TINTS = [(226, 238, 222), (243, 239, 219), (222, 236, 232)]

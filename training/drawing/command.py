@@ -7,9 +7,9 @@ from pathlib import Path
 import numpy as np
 
 from . import manifest
-from .recipes import KINDS, random_recipe
-from .samples import SAMPLES
-from .scene import draw_picture
+from .light import jpeg
+from .recipes import KINDS, SAMPLES, random_recipe
+from .scenes import photographed
 from .sheet import MissingPackage, require_fonts
 
 _EXAMPLES = """examples:
@@ -82,9 +82,9 @@ def main(arguments=None):
         folder.mkdir(parents=True, exist_ok=True)
         rows = []
         for name, seed, recipe in _planned(options):
-            picture = draw_picture(recipe, seed)
-            (folder / name).write_bytes(picture.file_bytes())
-            rows.append(manifest.row(name, picture))
+            scene = photographed(recipe, seed)
+            (folder / name).write_bytes(jpeg(scene.pixels, recipe.quality))
+            rows.append(manifest.full_row(name, scene, recipe))
         manifest.write(folder, rows)
     except MissingPackage as error:
         print(f"draw-specimens: {error}", file=sys.stderr)

@@ -1,8 +1,7 @@
 """Papers that are no identity documents: receipts, letters, blank sheets."""
 
-from .document import Document
 from .portrait import signature
-from .sheet import Sheet
+from .sheet import Document, Sheet
 
 _GOODS = ["Oat biscuits", "Brown bread", "Tomatoes 500g", "Ground coffee", "Green tea", "Rice 1kg",
           "Apples 1kg", "Soap bar", "Batteries AA", "Notebook A5", "Orange juice", "Red lentils"]
