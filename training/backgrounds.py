@@ -70,6 +70,6 @@ def load(folder, packages, longest=_LONGEST):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 2:
+    if len(sys.argv) != 2 or sys.argv[1].startswith("-"):
         sys.exit(__doc__)
     fetch(sys.argv[1])

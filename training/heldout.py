@@ -43,8 +43,7 @@ class _HeldOut:
 
 def _largest(scene):
     # The document with the largest box in the picture: its corners, cut by the frame, and its kind.
-    found = [(np.clip(quad, 0, scene.pixels.shape[1::-1]), kind)
-             for quad, kind in zip(scene.quads, scene.kinds)]
+    found = [(np.clip(quad, 0, scene.pixels.shape[1::-1]), kind) for quad, kind in zip(scene.quads, scene.kinds)]
     return max(found, key=lambda cut: np.prod(np.ptp(cut[0], axis=0)), default=(None, "other-scene"))
 
 

@@ -44,8 +44,7 @@ def draw_shard(number, documents, places):
     pixels = np.empty((SCENES, SIDE, SIDE, 3), np.uint8)
     quads = np.full((SCENES, _MOST, 4, 2), np.nan, np.float32)
     for position in range(SCENES):
-        scene = scenes.composed(np.random.default_rng([number, position]), documents, places,
-                               (SIDE, SIDE))
+        scene = scenes.composed(np.random.default_rng([number, position]), documents, places, (SIDE, SIDE))
         pixels[position] = scene.pixels
         for slot, quad in enumerate(scene.quads[:_MOST]):
             quads[position, slot] = quad

@@ -111,25 +111,11 @@ class SceneTest(unittest.TestCase):
                     seen += 1
         self.assertGreater(seen, 15)
 
-    def test_equal_seeds_give_equal_pixels(self):
-        recipe = recipes.Recipe("utopia-trilingual", "stone", (480, 360), things=5, in_hand=True, shadow=0.4,
-                                glare=0.4, motion=3)
-        first, again, other = (scenes.photographed(recipe, seed).pixels for seed in (7, 7, 8))
-        self.assertTrue(np.array_equal(first, again))
-        self.assertFalse(np.array_equal(first, other))
-
     def test_noise_has_the_stated_deviation_at_mid_grey(self):
         grey = np.full((200, 200, 3), 0.5, np.float32)
         for noise in (0, 3, 9):
             pixels = light.sensed(grey, np.random.default_rng(1), noise)
             self.assertAlmostEqual(float(pixels.std()), noise, delta=0.05 * noise)
-
-    def test_motion_spreads_light_without_losing_any(self):
-        dot = np.zeros((61, 61, 3), np.float32)
-        dot[30, 30] = 1
-        spread = light.motion(dot, np.random.default_rng(3), 5)
-        self.assertLess(spread.max(), 0.4)
-        self.assertAlmostEqual(float(spread.sum()), 3, places=3)
 
 
 class CommandTest(unittest.TestCase):
@@ -147,9 +133,9 @@ class CommandTest(unittest.TestCase):
         for row in rows:
             self.assertEqual(cv2.imread(str(folder / row["file"])).shape, (320, 400, 3))
             self.assertIn(row["kind"], row["file"])
-        shorter = self.drawn("--count", "1", "--seed", "4")
-        name = rows[0]["file"]
-        self.assertEqual((shorter / name).read_bytes(), (folder / name).read_bytes())
+        # The pictures of a shorter run are those that a longer one starts with, to the byte.
+        for path in self.drawn("--count", "2", "--seed", "4").glob("*.jpg"):
+            self.assertEqual(path.read_bytes(), (folder / path.name).read_bytes())
 
     def test_wrong_usage(self):
         for arguments in ([], ["--out", "x", "--size", "12"], ["--out", "x", "--count", "-1"],

@@ -39,15 +39,19 @@ def draw(folder):
     return pixels, quads
 
 
+def check(good, what):
+    if not good:
+        sys.exit(what)
+
+
 def turned_targets_agree(pixels, quads):
     """Turning a scene and then drawing its maps gives the turned maps."""
     plain = targets.maps(quads, shards.SIDE)[0]
     for way in range(8):
         _, corners = train.turned(pixels, quads, way)
         page = train.turned(np.dstack([plain] * 3), quads, way)[0][..., 0]
-        if np.abs(page - targets.maps(corners, shards.SIDE)[0]).mean() > 0.01:
-            return [f"way {way}: the maps do not turn with the scene"]
-    return []
+        difference = np.abs(page - targets.maps(corners, shards.SIDE)[0]).mean()
+        check(difference < 0.01, f"way {way}: the maps do not turn with the scene")
 
 
 def exported_agrees(program, folder, net, floats, tolerance):
@@ -61,36 +65,28 @@ def exported_agrees(program, folder, net, floats, tolerance):
     if done.returncode == SKIPPED:
         print(f"skipped: {done.stdout.strip()}")
         sys.exit(SKIPPED)
-    if done.returncode:
-        return [f"the exported network does not run: {done.stdout}"]
-    got = np.fromfile(folder / "output", np.float32).reshape(wanted.shape)
-    worst = float(np.abs(got - wanted).max())
+    check(done.returncode == 0, f"the exported network does not run: {done.stdout}")
+    worst = float(np.abs(np.fromfile(folder / "output", np.float32).reshape(wanted.shape) - wanted).max())
     print(f"{'floats' if floats else '8 bits'}: {model.stat().st_size} bytes, furthest apart {worst:.2g}")
-    failures = [] if worst < tolerance else [f"exported and trained network differ by {worst}"]
-    if not floats and model.stat().st_size > 2_000_000:
-        failures.append("the model is larger than 2 MB")
-    return failures
+    check(worst < tolerance, "the exported network answers otherwise than the trained one")
+    check(floats or model.stat().st_size < 2_000_000, "the model is larger than 2 MB")
 
 
 def main(program):
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         pixels, quads = draw(folder)
-        failures = turned_targets_agree(pixels[0], quads[0])
+        turned_targets_agree(pixels[0], quads[0])
         common = [name, str(folder / "run"), "--side", "64", "--batch", "32", "--pool", "1", "--rate", "0.01"]
         first = train.train(train.parsed([*common, "--steps", "1"]))
-        last = train.train(train.parsed([*common, "--steps", "10"]))  # goes on from step 1
+        last = train.train(train.parsed([*common, "--steps", "10"]))
         print(f"loss {first:.3f} after one step, {last:.3f} over nine more")
-        if not 0 < last < 1.1 * first:
-            failures.append("ten steps made it worse")
+        check(0 < last < 1.1 * first, "ten steps made it worse")
         checkpoint = folder / "run" / "last.pt"
-        if torch.load(checkpoint)["step"] != 10:
-            failures.append("the run did not go on from its checkpoint")
+        check(torch.load(checkpoint)["step"] == 10, "the run did not go on from its checkpoint")
         for floats, tolerance in ((True, 1e-4), (False, 0.05)):
-            failures += exported_agrees(program, folder, export.load(checkpoint), floats, tolerance)
-    print("\n".join(failures) or "ten steps, and the exports agree")
-    return 1 if failures else 0
+            exported_agrees(program, folder, export.load(checkpoint), floats, tolerance)
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1]))
+    main(sys.argv[1])

@@ -31,8 +31,7 @@ def capsule(start, end, start_radius, end_radius, points=20):
     start, end = np.asarray(start, float), np.asarray(end, float)
     side = np.arctan2(*(end - start)[::-1]) + np.pi / 2
     half = np.linspace(0, np.pi, points)
-    return np.concatenate([start + start_radius * _arc(side + half),
-                           end + end_radius * _arc(side - np.pi + half)])
+    return np.concatenate([start + start_radius * _arc(side + half), end + end_radius * _arc(side - np.pi + half)])
 
 
 def circle(centre, radius, points=60):

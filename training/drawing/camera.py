@@ -56,8 +56,7 @@ class View:
         height, width = texture.shape[:2]
         shrink = max(1.0, PX_PER_MM / (self.scale() * _SUPERSAMPLE))
         if shrink > 1.2:  # a distant document would alias
-            texture = cv2.resize(texture, None, fx=1 / shrink, fy=1 / shrink,
-                                 interpolation=cv2.INTER_AREA)
+            texture = cv2.resize(texture, None, fx=1 / shrink, fy=1 / shrink, interpolation=cv2.INTER_AREA)
         sx, sy = texture.shape[1] * PX_PER_MM / width, texture.shape[0] * PX_PER_MM / height
         # Array element i covers i..i+1, while OpenCV's warp counts from element centres.
         to_mm = np.array([[1 / sx, 0, 0.5 / sx - width / PX_PER_MM / 2],

@@ -48,12 +48,9 @@ def _parser():
         epilog=_EXAMPLES, formatter_class=argparse.RawDescriptionHelpFormatter)
     target = parser.add_mutually_exclusive_group(required=True)
     target.add_argument("--out", metavar="FOLDER", help="draw pictures at random into FOLDER")
-    target.add_argument("--samples", metavar="FOLDER",
-                        help="draw exactly the project's samples into FOLDER")
-    parser.add_argument("--count", type=_natural, default=10,
-                        help="how many pictures (default: 10)")
-    parser.add_argument("--seed", type=_natural, default=1,
-                        help="start of the randomness (default: 1)")
+    target.add_argument("--samples", metavar="FOLDER", help="draw exactly the project's samples into FOLDER")
+    parser.add_argument("--count", type=_natural, default=10, help="how many pictures (default: 10)")
+    parser.add_argument("--seed", type=_natural, default=1, help="start of the randomness (default: 1)")
     parser.add_argument("--kind", choices=sorted(KINDS), help="only this kind (default: a mixture)")
     parser.add_argument("--size", type=_size, metavar="WxH",
                         help="pixels of every picture (default: 1280x720, 1280x960 or 960x1280)")

@@ -83,8 +83,7 @@ def plain(rng, x, y):
 def stone(rng, x, y):
     """Polished stone with veins."""
     base = _colour(rng, [(108, 108, 112), (138, 128, 118), (74, 80, 82), (160, 152, 146)])
-    clouds = sum(_noise(rng, x, y, cell) * weight
-                 for cell, weight in ((60, 0.5), (24, 0.3), (9, 0.2), (3, 0.15)))
+    clouds = sum(_noise(rng, x, y, cell) * weight for cell, weight in ((60, 0.5), (24, 0.3), (9, 0.2), (3, 0.15)))
     veins = np.exp(-14 * np.abs(_noise(rng, x, y, 75) + 0.35 * clouds))
     flecks = _noise(rng, x + y, x - y, 1.3) * _noise(rng, x, y, 1.1)
     tone = 1 + 0.20 * clouds + 0.16 * flecks

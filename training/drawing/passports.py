@@ -22,8 +22,7 @@ def print_zone(sheet, lines, left, last_baseline, pitch=2.54, leading=6.35):
         sheet.spaced(left, baseline, line, pitch, size)
 
 
-def field(sheet, x, y, label, value, width=40, font="bold", size=3.2, colour=_LABEL,
-          label_size=2.7):
+def field(sheet, x, y, label, value, width=40, font="bold", size=3.2, colour=_LABEL, label_size=2.7):
     """Prints a label at baseline y and its value under it, both made to fit width."""
     sheet.text(x, y, label, "sans", label_size, colour, width=width)
     sheet.text(x, y + size * 0.98, value, font, size, _INK, width=width)

@@ -48,8 +48,7 @@ class Recipe:
         """One line for the manifest."""
         words = [self.layout.replace("-", " ") if self.layout != "none" else "no document"]
         words.append("scan filling the picture" if self.fills else f"on {self.desk}")
-        turns = {1: "turned a quarter clockwise", 2: "upside down",
-                 3: "turned a quarter anticlockwise"}
+        turns = {1: "turned a quarter clockwise", 2: "upside down", 3: "turned a quarter anticlockwise"}
         for holds, word in ((self.turn, turns.get(self.turn)), (self.in_hand, "in hand"),
                             (self.things, "cluttered"), (self.exposure < 0.55, "dim"),
                             (self.shadow > 0, "shadow"), (self.glare > 0, "glare")):

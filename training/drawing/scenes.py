@@ -90,8 +90,7 @@ class Flats:
         for picture in pictures:
             levels = [picture]
             while max(levels[-1].shape[:2]) > 48:
-                levels.append(cv2.resize(levels[-1], None, fx=0.5, fy=0.5,
-                                         interpolation=cv2.INTER_AREA))
+                levels.append(cv2.resize(levels[-1], None, fx=0.5, fy=0.5, interpolation=cv2.INTER_AREA))
             self.levels.append(levels)
 
     def __len__(self):
@@ -129,8 +128,7 @@ def _lay_flat(rng, picture, flat, quad, glued):
     u, v = camera.document_grid(quad, picture.shape[1::-1])
     shade = _bent(rng, u, v)
     h, w = flat.shape[:2]
-    seen = cv2.remap(flat, u * w - 0.5, v * h - 0.5, cv2.INTER_LINEAR,
-                     borderMode=cv2.BORDER_CONSTANT)
+    seen = cv2.remap(flat, u * w - 0.5, v * h - 0.5, cv2.INTER_LINEAR, borderMode=cv2.BORDER_CONSTANT)
     cover = seen[..., 3].astype(np.float32) / 255
     paper = seen[..., :3].astype(np.float32)
     if not glued and rng.random() < 0.75:

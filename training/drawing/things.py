@@ -101,8 +101,7 @@ def scatter(picture, rng, view, free_mm, count):
     kinds = list(_THINGS)
     directions = rng.uniform(0, 360) + rng.permutation(count) * 360 / count
     directions += rng.uniform(-20, 20, count)
-    chosen = [kind for turn in range(0, count, len(kinds))
-              for kind in rng.permutation(len(kinds))[:count - turn]]
+    chosen = [kind for turn in range(0, count, len(kinds)) for kind in rng.permutation(len(kinds))[:count - turn]]
     for kind, direction in zip(sorted(chosen), np.radians(directions)):
         thing = kinds[kind]
         ray = np.array([np.cos(direction), np.sin(direction)])
@@ -145,8 +144,7 @@ def strew(rng, picture, aspect, quads):
             fill(brush.capsule(centre - step, centre + step, thick, thick, 12), colour)
             if rng.random() < 0.5:
                 thick *= 0.3
-                fill(brush.capsule(centre - step, centre + step, thick, thick, 12),
-                     np.minimum(colour + 60, 255))
+                fill(brush.capsule(centre - step, centre + step, thick, thick, 12), np.minimum(colour + 60, 255))
         elif kind < 0.55:  # a mug, a coin, a plate
             fill(brush.circle(centre, size * 0.4, 40), colour)
             for shrink in rng.uniform(0.3, 0.95, int(rng.integers(0, 3))):
