@@ -1,6 +1,8 @@
 #!/usr/bin/python3
 """Photographs and textures to lay documents on: taken from Debian packages, never committed.
 
+backgrounds.py FOLDER downloads and unpacks them there.
+
 Pictures of the packages under HELD_OUT are never trained on.
 """
 

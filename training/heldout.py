@@ -25,8 +25,12 @@ class _HeldOut:
     def __init__(self, places, seed):
         self._places = places
         layouts = [utopia.columns] * 3 + [papers.letter] * 2 + [papers.blank]
-        documents = [layouts[i % 6](np.random.default_rng([seed, i])) for i in range(90)]
-        self._specimens = scenes.Flats([d.flat(1300) for d in documents], [d.kind for d in documents])
+        flats, kinds = [], []
+        for position in range(90):
+            document = layouts[position % 6](np.random.default_rng([seed, position]))
+            flats.append(document.flat(1300))
+            kinds.append(document.kind)
+        self._specimens = scenes.Flats(flats, kinds)
         # New prints of the invented layouts: other seeds than any shard's.
         invented = draw_invented(seed + 50000, 1300, places, 80, 20)
         self._invented = scenes.Flats(invented, ["other-document"] * len(invented))

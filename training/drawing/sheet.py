@@ -55,7 +55,7 @@ class Sheet:
     """Width x height of paper, scale pixels to a unit; a unit is a millimetre unless scale is given."""
 
     def __init__(self, width, height, ground=(250, 249, 245), scale=PX_PER_MM):
-        self.width, self.height, self.scale = width, height, scale
+        self.height, self.scale = height, scale
         self.image = Image.new("RGB", (round(width * scale), round(height * scale)), ground)
         self.draw = ImageDraw.Draw(self.image)
 
