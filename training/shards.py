@@ -23,6 +23,7 @@ _LAYOUTS = (passports.bangladesh_page, passports.bangladesh_spread, utopia.class
 
 def draw_invented(seed, longest, places, layouts, covers):
     """A list of flats: as many invented layouts, and as many covers made of photographs places."""
+    # Other numbers in the middle of the seeds would draw other documents.
     flats = [invented(np.random.default_rng([seed, 8, i]), longest) for i in range(layouts)]
     for position in range(covers):
         rng = np.random.default_rng([seed, 7, position])

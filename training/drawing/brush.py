@@ -48,13 +48,14 @@ def box(centre, width, height, degrees=0.0, corner=0.0, points=6):
 
 
 def around(picture, outline, margin):
-    """The part of picture around outline, a view, and the outline in it; None where it is empty."""
+    """The part of picture around outline, a view, and the outline's mask in it; None where it is empty."""
     height, width = picture.shape[:2]
     x0, y0 = np.maximum(np.floor(outline.min(0) - margin), 0).astype(int)
     x1, y1 = np.minimum(np.ceil(outline.max(0) + margin), [width, height]).astype(int)
     if x1 - x0 < 2 or y1 - y0 < 2:
         return None
-    return picture[y0:y1, x0:x1], outline - [x0, y0]
+    view = picture[y0:y1, x0:x1]
+    return view, mask_of(view, [outline - [x0, y0]])
 
 
 def cast_shadow(picture, mask, offset, blur, strength):

@@ -10,7 +10,7 @@ _SLEEVES = [(52, 62, 84), (96, 98, 102), (112, 58, 60), (62, 86, 76)]
 
 
 class _Grip:
-    # A place on the side from start to end of quad (4 x 2 pixels); unit: pixels that at() counts in.
+    # A place on a document's side, from start to end; _at() counts in units of so many pixels.
     def __init__(self, quad, start, end, share, unit):
         self._edge, self._unit = start + (end - start) * share, unit
         self._along = (end - start) / max(float(np.linalg.norm(end - start)), 1.0)
@@ -67,13 +67,12 @@ def _skin(rng):
 
 def _finger(rng, picture, start, end, radii, skin, radius):
     part = brush.around(picture, brush.capsule(start, end, *radii, 12), 2 * radius + 2)
-    if part is not None:
-        view, outline = part
-        brush.fleshy(view, brush.mask_of(view, [outline]), skin, radius, rng.uniform(0.1, 0.45))
+    if part:
+        brush.fleshy(*part, skin, radius, rng.uniform(0.1, 0.45))
 
 
 class RoughHand(_Grip):
-    """A hand at any side, of no skeleton in particular, as the network is to see thousands of."""
+    """A hand at any side of a document, roughly shaped and quickly drawn; _at() counts in fingers."""
 
     def __init__(self, rng, quad):
         self._rng, self._skin = rng, _skin(rng)

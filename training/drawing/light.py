@@ -67,10 +67,7 @@ def sensed(picture, rng, noise):
 
 def jpeg(pixels, quality):
     """The bytes of a JPEG file of pixels (RGB)."""
-    done, data = cv2.imencode(".jpg", pixels[..., ::-1], [cv2.IMWRITE_JPEG_QUALITY, int(quality)])
-    if not done:
-        raise ValueError("OpenCV could not write a JPEG")
-    return data.tobytes()
+    return cv2.imencode(".jpg", pixels[..., ::-1], [cv2.IMWRITE_JPEG_QUALITY, quality])[1].tobytes()
 
 
 def _field(rng, shape):

@@ -65,21 +65,19 @@ def random_recipe(rng, kind, size=None):
     in_hand = kind in ("passport-drawn", "other-id") and not fills and rng.random() < 0.15
     dim = rng.random() < 0.15
     return Recipe(
-        layout=layout, desk=str(rng.choice(sorted(DESKS))), size=size,
+        layout, str(rng.choice(sorted(DESKS))), size,
         # A hand needs room on the right.
-        share=float(rng.uniform(0.55, 0.78 if in_hand else 0.95)),
-        offset=(float(rng.uniform(-0.9, -0.3 if in_hand else 0.9)), float(rng.uniform(-0.9, 0.9))),
-        turn=int(rng.choice(4, p=[0.55, 0.15, 0.15, 0.15])), roll=float(rng.normal(0, 7)),
-        tilt=float(rng.normal(0, 13)), yaw=float(rng.normal(0, 9)), fills=fills, in_hand=in_hand,
+        share=rng.uniform(0.55, 0.78 if in_hand else 0.95),
+        offset=(rng.uniform(-0.9, -0.3 if in_hand else 0.9), rng.uniform(-0.9, 0.9)),
+        turn=int(rng.choice(4, p=[0.55, 0.15, 0.15, 0.15])), roll=rng.normal(0, 7), tilt=rng.normal(0, 13),
+        yaw=rng.normal(0, 9), fills=fills, in_hand=in_hand,
         things=int(rng.integers(2, 6)) if rng.random() < 0.4 else 0,
-        exposure=float(rng.uniform(0.25, 0.5) if dim else rng.uniform(0.75, 1.12)),
-        warmth=float(rng.uniform(-0.5, 1.0)), falloff=float(rng.uniform(0.1, 0.5)),
-        shadow=float(rng.uniform(0.2, 0.5)) if rng.random() < 0.3 else 0.0,
-        glare=float(rng.uniform(0.2, 0.7)) if rng.random() < 0.15 else 0.0,
-        focus=float(abs(rng.normal(0.3, 0.5))),
-        motion=float(rng.uniform(2, 6)) if rng.random() < 0.1 else 0.0,
-        noise=float(rng.uniform(5, 11) if dim else rng.uniform(1, 5)),
-        quality=int(rng.integers(62, 93)))
+        exposure=rng.uniform(0.25, 0.5) if dim else rng.uniform(0.75, 1.12),
+        warmth=rng.uniform(-0.5, 1.0), falloff=rng.uniform(0.1, 0.5),
+        shadow=rng.uniform(0.2, 0.5) if rng.random() < 0.3 else 0.0,
+        glare=rng.uniform(0.2, 0.7) if rng.random() < 0.15 else 0.0, focus=abs(rng.normal(0.3, 0.5)),
+        motion=rng.uniform(2, 6) if rng.random() < 0.1 else 0.0,
+        noise=rng.uniform(5, 11) if dim else rng.uniform(1, 5), quality=int(rng.integers(62, 93)))
 
 
 SAMPLES = {  # file: (seed, recipe)

@@ -111,15 +111,6 @@ def scatter(picture, rng, view, free_mm, count):
         thing(desk, rng, at, degrees + (180 if thing is _keyboard and np.sin(direction) > 0 else 0))
 
 
-def _fill(picture, outline, colour):
-    part = brush.around(picture, outline, 2)
-    if part is not None:
-        view, inside = part
-        mask = brush.mask_of(view, [inside])[..., None]
-        view *= 1 - mask
-        view += mask * np.float32(colour)
-
-
 def strew(rng, picture, aspect, quads):
     """Lays one to five things over picture, mostly beside the quads."""
     height, width = picture.shape[:2]
@@ -136,7 +127,11 @@ def strew(rng, picture, aspect, quads):
         colour = np.clip(rng.uniform(10, 240, 3), 0, 255)
 
         def fill(outline, colour):
-            _fill(picture, (outline - centre) * stretch + centre, colour)
+            part = brush.around(picture, (outline - centre) * stretch + centre, 2)
+            if part:
+                view, mask = part
+                view *= 1 - mask[..., None]
+                view += mask[..., None] * np.float32(colour)
 
         if kind < 0.3:  # a pen, a cable, a stick
             step = size * brush.turned((1, 0), degrees)
