@@ -70,7 +70,7 @@ def flat(picture, mask, colour):
 
 
 def rounded(picture, mask, colour, radius, gloss=0.0):
-    """As flat with a colour of 0..255 on a picture of 0..1, but shaded as a body that curves down over its outermost radius pixels."""
+    """A body that curves down over its outermost radius pixels; colour 0..255, picture 0..1."""
     depth = cv2.distanceTransform((mask > 0.5).astype(np.uint8), cv2.DIST_L2, 5)
     rim = 1 - np.minimum(depth / radius, 1)
     height = cv2.GaussianBlur(radius * np.sqrt(1 - rim * rim), (0, 0), max(radius * 0.12, 0.8))
@@ -82,7 +82,7 @@ def rounded(picture, mask, colour, radius, gloss=0.0):
 
 
 def fleshy(picture, mask, colour, radius, shadow):
-    """As rounded, but softly: darker towards the rim of a finger, with its shadow around it."""
+    """A softer body on a picture of 0..255: darker towards the rim of a finger, with its shadow around it."""
     soft = cv2.GaussianBlur(mask, (0, 0), max(0.6, radius * 0.5))
     picture *= (1 - shadow * soft * (1 - mask))[..., None]
     picture *= (1 - mask)[..., None]
