@@ -1,6 +1,8 @@
 #!/usr/bin/python3
 """Photographs and textures to lay documents on: taken from Debian packages, never committed.
 
+backgrounds.py FOLDER downloads and unpacks them there.
+
 Pictures of the packages under HELD_OUT are never trained on.
 """
 
@@ -70,6 +72,6 @@ def load(folder, packages, longest=_LONGEST):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 2:
+    if len(sys.argv) != 2 or sys.argv[1].startswith("-"):
         sys.exit(__doc__)
     fetch(sys.argv[1])

@@ -28,8 +28,7 @@ def sheet(net, pixels):
         page, core, corner = (cv2.resize(m, picture.shape[1::-1]) for m in maps)
         shown = grey + np.dstack([corner, page, core]) * [255, 120, 120]
         tiles.append(np.hstack([picture, np.clip(shown, 0, 255).astype(np.uint8)]))
-    return np.vstack([np.hstack(tiles[i:i + _COLUMNS])
-                      for i in range(0, len(tiles) - _COLUMNS + 1, _COLUMNS)])
+    return np.vstack([np.hstack(tiles[i:i + _COLUMNS]) for i in range(0, len(tiles) - _COLUMNS + 1, _COLUMNS)])
 
 
 def curve(table, path):

@@ -52,8 +52,7 @@ def _fold(convolution, norm):
 
 def folded(module):
     """module (changed in place) without batch normalisation."""
-    if isinstance(module, nn.Sequential) and len(module) > 1 \
-            and isinstance(module[1], nn.BatchNorm2d):
+    if isinstance(module, nn.Sequential) and len(module) > 1 and isinstance(module[1], nn.BatchNorm2d):
         return nn.Sequential(_fold(module[0], module[1]), *list(module)[2:])
     for name, child in module.named_children():
         setattr(module, name, folded(child))
@@ -63,8 +62,7 @@ def folded(module):
 def packed(module):
     """module (changed in place) with 8-bit weights."""
     for name, child in module.named_children():
-        setattr(module, name, _Packed(child) if isinstance(child, (nn.Conv2d, nn.Linear))
-                else packed(child))
+        setattr(module, name, _Packed(child) if isinstance(child, (nn.Conv2d, nn.Linear)) else packed(child))
     return module
 
 

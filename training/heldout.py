@@ -14,119 +14,103 @@ import cv2
 import numpy as np
 
 import backgrounds
-import flats
-import scenes
-from shards import draw_flats
+from drawing import light, manifest, papers, scenes, utopia
+from shards import draw_invented
 
 PHOTOS, SCENES, CHANGED, CALIBRATION = 180, 210, 40, 210
 _SIZES = ((1280, 720), (1280, 960), (960, 1280), (720, 1280))
-_KINDS = {"columns": "passport-drawn", "letter": "other-document", "blank": "other-document"}
 
 
 class _HeldOut:
     def __init__(self, places, seed):
-        self.places = places
-        pictures, kinds = [], []
+        self._places = places
+        layouts = [utopia.columns] * 3 + [papers.letter] * 2 + [papers.blank]
+        flats, kinds = [], []
         for position in range(90):
-            layout = flats.SPECIMENS[True][(0, 0, 0, 1, 1, 2)[position % 6]]
-            rng = np.random.default_rng([seed, position])
-            document = layout(rng)
-            pixels = np.dstack([document.pixels, document.coverage()])
-            shrink = 1300 / max(pixels.shape[:2])
-            pictures.append(cv2.resize(pixels, None, fx=shrink, fy=shrink,
-                                       interpolation=cv2.INTER_AREA))
-            kinds.append(_KINDS[layout.__name__])
-        self.specimens = scenes.Flats(pictures, kinds)
+            document = layouts[position % 6](np.random.default_rng([seed, position]))
+            flats.append(document.flat(1300))
+            kinds.append(document.kind)
+        self._specimens = scenes.Flats(flats, kinds)
         # New prints of the invented layouts: other seeds than any shard's.
-        self.invented = draw_flats(seed + 50000, True, 1300, places,
-                                   {"invented": 80, "printed": 20})
-        self.invented.kinds = ["other-document"] * len(self.invented)
+        invented = draw_invented(seed + 50000, 1300, places, 80, 20)
+        self._invented = scenes.Flats(invented, ["other-document"] * len(invented))
 
     def draw(self, seed, position, documents):
         rng = np.random.default_rng([seed, position])
         size = _SIZES[int(rng.integers(len(_SIZES)))]
-        pool = self.specimens if rng.random() < 0.65 else self.invented
+        pool = self._specimens if rng.random() < 0.65 else self._invented
         while True:
-            scene = scenes.compose(rng, pool, self.places, size, size[0] / size[1], documents)
+            scene = scenes.composed(rng, pool, self._places, size, size[0] / size[1], documents)
             if bool(scene.quads) == (documents != 0):
                 return scene
 
 
 def _largest(scene):
-    # The document with the largest box in the picture: its kind, its corners cut by the frame.
-    best = None
-    for quad, kind in zip(scene.quads, scene.kinds):
-        cut = np.clip(quad, 0, scene.pixels.shape[1::-1])
-        area = np.prod(cut.max(0) - cut.min(0))
-        if best is None or area > best[0]:
-            best = area, cut, kind
-    return best
+    # The document with the largest box in the picture: its corners, cut by the frame, and its kind.
+    found = [(np.clip(quad, 0, scene.pixels.shape[1::-1]), kind) for quad, kind in zip(scene.quads, scene.kinds)]
+    return max(found, key=lambda cut: np.prod(np.ptp(cut[0], axis=0)), default=(None, "other-scene"))
 
 
 class _Set:
     def __init__(self, folder):
-        self.folder, self.rows = Path(folder), ["file\tkind\tquad_tl_tr_br_bl"]
-        self.folder.mkdir(parents=True, exist_ok=True)
+        self.folder, self.rows = folder, []
+        folder.mkdir(parents=True, exist_ok=True)
 
-    def add(self, name, pixels, kind, quad):
-        cv2.imwrite(str(self.folder / name), np.ascontiguousarray(pixels[..., ::-1]),
-                    [cv2.IMWRITE_JPEG_QUALITY, 88])
-        corners = "-" if quad is None else ";".join(f"{x:.2f},{y:.2f}" for x, y in quad)
-        self.rows.append(f"{name}\t{kind}\t{corners}")
-        (self.folder / "manifest.tsv").write_text("\n".join(self.rows) + "\n", encoding="utf-8")
+    def add(self, position, pixels, kind, quad):
+        name = f"{position:04d}.jpg"
+        (self.folder / name).write_bytes(light.jpeg(pixels, 88))
+        self.rows.append(manifest.row(name, kind, quad))
+        manifest.write(self.folder, self.rows)
 
 
 def _changed(pixels, quad):
     # Yields set name, pixels, corners.
     height, width = pixels.shape[:2]
-    for turns in (1, 2, 3):
-        corners = quad.copy()
-        size = np.array([width, height], float)
-        for _ in range(turns):  # clockwise
-            corners = np.stack([size[1] - corners[:, 1], corners[:, 0]], 1)
-            size = size[::-1]
+    yield "plain", pixels, quad
+    corners = quad
+    for turns, tall in ((1, height), (2, width), (3, height)):  # clockwise
+        corners = np.stack([tall - corners[:, 1], corners[:, 0]], 1)
         yield f"turned-{turns}", np.rot90(pixels, -turns), corners
     yield "mirrored", pixels[:, ::-1], quad * [-1, 1] + [width, 0]
-    grey = cv2.cvtColor(np.ascontiguousarray(pixels), cv2.COLOR_RGB2GRAY)
+    grey = cv2.cvtColor(pixels, cv2.COLOR_RGB2GRAY)
     yield "grey", np.dstack([grey] * 3), quad
     factor = min(1.0, 25.0 / max(pixels.mean(), 1.0))
     yield "dark", (pixels * factor + 0.5).astype(np.uint8), quad
 
 
-def _tell(what, position, count):
-    if (position + 1) % 30 == 0:
-        print(f"{what} {position + 1} of {count}", flush=True)
+def _told(what, count):
+    # The numbers below count, with a line now and then.
+    for position in range(count):
+        yield position
+        if (position + 1) % 30 == 0:
+            print(f"{what} {position + 1} of {count}", flush=True)
 
 
 def main(source, folder):
     cv2.setNumThreads(1)
-    folder = Path(folder)
-    held = _HeldOut(backgrounds.load(source, backgrounds.HELD_OUT), 70001)
-    photos, empty, changed = _Set(folder / "photos"), _Set(folder / "scenes"), {}
-    for position in range(PHOTOS):
+    sets = {}
+
+    def add(which, *picture):
+        sets.setdefault(which, _Set(Path(folder, which))).add(*picture)
+
+    held, changed = _HeldOut(backgrounds.load(source, backgrounds.HELD_OUT), 70001), 0
+    for position in _told("photo", PHOTOS):
         several = position % 6 == 5
         scene = held.draw(70002, position, 3 if several else 1)
-        _, quad, kind = _largest(scene)
-        name = f"{position:04d}.jpg"
-        photos.add(name, scene.pixels, "other-several" if len(scene.quads) > 1 else kind, quad)
-        _tell("photo", position, PHOTOS)
-        if len(changed.setdefault("plain", _Set(folder / "plain")).rows) <= CHANGED \
-                and not several:
-            changed["plain"].add(name, scene.pixels, kind, quad)
+        quad, kind = _largest(scene)
+        add("photos", position, scene.pixels, "other-several" if len(scene.quads) > 1 else kind, quad)
+        if changed < CHANGED and not several:
+            changed += 1
             for which, pixels, corners in _changed(scene.pixels, quad):
-                changed.setdefault(which, _Set(folder / which)).add(name, pixels, kind, corners)
-    for position in range(SCENES):
-        scene = held.draw(70003, position, 0)
-        empty.add(f"{position:04d}.jpg", scene.pixels, "other-scene", None)
-        _tell("scene", position, SCENES)
+                add(which, position, pixels, kind, corners)
+    for position in _told("scene", SCENES):
+        add("scenes", position, held.draw(70003, position, 0).pixels, "other-scene", None)
     # Backgrounds that training knows, so that the held-out ones stay unseen by the calibration.
     known = _HeldOut(backgrounds.load(source, backgrounds.TRAINED_ON[:4]), 80001)
-    calibration = _Set(folder / "calibration")
-    for position in range(CALIBRATION):
+    for position in _told("calibration picture", CALIBRATION):
         scene = known.draw(80002, position, 0 if position % 3 == 0 else 1)
-        _, quad, kind = _largest(scene) if scene.quads else (0, None, "other-scene")
-        calibration.add(f"{position:04d}.jpg", scene.pixels, kind, quad)
-        _tell("calibration picture", position, CALIBRATION)
+        quad, kind = _largest(scene)
+        add("calibration", position, scene.pixels, kind, quad)
 
 
 if __name__ == "__main__":

@@ -11,31 +11,33 @@ import cv2
 import numpy as np
 
 import backgrounds
-import flats
-import scenes
+from drawing import papers, passports, scenes, utopia
+from drawing.invented import invented, printed
 
 SIDE = 256  # pixels; the network is trained on smaller ones
 SCENES = 1000  # a shard
 _MOST = 6  # documents a scene
-_FLATS = {"specimen": 90, "invented": 420, "printed": 40}
+_LAYOUTS = (passports.bangladesh_page, passports.bangladesh_spread, utopia.classic, utopia.trilingual,
+            utopia.identity_card, papers.receipt)  # the others are held out
 
 
-def draw_flats(seed, held_out, longest, places, counts=None):
-    """scenes.Flats: specimens, invented layouts and covers made of photographs."""
-    pictures, kinds = [], []
-    for kind, count in (counts or _FLATS).items():
-        for position in range(count):
-            rng = np.random.default_rng([seed, len(kind), position])
-            if kind == "specimen":
-                picture = flats.specimen(rng, held_out, longest)
-            elif kind == "invented":
-                picture = flats.invented(rng, longest)
-            else:
-                pixels = flats.printed(rng, longest, places[int(rng.integers(len(places)))])
-                picture = np.dstack([pixels, np.full(pixels.shape[:2], 255, np.uint8)])
-            pictures.append(picture)
-            kinds.append(kind)
-    return scenes.Flats(pictures, kinds)
+def draw_invented(seed, longest, places, layouts, covers):
+    """A list of flats: as many invented layouts, and as many covers made of photographs places."""
+    # Other numbers in the middle of the seeds would draw other documents.
+    flats = [invented(np.random.default_rng([seed, 8, i]), longest) for i in range(layouts)]
+    for position in range(covers):
+        rng = np.random.default_rng([seed, 7, position])
+        flats.append(printed(rng, longest, places[int(rng.integers(len(places)))]))
+    return flats
+
+
+def draw_flats(seed, places, specimens=90, layouts=420, covers=40, longest=420):
+    """scenes.Flats to train on: the project's specimens and draw_invented's."""
+    flats = []
+    for position in range(specimens):
+        rng = np.random.default_rng([seed, 8, position])
+        flats.append(_LAYOUTS[int(rng.integers(len(_LAYOUTS)))](rng).flat(longest))
+    return scenes.Flats(flats + draw_invented(seed, longest, places, layouts, covers))
 
 
 def draw_shard(number, documents, places):
@@ -43,8 +45,7 @@ def draw_shard(number, documents, places):
     pixels = np.empty((SCENES, SIDE, SIDE, 3), np.uint8)
     quads = np.full((SCENES, _MOST, 4, 2), np.nan, np.float32)
     for position in range(SCENES):
-        scene = scenes.compose(np.random.default_rng([number, position]), documents, places,
-                               (SIDE, SIDE))
+        scene = scenes.composed(np.random.default_rng([number, position]), documents, places, (SIDE, SIDE))
         pixels[position] = scene.pixels
         for slot, quad in enumerate(scene.quads[:_MOST]):
             quads[position, slot] = quad
@@ -61,7 +62,7 @@ def main(source, folder, count, first):
         if (folder / f"{number:04d}.npz").exists():
             continue
         if documents is None or number % 10 == 0:
-            documents = draw_flats(1000 + number // 10, False, 420, places)
+            documents = draw_flats(1000 + number // 10, places)
         pixels, quads = draw_shard(number, documents, places)
         partial = folder / f"{number:04d}.partial.npz"
         np.savez(partial, pixels=pixels, quads=quads)

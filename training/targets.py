@@ -34,8 +34,7 @@ def maps(quads, side):
             if -1 < px < cells + 1 and -1 < py < cells + 1:
                 bump = np.exp(-((x - px) ** 2 + (y - py) ** 2) / (2 * _SIGMA ** 2))
                 np.maximum(corner, bump, out=corner)
-    small = [cv2.resize(m, (cells, cells), interpolation=cv2.INTER_AREA) / np.float32(255)
-             for m in (page, core)]
+    small = [cv2.resize(m, (cells, cells), interpolation=cv2.INTER_AREA) / np.float32(255) for m in (page, core)]
     return np.stack([*small, corner])
 
 

@@ -45,8 +45,7 @@ def _date(day):
 
 def td3(person, document_type="P"):
     """The two lines of a passport of person, 44 characters each."""
-    first = document_type.ljust(2, "<") + person.state + names_field(
-        person.surname, person.given, TD3_LENGTH - 5)
+    first = document_type.ljust(2, "<") + person.state + names_field(person.surname, person.given, TD3_LENGTH - 5)
     number = _with_digit(person.number, 9)
     born, expires = _with_digit(_date(person.born), 6), _with_digit(_date(person.expires), 6)
     personal = _with_digit(person.personal_number, 14)

@@ -1,11 +1,10 @@
 """Passport pages and identity cards of Utopia (UTO), the example state of ICAO Doc 9303."""
 
 from . import portrait, zone
-from .document import Document
 from .guilloche import security_paper
 from .passports import PAGE_MM, field, holder, print_zone
 from .people import invent, spelled
-from .sheet import Sheet
+from .sheet import Document, Sheet
 
 _ZONE_LEFT = (PAGE_MM[0] - 44 * 2.54) / 2
 _LOOKS = {  # tints of the paper, its inks, and the colour of labels
@@ -73,8 +72,7 @@ def trilingual(rng):
             ("DATE OF ISSUE / AUSSTELLUNGSDATUM", spelled(person.issued)),
             ("DATE OF EXPIRY / GÜLTIG BIS", spelled(person.expires))]
     for position, (name, value) in enumerate(rows):
-        field(sheet, 6, 23.0 + 6.55 * position, name, value, 56, "sans", colour=label,
-              label_size=2.5)
+        field(sheet, 6, 23.0 + 6.55 * position, name, value, 56, "sans", colour=label, label_size=2.5)
     field(sheet, 66, 56.0, "SEX", person.sex, 12, "sans", colour=label, label_size=2.5)
     field(sheet, 82, 56.0, "AUTHORITY / BEHÖRDE", person.authority, 37, "sans", 3.0, label, 2.5)
     sheet.place(portrait.signature(rng), 84, 60, 26, 8)
@@ -100,8 +98,7 @@ def columns(rng):
              [("Issuing authority", person.authority)]]
     for row, cell in enumerate(cells):
         for column, (name, value) in enumerate(cell):
-            field(sheet, 41 + 42 * column, 16.0 + 9.2 * row, name, value, 40, "serif-bold", 3.7,
-                  label, 2.9)
+            field(sheet, 41 + 42 * column, 16.0 + 9.2 * row, name, value, 40, "serif-bold", 3.7, label, 2.9)
     sheet.place(portrait.signature(rng), 7, 54.5, 28, 9)
     sheet.stamp(84, 42, "SPECIMEN", 14, (140, 90, 40), 0.15, 20)
     sheet.stamp(106, 63, "SPECIMEN", 5.5, (170, 30, 40), 0.5, 0)

@@ -7,9 +7,9 @@ from pathlib import Path
 import numpy as np
 
 from . import manifest
-from .recipes import KINDS, random_recipe
-from .samples import SAMPLES
-from .scene import draw_picture
+from .light import jpeg
+from .recipes import KINDS, SAMPLES, random_recipe
+from .scenes import photographed
 from .sheet import MissingPackage, require_fonts
 
 _EXAMPLES = """examples:
@@ -48,12 +48,9 @@ def _parser():
         epilog=_EXAMPLES, formatter_class=argparse.RawDescriptionHelpFormatter)
     target = parser.add_mutually_exclusive_group(required=True)
     target.add_argument("--out", metavar="FOLDER", help="draw pictures at random into FOLDER")
-    target.add_argument("--samples", metavar="FOLDER",
-                        help="draw exactly the project's samples into FOLDER")
-    parser.add_argument("--count", type=_natural, default=10,
-                        help="how many pictures (default: 10)")
-    parser.add_argument("--seed", type=_natural, default=1,
-                        help="start of the randomness (default: 1)")
+    target.add_argument("--samples", metavar="FOLDER", help="draw exactly the project's samples into FOLDER")
+    parser.add_argument("--count", type=_natural, default=10, help="how many pictures (default: 10)")
+    parser.add_argument("--seed", type=_natural, default=1, help="start of the randomness (default: 1)")
     parser.add_argument("--kind", choices=sorted(KINDS), help="only this kind (default: a mixture)")
     parser.add_argument("--size", type=_size, metavar="WxH",
                         help="pixels of every picture (default: 1280x720, 1280x960 or 960x1280)")
@@ -82,9 +79,9 @@ def main(arguments=None):
         folder.mkdir(parents=True, exist_ok=True)
         rows = []
         for name, seed, recipe in _planned(options):
-            picture = draw_picture(recipe, seed)
-            (folder / name).write_bytes(picture.file_bytes())
-            rows.append(manifest.row(name, picture))
+            scene = photographed(recipe, seed)
+            (folder / name).write_bytes(jpeg(scene.pixels, recipe.quality))
+            rows.append(manifest.full_row(name, scene, recipe))
         manifest.write(folder, rows)
     except MissingPackage as error:
         print(f"draw-specimens: {error}", file=sys.stderr)

@@ -3,10 +3,9 @@
 import numpy as np
 
 from . import portrait, zone
-from .document import Document
 from .guilloche import rosette, security_paper, tinted, waves
 from .people import invent, spelled
-from .sheet import PX_PER_MM, Sheet
+from .sheet import PX_PER_MM, Document, Sheet
 
 PAGE_MM = (125, 88)  # Doc 9303-4: a TD3 page
 _GREEN_TINTS = [(226, 238, 222), (243, 239, 219), (222, 236, 232)]
@@ -23,8 +22,7 @@ def print_zone(sheet, lines, left, last_baseline, pitch=2.54, leading=6.35):
         sheet.spaced(left, baseline, line, pitch, size)
 
 
-def field(sheet, x, y, label, value, width=40, font="bold", size=3.2, colour=_LABEL,
-          label_size=2.7):
+def field(sheet, x, y, label, value, width=40, font="bold", size=3.2, colour=_LABEL, label_size=2.7):
     """Prints a label at baseline y and its value under it, both made to fit width."""
     sheet.text(x, y, label, "sans", label_size, colour, width=width)
     sheet.text(x, y + size * 0.98, value, font, size, _INK, width=width)

@@ -1,11 +1,13 @@
-"""A pinhole camera over a desk: where millimetres on the desk land in the picture.
+"""A pinhole camera over a desk: where documents land in the picture.
 
-The desk is the plane z = 0; its origin is the document's centre, x to the right and y down.
+A View knows millimetres: the desk is the plane z = 0, its origin the document's centre, x to the
+right and y down. placed() poses documents at random in a scene whose height is 1.
 """
 
 import cv2
 import numpy as np
 
+from . import brush
 from .sheet import PX_PER_MM
 
 _FOCAL = 1.15  # focal length over the picture's longer side: a telephone's main camera
@@ -54,8 +56,7 @@ class View:
         height, width = texture.shape[:2]
         shrink = max(1.0, PX_PER_MM / (self.scale() * _SUPERSAMPLE))
         if shrink > 1.2:  # a distant document would alias
-            texture = cv2.resize(texture, None, fx=1 / shrink, fy=1 / shrink,
-                                 interpolation=cv2.INTER_AREA)
+            texture = cv2.resize(texture, None, fx=1 / shrink, fy=1 / shrink, interpolation=cv2.INTER_AREA)
         sx, sy = texture.shape[1] * PX_PER_MM / width, texture.shape[0] * PX_PER_MM / height
         # Array element i covers i..i+1, while OpenCV's warp counts from element centres.
         to_mm = np.array([[1 / sx, 0, 0.5 / sx - width / PX_PER_MM / 2],
@@ -109,3 +110,82 @@ def filling(size_mm, size, quarter_turns=0):
     border = np.array([[0, 0], [width, 0], [width, height], [0, height]], np.float32)
     target = np.roll(border, -quarter_turns, axis=0)
     return View(cv2.getPerspectiveTransform(outline(size_mm).astype(np.float32), target), size)
+
+
+def _posed(rng, shape):
+    # The document's corners tl, tr, br, bl as a pinhole camera sees them, around the origin.
+    corners = outline(np.array(shape[::-1]) / max(shape))
+    roll = rng.uniform(-180, 180) if rng.random() < 0.45 else \
+        90 * rng.choice(4, p=[0.58, 0.14, 0.14, 0.14]) + rng.normal(0, 6)
+    tilt = rng.uniform(25, 50) if rng.random() < 0.18 else min(50, abs(rng.normal(0, 15)))
+    axis, t = rng.uniform(0, 2 * np.pi), np.radians(tilt)
+    points = brush.turned(corners, roll)
+    along = points @ np.array([np.cos(axis), np.sin(axis)])
+    across = points @ np.array([-np.sin(axis), np.cos(axis)])
+    depth = across * np.sin(t)
+    near = 1.2 * rng.uniform(1.0, 3.0) + 0.2  # focal length, times how far away
+    factor = near / (near + depth)
+    along, across = along * factor, across * np.cos(t) * factor
+    quad = np.stack([along * np.cos(axis) - across * np.sin(axis),
+                     along * np.sin(axis) + across * np.cos(axis)], 1)
+    return quad - (quad.max(0) + quad.min(0)) / 2
+
+
+def placed(rng, shape, aspect, others):
+    """Corners of a document of shape (height, width) in a scene aspect wide and 1 high; None where there
+    is no room beside others."""
+    room = np.array([aspect, 1.0])
+    for _ in range(8):
+        quad = _posed(rng, shape)
+        extent = quad.max(0) - quad.min(0)
+        kind = rng.random()
+        if others:
+            share = rng.uniform(0.22, 0.6)
+        elif kind < 0.12:
+            share = rng.uniform(1.0, 1.35)
+        else:
+            share = rng.uniform(0.3, 0.99)
+        quad = quad * (share / (extent / room).max())
+        extent = quad.max(0) - quad.min(0)
+        spare = np.maximum(room - extent, 0)
+        middle = room / 2 + rng.uniform(-0.5, 0.5, 2) * spare
+        if rng.random() < 0.12:  # cut by the frame
+            middle += rng.uniform(-0.3, 0.3, 2) * extent
+        quad = quad + middle
+        if all(_apart(quad, other) for other in others):
+            return quad
+    return None
+
+
+def _apart(a, b):
+    area, _ = cv2.intersectConvexConvex(a.astype(np.float32), b.astype(np.float32))
+    return area < 0.04 * cv2.contourArea(b.astype(np.float32))
+
+
+def scanned(rng, shape, aspect):
+    """As placed(), but the document fills the scene, now and then not quite."""
+    border = outline((aspect, 1)) + [aspect / 2, 0.5]
+    turn = int(rng.choice(4, p=[0.7, 0.1, 0.1, 0.1]))
+    jitter = rng.uniform(-0.03, 0.02) + rng.normal(0, 0.008, (4, 2))
+    inward = np.sign(np.array([aspect / 2, 0.5]) - border)
+    if rng.random() < 0.35:
+        jitter *= 0
+    upright = (shape[1] > shape[0]) == (aspect > 1)
+    return np.roll(border - inward * jitter, -turn if upright else 1 - turn, axis=0)
+
+
+def clockwise(quad):
+    """Four corners (4 x 2) in the order in which a clock's hand meets them."""
+    d1, d2 = quad[1] - quad[0], quad[2] - quad[1]
+    return quad if d1[0] * d2[1] - d1[1] * d2[0] > 0 else quad[::-1]
+
+
+def document_grid(quad, size):
+    """u and v, 0..1 over a document with corners quad, of every pixel's centre; float32."""
+    unit = np.float32([[0, 0], [1, 0], [1, 1], [0, 1]])
+    inverse = cv2.getPerspectiveTransform(quad.astype(np.float32), unit)
+    x = (np.arange(size[0], dtype=np.float32) + 0.5)[None]
+    y = (np.arange(size[1], dtype=np.float32) + 0.5)[:, None]
+    u, v, w = (row[0] * x + row[1] * y + row[2] for row in inverse)
+    w = np.where(w > 1e-6, w, 1e-6)
+    return (u / w).astype(np.float32), (v / w).astype(np.float32)

@@ -14,8 +14,7 @@ _GIVEN = {
 }
 _PLACES = {"BGD": ["DHAKA", "KHULNA", "SYLHET", "BARISAL", "RANGPUR"],
            "UTO": ["ZENITH", "NOWHERE", "AMAUROT", "MEADOWVALE", "SANDBAR"]}
-_AUTHORITIES = {"BGD": ["DIP/EXAMPLE", "DIP/SPECIMEN"],
-                "UTO": ["PASSPORT OFFICE", "CITY OF AMAUROT"]}
+_AUTHORITIES = {"BGD": ["DIP/EXAMPLE", "DIP/SPECIMEN"], "UTO": ["PASSPORT OFFICE", "CITY OF AMAUROT"]}
 _STREETS = ["EXAMPLE ROAD", "SPECIMEN LANE", "MODEL STREET", "NAMUNA SARAK"]
 _RELATIONS = {"F": ["SISTER", "AUNT", "COUSIN"], "M": ["BROTHER", "UNCLE", "COUSIN"]}
 _MONTHS = ["JAN", "FEB", "MAR", "APR", "MAY", "JUN", "JUL", "AUG", "SEP", "OCT", "NOV", "DEC"]
@@ -62,8 +61,7 @@ def _pick(rng, values):
 
 def _day(rng, first_year, last_year):
     # No day after the 28th, so that the same day exists ten years later.
-    return date(int(rng.integers(first_year, last_year + 1)), int(rng.integers(1, 13)),
-                int(rng.integers(1, 29)))
+    return date(int(rng.integers(first_year, last_year + 1)), int(rng.integers(1, 13)), int(rng.integers(1, 29)))
 
 
 def _digits(rng, count):
@@ -72,8 +70,7 @@ def _digits(rng, count):
 
 def _address(rng, state):
     country = "0000, BANGLADESH" if state == "BGD" else "00000 UTOPIA"
-    return (f"{int(rng.integers(1, 99))} {_pick(rng, _STREETS)}",
-            f"{_pick(rng, _PLACES[state])} {country}")
+    return (f"{int(rng.integers(1, 99))} {_pick(rng, _STREETS)}", f"{_pick(rng, _PLACES[state])} {country}")
 
 
 def invent(rng, state):

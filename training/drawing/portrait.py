@@ -28,17 +28,14 @@ def face(rng, sex):
     draw.rounded_rectangle((cx - 46, cy + 90, cx + 46, cy + 220), 30, _shade(skin, 0.86))
     draw.ellipse((20, cy + 160, 400, cy + 520), cloth)
     draw.polygon([(cx - 45, cy + 150), (cx + 45, cy + 150), (cx, cy + 236)], _shade(skin, 0.9))
-    draw.line([(cx - 50, cy + 158), (cx, cy + 240), (cx + 50, cy + 158)], _shade(cloth, 0.7), 9,
-              "curve")
+    draw.line([(cx - 50, cy + 158), (cx, cy + 240), (cx + 50, cy + 158)], _shade(cloth, 0.7), 9, "curve")
     if not long_hair:
         for side in (-1, 1):
-            draw.ellipse((cx + side * wide - 20, cy - 20, cx + side * wide + 20, cy + 50),
-                         _shade(skin, 0.88))
+            draw.ellipse((cx + side * wide - 20, cy - 20, cx + side * wide + 20, cy + 50), _shade(skin, 0.88))
     draw.ellipse((cx - wide - 10, cy - tall - 20, cx + wide + 10, cy + 60), hair)
     draw.ellipse((cx - wide, cy - tall + 18, cx + wide, cy + tall), skin)
     fringe = int(rng.integers(52, 84))
-    draw.chord((cx - wide - 2, cy - tall - 12, cx + wide + 2, cy - tall + 2 * fringe + 24), 180,
-               360, hair)
+    draw.chord((cx - wide - 2, cy - tall - 12, cx + wide + 2, cy - tall + 2 * fringe + 24), 180, 360, hair)
     shadow = Image.new("L", image.size, 0)
     ImageDraw.Draw(shadow).chord((cx - wide, cy - tall + 18, cx + wide, cy + tall), -75, 75, 70)
     image.paste(Image.new("RGB", image.size, _shade(skin, 0.72)), (0, 0),
@@ -53,12 +50,10 @@ def face(rng, sex):
         draw.ellipse((ex - 4, ey - 6, ex + 1, ey - 1), (250, 250, 250))
         draw.arc((ex - 26, ey - 13, ex + 26, ey + 16), 190, 350, _shade(skin, 0.45), 4)
         draw.arc((ex - 32, ey - 36, ex + 32, ey + 12), 205, 335, _shade(hair, 0.7), brow)
-    draw.line([(cx - 4, cy + 6), (cx - 15, cy + 56), (cx + 10, cy + 60)], _shade(skin, 0.66), 5,
-              "curve")
+    draw.line([(cx - 4, cy + 6), (cx - 15, cy + 56), (cx + 10, cy + 60)], _shade(skin, 0.66), 5, "curve")
     mouth = _shade(skin, 0.6) if sex == "M" else (168, 84, 84)
     draw.chord((cx - 38, cy + 76, cx + 38, cy + 104), 5, 175, mouth)
-    draw.line([(cx - 38, cy + 91), (cx, cy + 94), (cx + 38, cy + 91)], _shade(mouth, 0.7), 4,
-              "curve")
+    draw.line([(cx - 38, cy + 91), (cx, cy + 94), (cx + 38, cy + 91)], _shade(mouth, 0.7), 4, "curve")
     if rng.random() < 0.3:
         for side in (-1, 1):
             draw.rounded_rectangle((cx + side * 46 - 36, cy - 34, cx + side * 46 + 36, cy + 22),
@@ -80,7 +75,6 @@ def signature(rng, colour=(30, 34, 80)):
     y += 26 * np.sin(2 * np.pi * (t + rng.random()))
     points = list(zip(x.tolist(), y.tolist()))
     for position in range(len(points) - 1):
-        draw.line(points[position:position + 2], colour + (255,),
-                  int(6 + 4 * np.sin(0.15 * position)))
+        draw.line(points[position:position + 2], colour + (255,), int(6 + 4 * np.sin(0.15 * position)))
     draw.line([(120, 330), (700, 318), (1100, 300)], colour + (255,), 6, "curve")
     return image.resize((600, 200), Image.LANCZOS)

@@ -1,8 +1,7 @@
 """Papers that are no identity documents: receipts, letters, blank sheets."""
 
-from .document import Document
 from .portrait import signature
-from .sheet import Sheet
+from .sheet import Document, Sheet
 
 _GOODS = ["Oat biscuits", "Brown bread", "Tomatoes 500g", "Ground coffee", "Green tea", "Rice 1kg",
           "Apples 1kg", "Soap bar", "Batteries AA", "Notebook A5", "Orange juice", "Red lentils"]
@@ -36,8 +35,7 @@ def _wrapped(sheet, text, font, size, width):
 
 def receipt(rng):
     """A Document: a till receipt, 80 mm wide."""
-    items = [(name, int(rng.integers(60, 990)))
-             for name in rng.permutation(_GOODS)[:int(rng.integers(6, 11))]]
+    items = [(name, int(rng.integers(60, 990))) for name in rng.permutation(_GOODS)[:int(rng.integers(6, 11))]]
     sheet = Sheet(80, 74 + 5.2 * len(items), (246, 246, 243))
     sheet.text(40, 11, str(rng.choice(_SHOPS)), "mono-bold", 4.6, _INK, "ms", width=70)
     sheet.text(40, 16.5, "12 Sample Street, Nowhere", "mono", 3.0, _INK, "ms")
