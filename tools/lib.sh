@@ -25,7 +25,8 @@ entries() {
 build_preset() {
     local preset=$1 launcher=()
     shift
-    export CCACHE_BASEDIR=/ CCACHE_NOHASHDIR=1  # the same sources in another clone or preset are the same
+    # The same sources in another clone or preset are the same, also where headers are precompiled.
+    export CCACHE_BASEDIR=/ CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros
     if [[ ! -f $root/build/$preset/build.ninja ]]; then
         if command -v ccache > /dev/null; then
             launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
