@@ -39,7 +39,7 @@ Walk walkOf(const Bitmap& stored, Orientation orientation) {
 }
 
 template <int kPixelBytes>
-void copyBlock(const Walk& walk, const PixelStore& shown, const PixelRect& block) {
+void copyBlock(const Walk& walk, const base::PixelStore& shown, const PixelRect& block) {
     for (int y = block.y; y < block.y + block.height; ++y) {
         const std::byte* from = walk.start + y * walk.down + block.x * walk.along;
         std::byte* to = shown.row(y) + std::ptrdiff_t{block.x} * kPixelBytes;
@@ -51,7 +51,7 @@ void copyBlock(const Walk& walk, const PixelStore& shown, const PixelRect& block
 // In square blocks: a quarter turn reads down columns,
 // and whole columns would miss the cache at every pixel.
 template <int kPixelBytes>
-void copyShown(const Walk& walk, const PixelStore& shown) {
+void copyShown(const Walk& walk, const base::PixelStore& shown) {
     constexpr int kBlock = 64;
     for (int y = 0; y < shown.height(); y += kBlock) {
         for (int x = 0; x < shown.width(); x += kBlock) {
@@ -64,8 +64,9 @@ void copyShown(const Walk& walk, const PixelStore& shown) {
 
 Image uprightCopy(const Bitmap& stored, Orientation orientation) {
     const bool turned = isTurned(orientation);
-    PixelStore shown(turned ? stored.height() : stored.width(),
-                     turned ? stored.width() : stored.height(), bytesPerPixel(stored.format()));
+    base::PixelStore shown(turned ? stored.height() : stored.width(),
+                           turned ? stored.width() : stored.height(),
+                           bytesPerPixel(stored.format()));
     const Walk walk = walkOf(stored, orientation);
     switch (stored.format()) {
     case PixelFormat::bgra8:

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace kestrelid {
+namespace kestrelid::base {
 
 PixelStore::PixelStore(int width, int height, int bytesPerPixel)
     : width_(width), height_(height), stride_(std::ptrdiff_t{width} * bytesPerPixel),
@@ -15,4 +15,4 @@ Image PixelStore::toImage(PixelFormat format, Orientation orientation) && {
                  orientation);
 }
 
-}  // namespace kestrelid
+}  // namespace kestrelid::base

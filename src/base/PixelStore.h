@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <memory>
 
-namespace kestrelid {
+namespace kestrelid::base {
 
 // Memory for the pixels of one picture, not initialised,
 // that a decoder fills before a Bitmap shows it.
@@ -35,4 +35,4 @@ private:
     std::shared_ptr<std::byte[]> pixels_;
 };
 
-}  // namespace kestrelid
+}  // namespace kestrelid::base

@@ -88,7 +88,7 @@ ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& opt
     const Turbo turbo(tjInitDecompress());
     if (!turbo)
         return ImageError{"the JPEG decoder does not start"};
-    PixelStore pixels(width, height, layout.bytesPerPixel);
+    base::PixelStore pixels(width, height, layout.bytesPerPixel);
     // Scans are limited, because a small file can repeat
     // a scan of a large picture hundreds of times.
     const int result =

@@ -32,7 +32,7 @@ public:
     [[nodiscard]] bool started() const { return info_ != nullptr; }
     [[nodiscard]] bool readHeader();
     [[nodiscard]] bool chooseLayout();
-    [[nodiscard]] bool readRows(const PixelStore& pixels);
+    [[nodiscard]] bool readRows(const base::PixelStore& pixels);
 
     [[nodiscard]] std::int64_t width() const { return png_get_image_width(png_, info_); }
     [[nodiscard]] std::int64_t height() const { return png_get_image_height(png_, info_); }
@@ -99,7 +99,7 @@ bool PngReader::chooseLayout() {
     return true;
 }
 
-bool PngReader::readRows(const PixelStore& pixels) {
+bool PngReader::readRows(const base::PixelStore& pixels) {
     if (setjmp(png_jmpbuf(png_)))
         return false;
     const int passes =
@@ -154,8 +154,8 @@ ImageResult decodePng(std::span<const std::byte> file) {
         return reader.error();
 
     const int channels = reader.channels();
-    PixelStore pixels(static_cast<int>(reader.width()), static_cast<int>(reader.height()),
-                      channels);
+    base::PixelStore pixels(static_cast<int>(reader.width()), static_cast<int>(reader.height()),
+                            channels);
     if (!reader.readRows(pixels))
         return reader.error();
     if (channels == kRgba) {
@@ -170,7 +170,7 @@ FileBytes encodePng(const Bitmap& bitmap) {
     if (bitmap.format() != PixelFormat::bgra8)
         return encodeOpaque(bitmap);
     // libpng would write the fourth byte as transparency; a Bitmap's means nothing.
-    PixelStore rgb(bitmap.width(), bitmap.height(), bytesPerPixel(PixelFormat::rgb8));
+    base::PixelStore rgb(bitmap.width(), bitmap.height(), bytesPerPixel(PixelFormat::rgb8));
     for (int y = 0; y < bitmap.height(); ++y) {
         const std::byte* from = bitmap.row(y);
         std::byte* to = rgb.row(y);

@@ -169,7 +169,7 @@ void narrow(const std::vector<unsigned char>& wide, unsigned char* row, int samp
     }
 }
 
-bool readPlainRows(TIFF* tiff, const PlainLayout& layout, const PixelStore& pixels) {
+bool readPlainRows(TIFF* tiff, const PlainLayout& layout, const base::PixelStore& pixels) {
     const int samples = pixels.width() * layout.channels;
     const tmsize_t rowBytes = tmsize_t{samples} * layout.bytesPerSample;
     if (TIFFScanlineSize(tiff) != rowBytes)
@@ -202,7 +202,7 @@ void orderBytes(unsigned char* row, int width) {
     }
 }
 
-bool readConverted(TIFF* tiff, const PixelStore& pixels) {
+bool readConverted(TIFF* tiff, const base::PixelStore& pixels) {
     // Asking for the orientation that the file has leaves the rows as they are stored.
     if (TIFFReadRGBAImageOriented(tiff, static_cast<std::uint32_t>(pixels.width()),
                                   static_cast<std::uint32_t>(pixels.height()),
@@ -247,7 +247,7 @@ ImageResult decodeTiff(std::span<const std::byte> file) {
     if (auto error = checkMemory(std::int64_t{width} * height * pixelBytes +
                                  (plain ? 0 : partBytes(tiff.get()))))
         return *std::move(error);
-    PixelStore pixels(static_cast<int>(width), static_cast<int>(height), pixelBytes);
+    base::PixelStore pixels(static_cast<int>(width), static_cast<int>(height), pixelBytes);
     if (!(plain ? readPlainRows(tiff.get(), *plain, pixels) : readConverted(tiff.get(), pixels)))
         return errorFor(source);
     return std::move(pixels).toImage(pixelBytes == 1 ? PixelFormat::gray8 : PixelFormat::rgb8,

@@ -66,7 +66,7 @@ private:
 };
 
 // Decodes one picture, not an animation, to the place in pixels where left, top falls.
-std::optional<ImageError> decodeInto(const PixelStore& pixels, int left, int top,
+std::optional<ImageError> decodeInto(const base::PixelStore& pixels, int left, int top,
                                      std::span<const std::byte> picture, int channels) {
     WebPDecoderConfig config;
     if (!WebPInitDecoderConfig(&config))
@@ -110,7 +110,7 @@ ImageResult decodeWebP(std::span<const std::byte> file) {
         return decodingError(Fault::truncated, "WebP",
                              "no whole picture before the end of the file");
 
-    PixelStore pixels(features.width, features.height, channels);
+    base::PixelStore pixels(features.width, features.height, channels);
     std::span<const std::byte> picture = file;
     if (animated) {
         std::memset(pixels.bytes(), 0, pixels.size());  // transparent around the frame

@@ -49,6 +49,8 @@ FORBIDDEN = {
     "a function that another layer defines": (
         "src/detection/A.cpp", "namespace kestrelid {\nint turned() { return 2; }\n}\n",
         "2: defines kestrelid::turned, which a header of the layer base declares"),
+    "a private name among the public ones": (
+        "src/vision/A.h", "namespace kestrelid {\nstruct A {};\n}\n", "2: declares kestrelid::A, which is not public"),
     "a class of two headers": (
         "src/vision/Text.h", "namespace kestrelid::base {\nclass Text {\n};\n}\n",
         "2: defines kestrelid::base::Text, which src/base/Text.h defines too"),
