@@ -50,9 +50,7 @@ def _box_around(points):
 
 
 def _quad_in_shares(picture):
-    """The known corners in terms of the picture; None where they are not known, or Pillow cannot read it."""
-    if not picture.quad:
-        return None
+    """The known corners in terms of the picture; None where Pillow cannot read it."""
     try:
         with Image.open(picture.path) as image:
             turned = image.getexif().get(0x0112, 1) >= 5  # EXIF: these orientations exchange width and height
@@ -96,7 +94,7 @@ def _calls(kinds, passports):
 
 def combination(program, effort, pictures, rows, peak):
     """All that a program made of the pictures, ready to be written as JSON."""
-    entries = [_entry(picture, row, _quad_in_shares(picture)) for picture, row in zip(pictures, rows)]
+    entries = [_entry(picture, row, picture.quad and _quad_in_shares(picture)) for picture, row in zip(pictures, rows)]
     judged = [entry for entry in entries if "error" not in entry]
     kinds = {kind: [entry for entry in judged if entry["kind"] == kind] for kind in sorted({p.kind for p in pictures})}
     delays = [entry["milliseconds"] for entry in judged]

@@ -68,6 +68,7 @@ class Evaluate(unittest.TestCase):
         result = self.run_on(program, "--json", output, "--verbose", "--outlines", "--program", f"{program} complete --")
         self.assertEqual((result.returncode, result.stderr), (1, "evaluate: bad.jpg: truncated\n"))
         self.assertRegex(result.stdout, r"kestrelid +complete +1/2 +1/1 +0/1 +1/1 +1/1 +1 +20 +30 ")
+        self.assertRegex(result.stdout, r"not a passport +MISS .* miss.jpg\n.* passport +FALSE HIT .* false.jpg\n.* FAILED ")
         self.assertIn("Outlines: overlap median 0.000, 10th percentile 0.000, at least 0.8 in 1/2.\n"
                       "Efforts DISAGREE:\n  miss.jpg\n", result.stdout)
         written = json.loads(output.read_text())
