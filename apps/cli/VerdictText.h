@@ -12,7 +12,7 @@ namespace kestrelid::cli {
 struct Verdict {
     PassportValidationResult result;
     double milliseconds = 0.0;                    // from the start of decoding to the verdict
-    std::optional<RectangleObservation> outline;  // the chosen one
+    std::optional<RectangleObservation> outline;  // the largest one found
 };
 
 // A line with the verdict, then an indented line for each reason.
