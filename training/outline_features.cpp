@@ -2,8 +2,6 @@
 // what the confidences are fitted to (training/calibrate.py). outline_features MANIFEST [RESOURCES]
 // prints a tab-separated table.
 
-#include "apps/evaluate/EvaluationManifest.h"
-#include "apps/evaluate/Statistics.h"
 #include "vision/onnx/OnnxRuntime.h"
 #include "vision/outlines/MapOutlines.h"
 #include "vision/outlines/OutlinePicture.h"
@@ -11,28 +9,59 @@
 
 #include <kestrelid/ImageFile.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
 
 namespace kestrelid::vision {
 namespace {
 
-NormalizedRect boxOf(const Quad& quad, cv::Size size) {
-    const cv::Rect2d box = clippedBox(quad, size);
-    return {box.x / size.width, 1.0 - box.br().y / size.height, box.width / size.width,
-            box.height / size.height};
+// A line of a manifest.tsv as training/drawing writes it: file, kind, corners in pixels or "-".
+struct Picture {
+    explicit Picture(const std::string& line) {
+        std::string kind;
+        std::string quad;
+        std::istringstream fields(line);
+        std::getline(std::getline(std::getline(fields, name, '\t'), kind, '\t'), quad, '\t');
+        std::array<cv::Point2d, 4> c;
+        isKnown = std::sscanf(quad.c_str(), "%lf,%lf;%lf,%lf;%lf,%lf;%lf,%lf", &c[0].x, &c[0].y,
+                              &c[1].x, &c[1].y, &c[2].x, &c[2].y, &c[3].x, &c[3].y) == 8;
+        const auto [left, right] = std::minmax({c[0].x, c[1].x, c[2].x, c[3].x});
+        const auto [top, bottom] = std::minmax({c[0].y, c[1].y, c[2].y, c[3].y});
+        box = {left, top, right - left, bottom - top};
+    }
+
+    std::string name;
+    bool isKnown = false;
+    cv::Rect2d box;  // around the corners, in pixels
+};
+
+// In shares of a picture of that size.
+cv::Rect2d shares(const cv::Rect2d& box, double width, double height) {
+    return {box.x / width, box.y / height, box.width / width, box.height / height};
+}
+
+double overlap(const cv::Rect2d& a, const cv::Rect2d& b) {
+    const double common = (a & b).area();
+    return common / (a.area() + b.area() - common);
 }
 
 int print(const std::filesystem::path& manifest, const ResourceFolders& resources) {
     const auto runtime = OnnxRuntime::load(resources);
     const auto* onnx = std::get_if<std::shared_ptr<const OnnxRuntime>>(&runtime);
     const auto model = resources.find("outline-net.onnx");
-    const auto pictures = evaluation::readManifest(manifest);
     if (!onnx || !model) {
         std::fputs("ONNX Runtime or outline-net.onnx is missing\n", stderr);
         return 1;
     }
-    if (const auto* error = std::get_if<evaluation::ManifestError>(&pictures)) {
-        std::fprintf(stderr, "%s:%zu: %s\n", manifest.c_str(), error->line, error->cause.c_str());
+    std::ifstream pictures(manifest);
+    std::string line;
+    if (!std::getline(pictures, line) || !line.starts_with("file\tkind\tquad")) {
+        std::fprintf(stderr, "%s: no list of pictures with the columns file, kind, quad\n",
+                     manifest.c_str());
         return 1;
     }
     auto opened = (*onnx)->open(*model, 1);
@@ -42,8 +71,9 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
     }
     const OutlineNetwork network(std::get<OnnxSession>(std::move(opened)));
     std::puts("file\tinside\tfill\tcorners\tarea\toverlap");
-    for (const auto& picture : std::get<std::vector<evaluation::LabelledPicture>>(pictures)) {
-        const ImageResult decoded = readImage(picture.file);
+    while (std::getline(pictures, line)) {
+        const Picture picture(line);
+        const ImageResult decoded = readImage(manifest.parent_path() / picture.name);
         if (!std::holds_alternative<Image>(decoded))
             continue;
         const Bitmap bitmap = *std::get<Image>(decoded).upright().bitmap();
@@ -61,12 +91,11 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
             for (cv::Point2f& corner : found.quad)
                 corner = {corner.x * static_cast<float>(small.cols),
                           corner.y * static_cast<float>(small.rows)};
-            const NormalizedRect box = boxOf(sharpened(small, found.quad), small.size());
+            const cv::Rect2d box = shares(clippedBox(sharpened(small, found.quad), small.size()),
+                                          small.cols, small.rows);
             const double met =
-                picture.quad
-                    ? evaluation::overlap(box, evaluation::normalizedBox(
-                                                   *picture.quad, bitmap.width(), bitmap.height()))
-                    : 0.0;
+                picture.isKnown ? overlap(box, shares(picture.box, bitmap.width(), bitmap.height()))
+                                : 0.0;
             std::printf("%s\t%.4f\t%.4f\t%.4f\t%.4f\t%.4f\n", picture.name.c_str(), found.inside,
                         found.fill, found.corners, box.area(), met);
         }
@@ -78,12 +107,12 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
 }  // namespace kestrelid::vision
 
 int main(int argc, char** argv) {
-    using kestrelid::ResourceFolders;
+    using kestrelid::vision::ResourceFolders;
     if (argc < 2 || argc > 3) {
         std::fputs("Usage: outline_features MANIFEST [RESOURCES]\n", stderr);
         return 2;
     }
-    return kestrelid::print(
+    return kestrelid::vision::print(
         argv[1], argc == 3 ? ResourceFolders({argv[2]})
                            : ResourceFolders({KESTRELID_RESOURCES_DIR, KESTRELID_MODELS_DIR}));
 }

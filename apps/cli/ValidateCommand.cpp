@@ -4,6 +4,7 @@
 #include "apps/cli/AnnotationNames.h"
 #include "apps/cli/FileBytes.h"
 #include "apps/cli/OrderedJobs.h"
+#include "apps/cli/OutlineRecorder.h"
 #include "apps/cli/PictureInputs.h"
 #include "apps/cli/PictureJudge.h"
 #include "apps/cli/ProgressBar.h"
@@ -62,7 +63,9 @@ Outcome outcomeOf(PictureJudge& judge, const PictureInput& input, const fs::path
     std::optional<ImageError> annotationError;
     if (annotation != nullptr)
         annotationError = writeImage(*annotation, annotated(picture));
-    return {Verdict{std::move(picture.result), picture.milliseconds}, std::move(annotationError)};
+    return {
+        Verdict{std::move(picture.result), picture.milliseconds, chosenOutline(picture.outlines)},
+        std::move(annotationError)};
 } catch (const std::exception& error) {
     return {JudgeError{error.what()}, {}};  // no memory left for this picture; the next may fit
 }

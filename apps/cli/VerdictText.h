@@ -1,7 +1,9 @@
 #pragma once
 
 #include <kestrelid/PassportValidationResult.h>
+#include <kestrelid/VisionServices.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,13 +11,15 @@ namespace kestrelid::cli {
 
 struct Verdict {
     PassportValidationResult result;
-    double milliseconds = 0.0;  // from the start of decoding to the verdict
+    double milliseconds = 0.0;                    // from the start of decoding to the verdict
+    std::optional<RectangleObservation> outline;  // the largest one found
 };
 
 // A line with the verdict, then an indented line for each reason.
 [[nodiscard]] std::string verdictAsText(std::string_view name, const Verdict& verdict);
 
-// One JSON object on a line: file, isPassport, confidence, reasons, recognizedText, milliseconds.
+// One JSON object on a line: file, isPassport, confidence, reasons, recognizedText, milliseconds,
+// outline.
 [[nodiscard]] std::string verdictAsJson(std::string_view name, const Verdict& verdict);
 
 // One JSON object on a line: file, error.

@@ -10,7 +10,6 @@ import zlib
 from pathlib import Path
 
 KESTRELID = os.environ["KESTRELID"]
-EVALUATE = os.environ["KESTRELID_EVALUATE"]
 ROOT = Path(__file__).resolve().parents[2]
 SAMPLES = ROOT / "samples"
 PASSPORT = SAMPLES / "utopia-scan.jpg"
@@ -56,9 +55,9 @@ class CommandLineTest(unittest.TestCase):
             self.assertTrue(line.startswith(prefix), line)
             self.assertGreater(len(line), len(prefix) + 3, line)
 
-    def assert_wrong_usage(self, *arguments, program=KESTRELID):
+    def assert_wrong_usage(self, *arguments):
         with self.subTest(arguments):
-            result = run(*arguments, program=program)
+            result = run(*arguments)
             self.assertEqual(result.returncode, 2, result)
             self.assertEqual(result.stdout, b"")
-            self.assert_error_lines(result, [os.path.basename(program) + ": "])
+            self.assert_error_lines(result, ["kestrelid: "])

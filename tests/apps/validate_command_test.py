@@ -12,7 +12,7 @@ from PIL import Image, ImageChops
 
 from command_line import KESTRELID, PASSPORT, CommandLineTest, json_lines, png, run
 
-KEYS = ["file", "isPassport", "confidence", "reasons", "recognizedText", "milliseconds"]
+KEYS = ["file", "isPassport", "confidence", "reasons", "recognizedText", "milliseconds", "outline"]
 
 
 class Verdicts(CommandLineTest):
@@ -29,6 +29,10 @@ class Verdicts(CommandLineTest):
         self.assertGreater(passport["milliseconds"], 0)
         self.assertEqual((sheet["isPassport"], sheet["confidence"], sheet["recognizedText"]), (False, 0.0, ""))
         self.assertEqual(len(sheet["reasons"]), 3)
+        self.assertIsNone(sheet["outline"])
+        self.assertEqual([[round(x), round(y)] for x, y in passport["outline"]["corners"]],
+                         [[0, 0], [1, 0], [1, 1], [0, 1]])
+        self.assertEqual(passport["outline"]["box"], [0, 0, 1, 1])
 
         readable = run("validate", "--effort", "verdict", *names).stdout.decode().splitlines()
         self.assertRegex(readable[0], rf"^{names[0]}: passport, confidence 0\.500, \d+ ms$")
