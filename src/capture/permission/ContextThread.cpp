@@ -1,6 +1,6 @@
 #include "capture/permission/ContextThread.h"
 
-#include "capture/permission/GioHandles.h"
+#include "capture/GLibHandles.h"
 
 #include <deque>
 #include <mutex>
@@ -9,7 +9,7 @@
 namespace kestrelid::capture {
 
 struct ContextThread::Loop {
-    GioHandle<GMainContext> context{g_main_context_new()};
+    GLibHandle<GMainContext> context{g_main_context_new()};
     std::mutex mutex;
     std::deque<std::function<void()>> tasks;
     bool isEnding = false;

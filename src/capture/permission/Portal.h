@@ -1,7 +1,7 @@
 #pragma once
 
+#include "capture/GLibHandles.h"
 #include "capture/permission/CameraPermission.h"
-#include "capture/permission/GioHandles.h"
 
 #include <functional>
 #include <optional>
@@ -29,7 +29,7 @@ public:
     [[nodiscard]] std::optional<bool> hasCamera();
 
     // A connection to PipeWire that shows the cameras; none where they were not granted.
-    [[nodiscard]] OwnedDescriptor openRemote();
+    [[nodiscard]] base::OwnedDescriptor openRemote();
 
     // Calls completion exactly once.
     void requestAccess(std::function<void(bool granted)> completion);
@@ -52,15 +52,15 @@ private:
     GDBusConnection* connection();
     void disconnect();
     // Null where it fails or bus is null. Takes arguments over.
-    GioHandle<GVariant> call(GDBusConnection* bus, const Call& what, GVariant* arguments,
-                             std::chrono::milliseconds limit) const;
+    GLibHandle<GVariant> call(GDBusConnection* bus, const Call& what, GVariant* arguments,
+                              std::chrono::milliseconds limit) const;
     void subscribeResponse(GDBusConnection* bus, const std::string& path);
     bool ask();
     void answer(bool granted);
 
     PermissionEnvironment environment_;
-    GioHandle<GCancellable> cancellable_;
-    GioHandle<GDBusConnection> connection_;
+    GLibHandle<GCancellable> cancellable_;
+    GLibHandle<GDBusConnection> connection_;
     std::vector<guint> subscriptions_;  // of the question that is open
     std::vector<std::function<void(bool granted)>> waiting_;
     int questions_ = 0;

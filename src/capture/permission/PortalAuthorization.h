@@ -22,7 +22,7 @@ public:
     [[nodiscard]] std::optional<bool> hasCamera();
 
     // None where it is not granted.
-    [[nodiscard]] OwnedDescriptor openRemote();
+    [[nodiscard]] base::OwnedDescriptor openRemote();
 
 private:
     struct State;
