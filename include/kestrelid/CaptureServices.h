@@ -112,7 +112,8 @@ struct VideoSettings {
 /// still works on an earlier one is dropped. Thread: session queue.
 class KESTRELID_EXPORT VideoDataOutput : public CaptureOutput {
 public:
-    /// In which format frames come.
+    /// The format of the frames. An output delivers nothing in a format that it does not know; each
+    /// knows kPixelFormat32Bgra.
     virtual void setVideoSettings(const VideoSettings& settings) = 0;
 
     /// Replaces the former delegate. queue: serial.
@@ -209,7 +210,8 @@ public:
     virtual void beginConfiguration() = 0;
     /// Ends what beginConfiguration() began.
     virtual void commitConfiguration() = 0;
-    /// What the session is to be good at.
+    /// What the session is to be good at. A session is made for `photo`, the only preset, so an
+    /// adapter may have nothing to change here.
     virtual void setSessionPreset(SessionPreset preset) = 0;
 
     /// False where it has an input already whose device is still there.

@@ -30,6 +30,7 @@ private:
     struct Receiver;
 
     mutable std::mutex mutex_;
+    bool isFormatKnown_ = true;
     std::shared_ptr<Receiver> receiver_;
     const std::shared_ptr<FramePool> pool_ = std::make_shared<FramePool>();
 };
