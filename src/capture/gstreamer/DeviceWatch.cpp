@@ -7,7 +7,7 @@ namespace kestrelid::capture {
 
 struct DeviceWatch::Removals {
     struct Watched {
-        GstDevice* device;  // held by who watches
+        GstDevice* device;  // held by the watcher
         std::function<void()> removed;
     };
 

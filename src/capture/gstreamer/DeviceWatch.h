@@ -13,10 +13,10 @@ namespace kestrelid::capture {
 // Follows which cameras come and go. Thread: any.
 class DeviceWatch {
 public:
-    // Of all providers; null where none starts.
+    // Of all providers. Null if none starts.
     [[nodiscard]] static std::shared_ptr<DeviceWatch> start();
 
-    // Of PipeWire behind remote, which the devices use too; null where it is not served.
+    // Of PipeWire behind remote, which the devices use too. Null if PipeWire does not answer there.
     [[nodiscard]] static std::shared_ptr<DeviceWatch> start(base::OwnedDescriptor remote);
 
     DeviceWatch(const DeviceWatch&) = delete;
@@ -39,7 +39,7 @@ private:
 
     static GstBusSyncReply noticed(GstBus* bus, GstMessage* message, gpointer removals);
 
-    // PipeWire's plugin knows a connection by the number of its file, which must not be given anew
+    // PipeWire's plugin knows a connection by the number of its file, which must not be reused
     // while a device lives.
     const base::OwnedDescriptor remote_;
     const MonitorHandle monitor_;

@@ -62,7 +62,7 @@ void GStreamerVideoOutput::post(const Bitmap& frame, const std::shared_ptr<CallG
     if (!receiver || !receiver->queue || receiver->delegate.expired() ||
         receiver->isBusy.exchange(true))
         return;
-    // Without an owner of the queue in its own block, which would release it there.
+    // The block must not own the queue, or the queue would be released on its own thread.
     const auto queue = receiver->queue;
     queue->async([weak = std::weak_ptr(receiver), gate, frame = Frame(frame, pool_)] {
         const auto current = weak.lock();

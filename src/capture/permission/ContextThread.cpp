@@ -14,7 +14,7 @@ struct ContextThread::Loop {
     std::deque<std::function<void()>> tasks;
     bool isEnding = false;
 
-    // False where there was none.
+    // False if there was none.
     bool runNext() {
         std::function<void()> task;
         {

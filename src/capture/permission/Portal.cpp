@@ -53,7 +53,7 @@ Portal::~Portal() {
 
 AuthorizationStatus Portal::storedStatus() {
     if (environment_.applicationId.empty())
-        return AuthorizationStatus::notDetermined;  // under "" stands what has no sandbox
+        return AuthorizationStatus::notDetermined;  // "" is the entry of unsandboxed programs
     const Call lookup{kStore, kStorePath, kStore, "Lookup"};
     const auto reply =
         call(connection(), lookup, g_variant_new("(ss)", "devices", "camera"), kQueryLimit);
@@ -170,7 +170,7 @@ void Portal::answer(bool granted) {
 GDBusConnection* Portal::connection() {
     if (connection_ && !g_dbus_connection_is_closed(connection_.get()))
         return connection_.get();
-    answer(false);  // whoever waited on the connection that is gone
+    answer(false);  // for requests that waited on the lost connection
     disconnect();
     TextHandle address(
         environment_.busAddress.empty()

@@ -17,18 +17,18 @@ public:
     // Ends a call that is under way once cancelled, from any thread.
     Portal(PermissionEnvironment environment, GCancellable* cancellable);
 
-    // Answers false to whoever waits, and closes the connection, which takes the question away.
+    // Answers false to requests that wait, and closes the connection, which withdraws the question.
     ~Portal();
     Portal(const Portal&) = delete;
     Portal& operator=(const Portal&) = delete;
 
-    // What the store says; notDetermined also where it cannot be reached, as in Flatpak.
+    // What the store says. Also notDetermined if it cannot be reached, as in Flatpak.
     [[nodiscard]] AuthorizationStatus storedStatus();
 
-    // Absent where there is no portal.
+    // Empty if there is no portal.
     [[nodiscard]] std::optional<bool> hasCamera();
 
-    // A connection to PipeWire that shows the cameras; none where they were not granted.
+    // A connection to PipeWire that shows the cameras; closed if they were not granted.
     [[nodiscard]] base::OwnedDescriptor openRemote();
 
     // Calls completion exactly once.
@@ -48,10 +48,10 @@ private:
                                const gchar*, GVariant* parameters, gpointer self);
     static void onClosed(GDBusConnection*, gboolean, GError*, gpointer self);
 
-    // Null where there is no bus.
+    // Null if there is no bus.
     GDBusConnection* connection();
     void disconnect();
-    // Null where it fails or bus is null. Takes arguments over.
+    // Null if it fails or if bus is null. Takes ownership of arguments.
     GLibHandle<GVariant> call(GDBusConnection* bus, const Call& what, GVariant* arguments,
                               std::chrono::milliseconds limit) const;
     void subscribeResponse(GDBusConnection* bus, const std::string& path);

@@ -11,7 +11,7 @@ namespace {
 // A bus that does not answer must not hold the caller for longer.
 constexpr std::chrono::milliseconds kStatusLimit{1'000};
 
-// What ask gives on the thread, or otherwise where it takes too long.
+// What ask returns on the thread, or `otherwise` if it takes too long.
 template <class T, class Ask>
 T askOn(ContextThread& thread, Ask ask, T otherwise) {
     if (thread.isCurrent())

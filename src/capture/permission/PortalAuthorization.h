@@ -18,10 +18,10 @@ public:
     [[nodiscard]] AuthorizationStatus status() override;
     void requestAccess(std::function<void(bool granted)> completion) override;
 
-    // Absent where there is no portal.
+    // Empty if there is no portal.
     [[nodiscard]] std::optional<bool> hasCamera();
 
-    // None where it is not granted.
+    // Closed if it is not granted.
     [[nodiscard]] base::OwnedDescriptor openRemote();
 
 private:
