@@ -64,7 +64,7 @@ toff_t sourceSize(thandle_t handle) {
     return sourceOf(handle).file.size();
 }
 
-// Lets libtiff read strips where they lie; it never writes there.
+// Lets libtiff read strips in place; it never writes there.
 int mapSource(thandle_t handle, void** base, toff_t* size) {
     const Source& source = sourceOf(handle);
     *base = const_cast<std::byte*>(source.file.data());
