@@ -55,7 +55,7 @@ Gradient gradientOf(const cv::Mat& channel, float leastStep) {
     return gradient;
 }
 
-// Keeps pixels whose gradient is the greatest across the edge.
+// Keeps the pixels with the greatest gradient across the edge.
 void thinRidges(const cv::Mat_<cv::Vec2f>& gradient, const cv::Mat1f& strength, cv::Mat1b& ridges) {
     for (int y = 1; y + 1 < strength.rows; ++y) {
         for (int x = 1; x + 1 < strength.cols; ++x) {
