@@ -38,8 +38,8 @@ template <typename Value, std::size_t kCount>
     return "";
 }
 
-// An option that takes one of the words and gives its value to take. It may stand once, or any
-// number of times if mayRepeat is set.
+// An option that takes one of the words and gives its value to take. It may stand once, or as often
+// as the caller likes where it mayRepeat.
 template <typename Value, std::size_t kCount>
 void addChoiceOption(CLI::App& command, const std::string& name,
                      const std::array<Choice<Value>, kCount>& choices,
@@ -64,7 +64,7 @@ void addChoiceOption(CLI::App& command, const std::string& name,
     };
     CLI::Option* option = command.add_option(name, takeAll, description)->type_name(words);
     if (mayRepeat)
-        // One word each time: the next argument does not belong to it.
+        // One word each time: what follows it is another argument.
         option->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args(false);
 }
 

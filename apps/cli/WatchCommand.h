@@ -19,7 +19,7 @@ struct WatchOptions {
     std::optional<double> after;
     bool force = false;
     Recognizer recognizer = Recognizer::ppocr;
-    std::filesystem::path resources;  // empty: the library's own folders
+    std::filesystem::path resources;  // empty: where the library finds them
 };
 
 // Watches a camera until the time is up, a photo is taken, or SIGINT or SIGTERM comes, and writes

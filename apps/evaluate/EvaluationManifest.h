@@ -20,7 +20,7 @@ struct LabelledPicture {
     std::filesystem::path file;
     std::string name;  // as it stands in the manifest
     std::string kind;  // "passport-scan", "other-id", ...
-    // The document's corners in the upright picture at full size: top left, top right, bottom
+    // Where the document lies in the upright picture at full size: top left, top right, bottom
     // right, bottom left.
     std::optional<std::array<PixelPoint, 4>> quad;
 
@@ -33,8 +33,9 @@ struct ManifestError {
 };
 
 // Reads a table of tab-separated columns whose first line names them: file (relative to the
-// manifest), kind and, if there is one, a column whose name begins with "quad" ("x,y;x,y;x,y;x,y",
-// or - if nothing is known). Other columns, empty lines and lines that begin with # are skipped.
+// manifest), kind and, where there is one, a column whose name begins with "quad"
+// ("x,y;x,y;x,y;x,y", or - where nothing is known). Other columns, empty lines and lines that begin
+// with # are passed over.
 [[nodiscard]] std::variant<std::vector<LabelledPicture>, ManifestError>
 readManifest(const std::filesystem::path& path);
 

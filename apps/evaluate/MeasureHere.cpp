@@ -15,8 +15,8 @@
 namespace kestrelid::evaluation {
 namespace {
 
-// Reads a white sheet, so that no picture's delay includes the loading of the models. A failure
-// here comes again with the first picture and is reported then.
+// Reads a white sheet, so that no picture's delay holds the loading of the models. What fails here
+// fails again, and is told, with the first picture.
 void warmUp(const PlatformServices& services) {
     constexpr int kSide = 256;  // pixels
     const std::shared_ptr<std::byte[]> pixels(new std::byte[kSide * kSide]);

@@ -24,7 +24,7 @@ struct Combination {
 
 struct MeasureOptions {
     std::filesystem::path manifest;
-    std::filesystem::path resources;  // empty: the library's own folders
+    std::filesystem::path resources;  // empty: where the library finds them
     std::size_t limit = 0;            // the first pictures only; 0: all
     std::size_t jobs = 1;             // pictures judged at once; more than one disturbs the delays
 };

@@ -24,7 +24,7 @@ std::string decimals(double value, int places) {
     return buffer;
 }
 
-// The results of one finder on the pictures of one kind, or on all.
+// What one finder made of the pictures of one kind, or of all.
 struct KindFigures {
     std::size_t large = 0;  // those with an outline of kLargeOutline or more
     std::size_t good = 0;   // those with an overlap of kGoodOverlap or more

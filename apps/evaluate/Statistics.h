@@ -27,7 +27,7 @@ struct Summary {
 
 // How well the chosen outlines meet the known ones, by their bounding boxes.
 struct OverlapSummary {
-    std::vector<std::optional<double>> overlaps;  // by picture; empty if no outline is known
+    std::vector<std::optional<double>> overlaps;  // by picture; none where no outline is known
     std::size_t known = 0;
     std::size_t good = 0;  // at least kGoodOverlap
     double median = 0.0;
@@ -46,8 +46,8 @@ inline constexpr double kGoodOverlap = 0.8;
 // Area of the intersection by area of the union.
 [[nodiscard]] double overlap(const NormalizedRect& a, const NormalizedRect& b);
 
-// The value below which the given part (0..1) of the values lies: the nearest rank. 0 if there are
-// none.
+// The value below which the given part (0..1) of the values lies: the nearest rank. 0 where there
+// are none.
 [[nodiscard]] double percentile(std::vector<double> values, double part);
 
 // Pictures about which two efforts of one recogniser disagree, which they never should.

@@ -6,8 +6,8 @@
 
 namespace kestrelid::evaluation {
 
-// Rows of text in aligned columns, two spaces apart. Columns of numbers (each cell but the first
-// begins with a digit) are aligned to the right.
+// Rows of text in aligned columns, two spaces apart. Columns whose cells below the first row begin
+// with a digit stand to the right.
 class TextTable {
 public:
     void add(std::vector<std::string> cells);

@@ -18,7 +18,7 @@ enum class Recognizer : std::uint8_t {
 
 /// What finds outlines.
 enum class OutlineFinder : std::uint8_t {
-    networkFirst,  ///< the outline network; if it is in doubt the classical finder too
+    networkFirst,  ///< the outline network, and the classical finder where the network is in doubt
     network,       ///< the network alone
     classical,     ///< edges and contours alone
 };
@@ -27,8 +27,8 @@ enum class OutlineFinder : std::uint8_t {
 struct DefaultServicesOptions {
     Recognizer recognizer = Recognizer::ppocr;
 
-    /// Folder that holds the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library. If it
-    /// is empty, they are looked for beside the library, installed or built.
+    /// Folder that holds the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library.
+    /// Empty: where the library lies, installed or built.
     std::filesystem::path resources;
 
     /// Without the network's model the classical finder works alone, whichever is named here.

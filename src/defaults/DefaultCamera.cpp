@@ -20,9 +20,9 @@ std::shared_ptr<CameraAuthorization> makeAuthorization(const CameraOptions& opti
     return capture::makeCameraAuthorization(capture::systemPermissionEnvironment());
 }
 
-// Reads the text of so many pictures at once; others wait. Pictures come whether or not the last
-// one has been read. Two read at once take up to 60 MiB more, and no less time if all cores already
-// work on the first.
+// Has so many pictures read at once, and others wait. Pictures come whether or not the last one has
+// been read; two that are read at once take up to 60 MiB more, and no less time where all cores
+// are at work on the first.
 class RationedTextService final : public TextService {
 public:
     RationedTextService(std::shared_ptr<TextService> service, unsigned atOnce)
