@@ -43,8 +43,8 @@ bool writeAll(int file, std::span<const std::byte> contents) {
     return true;
 }
 
-// A name of its own for each call in each process; an
-// unfinished file of an ended process may still have it.
+// A different name for each call in each process. An unfinished file of an ended process may still
+// have it.
 std::filesystem::path temporaryBeside(const std::filesystem::path& path) {
     static std::atomic<unsigned> calls = 0;
     return path.parent_path() /
@@ -60,8 +60,8 @@ FileBytes readRegularFile(const std::filesystem::path& path) {
         return systemError("cannot be opened", errno);
     if (auto error = checkReadable(status))
         return *std::move(error);
-    // And after it, because the name may stand for something
-    // else by now; without blocking, for the same reason.
+    // Checked again after opening, because the name may belong to something else by now; opened
+    // without blocking for the same reason.
     const base::OwnedDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
         return systemError("cannot be opened", errno);

@@ -17,7 +17,7 @@ struct PermissionEnvironment {
     // Inside a sandbox the desktop decides, through its portal; outside one the device nodes do.
     bool isSandboxed = false;
 
-    // By which the desktop's permission store knows this program; used inside a sandbox.
+    // The name by which the desktop's permission store knows this program. Used inside a sandbox.
     std::string applicationId = {};
 
     // Folder of the nodes video*.

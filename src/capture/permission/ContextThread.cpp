@@ -39,7 +39,7 @@ struct ContextThread::Loop {
             if (!runNext())
                 g_main_context_iteration(context.get(), TRUE);
         }
-        // What a closed connection leaves to be released.
+        // Releases what a closed connection leaves behind.
         while (g_main_context_iteration(context.get(), FALSE)) {
         }
         g_main_context_pop_thread_default(context.get());

@@ -105,7 +105,7 @@ void Portal::requestAccess(std::function<void(bool granted)> completion) {
         answer(false);
 }
 
-// The answer may come before the call returns, so it is listened for first.
+// Subscribes first, because the answer may come before the call returns.
 bool Portal::ask() {
     GDBusConnection* bus = connection();
     if (!bus)

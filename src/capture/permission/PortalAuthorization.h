@@ -8,8 +8,8 @@
 
 namespace kestrelid::capture {
 
-// Permission inside a sandbox. The store's word counts first; then a device node that opens, since
-// the sandbox was given the cameras; then what the person granted while this object lives.
+// Permission inside a sandbox. The store's answer counts first; then a device node that opens,
+// because the sandbox was given the cameras; then what the person granted while this object lives.
 class PortalAuthorization final : public CameraAuthorization {
 public:
     explicit PortalAuthorization(const PermissionEnvironment& environment);

@@ -12,7 +12,7 @@ namespace kestrelid::vision {
 namespace {
 
 constexpr int kFine = 4;  // borders are followed at a quarter of a cell
-// Of the page and the core map: what runs into its neighbour at one level stands alone at another.
+// Of the page and the core map: regions that touch at one level are apart at another.
 constexpr std::array kLevels{0.3f, 0.5f, 0.7f};
 constexpr float kPage = 0.5f;           // of the page map
 constexpr float kCore = 0.5f;           // of the core map
