@@ -19,7 +19,7 @@ public:
     DeviceSource(std::shared_ptr<DeviceWatch> watch, DeviceHandle device,
                  std::vector<VideoFormat> formats);
 
-    // Opens the device to see whether that works, and closes it again.
+    // Tries whether the device opens, and lets it go again.
     [[nodiscard]] Opened open() const;
 
     const std::vector<VideoFormat>& formats() const override { return formats_; }

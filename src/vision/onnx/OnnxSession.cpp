@@ -11,8 +11,8 @@ namespace kestrelid::vision {
 namespace {
 
 // Settings for many pictures of many sizes one after another: a memory pattern is planned again for
-// each size, and spinning threads take the cores from other requests. The arena stays on because
-// threads share it. The heap would keep a large picture's memory once for every thread.
+// each size, and spinning threads take the cores from other requests. The arena stays on: threads
+// share it, where the heap would keep a large picture's memory once for every thread.
 std::optional<RequestError> configure(const OrtApi& api, OrtSessionOptions& options, int threads) {
     if (auto error = onnxError(api, api.SetIntraOpNumThreads(&options, std::max(threads, 1))))
         return error;

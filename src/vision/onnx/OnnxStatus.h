@@ -9,7 +9,7 @@
 
 namespace kestrelid::vision {
 
-// Takes the status that a call of the runtime gave; nothing if the call succeeded.
+// Takes the status that a call of the runtime gave; none where the call succeeded.
 [[nodiscard]] inline std::optional<RequestError> onnxError(const OrtApi& api, OrtStatus* status) {
     if (!status)
         return std::nullopt;

@@ -18,8 +18,7 @@ public:
 
     [[nodiscard]] std::optional<std::filesystem::path> find(std::string_view name) const;
 
-    // What to tell a user if the file is missing: its name, the folders that were searched, and the
-    // remedy.
+    // What to tell a user who lacks the file: its name, where it was looked for, and the remedy.
     [[nodiscard]] RequestError missing(std::string_view name,
                                        std::string_view remedy = kResourceRemedy) const;
 

@@ -82,8 +82,8 @@ RectangleObservation observationOf(const WeighedOutline& found, cv::Size size) {
     return observation;
 }
 
-// What the network saw, most confident first, at most one for each document, corners in pixels of
-// the picture. Nothing if it could not look.
+// What the network saw, most confident first, no two of one document, corners in pixels of the
+// picture; none where it could not look.
 std::optional<std::vector<WeighedOutline>> seenIn(const OutlineNetwork::Maps& looked, cv::Size size,
                                                   const RectangleRequest& request) {
     const auto* maps = std::get_if<OutlineMaps>(&looked);

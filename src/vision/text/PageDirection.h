@@ -14,7 +14,7 @@ public:
     explicit PageDirection(OnnxSession classifier) : classifier_(std::move(classifier)) {}
 
     // Whether the page must be reversed to be read. Asks the direction network about the clearest
-    // lines. If they do not agree, reads the clearest ones both ways.
+    // lines; where they do not agree, reads the clearest ones both ways.
     [[nodiscard]] std::variant<bool, RequestError>
     isReversed(const cv::Mat& picture, const PageLines& page,
                const LineRecognizer& recognizer) const;

@@ -16,7 +16,7 @@ namespace {
 
 constexpr float kLeastConfidence = 0.5f;  // below, the box held texture or another script
 
-// A line across the page can run up or down: the better reading decides.
+// A line across the page can run up or down: the better reading tells.
 LineRecognizer::Reading readLine(const LineRecognizer& recognizer, const cv::Mat& picture,
                                  const LineBox& line) {
     auto reading = recognizer.read(picture, line);
