@@ -9,8 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The folder resolved, the last part as it stands: writing replaces that entry, not what a link
-// leads to.
+// The folder is resolved, the last part is not: writing replaces a link, not the file it leads to.
 fs::path entryOf(const fs::path& path) {
     std::error_code error;
     const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");

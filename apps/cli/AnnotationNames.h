@@ -7,9 +7,9 @@
 
 namespace kestrelid::cli {
 
-// Where the annotated copy of each input goes: in folder, under the input's own name (.png for a
-// PNG, otherwise .jpg), numbered where an earlier input took the name already or where it would
-// replace one of the inputs.
+// The path of each input's annotated copy: in folder, under the input's own name (.png for a PNG,
+// otherwise .jpg), numbered if an earlier input has that name already or if the copy would replace
+// one of the inputs.
 [[nodiscard]] std::vector<std::filesystem::path>
 annotationPaths(const std::filesystem::path& folder, const std::vector<PictureInput>& inputs);
 

@@ -7,8 +7,7 @@
 
 namespace kestrelid::cli {
 
-// A line for each camera, then an indented one for each of its formats; one line where there is
-// none.
+// A line for each camera, then an indented one for each of its formats; one line if there is none.
 [[nodiscard]] std::string camerasAsText(const std::vector<CameraDescription>& cameras);
 
 // One JSON object on a line: cameras, a list of objects with name and formats.

@@ -7,7 +7,7 @@
 namespace kestrelid::cli {
 namespace {
 
-// Within it an end of time and the loss of the camera are noticed.
+// The end of the time and the loss of the camera are noticed within this time.
 constexpr std::chrono::duration<double> kTick{0.1};
 
 PhotoWritten photoWritten(const PhotoFile& file, const Image& photo) {

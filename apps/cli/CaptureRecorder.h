@@ -8,9 +8,9 @@
 
 namespace kestrelid::cli {
 
-// Passes calls on to a capture platform and keeps why it gave no camera, which a CameraManager does
-// not tell. Read it once a session has become ready or has failed to, when nothing is written any
-// more.
+// Passes calls on to a capture platform and keeps the reason if it gave no camera, which a
+// CameraManager does not report. Read it once a session is ready or has failed; nothing is written
+// any more then.
 class CaptureRecorder final : public CapturePlatform {
 public:
     explicit CaptureRecorder(std::shared_ptr<CapturePlatform> platform);
@@ -22,7 +22,7 @@ public:
     std::variant<std::shared_ptr<CaptureInput>, CaptureError>
     makeInput(std::shared_ptr<CaptureDevice> device) override;
 
-    // Of the device that was found; absent where there was none.
+    // Of the device that was found. Empty if there was none.
     [[nodiscard]] const std::optional<std::string>& deviceName() const { return deviceName_; }
     // Why it could not be opened.
     [[nodiscard]] const std::optional<CaptureError>& error() const { return error_; }

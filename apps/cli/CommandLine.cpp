@@ -174,7 +174,7 @@ void addWatch(CLI::App& command, WatchOptions& options) {
 }
 
 ExitStatus usageError(const CLI::App& app, const std::string& message) {
-    // CLI11 spreads some messages over lines; one line each is what users of logs expect.
+    // CLI11 spreads some messages over several lines; logs need one line each.
     std::string line = message;
     std::replace(line.begin(), line.end(), '\n', ' ');
     while (!line.empty() && line.back() == ' ')

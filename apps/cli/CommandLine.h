@@ -12,8 +12,8 @@ namespace kestrelid::cli {
 
 using Command = std::variant<ValidateOptions, TextOptions, WatchOptions, DoctorOptions>;
 
-// What the arguments ask for; or, where help was asked for or the arguments make no sense, the
-// status to exit with, after saying so.
+// What the arguments ask for. If they ask for help or make no sense, says so and returns the status
+// to exit with.
 [[nodiscard]] std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* argv);
 
 }  // namespace kestrelid::cli

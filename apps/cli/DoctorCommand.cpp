@@ -23,8 +23,8 @@ Bitmap blankPicture() {
     return *Bitmap::wrap(kSide, kSide, kSide, PixelFormat::gray8, pixels, kSide * kSide);
 }
 
-// Parts that are all present may still fail together, so the recogniser is tried. Why it does not
-// work, if so.
+// All parts may be present and still fail together, so the recogniser is tried. Returns why it does
+// not work, if it does not.
 std::optional<std::string> trialFailure(const DefaultServicesOptions& options) {
     const PlatformServices services = defaultServices(options);
     const Bitmap picture = blankPicture();

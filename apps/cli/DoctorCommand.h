@@ -8,12 +8,11 @@ namespace kestrelid::cli {
 
 struct DoctorOptions {
     bool json = false;
-    std::filesystem::path resources;  // empty: where the library finds them
+    std::filesystem::path resources;  // empty: the library's own folders
 };
 
 // Says what recognition and capture find on this machine and what would bring the missing parts.
-// done where the default recogniser reads a picture, with or without a camera; inputFailed
-// otherwise.
+// Returns done if text can be read, with or without a camera; otherwise inputFailed.
 [[nodiscard]] ExitStatus doctor(const DoctorOptions& options);
 
 }  // namespace kestrelid::cli

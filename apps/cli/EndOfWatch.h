@@ -7,8 +7,8 @@
 namespace kestrelid::cli {
 
 // Waits for the end of something that runs on other threads, and for SIGINT and SIGTERM, which are
-// read from a descriptor: no handler runs. Create it before the threads, which inherit that the
-// signals are blocked.
+// read from a descriptor: no handler runs. Create it before any thread: threads inherit the blocked
+// signals.
 class EndOfWatch {
 public:
     EndOfWatch();
@@ -19,7 +19,8 @@ public:
     // Thread: any.
     void announce(ExitStatus status);
 
-    // The status announced, or done after a signal; from then on another one ends the process.
+    // Returns the status announced, or done after a signal. From then on a second signal ends the
+    // process.
     [[nodiscard]] ExitStatus wait();
 
 private:

@@ -8,7 +8,7 @@ enum class ExitStatus {
     wrongUsage = 2,
 };
 
-// The status of two steps together: the graver one.
+// The worse of two steps' statuses.
 [[nodiscard]] constexpr ExitStatus graver(ExitStatus a, ExitStatus b) noexcept {
     return static_cast<int>(a) < static_cast<int>(b) ? b : a;
 }

@@ -14,7 +14,8 @@ struct ReadError {
 
 using BytesResult = std::variant<std::string, ReadError>;
 
-// The whole of a file; an error where it holds more than maximum bytes.
+// The whole of a file, also of a pipe, which the library never reads because it could block. An
+// error if there are more than maximum bytes.
 [[nodiscard]] BytesResult readFile(const std::filesystem::path& path, std::size_t maximum);
 
 // The rest of standard input, likewise.

@@ -1,10 +1,8 @@
 #include "apps/cli/JsonLine.h"
 
 #include "apps/cli/TerminalText.h"
-#include "apps/cli/Utf8.h"
 
 #include <cstdio>
-#include <string_view>
 
 namespace kestrelid::cli {
 
@@ -14,20 +12,12 @@ std::string jsonLine(const nlohmann::ordered_json& object) {
 
     // Outside strings a dump on one line is ASCII without control characters, so each one found
     // lies in a string.
-    std::string line;
-    line.reserve(dump.size() + 1);
-    for (std::string_view rest = dump; !rest.empty();) {
-        const Utf8Character character = firstCharacter(rest);
-        if (isTerminalControl(character.codePoint)) {
-            char buffer[8];
-            std::snprintf(buffer, sizeof buffer, "\\u%04x",
-                          static_cast<unsigned>(character.codePoint) & 0xFFFFu);
-            line += buffer;
-        } else {
-            line += rest.substr(0, character.length);
-        }
-        rest.remove_prefix(character.length);
-    }
+    std::string line = withoutControls(dump, [](char32_t codePoint) {
+        char buffer[8];
+        const int length = std::snprintf(buffer, sizeof buffer, "\\u%04x",
+                                         static_cast<unsigned>(codePoint) & 0xFFFFu);
+        return std::string(buffer, static_cast<std::size_t>(length));
+    });
     line += '\n';
     return line;
 }

@@ -12,14 +12,14 @@
 
 namespace kestrelid::cli {
 
-// How far work may run ahead of the outcome whose turn it is: outcomes that wait for a slow one
-// stay few.
+// How many jobs may be ahead of the outcome that is due next, so that few outcomes wait for a slow
+// one.
 inline constexpr std::size_t kRunAhead = 256;
 
 // Calls work(worker, index) for every index below count, on up to `workers` threads, each with its
 // own worker number below `workers`. Hands each outcome to deliver(index, outcome) on the calling
-// thread in order of index, as soon as its turn comes, and tells finished(number) there how many
-// are done. work must not throw.
+// thread in order of index, as soon as its turn comes, and calls finished(number) there with the
+// number of jobs done. work must not throw.
 template <typename Work, typename Deliver, typename Finished>
 void runInOrder(std::size_t count, std::size_t workers, Work work, Deliver deliver,
                 Finished finished) {
@@ -47,7 +47,7 @@ void runInOrder(std::size_t count, std::size_t workers, Work work, Deliver deliv
     };
 
     std::vector<std::jthread> threads;
-    // Leaving early, by an exception of deliver: the threads end after the picture at hand.
+    // If deliver throws, the threads end after their present picture.
     struct Stop {
         std::mutex& mutex;
         std::condition_variable& changed;

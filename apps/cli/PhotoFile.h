@@ -8,7 +8,7 @@
 
 namespace kestrelid::cli {
 
-// Where a photo goes.
+// The file that a photo is written to.
 struct PhotoFile {
     std::filesystem::path path;
     bool mayReplace = false;  // a file that is there already
@@ -17,12 +17,12 @@ struct PhotoFile {
 // Whether a picture can be written under this name: .jpg, .jpeg or .png, in either case.
 [[nodiscard]] bool hasWritableExtension(const std::filesystem::path& path);
 
-// Why a photo could not be written there now, found out without writing. One line, without the
-// file's name.
+// Returns why a photo could not be written there now, without writing. One line, without the file's
+// name.
 [[nodiscard]] std::optional<std::string> photoObstacle(const PhotoFile& file);
 
-// Writes the photo as it is shown. Unless it may, it replaces no file, not even one that has
-// appeared since photoObstacle(). Why it failed, if so.
+// Writes the photo as it is shown. Replaces no file unless it may, not even one that has appeared
+// since photoObstacle(). Returns why it failed, if it did.
 [[nodiscard]] std::optional<std::string> writePhoto(const PhotoFile& file, const Image& photo);
 
 }  // namespace kestrelid::cli

@@ -10,7 +10,9 @@ namespace kestrelid::cli {
 // \xff, a backslash stays.
 [[nodiscard]] std::string terminalText(std::string_view text);
 
-// Whether a terminal could act on the code point instead of showing it.
-[[nodiscard]] bool isTerminalControl(char32_t codePoint) noexcept;
+// Replaces each character that a terminal could act on instead of showing it. text: well-formed
+// UTF-8.
+[[nodiscard]] std::string withoutControls(std::string_view text,
+                                          std::string (*escaped)(char32_t codePoint));
 
 }  // namespace kestrelid::cli

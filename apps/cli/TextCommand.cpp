@@ -40,7 +40,7 @@ std::string asText(const std::string& name, const TextEvidence& evidence) {
            "    " + terminalText(evidence.mrzLike.reason) + "\n";
 }
 
-// The cause where the file gave no evidence.
+// The cause if the file gave no evidence.
 std::optional<std::string> weigh(const std::string& name, bool json) {
     const BytesResult bytes = name == kStandardInputName ? readStandardInput(kMaximumTextSize)
                                                          : readFile(name, kMaximumTextSize);

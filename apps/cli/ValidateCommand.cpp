@@ -54,7 +54,7 @@ JudgeResult judgeInput(PictureJudge& judge, const PictureInput& input) {
     return judge.judge(std::as_bytes(std::span(std::get<std::string>(bytes))));
 }
 
-// annotation: where the annotated copy goes; null: none.
+// annotation: the path of the annotated copy, or null for none.
 Outcome outcomeOf(PictureJudge& judge, const PictureInput& input, const fs::path* annotation) try {
     JudgeResult judged = judgeInput(judge, input);
     if (auto* error = std::get_if<JudgeError>(&judged))

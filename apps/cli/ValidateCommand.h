@@ -17,7 +17,7 @@ struct ValidateOptions {
     int jobs = 0;  // pictures judged at once; 0: as many as there are processors, four at most
     Recognizer recognizer = Recognizer::ppocr;
     ValidationEffort effort = ValidationEffort::complete;
-    std::filesystem::path resources;  // empty: where the library finds them
+    std::filesystem::path resources;  // empty: the library's own folders
     std::filesystem::path annotate;   // folder for annotated copies; empty: none
 };
 

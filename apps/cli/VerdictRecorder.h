@@ -7,7 +7,7 @@
 
 namespace kestrelid::cli {
 
-// Passes pictures on to a detector and tells each verdict before the caller gets it.
+// Passes pictures on to a detector and reports each verdict before the caller gets it.
 class VerdictRecorder final : public PassportDetector {
 public:
     using OnVerdict = std::function<void(bool isPassport, double confidence)>;  // any thread

@@ -62,7 +62,7 @@ double secondsSinceBoot() {
         .count();
 }
 
-// Waits for the blocks that a serial queue has got until now.
+// Waits for the blocks that a serial queue has so far.
 void drain(DispatchQueue& queue) {
     std::promise<void> drained;
     queue.async([&] { drained.set_value(); });
@@ -110,7 +110,7 @@ ExitStatus watchCamera(const WatchOptions& options) {
     watch.reset();
     status = graver(status, outputStatus());
     // A picture may take seconds, and nobody waits for its verdict any more. Returning from main()
-    // would pull the recogniser's statics away under the threads that still judge it.
+    // would destroy the recogniser's statics while its threads still use them.
     if (!isIdle(recognition))
         std::_Exit(static_cast<int>(status));
     return status;

@@ -7,7 +7,8 @@
 namespace kestrelid::cli {
 
 // One line: local time as ISO 8601 has it, with milliseconds and the distance from UTC, then what
-// happened. Empty for what the error that follows tells better, and for errors, which go elsewhere.
+// happened. Empty for errors, which are written elsewhere, and for events that a following error
+// explains better.
 [[nodiscard]] std::string eventAsText(WallTime time, const WatchEvent& event);
 
 // One JSON object on a line: time, event, and the fields of that event.

@@ -24,7 +24,7 @@ ExitStatus run(const WatchOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) try {
-    // A reader that has seen enough (`| head -1`) ends the program without a word, also under a
+    // A reader that has seen enough (`| head -1`) ends the program without a message, also under a
     // parent that ignores the signal.
     std::signal(SIGPIPE, SIG_DFL);
 

@@ -14,7 +14,7 @@
 namespace kestrelid::demo {
 
 // Which camera the scanning screen works with: the one that was asked for, the machine's first, or
-// a drawn passport where there is none. Main thread.
+// a drawn passport if there is none. Main thread.
 class CameraChoice : public QObject {
     Q_OBJECT
     // A name or a file; empty while cameras are looked for.

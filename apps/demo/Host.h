@@ -7,7 +7,7 @@
 
 namespace kestrelid::demo {
 
-// A window that shows the screens. Closes, and lets the camera go, when it is released.
+// A window that shows the screens. Closes, and frees the camera, when it is released.
 class Host {
 public:
     virtual ~Host() = default;

@@ -6,7 +6,7 @@
 
 namespace kestrelid::demo {
 
-// The screens in a QML window: qml/Main.qml. Null where it does not load.
+// The screens in a QML window: qml/Main.qml. Null if it does not load.
 [[nodiscard]] std::unique_ptr<Host> makeQmlHost(CameraChoice& cameras, PhotoJudge& judge,
                                                 const PlatformServices& recognition);
 

@@ -99,8 +99,9 @@ int run(int argc, char** argv) {
     QApplication::setApplicationName("kestrelid-demo");
     QGuiApplication::setDesktopFileName("org.kestrelid.Demo");
     const int status = show(options, recognition);
-    // A camera that is being set up holds the services for up to two seconds, which nobody waits
-    // for. Returning from main() would pull the recogniser's statics away under its workers.
+    // A camera that is being set up still holds the services for some seconds, and this does not
+    // wait for it. Returning from main() would destroy the recogniser's statics while its workers
+    // use them.
     if (!isIdle(recognition))
         std::_Exit(status);
     return status;  // waits for what is still judged

@@ -61,7 +61,7 @@ private:
 
 class OwnVideoOutput final : public kestrelid::VideoDataOutput {
 public:
-    void setVideoSettings(const kestrelid::VideoSettings&) override {}  // there is one format
+    void setVideoSettings(const kestrelid::VideoSettings&) override {}  // always BGRA
     void setSampleBufferDelegate(std::weak_ptr<kestrelid::SampleBufferDelegate> delegate,
                                  std::shared_ptr<kestrelid::DispatchQueue> queue) override {
         const std::lock_guard lock(mutex_);

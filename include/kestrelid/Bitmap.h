@@ -36,9 +36,9 @@ struct PixelRect {
 /// never changed once a Bitmap shows them. Thread: any.
 class KESTRELID_EXPORT Bitmap {
 public:
-    /// Takes pixels as they stand. stride: bytes from one row to the next.
-    /// None where a size is not positive, stride is shorter than a row, or size bytes do not hold
-    /// all rows.
+    /// Takes pixels as they stand. stride: bytes from one row to the next. Returns nothing if a
+    /// size is not positive, if stride is shorter than a row, or if size bytes do not hold all
+    /// rows.
     [[nodiscard]] static std::optional<Bitmap> wrap(int width, int height, std::ptrdiff_t stride,
                                                     PixelFormat format,
                                                     std::shared_ptr<const std::byte[]> pixels,
@@ -54,8 +54,8 @@ public:
     /// First byte of row y, 0 <= y < height().
     [[nodiscard]] const std::byte* row(int y) const noexcept { return origin_ + y * stride_; }
 
-    /// The part of region inside the bitmap, as a view that copies nothing; none where they do not
-    /// meet.
+    /// The part of region inside the bitmap, as a view that copies nothing. Returns nothing if they
+    /// do not overlap.
     [[nodiscard]] std::optional<Bitmap> crop(const PixelRect& region) const;
 
 private:

@@ -31,24 +31,24 @@ struct CameraServices {
 
 /// Owns the camera of one scanning screen: permission, session, live detection, photos. The session
 /// is never stopped; it ends with the manager. No call fails: what goes wrong becomes a published
-/// false or a photo that is absent. Thread: main queue, except where another is named.
+/// false or a photo that is absent. Thread: main queue, unless another is named.
 class KESTRELID_EXPORT CameraManager final : public std::enable_shared_from_this<CameraManager>,
                                              public PhotoCaptureDelegate,
                                              public SampleBufferDelegate {
 public:
-    /// Touches neither camera nor permission. Null where a service is missing.
+    /// Touches neither camera nor permission. Returns null if a service is missing.
     [[nodiscard]] static std::shared_ptr<CameraManager> create(CameraServices services);
 
     CameraManager(const CameraManager&) = delete;
     CameraManager& operator=(const CameraManager&) = delete;
     ~CameraManager() override;
 
-    /// Publishes isAuthorized, after asking the person where nobody has asked yet, and sets the
-    /// session up where access is granted.
+    /// Publishes isAuthorized, after asking the person if nobody has asked yet. Sets the session up
+    /// if access is granted.
     void checkAuthorization();
 
     /// Configures and starts the session on the session queue; isSessionReady is published 1 s
-    /// after it has started, or false at once where there is no usable camera. A session that runs
+    /// after it has started, or false at once if there is no usable camera. A session that runs
     /// already refuses a second input: it runs on, and isSessionReady is published false.
     void setupSession();
 
@@ -56,7 +56,7 @@ public:
     /// many are under way.
     void capturePhoto();
 
-    /// Gets every photo, or nothing where it failed. Empty: photos are taken and thrown away.
+    /// Gets every photo, or nothing if it failed. If it is empty, photos are taken and thrown away.
     /// Main queue.
     std::function<void(const std::optional<Image>& photo)> onPhotoCapture;
 

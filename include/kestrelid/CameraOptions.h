@@ -14,7 +14,7 @@ struct CameraOptions {
     /// stands for a camera and needs no permission. Empty: the first camera.
     std::string camera;
 
-    /// Where the driver does not know how the camera is mounted, or is wrong about it.
+    /// For a camera whose driver does not know how it is mounted, or is wrong about it.
     std::optional<Orientation> orientation;
     std::optional<bool> isMirrored;
 };

@@ -39,8 +39,8 @@ public:
     /// Asks nobody. Takes milliseconds.
     [[nodiscard]] virtual AuthorizationStatus status() = 0;
 
-    /// Asks the person where the status is notDetermined and returns at once. completion: exactly
-    /// once, later, on any thread.
+    /// Asks the person if the status is notDetermined. Returns at once. completion: exactly once,
+    /// later, on any thread.
     virtual void requestAccess(std::function<void(bool granted)> completion) = 0;
 };
 
@@ -77,8 +77,8 @@ class KESTRELID_EXPORT PixelBuffer {
 public:
     virtual ~PixelBuffer();
 
-    /// Copies the whole extent into a bitmap of BGRA8, rows as the sensor sees them. None where no
-    /// memory set aside for frames is free.
+    /// Copies the whole extent into a bitmap of BGRA8, rows as the sensor sees them. Returns
+    /// nothing if no memory set aside for frames is free.
     [[nodiscard]] virtual std::optional<Bitmap> render() const = 0;
 };
 
@@ -87,7 +87,7 @@ class KESTRELID_EXPORT SampleBuffer {
 public:
     virtual ~SampleBuffer();
 
-    /// Null where the frame has none.
+    /// Null if the frame has no pixels.
     [[nodiscard]] virtual const PixelBuffer* imageBuffer() const = 0;
 };
 
@@ -112,7 +112,8 @@ struct VideoSettings {
 /// still works on an earlier one is dropped. Thread: session queue.
 class KESTRELID_EXPORT VideoDataOutput : public CaptureOutput {
 public:
-    /// In which format frames come.
+    /// The format of the frames. An output delivers nothing in a format that it does not know; each
+    /// knows kPixelFormat32Bgra.
     virtual void setVideoSettings(const VideoSettings& settings) = 0;
 
     /// Replaces the former delegate. queue: serial.
@@ -143,7 +144,7 @@ struct PhotoSettings {
 
 /// A photo as the camera gave it.
 struct CapturedPhoto {
-    /// The photo as a file of its codec, orientation included; absent where there is none.
+    /// The photo as a file of its codec, orientation included. Empty if there is none.
     std::optional<std::vector<std::byte>> fileDataRepresentation;
 };
 
@@ -189,9 +190,9 @@ class KESTRELID_EXPORT PreviewSurface {
 public:
     virtual ~PreviewSurface();
 
-    /// frame: BGRA8 as the sensor sees it, shared with the device: let go of it once the next one
-    /// has come. orientation, isMirrored: as the device has them; turn first, then mirror. Thread:
-    /// any, one call at a time. Must return at once.
+    /// frame: BGRA8 as the sensor sees it, shared with the device: release it once the next one has
+    /// come. orientation, isMirrored: as the device has them; turn first, then mirror. Thread: any,
+    /// one call at a time. Must return at once.
     virtual void show(const Bitmap& frame, Orientation orientation, bool isMirrored) = 0;
 };
 
@@ -209,17 +210,18 @@ public:
     virtual void beginConfiguration() = 0;
     /// Ends what beginConfiguration() began.
     virtual void commitConfiguration() = 0;
-    /// What the session is to be good at.
+    /// What the session is to be good at. A session is made for `photo`, the only preset, so an
+    /// adapter may have nothing to change here.
     virtual void setSessionPreset(SessionPreset preset) = 0;
 
-    /// False where it has an input already whose device is still there.
+    /// False if it already has an input whose device is still there.
     [[nodiscard]] virtual bool canAddInput(const std::shared_ptr<CaptureInput>& input) const = 0;
-    /// Only where canAddInput() is true.
+    /// Call it only if canAddInput() is true.
     virtual void addInput(std::shared_ptr<CaptureInput> input) = 0;
 
-    /// False where it has an output of that kind already.
+    /// False if it already has an output of that kind.
     [[nodiscard]] virtual bool canAddOutput(const std::shared_ptr<CaptureOutput>& output) const = 0;
-    /// Only where canAddOutput() is true.
+    /// Call it only if canAddOutput() is true.
     virtual void addOutput(std::shared_ptr<CaptureOutput> output) = 0;
 
     /// Returns once frames flow or the device has failed, within 2 s. Does nothing while running.
@@ -247,7 +249,7 @@ public:
     /// For one session.
     [[nodiscard]] virtual std::shared_ptr<VideoDataOutput> makeVideoDataOutput() = 0;
 
-    /// Null where there is no camera.
+    /// Null if there is no camera.
     [[nodiscard]] virtual std::shared_ptr<CaptureDevice> defaultVideoDevice() = 0;
 
     /// device: of this platform.

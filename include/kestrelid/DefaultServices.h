@@ -44,6 +44,7 @@ defaultServices(const DefaultServicesOptions& options = {});
 
 /// What PassportDetector::create() takes its services from.
 struct ThisMachine {
+    /// defaultServices().
     [[nodiscard]] static PlatformServices services() { return defaultServices(); }
 };
 

@@ -45,7 +45,8 @@ using ImageResult = std::variant<Image, ImageError>;
                                                      const DecodeOptions& options = {});
 
 /// Writes a JPEG (.jpg, .jpeg; quality 90) or a PNG (.png), by the file's extension; rows as they
-/// are shown. None: written. Replaces an existing file only once the new one is whole. Thread: any.
+/// are shown. Returns nothing if it was written. Replaces an existing file only once the new one is
+/// whole. Thread: any.
 [[nodiscard]] KESTRELID_EXPORT std::optional<ImageError>
 writeImage(const std::filesystem::path& path, const Image& image);
 

@@ -9,7 +9,7 @@ struct ServiceStatus {
     std::string name;  ///< what it is, as a person would call it
     bool available = false;
     std::string
-        details;  ///< version and place; where not available, the package or command that brings it
+        details;  ///< version and place; if not available, the package or command that brings it
 };
 
 }  // namespace kestrelid

@@ -38,7 +38,7 @@ struct TextEvidence {
 /// text: UTF-8; ill-formed bytes count as U+FFFD. Thread: any.
 [[nodiscard]] KESTRELID_EXPORT TextEvidence textEvidence(std::string_view text);
 
-/// Byte offset of the first ill-formed sequence, none where text is UTF-8. Thread: any.
+/// Byte offset of the first ill-formed sequence. Returns nothing if text is UTF-8. Thread: any.
 [[nodiscard]] KESTRELID_EXPORT std::optional<std::size_t> invalidUtf8Offset(std::string_view text);
 
 }  // namespace kestrelid

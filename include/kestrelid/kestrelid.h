@@ -2,14 +2,14 @@
 
 // The detector for programs in C and for other languages' bindings: C99, of libkestrelid-detection.
 //
-// Handles are opaque. A function that makes one gives it to the caller, who releases it once;
+// Handles are opaque. A function that makes one gives it to the caller, which releases it once;
 // releasing NULL does nothing. No function throws or ends the program, NULL for a handle included.
 // Thread: any, for every function and every handle, but a handle must not be released while another
 // call uses it.
 //
-// Functions that can fail return a KestrelidStatus. `error` may be NULL; otherwise *error becomes
-// NULL on success and on failure an error to be freed (NULL where memory is too short even for it).
-// The handle that a failed call should have made is NULL.
+// Functions that can fail return a KestrelidStatus. `error` may be NULL. Otherwise *error becomes
+// NULL on success, and on failure an error to be freed, or NULL if there is no memory even for
+// that. The handle that a failed call should have made is NULL.
 
 #include <kestrelid/Export.h>
 #include <kestrelid/Version.h>
@@ -28,7 +28,7 @@ KESTRELID_EXPORT const char* kestrelid_library_version(void);
 
 typedef enum KestrelidStatus {
     KESTRELID_OK = 0,
-    KESTRELID_INVALID_ARGUMENT = 1,  // NULL where something is needed, a size or value out of range
+    KESTRELID_INVALID_ARGUMENT = 1,  // NULL for something needed, a size or value out of range
     KESTRELID_UNREADABLE = 2,        // a file or its bytes hold no picture that can be decoded
     KESTRELID_OUT_OF_MEMORY = 3,
     KESTRELID_FAILED = 4,  // the machine refuses something else, a thread for example
@@ -39,8 +39,8 @@ typedef struct KestrelidError KestrelidError;
 // KESTRELID_OK for NULL.
 KESTRELID_EXPORT KestrelidStatus kestrelid_error_status(const KestrelidError* error);
 
-// The cause in one line for a person, after the file's name where there is one, as it was given.
-// Ends in a zero byte; lives as long as the error. "" for NULL.
+// The cause in one line for a person, after the file's name, as it was given, if there is one. Ends
+// in a zero byte; lives as long as the error. "" for NULL.
 KESTRELID_EXPORT const char* kestrelid_error_text(const KestrelidError* error);
 
 KESTRELID_EXPORT void kestrelid_error_free(KestrelidError* error);
@@ -93,7 +93,7 @@ KESTRELID_EXPORT void kestrelid_image_release(KestrelidImage* image);
 // What the detector says of one picture. Never changes.
 typedef struct KestrelidResult KestrelidResult;
 
-// A copy to be released. NULL for NULL, and where memory is too short.
+// A copy to be released. NULL for NULL, and if there is not enough memory.
 KESTRELID_EXPORT KestrelidResult* kestrelid_result_copy(const KestrelidResult* result);
 
 // result: a copy, or what kestrelid_detector_validate_wait() gave.
@@ -110,7 +110,7 @@ KESTRELID_EXPORT double kestrelid_result_confidence(const KestrelidResult* resul
 KESTRELID_EXPORT size_t kestrelid_result_reason_count(const KestrelidResult* result);
 
 // UTF-8, ends in a zero byte, lives as long as the result. size may be NULL; gets the bytes before
-// the zero byte. NULL and 0 where result is NULL or index is not below the count.
+// the zero byte. NULL and 0 if result is NULL, or if index is not below the count.
 KESTRELID_EXPORT const char* kestrelid_result_reason(const KestrelidResult* result, size_t index,
                                                      size_t* size);
 
@@ -130,7 +130,7 @@ typedef enum KestrelidRecognizer {
 } KestrelidRecognizer;
 
 typedef enum KestrelidOutlineFinder {
-    KESTRELID_NETWORK_FIRST = 0,  // the network, and the classical finder where it is in doubt
+    KESTRELID_NETWORK_FIRST = 0,  // the network; if it is in doubt the classical finder too
     KESTRELID_NETWORK = 1,        // the network alone
     KESTRELID_CLASSICAL = 2,      // edges and contours alone
 } KestrelidOutlineFinder;
@@ -147,8 +147,8 @@ typedef enum KestrelidEffort {
 typedef struct KestrelidDetectorOptions {
     size_t struct_size;  // sizeof(KestrelidDetectorOptions)
 
-    // Folder of the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library. NULL: where
-    // the library lies, installed or built.
+    // Folder of the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library. NULL: beside
+    // the library, installed or built.
     const char* resources;
 
     int32_t recognizer;    // KestrelidRecognizer
@@ -157,41 +157,42 @@ typedef struct KestrelidDetectorOptions {
     int32_t text_threads;  // that one picture's text may use, 1 to 64; 0: two
 
     // Takes models and threads from another detector, which may be released before this one; all
-    // above but effort, and console too, must then be zero. Models take as much as 350 MB.
+    // above but effort, and console too, must then be zero. Models take about 300 MB.
     const struct KestrelidDetector* share;
 
-    // Gets a line, size bytes and a zero byte, where recognition fails: what is missing on the
-    // machine is said there. On any thread, several at once. NULL: standard output. Not
-    // called once the detectors are released and all their calls are disposed of.
+    // Gets a line, size bytes and a zero byte, if recognition fails. It says what is missing on the
+    // machine. On any thread, several at once. NULL: standard output. Not called once the detectors
+    // are released and all their calls are disposed of.
     void (*console)(void* console_user, const char* line, size_t size);
     void* console_user;
 } KestrelidDetectorOptions;
 
 // options: NULL for the defaults. Loads no model yet: the first picture does, and a missing one is
-// said on the console and makes the verdict poorer, not the call fail.
+// reported on the console; it makes the verdict poorer, but the call does not fail.
 KESTRELID_EXPORT KestrelidStatus kestrelid_detector_create(const KestrelidDetectorOptions* options,
                                                            KestrelidDetector** detector,
                                                            KestrelidError** error);
 
 // Gives up the calls whose outline is not found yet; those whose text is being read still answer.
-// Where no other detector shares the threads it waits until all have left the library, up to a
-// second, so that a program may end right after. Inside a completion it waits for nothing.
+// If no other detector shares the threads, it waits until those calls have answered, so that a
+// program may end right after; that takes as long as reading their text. Inside a completion it
+// waits for nothing.
 KESTRELID_EXPORT void kestrelid_detector_release(KestrelidDetector* detector);
 
 // result: for the time of the call; kestrelid_result_copy() keeps it. Must not throw or jump out.
 typedef void (*KestrelidCompletion)(void* user, const KestrelidResult* result);
 
 // Judges the image and returns at once. image: NULL is judged as "Invalid image". completion: may
-// be NULL; called at most once, with user: before the return where image is NULL, otherwise on a
-// worker thread, even before the return. It is never called where the call fails or was abandoned.
+// be NULL; called at most once, with user: before the return if image is NULL, otherwise on a
+// worker thread, even before the return. It is never called if the call fails or is abandoned.
 // dispose: may be NULL; called exactly once, with user, whatever this call returns: after the
 // completion or in its place, on any thread, the calling one included.
 KESTRELID_EXPORT KestrelidStatus kestrelid_detector_validate(
     KestrelidDetector* detector, const KestrelidImage* image, KestrelidCompletion completion,
     void* user, void (*dispose)(void* user), KestrelidError** error);
 
-// The same on the calling thread until the verdict is there, which the caller releases. Never
-// inside a completion: it would take the thread that it waits for.
+// The same, but waits for the verdict, which the caller releases. Never call it inside a
+// completion: it would wait for its own thread.
 KESTRELID_EXPORT KestrelidStatus kestrelid_detector_validate_wait(KestrelidDetector* detector,
                                                                   const KestrelidImage* image,
                                                                   KestrelidResult** result,

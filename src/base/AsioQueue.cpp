@@ -28,8 +28,8 @@ AsioQueue::AsioQueue(std::string label, int threads) : loop_(std::make_shared<Lo
 
 AsioQueue::~AsioQueue() {
     loop_->stayOpen.reset();
-    // No thread of the loop ends before the block that runs this has returned, so none can be
-    // waited for in it.
+    // If a block of this queue releases it, no thread can be joined: none ends before that block
+    // has returned.
     const bool isOwnThread =
         std::any_of(threads_.begin(), threads_.end(), [](const std::thread& thread) {
             return thread.get_id() == std::this_thread::get_id();

@@ -10,7 +10,7 @@
 namespace kestrelid {
 namespace {
 
-// Reading the stored rows in the order in which they are shown: where to start, and the bytes from
+// Reading the stored rows in the order in which they are shown: the first byte, and the bytes from
 // one shown pixel to the next along a shown row and down a shown column.
 struct Walk {
     const std::byte* start;

@@ -25,7 +25,7 @@ public:
         return reinterpret_cast<unsigned char*>(row(y));
     }
 
-    // A pixel of format takes no more bytes than bytesPerPixel said; rows keep their distance.
+    // A pixel of format takes at most bytesPerPixel bytes; the stride stays.
     [[nodiscard]] Image toImage(PixelFormat format, Orientation orientation) &&;
 
 private:

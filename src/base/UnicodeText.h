@@ -9,8 +9,8 @@
 // Unicode text services. Text is well-formed UTF-8 in and out. Thread: any.
 namespace kestrelid::base {
 
-// Any bytes as well-formed UTF-8: ill-formed ones become U+FFFD, so that they cannot meet others
-// and make a character that nobody wrote.
+// Any bytes as well-formed UTF-8: ill-formed ones become U+FFFD, so that they cannot join other
+// bytes to a character that nobody wrote.
 [[nodiscard]] std::string wellFormed(std::string_view bytes);
 
 // Upper case by the default, locale-independent rules with full mappings: ß becomes SS.

@@ -105,7 +105,7 @@ KestrelidStatus kestrelid_detector_validate(KestrelidDetector* detector,
                                             KestrelidCompletion completion, void* user,
                                             void (*dispose)(void* user), KestrelidError** error) {
     return guarded(error, [&] {
-        // Disposes where anything below throws, itself included.
+        // Disposes if anything below throws, itself included.
         const std::shared_ptr<void> owner(user, [dispose](void* disposed) {
             if (dispose)
                 dispose(disposed);

@@ -154,7 +154,7 @@ void CameraManager::didOutput(const SampleBuffer& sampleBuffer) {
             if (!self)
                 return;
             const std::shared_ptr<DispatchQueue> mainQueue = self->services_.mainQueue;
-            // Moved, so that the manager is not released on this worker, which may be its own.
+            // Moved, so that this worker, which may belong to the manager, does not release it.
             mainQueue->async([self = std::move(self), isPassport = result.isPassport(),
                               confidence = static_cast<float>(result.confidence())] {
                 self->handleDetectionResult(isPassport, confidence);

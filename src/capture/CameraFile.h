@@ -7,8 +7,8 @@
 
 namespace kestrelid::capture {
 
-// The file that stands for a camera, where options.camera is the path of one that exists; a pipe or
-// a device node is none.
+// The file that stands for a camera: the path in options.camera if such a file exists. A pipe or a
+// device node is no such file.
 [[nodiscard]] std::optional<std::filesystem::path> cameraFile(const CameraOptions& options);
 
 }  // namespace kestrelid::capture

@@ -11,12 +11,12 @@ namespace kestrelid::imagefile {
 // Bytes that one decoding may hold at once, file apart: twice the largest RGB picture.
 inline constexpr std::int64_t kMaximumDecoderMemory = 2 * 3 * kMaximumPixels;
 
-// None where kMaximumSide and kMaximumPixels admit the
-// picture. Takes what a header claims, so any value.
+// Returns nothing if the picture is within kMaximumSide and kMaximumPixels. Takes what a header
+// claims, so any value.
 [[nodiscard]] std::optional<ImageError> checkSize(std::int64_t width, std::int64_t height);
 
-// None where kMaximumDecoderMemory admits bytes:
-// pixels and what the codec library holds beside them.
+// Returns nothing if bytes are within kMaximumDecoderMemory: pixels and what the codec library
+// holds beside them.
 [[nodiscard]] std::optional<ImageError> checkMemory(std::int64_t bytes);
 
 // "truncated JPEG: text", for instance, as one printable line whatever the library wrote.

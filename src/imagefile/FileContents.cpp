@@ -1,5 +1,7 @@
 #include "imagefile/FileContents.h"
 
+#include "base/OwnedDescriptor.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,22 +15,6 @@
 
 namespace kestrelid::imagefile {
 namespace {
-
-// Closes what it opened.
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { close(); }
-
-    [[nodiscard]] int number() const { return number_; }
-    // Whether what was written has arrived: network file systems tell only now.
-    bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }
-
-private:
-    int number_;
-};
 
 ImageError systemError(const char* action, int code) {
     return {std::string(action) + ": " + std::generic_category().message(code)};
@@ -57,8 +43,8 @@ bool writeAll(int file, std::span<const std::byte> contents) {
     return true;
 }
 
-// A name of its own for each call in each process; an
-// unfinished file of an ended process may still have it.
+// A different name for each call in each process. An unfinished file of an ended process may still
+// have it.
 std::filesystem::path temporaryBeside(const std::filesystem::path& path) {
     static std::atomic<unsigned> calls = 0;
     return path.parent_path() /
@@ -74,10 +60,10 @@ FileBytes readRegularFile(const std::filesystem::path& path) {
         return systemError("cannot be opened", errno);
     if (auto error = checkReadable(status))
         return *std::move(error);
-    // And after it, because the name may stand for something
-    // else by now; without blocking, for the same reason.
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (file.number() < 0 || ::fstat(file.number(), &status) != 0)
+    // Checked again after opening, because the name may belong to something else by now; opened
+    // without blocking for the same reason.
+    const base::OwnedDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
         return systemError("cannot be opened", errno);
     if (auto error = checkReadable(status))
         return *std::move(error);
@@ -102,8 +88,9 @@ std::optional<ImageError> replaceFile(const std::filesystem::path& path,
                                       std::span<const std::byte> contents) {
     const std::filesystem::path temporary = temporaryBeside(path);
     ::unlink(temporary.c_str());
-    Descriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (file.number() < 0)
+    base::OwnedDescriptor file(
+        ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!file.isOpen())
         return systemError("cannot be written", errno);
     // On disk before the rename: after a power failure the name must not stand for an empty file.
     if (!writeAll(file.number(), contents) || ::fsync(file.number()) != 0 || !file.close() ||

@@ -17,8 +17,8 @@ using FileBytes = std::variant<std::vector<std::byte>, ImageError>;
 // or a device could block, or never end. Throws std::bad_alloc.
 [[nodiscard]] FileBytes readRegularFile(const std::filesystem::path& path);
 
-// Writes beside path and renames, so that path never holds
-// half a file. None: written. Throws std::bad_alloc.
+// Writes beside path and renames, so that path never holds half a file. Returns nothing if it was
+// written. Throws std::bad_alloc.
 [[nodiscard]] std::optional<ImageError> replaceFile(const std::filesystem::path& path,
                                                     std::span<const std::byte> contents);
 

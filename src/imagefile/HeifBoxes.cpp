@@ -8,7 +8,7 @@ namespace {
 
 using Bytes = std::span<const std::byte>;
 
-// Adds what the boxes of a name hold that stand in a row.
+// Adds the contents of all boxes of a name in a sequence of boxes.
 void addBoxes(std::string_view name, Bytes row, std::vector<Bytes>& found) {
     constexpr std::size_t kHeader = 8;  // size and name
     constexpr std::size_t kLongHeader = 16;

@@ -13,8 +13,8 @@ namespace kestrelid::imagefile {
 [[nodiscard]] std::uint32_t numberAt(std::span<const std::byte> bytes, std::size_t offset,
                                      std::size_t count);
 
-// What the boxes at a path hold (ISO/IEC 14496-12, 4.2), {"meta", "iref"} for instance. As libheif
-// does, boxes are read one after another up to the first that claims more than is there.
+// The contents of the boxes at a path (ISO/IEC 14496-12, 4.2), {"meta", "iref"} for instance. As
+// libheif does, boxes are read one after another up to the first that claims more than is there.
 [[nodiscard]] std::vector<std::span<const std::byte>>
 boxesAt(std::initializer_list<std::string_view> path, std::span<const std::byte> file);
 

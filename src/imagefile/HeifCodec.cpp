@@ -88,7 +88,7 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     const Handle handle(primary);
     if (error.code != heif_error_Ok)
         return errorFor(error);
-    // Before cropping and turning: that much is decoded.
+    // The size before cropping and turning, because that much is decoded.
     const int width = heif_image_handle_get_ispe_width(primary);
     const int height = heif_image_handle_get_ispe_height(primary);
     if (auto tooLarge = checkSize(width, height))
@@ -101,8 +101,8 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     if (auto tooLarge =
             checkMemory(std::int64_t{width} * height * (hasAlpha ? kAlphaHeldBytes : kHeldBytes)))
         return *std::move(tooLarge);
-    // What is put together from tiles has a size of its
-    // own, which libheif holds against this limit alone.
+    // A picture put together from tiles has a size of its own, which libheif compares with this
+    // limit alone.
     constexpr int kSideOfLargestSquare = 10'000;  // pixels; its square is kMaximumPixels
     heif_context_set_maximum_image_size_limit(context.get(),
                                               std::max({width, height, kSideOfLargestSquare}) + 1);

@@ -25,7 +25,7 @@ constexpr std::uint64_t kMaximumPictures = 4096;  // a grid of 100 megapixels ha
 // Of the whole file, which may hold many pictures.
 constexpr std::size_t kMaximumReferences = 65'536;
 
-// None where the box is damaged.
+// Nothing if the box is damaged.
 std::optional<Parts> partsIn(Bytes box) {
     constexpr std::size_t kVersionAndFlags = 4;
     constexpr std::size_t kHeader = 8;  // size and name of one reference

@@ -28,7 +28,7 @@ public:
         }
     }
 
-    // Whether something was asked for beyond the end, or was no number; what came of it is 0.
+    // Whether a read went beyond the end, or met no number; it returned 0 then.
     [[nodiscard]] bool failed() const { return failed_; }
 
     void skip(int count) { at_ += static_cast<std::size_t>(count); }
@@ -46,7 +46,7 @@ public:
         return value;
     }
 
-    // ue(v): as many zeros as bits follow the first one.
+    // ue(v): as many zeros as there are bits after the first 1.
     std::uint32_t number() {
         int zeros = 0;
         while (!failed_ && bits(1) == 0)

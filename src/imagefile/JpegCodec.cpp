@@ -34,7 +34,7 @@ tjscalingfactor scalingFor(const JpegHeader& header, int sufficientSide) {
     return {1, 1};
 }
 
-// Cameras pad the last scan; the whole picture has been decoded when that shows.
+// Cameras pad the last scan. The whole picture has been decoded when libjpeg reports the padding.
 bool isPaddingBeforeEnd(const std::string& message) {
     return message.find("extraneous bytes before marker 0xd9") != std::string::npos;
 }

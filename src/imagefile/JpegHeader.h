@@ -13,7 +13,7 @@ struct JpegHeader {
     int height = 0;
     int components = 0;
     std::int64_t coefficientBytes =
-        0;  // what libjpeg keeps of the whole picture; 0 where one pass over it is enough
+        0;  // what libjpeg keeps of the whole picture; 0 if one pass over it is enough
     bool hasAdobeMarker = false;
     std::span<const std::byte> scans;  // from the first scan's header to the end of the file
     std::span<const std::byte> exif;   // with its lead; empty: none
@@ -22,7 +22,7 @@ struct JpegHeader {
 // Whether the marker that ends a picture is missing from its scans.
 [[nodiscard]] bool endsEarly(const JpegHeader& header);
 
-// None where the file ends before the first scan, or a scan comes before a frame.
+// Nothing if the file ends before the first scan, or if a scan comes before a frame.
 [[nodiscard]] std::optional<JpegHeader> parseJpegHeader(std::span<const std::byte> file);
 
 }  // namespace kestrelid::imagefile

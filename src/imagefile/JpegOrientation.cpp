@@ -41,7 +41,7 @@ std::vector<std::byte> withOrientation(std::span<const std::byte> jpeg, Orientat
         file.push_back(std::byte{byte});
     file[2 + kValueAt] = static_cast<std::byte>(orientation);
 
-    // The application segments that follow, but for EXIF.
+    // The application segments that follow, without EXIF.
     std::span<const std::byte> rest = jpeg.subspan(2);
     while (rest.size() >= 4 && u8(rest[0]) == 0xff && (u8(rest[1]) & 0xf0) == 0xe0) {
         const std::size_t length = 2 + (u8(rest[2]) << 8 | u8(rest[3]));

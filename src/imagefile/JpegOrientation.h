@@ -9,7 +9,7 @@
 namespace kestrelid::imagefile {
 
 // The same file with an EXIF block that holds orientation alone, in place of any it had. The file
-// itself where it is not a JPEG. Throws std::bad_alloc.
+// itself if it is not a JPEG. Throws std::bad_alloc.
 [[nodiscard]] std::vector<std::byte> withOrientation(std::span<const std::byte> jpeg,
                                                      Orientation orientation);
 

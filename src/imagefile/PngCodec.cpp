@@ -84,7 +84,7 @@ bool PngReader::readHeader() {
     return true;
 }
 
-// Gray, RGB or, where anything is transparent, RGBA; 8 bits each.
+// Gray, RGB or, if anything is transparent, RGBA; 8 bits each.
 bool PngReader::chooseLayout() {
     if (setjmp(png_jmpbuf(png_)))
         return false;

@@ -64,7 +64,7 @@ toff_t sourceSize(thandle_t handle) {
     return sourceOf(handle).file.size();
 }
 
-// Lets libtiff read strips where they lie; it never writes there.
+// Lets libtiff read strips in place; it never writes there.
 int mapSource(thandle_t handle, void** base, toff_t* size) {
     const Source& source = sourceOf(handle);
     *base = const_cast<std::byte*>(source.file.data());
@@ -74,8 +74,8 @@ int mapSource(thandle_t handle, void** base, toff_t* size) {
 
 void unmapSource(thandle_t, void*, toff_t) {}
 
-// libtiff has no code for it; its sentences about data
-// beyond the end hold one of these, and some are warnings.
+// libtiff has no error code for it. Its messages about data beyond the end, some of them warnings,
+// contain one of these.
 void noteEarlyEnd(Source& source, std::string_view sentence) {
     constexpr std::array kWords = {"Read error", "Cannot read", "Can not read", "Not enough data",
                                    "IO error"};
@@ -83,7 +83,7 @@ void noteEarlyEnd(Source& source, std::string_view sentence) {
         kWords, [&](const char* words) { return sentence.find(words) != std::string_view::npos; });
 }
 
-// Non-zero: dealt with, so that libtiff prints nothing.
+// Non-zero means handled, so that libtiff prints nothing.
 int onError(TIFF*, void* user, const char*, const char* format, std::va_list arguments) {
     auto& source = *static_cast<Source*>(user);
     noteEarlyEnd(source, format);

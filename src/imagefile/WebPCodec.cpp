@@ -31,7 +31,7 @@ ImageError errorFor(VP8StatusCode status) {
     }
 }
 
-// The parts of a WebP file; empty where the file is damaged.
+// The parts of a WebP file. Empty if the file is damaged.
 class Container {
 public:
     explicit Container(std::span<const std::byte> file) {
@@ -65,7 +65,7 @@ private:
     std::unique_ptr<WebPDemuxer, Delete> demuxer_;
 };
 
-// Decodes one picture, not an animation, to the place in pixels where left, top falls.
+// Decodes one picture, not an animation, into pixels, its corner at left, top.
 std::optional<ImageError> decodeInto(const base::PixelStore& pixels, int left, int top,
                                      std::span<const std::byte> picture, int channels) {
     WebPDecoderConfig config;

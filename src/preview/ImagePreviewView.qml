@@ -2,8 +2,8 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Kestrelid
 
-// A picture under a title, with two buttons whose meaning is the host's. Only the close symbol
-// closes it.
+// A picture under a title, with two buttons; the host decides what they do. Only the close symbol
+// closes the screen.
 ScreenItem {
     id: root
 

@@ -16,11 +16,11 @@ struct Photo {
     Orientation orientation = Orientation::up;
 };
 
-// Shares the image's pixels. None where it has no bitmap.
+// Shares the image's pixels. Returns nothing if it has no bitmap.
 [[nodiscard]] std::optional<Photo> photoOf(const Image& image);
 
-// Reads a local file or a resource of the program, as readImage() does. None where it cannot be
-// read. Thread: any; takes the time of decoding.
+// Reads a local file or a resource of the program, as readImage() does. Returns nothing if it
+// cannot be read. Thread: any; takes the time of decoding.
 [[nodiscard]] std::optional<Photo> readPhoto(const QUrl& url);
 
 // The largest rectangle of the photo's shown aspect ratio in the middle of bounds.

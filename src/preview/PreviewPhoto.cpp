@@ -140,7 +140,7 @@ void PreviewPhoto::itemChange(ItemChange change, const ItemChangeData& data) {
 
 QSGNode* PreviewPhoto::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
     auto* node = static_cast<QSGImageNode*>(old);
-    // The node is gone where the scene was released meanwhile.
+    // The node is gone if the scene was released meanwhile.
     if (std::exchange(isNewTexture_, false) || !node) {
         if (rendered_.image.isNull()) {
             delete node;

@@ -17,7 +17,7 @@ class PreviewPhoto : public QQuickItem {
     Q_PROPERTY(QVariant image READ image WRITE setImage NOTIFY imageChanged)
     // False once it is known that there is nothing to show.
     Q_PROPERTY(bool hasPicture READ hasPicture NOTIFY pictureChanged)
-    // Where the picture is, without its outline; empty before its size is known.
+    // The rectangle of the picture, without its outline. Empty before its size is known.
     Q_PROPERTY(QRectF pictureRect READ pictureRect NOTIFY pictureChanged)
     // What is on the screen is what was asked for.
     Q_PROPERTY(bool isComplete READ isComplete NOTIFY completeChanged)

@@ -6,7 +6,8 @@
 
 namespace kestrelid::scanner {
 
-// The middle part of a picture that fills bounds with its aspect ratio kept. Empty where either is.
+// The middle part of a picture that fills bounds with its aspect ratio kept. Empty if either is
+// empty.
 [[nodiscard]] inline QRectF aspectFillCrop(const QSizeF& picture, const QSizeF& bounds) {
     if (picture.isEmpty() || bounds.isEmpty())
         return {};

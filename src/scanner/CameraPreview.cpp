@@ -69,7 +69,7 @@ private:
 
 }  // namespace
 
-// Keeps the newest frame for the item. Outlives it where the session holds it at that moment.
+// Keeps the newest frame for the item. Outlives the item if the session holds it at that moment.
 class CameraPreview::Surface final : public PreviewSurface {
 public:
     explicit Surface(CameraPreview& item) : item_(&item) {}
@@ -84,7 +84,7 @@ public:
         QMetaObject::invokeMethod(item_, &QQuickItem::update, Qt::QueuedConnection);
     }
 
-    // None where no frame has come since the last call.
+    // Nothing if no frame has come since the last call.
     std::optional<Frame> take() {
         const std::lock_guard lock(mutex_);
         isAnnounced_ = false;

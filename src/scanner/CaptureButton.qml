@@ -34,7 +34,7 @@ Item {
             onTapped: area.tapped()
         }
 
-        // The line lies on both sides of the circle's edge.
+        // Half of the line lies on each side of the circle's edge.
         Rectangle {
             objectName: "ring"
             anchors.fill: parent

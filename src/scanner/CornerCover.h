@@ -6,8 +6,8 @@
 
 namespace kestrelid::scanner {
 
-// Paints what lies outside a continuous corner, and so rounds a rectangle beneath: clips do not
-// exist in every renderer, covers do.
+// Paints over the area outside a continuous corner, and so rounds the rectangle beneath. Not every
+// renderer can clip, but each can paint.
 class CornerCover : public QQuickPaintedItem {
     Q_OBJECT
     Q_PROPERTY(int corner MEMBER corner_ NOTIFY inputChanged)  // 0..3 from the top left, clockwise

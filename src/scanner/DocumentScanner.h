@@ -47,7 +47,7 @@ public:
     [[nodiscard]] Status status() const;
     [[nodiscard]] CaptureSessionHandle session() const;
 
-    // Checks the permission, and makes the manager before where there is none.
+    // Checks the permission. Makes the manager first if there is none.
     Q_INVOKABLE void appear();
 
     // Does nothing while the session is not ready. completion: a function of JavaScript, which gets

@@ -2,12 +2,12 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Kestrelid
 
-// The scanning screen: the live picture in a frame whose brackets turn green while a passport is in
-// view, and a button that takes a photo. It never closes by itself.
+// The scanning screen: the live picture in a frame of brackets that turn green while a passport is
+// in view, and a button that takes a photo. It never closes by itself.
 ScreenItem {
     id: root
 
-    // Gets each photo, or null where taking it failed. Looked at when the button is tapped.
+    // Gets each photo, or null if taking it failed. Read when the button is tapped.
     required property var completion
     // Changes nothing on the screen.
     property bool isPresented: false

@@ -37,7 +37,7 @@ using CornerPath = std::array<PathElement, 4>;
 // as they are: arms then run backwards or overlap.
 struct RoundedCornerOverlayShape {
     double lineLength = 0.0;    // from the corner, along each edge, to the end of an arm
-    double cornerRadius = 0.0;  // from the corner, along each edge, to where the bend begins
+    double cornerRadius = 0.0;  // from the corner, along each edge, to the start of the bend
 
     // From the top left, clockwise, as is each bracket.
     [[nodiscard]] constexpr std::array<CornerPath, 4> path(const ShapeRect& rect) const {

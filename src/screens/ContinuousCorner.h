@@ -9,8 +9,8 @@ namespace kestrelid::screens {
 // circle's arc its curvature grows from zero.
 inline constexpr qreal kContinuousCornerExtent = 1.528665;
 
-// A rectangle with continuous corners. The radius shrinks where half of the shorter side has no
-// room for the curve.
+// A rectangle with continuous corners. The radius shrinks if half of the shorter side has no room
+// for the curve.
 [[nodiscard]] QPainterPath continuousRoundedRect(const QRectF& rect, qreal radius);
 
 }  // namespace kestrelid::screens

@@ -3,7 +3,7 @@ import QtQuick
 
 // Lengths of both screens, in points.
 QtObject {
-    readonly property real stackSpacing: 8 // where a stack names none
+    readonly property real stackSpacing: 8 // for a stack that sets none
     readonly property real edge: 20 // content to the left and right edges
     readonly property real sectionSpacing: 56
     readonly property real touchTarget: 44 // least side of what a finger must hit

@@ -38,8 +38,8 @@ void runAt(Clock::time_point due, std::shared_ptr<QObject> receiver, DispatchQue
 
 // Holds the waiting blocks, and itself while there are any, so that it outlives the queue. Events
 // do not hold blocks: an application that ends deletes its events under the lock that posting
-// takes, and a block may be the last owner of something whose release posts or waits for one who
-// does.
+// takes, and a block may be the last owner of something that posts when it is released, or that
+// waits for a thread that posts.
 class QtMainQueue::Receiver final : public QObject, public std::enable_shared_from_this<Receiver> {
 public:
     static std::shared_ptr<Receiver> make() {

@@ -10,7 +10,8 @@
 
 namespace kestrelid::screens {
 
-// What both screens are made on: when they are shown, what closes them, and keys. A focus scope.
+// The base of both screens: knows when they are shown, closes them, and handles keys. A focus
+// scope.
 class ScreenItem : public QQuickItem {
     Q_OBJECT
     Q_PROPERTY(kestrelid::screens::SafeAreaMargins* safeAreaMargins READ safeAreaMargins CONSTANT)
@@ -27,12 +28,12 @@ public:
     [[nodiscard]] bool isKeyboardInUse() const { return isKeyboardInUse_; }
     void setKeyboardInUse(bool inUse);
 
-    // Calls the host's function where it gave one; otherwise pops the nearest stack that holds the
+    // Calls the host's function if there is one; otherwise pops the nearest stack that holds the
     // screen above something else, closes the nearest popup, or closes the window. May release the
     // screen.
     Q_INVOKABLE void dismissBy(const QVariant& hostFunction);
 
-    // Calls a function of JavaScript or a ScreenAction; nothing where it is neither. May release
+    // Calls a function of JavaScript or a ScreenAction; does nothing if it is neither. May release
     // the screen.
     Q_INVOKABLE bool perform(const QVariant& action);
 

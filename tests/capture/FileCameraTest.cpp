@@ -61,6 +61,16 @@ TEST_F(FileCamera, ShowsAPictureThatSwaysAtThirtyFramesASecond) {
     EXPECT_FALSE(equal(kept[0], kept[1]));
 }
 
+TEST_F(FileCamera, DeliversNothingInAFormatThatItDoesNotKnow) {
+    CaptureRig rig(picture(640, 480));
+    rig.videoOutput->setVideoSettings({.pixelFormat = 0});
+    ASSERT_EQ(rig.start(), "");
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 3; }));
+    EXPECT_EQ(rig.taken->count(), 0);
+    rig.videoOutput->setVideoSettings({});
+    EXPECT_TRUE(eventually([&] { return rig.taken->count() > 0; }));
+}
+
 TEST_F(FileCamera, TakesPhotosOfThePicturesFullSizeInOrderWhileFramesFlow) {
     CameraOptions options = picture(2000, 1500);
     options.orientation = Orientation::right;

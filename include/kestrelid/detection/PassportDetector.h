@@ -52,7 +52,7 @@ public:
         return create(Machine::services());
     }
 
-    /// Null where a service is missing.
+    /// Returns null if a service is missing.
     [[nodiscard]] static std::shared_ptr<PassportDetector>
     create(PlatformServices services, ValidationEffort effort = ValidationEffort::complete);
 
@@ -62,8 +62,8 @@ public:
 
     /// Judges the image's bitmap as its rows are stored and returns at once. completion is called
     /// at most once: on the calling thread before the return if the image has no bitmap, otherwise
-    /// later on a worker of the services' queue. It is never called where the last owner has
-    /// released the detector before the outline was found.
+    /// later on a worker of the services' queue. It is never called if the last owner releases the
+    /// detector before the outline is found.
     virtual void validate(const Image& image, Completion completion);
 
     /// The printed words that speak for a passport: one list for all detectors, repeated entries

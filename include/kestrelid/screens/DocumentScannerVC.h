@@ -25,7 +25,7 @@ public:
 
     ~DocumentScannerVC() override;
 
-    /// What of the screen's edges is covered, by a notch or a system bar; counts where it is set
+    /// What of the screen's edges is covered, by a notch or a system bar; counts if it is set
     /// before the first showing. Points.
     QMarginsF safeAreaMargins;
 

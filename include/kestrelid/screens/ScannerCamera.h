@@ -13,7 +13,7 @@
 
 namespace kestrelid {
 
-/// Gets a photo, or nothing where taking it failed. As DocumentScannerView.completion from C++: a
+/// Gets a photo, or nothing if taking it failed. As DocumentScannerView.completion from C++: a
 /// QVariant of this type.
 using PhotoCompletion = std::function<void(const std::optional<Image>& photo)>;
 
@@ -23,11 +23,12 @@ using ScreenAction = std::function<void()>;
 
 /// With what scanning screens work. Main thread.
 struct ScannerCamera {
-    /// Which camera; DocumentScannerView.camera, where it is set, replaces options.camera.
+    /// Which camera; DocumentScannerView.camera, if it is set, replaces options.camera.
     CameraOptions options;
 
-    /// Models that the screens share, as much as 350 MB once loaded: give the same to all of a
-    /// program. None: those who hold this ScannerCamera make their own when the first screen opens.
+    /// Models that the screens share, about 300 MB once loaded: give the same to all screens of a
+    /// program. If it is empty, each owner of this ScannerCamera makes its own when its first
+    /// screen opens.
     std::optional<PlatformServices> recognition;
 
     /// Called once for each screen, when it is first shown. Empty: defaultCameraServices().

@@ -10,7 +10,7 @@ namespace kestrelid::capture {
 // Lets calls to a host through until it is closed. Thread: any.
 class CallGate {
 public:
-    // Holds the gate open for one call; false where it was closed.
+    // Holds the gate open for one call. False if the gate was closed.
     class Pass {
     public:
         explicit Pass(CallGate& gate) : gate_(gate), entered_(gate.enter()) {}
@@ -27,8 +27,8 @@ public:
         bool entered_;
     };
 
-    // Waits until the calls under way have returned, but not for one that this is called from, and
-    // no longer than half a second. False where it is called from inside one.
+    // Waits until the calls under way have returned, at most half a second. Does not wait for a
+    // call that it is itself made from; it returns false then.
     bool close();
 
 private:

@@ -36,7 +36,7 @@ public:
     // A new pipeline for one of formats(), stopped.
     [[nodiscard]] virtual Assembled assemble(const VideoFormat& format) const = 0;
 
-    // The still where it is the same at any time.
+    // The still, for a source that always shows the same. Otherwise empty.
     [[nodiscard]] virtual std::optional<Bitmap> fixedStill() const { return std::nullopt; }
 
     // Calls removed on any thread once the device has gone, for as long as the result lives.

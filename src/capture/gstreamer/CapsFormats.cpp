@@ -21,7 +21,7 @@ constexpr std::array kCommonSizes = {
     Size{1600, 1200}, Size{1920, 1080}, Size{2592, 1944}, Size{3840, 2160}, Size{4032, 3024}};
 constexpr FrameRate kCommonRate{.numerator = 30, .denominator = 1};
 
-// Calls visit for value, or for each element where it is a list.
+// Calls visit for value, or for each element if it is a list.
 template <typename Visit>
 void forEach(const GValue* value, Visit visit) {
     if (!value)

@@ -9,7 +9,7 @@ namespace kestrelid::capture {
 
 namespace {
 
-// What a property holds, as text; empty where the device has none of them.
+// What a property holds, as text. Empty if the device has none of them.
 std::string property(GstDevice* device, std::initializer_list<const char*> names) {
     const StructureHandle properties(gst_device_get_properties(device));
     for (const char* name : names) {
@@ -63,8 +63,8 @@ DeviceSource::Opened DeviceSource::open() const {
 }
 
 CameraSource::Assembled DeviceSource::assemble(const VideoFormat& format) const {
-    // Never the camera's own layout, so that frames are copies: whoever still shows the last one
-    // would keep the driver's memory, and with it the device.
+    // Never the camera's own layout, so that frames are copies. Otherwise a screen that still shows
+    // the last frame would keep the driver's memory, and with it the device.
     const char* shown = format.layout == "BGRx" ? "BGRA" : "BGRx";
     Assembled assembled = parsePipeline(
         std::string("capsfilter name=") + kFilterName +

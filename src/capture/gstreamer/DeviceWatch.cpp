@@ -7,7 +7,7 @@ namespace kestrelid::capture {
 
 struct DeviceWatch::Removals {
     struct Watched {
-        GstDevice* device;  // held by who watches
+        GstDevice* device;  // held by the watcher
         std::function<void()> removed;
     };
 
@@ -41,7 +41,7 @@ std::shared_ptr<DeviceWatch> DeviceWatch::start() {
     return watch;
 }
 
-std::shared_ptr<DeviceWatch> DeviceWatch::start(OwnedDescriptor remote) {
+std::shared_ptr<DeviceWatch> DeviceWatch::start(base::OwnedDescriptor remote) {
     constexpr const char* kFile = "fd";
     const FactoryHandle factory(gst_device_provider_factory_find(kPipeWire));
     if (!remote.isOpen() || !factory)
@@ -62,7 +62,8 @@ std::shared_ptr<DeviceWatch> DeviceWatch::start(OwnedDescriptor remote) {
     return watch->isStarted_ ? watch : nullptr;
 }
 
-DeviceWatch::DeviceWatch(MonitorHandle monitor, ProviderHandle provider, OwnedDescriptor remote)
+DeviceWatch::DeviceWatch(MonitorHandle monitor, ProviderHandle provider,
+                         base::OwnedDescriptor remote)
     : remote_(std::move(remote)), monitor_(std::move(monitor)), provider_(std::move(provider)),
       removals_(std::make_shared<Removals>()) {
     gst_bus_set_sync_handler(

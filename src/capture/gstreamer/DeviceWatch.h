@@ -13,11 +13,11 @@ namespace kestrelid::capture {
 // Follows which cameras come and go. Thread: any.
 class DeviceWatch {
 public:
-    // Of all providers; null where none starts.
+    // Of all providers. Null if none starts.
     [[nodiscard]] static std::shared_ptr<DeviceWatch> start();
 
-    // Of PipeWire behind remote, which the devices use too; null where it is not served.
-    [[nodiscard]] static std::shared_ptr<DeviceWatch> start(OwnedDescriptor remote);
+    // Of PipeWire behind remote, which the devices use too. Null if PipeWire does not answer there.
+    [[nodiscard]] static std::shared_ptr<DeviceWatch> start(base::OwnedDescriptor remote);
 
     DeviceWatch(const DeviceWatch&) = delete;
     DeviceWatch& operator=(const DeviceWatch&) = delete;
@@ -34,14 +34,14 @@ private:
     struct Removals;
 
     // One of monitor and provider.
-    DeviceWatch(MonitorHandle monitor, ProviderHandle provider, OwnedDescriptor remote);
+    DeviceWatch(MonitorHandle monitor, ProviderHandle provider, base::OwnedDescriptor remote);
     [[nodiscard]] BusHandle bus() const;
 
     static GstBusSyncReply noticed(GstBus* bus, GstMessage* message, gpointer removals);
 
-    // PipeWire's plugin knows a connection by the number of its file, which must not be given anew
+    // PipeWire's plugin knows a connection by the number of its file, which must not be reused
     // while a device lives.
-    const OwnedDescriptor remote_;
+    const base::OwnedDescriptor remote_;
     const MonitorHandle monitor_;
     const ProviderHandle provider_;
     bool isStarted_ = false;  // the provider

@@ -28,8 +28,8 @@ bool isWide(const VideoFormat& format) {
     return format.width * kLiveDimensions.height == format.height * kLiveDimensions.width;
 }
 
-// Smaller is better. Smooth formats come before jerky ones, except that a small picture is no use
-// for reading, however smooth.
+// Smaller is better. Smooth formats come before jerky ones, but a picture too small for reading
+// comes last.
 auto liveRank(const VideoFormat& format) {
     constexpr double kReadableShare = 0.3;  // of kLiveArea: 640x480 is 0.33
     const bool smooth = deliveredRate(format) >= kSmoothRate;

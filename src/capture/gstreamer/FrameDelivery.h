@@ -23,8 +23,8 @@ public:
     [[nodiscard]] bool hasConsumers();                             // any thread
     void deliver(SampleHandle frame);                              // one thread at a time
 
-    // No call begins after it has returned, and none is under way, unless this is called from
-    // inside one, or one hangs. False where it is called by a surface. Thread: any.
+    // Once it has returned no call begins, and none is under way, except one that hangs and one
+    // that this was called from. False if a surface called it. Thread: any.
     bool close();
 
 private:

@@ -11,7 +11,7 @@ namespace kestrelid::capture {
 struct FramePool::Memory {
     using Block = std::unique_ptr<std::byte[]>;
 
-    // None where all are held.
+    // Nothing if all are held.
     Block take(std::size_t size) {
         const std::lock_guard lock(mutex);
         if (held >= kBitmaps)

@@ -7,16 +7,16 @@
 
 namespace kestrelid::capture {
 
-// Memory for three frames of BGRA8, reused. Whoever holds a bitmap keeps its memory from the pool,
-// and may hold it longer than the pool lives. Thread: any.
+// Memory for three frames of BGRA8, reused. A bitmap keeps its memory from the pool as long as it
+// is held, which may be longer than the pool lives. Thread: any.
 class FramePool {
 public:
     static constexpr int kBitmaps = 3;
 
     FramePool();
 
-    // A copy of frame, of BGRA8. None where all bitmaps are held, or memory is short. Another size
-    // than the former replaces the memory.
+    // A copy of frame, of BGRA8. Nothing if all bitmaps are held, or if there is not enough memory.
+    // A frame of another size than the last replaces the memory.
     [[nodiscard]] std::optional<Bitmap> copy(const Bitmap& frame);
 
 private:

@@ -72,7 +72,7 @@ std::vector<FoundCamera> GStreamerCapturePlatform::find() {
     found = camerasOf(remoteWatch_);
     if (!found.empty())
         return found;
-    // Permission may have come meanwhile, or PipeWire again.
+    // Meanwhile permission may have been granted, or PipeWire restarted.
     remoteWatch_ = DeviceWatch::start(openRemote_());
     return camerasOf(remoteWatch_);
 }

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "capture/GLibHandles.h"
+
 #include <gst/gst.h>
 
-#include <memory>
 #include <string>
 
 namespace kestrelid::capture {
 
-// One reference; a free function of GStreamer cannot stand as a template's argument, because most
-// of them are inline and have no linkage.
+// GLibReleaser for the types of GStreamer.
 struct GStreamerReleaser {
     void operator()(GstBuffer* object) const { gst_buffer_unref(object); }
     void operator()(GstBufferPool* object) const { gst_object_unref(object); }
@@ -19,23 +19,20 @@ struct GStreamerReleaser {
     void operator()(GstDeviceProvider* object) const { gst_object_unref(object); }
     void operator()(GstDeviceProviderFactory* object) const { gst_object_unref(object); }
     void operator()(GstElement* object) const { gst_object_unref(object); }
-    void operator()(GError* object) const { g_error_free(object); }
     void operator()(GstMessage* object) const { gst_message_unref(object); }
     void operator()(GstPad* object) const { gst_object_unref(object); }
     void operator()(GstSample* object) const { gst_sample_unref(object); }
     void operator()(GstStructure* object) const { gst_structure_free(object); }
-    void operator()(char* text) const { g_free(text); }
 };
 
 template <typename T>
-using GStreamerHandle = std::unique_ptr<T, GStreamerReleaser>;
+using GStreamerHandle = GLibHandle<T, GStreamerReleaser>;
 
 using BufferHandle = GStreamerHandle<GstBuffer>;
 using BusHandle = GStreamerHandle<GstBus>;
 using CapsHandle = GStreamerHandle<GstCaps>;
 using DeviceHandle = GStreamerHandle<GstDevice>;
 using ElementHandle = GStreamerHandle<GstElement>;
-using ErrorHandle = GStreamerHandle<GError>;
 using FactoryHandle = GStreamerHandle<GstDeviceProviderFactory>;
 using MessageHandle = GStreamerHandle<GstMessage>;
 using MonitorHandle = GStreamerHandle<GstDeviceMonitor>;
@@ -44,7 +41,6 @@ using PoolHandle = GStreamerHandle<GstBufferPool>;
 using ProviderHandle = GStreamerHandle<GstDeviceProvider>;
 using SampleHandle = GStreamerHandle<GstSample>;
 using StructureHandle = GStreamerHandle<GstStructure>;
-using TextHandle = GStreamerHandle<char>;
 
 // An owner of a new object. GStreamer's constructors give a floating reference or a full one.
 template <typename T>

@@ -7,7 +7,7 @@
 
 namespace kestrelid::capture {
 
-// Starts GStreamer on the first call; false where it cannot. Thread: any.
+// Starts GStreamer on the first call; false if it cannot. Thread: any.
 [[nodiscard]] bool startGStreamer();
 
 // The plugins that capture needs, and GStreamer itself.

@@ -23,13 +23,14 @@ public:
 
     // For a session. Any thread.
     [[nodiscard]] bool hasDelegate() const;
-    // Drops the frame where the delegate's queue has not finished with the former one.
+    // Drops the frame if the delegate's queue has not finished with the last one.
     void post(const Bitmap& frame, const std::shared_ptr<CallGate>& gate);
 
 private:
     struct Receiver;
 
     mutable std::mutex mutex_;
+    bool isFormatKnown_ = true;
     std::shared_ptr<Receiver> receiver_;
     const std::shared_ptr<FramePool> pool_ = std::make_shared<FramePool>();
 };

@@ -31,7 +31,7 @@ void GStreamerSession::commitConfiguration() {
 }
 
 void GStreamerSession::setSessionPreset(SessionPreset /*preset*/) {
-    // There is one.
+    // Formats are always chosen for SessionPreset::photo, the only preset: see FormatChoice.h.
 }
 
 bool GStreamerSession::canAddInput(const std::shared_ptr<CaptureInput>& input) const {

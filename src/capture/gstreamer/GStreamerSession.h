@@ -34,7 +34,7 @@ private:
     const std::shared_ptr<SessionEngine> engine_;
     std::shared_ptr<GStreamerPhotoOutput> photoOutput_;
     std::shared_ptr<GStreamerVideoOutput> videoOutput_;
-    // What the next commitConfiguration() brings into force.
+    // The next commitConfiguration() applies these.
     int configurations_ = 0;  // begun and not committed
     std::shared_ptr<GStreamerInput> newInput_;
     std::shared_ptr<GStreamerPhotoOutput> newPhotoOutput_;

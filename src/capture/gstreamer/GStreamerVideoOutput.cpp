@@ -29,8 +29,9 @@ struct GStreamerVideoOutput::Receiver {
     std::atomic<bool> isReplaced = false;
 };
 
-void GStreamerVideoOutput::setVideoSettings(const VideoSettings& /*settings*/) {
-    // There is one pixel format, kPixelFormat32Bgra.
+void GStreamerVideoOutput::setVideoSettings(const VideoSettings& settings) {
+    const std::lock_guard lock(mutex_);
+    isFormatKnown_ = settings.pixelFormat == kPixelFormat32Bgra;
 }
 
 void GStreamerVideoOutput::setSampleBufferDelegate(std::weak_ptr<SampleBufferDelegate> delegate,
@@ -48,19 +49,20 @@ void GStreamerVideoOutput::setSampleBufferDelegate(std::weak_ptr<SampleBufferDel
 
 bool GStreamerVideoOutput::hasDelegate() const {
     const std::lock_guard lock(mutex_);
-    return receiver_ && receiver_->queue && !receiver_->delegate.expired();
+    return isFormatKnown_ && receiver_ && receiver_->queue && !receiver_->delegate.expired();
 }
 
 void GStreamerVideoOutput::post(const Bitmap& frame, const std::shared_ptr<CallGate>& gate) {
     std::shared_ptr<Receiver> receiver;
     {
         const std::lock_guard lock(mutex_);
-        receiver = receiver_;
+        if (isFormatKnown_)
+            receiver = receiver_;
     }
     if (!receiver || !receiver->queue || receiver->delegate.expired() ||
         receiver->isBusy.exchange(true))
         return;
-    // Without an owner of the queue in its own block, which would release it there.
+    // The block must not own the queue, or the queue would be released on its own thread.
     const auto queue = receiver->queue;
     queue->async([weak = std::weak_ptr(receiver), gate, frame = Frame(frame, pool_)] {
         const auto current = weak.lock();

@@ -45,7 +45,7 @@ struct LivePipeline::Callbacks {
         const SampleHandle sample(gst_app_sink_pull_sample(sink));
         if (sample) {
             self->listener_->frameArrived();
-            // A sample of its own, because the sink writes into one that it has given away.
+            // A new sample, because the sink writes into one that it has already given away.
             if (!self->holdsFrames_)
                 self->listener_->showFrame(SampleHandle(
                     gst_sample_new(gst_sample_get_buffer(sample.get()),

@@ -11,7 +11,7 @@
 
 namespace kestrelid::capture {
 
-// What a running pipeline tells. Thread: any of GStreamer's.
+// What a running pipeline reports. Thread: any of GStreamer's.
 class PipelineListener {
 public:
     virtual ~PipelineListener() = default;
@@ -22,7 +22,7 @@ public:
     [[nodiscard]] virtual bool wantsFrames() = 0;
     // In BGRA or BGRx.
     virtual void showFrame(SampleHandle frame) = 0;
-    // What armStill() asked for, in the source's own format.
+    // The still that armStill() asked for, in the source's own format.
     virtual void stillTaken(SampleHandle still) = 0;
     virtual void pipelineFailed(const std::string& cause) = 0;
     virtual void pipelineEnded() = 0;
@@ -37,7 +37,7 @@ public:
     LivePipeline& operator=(const LivePipeline&) = delete;
     ~LivePipeline();  // lets go of the device
 
-    // False where it failed at once; listener may know why.
+    // False if it failed at once; listener may know why.
     [[nodiscard]] bool play();
 
     // Goes back to the start of a file.
@@ -60,7 +60,7 @@ private:
 
     const ElementHandle pipeline_;
     const ElementHandle sink_;
-    const ElementHandle filter_;  // null where stills come from elsewhere
+    const ElementHandle filter_;  // null if stills come from elsewhere
     const bool isFile_;
     const std::shared_ptr<PipelineListener> listener_;
     std::atomic<bool> holdsFrames_ = false;

@@ -8,7 +8,7 @@
 
 namespace kestrelid::capture {
 
-// The pixels of a sample in BGRA or BGRx, without copying: the bitmap holds the sample. None where
+// The pixels of a sample in BGRA or BGRx, without copying: the bitmap holds the sample. Nothing if
 // it is something else.
 [[nodiscard]] std::optional<Bitmap> mapFrame(SampleHandle sample);
 

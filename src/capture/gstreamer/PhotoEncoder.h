@@ -15,8 +15,8 @@ struct Still {
     Orientation orientation = Orientation::up;
 };
 
-// The file that settings ask for; a camera's own JPEG is kept as it is where it fits. Takes up to
-// a few tenths of a second.
+// The file that settings ask for; a camera's own JPEG is kept as it is if it fits. Takes up to a
+// few tenths of a second.
 [[nodiscard]] imagefile::FileBytes encodePhoto(const Still& still,
                                                const PhotoSettings& settings) noexcept;
 

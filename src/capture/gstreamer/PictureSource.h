@@ -9,7 +9,7 @@ namespace kestrelid::capture {
 // A picture as a camera: 30 frames/s in which it sways a little, and stills of its full size.
 class PictureSource final : public CameraSource {
 public:
-    // picture: its rows are shown as they stand. None where memory is short.
+    // picture: its rows are shown as they stand. Nothing if there is not enough memory.
     [[nodiscard]] static std::shared_ptr<const PictureSource> make(const Bitmap& picture);
 
     PictureSource(Bitmap picture, Bitmap live);

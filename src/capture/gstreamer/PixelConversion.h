@@ -9,7 +9,8 @@
 
 namespace kestrelid::capture {
 
-// A copy in BGRA8, scaled to size. None where memory is short or the format is unknown.
+// A copy in BGRA8, scaled to size. Nothing if there is not enough memory, or if the format is
+// unknown.
 [[nodiscard]] std::optional<Bitmap> convertToBgra(const Bitmap& bitmap,
                                                   const PhotoDimensions& size);
 

@@ -59,7 +59,7 @@ void SessionEngine::start() {
     changed_.wait_until(lock, limit, [&] { return phase_ != Phase::starting; });
     if (phase_ != Phase::starting)
         return;
-    // The driver hangs. What becomes of it later is no start any more.
+    // The driver hangs. If it answers later, that is no longer this start.
     phase_ = Phase::idle;
     input_.reset();
 }

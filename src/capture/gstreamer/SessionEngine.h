@@ -17,21 +17,21 @@
 namespace kestrelid::capture {
 
 // Runs the pipelines of one session on a thread of its own, so that nobody else waits for a driver
-// longer than the interface says. Thread: any, except where another is named.
+// longer than the interface says. Thread: any, unless another is named.
 class SessionEngine final : public PipelineListener,
                             public std::enable_shared_from_this<SessionEngine> {
 public:
     explicit SessionEngine(std::shared_ptr<FrameDelivery> delivery);
     ~SessionEngine() override;
 
-    // Null where there is none, or its device was lost.
+    // Null if there is none, or if its device was lost.
     [[nodiscard]] std::shared_ptr<const GStreamerInput> input() const;
     void setInput(std::shared_ptr<const GStreamerInput> input);
     void setPhotoDesk(std::weak_ptr<PhotoDesk> desk);
 
     void start();  // waits
     [[nodiscard]] bool isRunning() const;
-    [[nodiscard]] bool photoWanted();  // false where none can be taken
+    [[nodiscard]] bool photoWanted();  // false if none can be taken
 
     void requestStop();
     // After requestStop(), one of them.
@@ -52,7 +52,7 @@ private:
 
     bool startThread();
 
-    // On the engine's thread, with the lock, which they give up meanwhile.
+    // On the engine's thread, with the lock, which they release while they wait.
     void run();
     void begin(Lock& lock);
     void watch(Lock& lock);

@@ -11,7 +11,7 @@ constexpr std::uint32_t kReach = 2 * 256;                // of a pixel's 256ths
 constexpr std::uint64_t kStep = 256 / 15;                // a frame
 constexpr std::uint64_t kFramesOneWay = kReach / kStep;  // about a second
 
-// Where frame number stands, in 256ths of a pixel: there and back.
+// The offset of frame number, in 256ths of a pixel: there and back.
 std::uint32_t offsetOf(std::uint64_t number) {
     const std::uint64_t phase = number % (2 * kFramesOneWay);
     const std::uint64_t steps = phase <= kFramesOneWay ? phase : 2 * kFramesOneWay - phase;

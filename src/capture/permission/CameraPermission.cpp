@@ -82,7 +82,7 @@ makeCameraAuthorization(const PermissionEnvironment& environment) {
 OpenCameraRemote makeCameraRemote(const PermissionEnvironment& environment) {
     if (!environment.isSandboxed)
         return {};
-    // A connection to the bus of its own: the portal goes by who the program is.
+    // A bus connection of its own will do: the portal knows a program by its sandbox.
     return [environment] { return PortalAuthorization(environment).openRemote(); };
 }
 

@@ -17,7 +17,7 @@ struct PermissionEnvironment {
     // Inside a sandbox the desktop decides, through its portal; outside one the device nodes do.
     bool isSandboxed = false;
 
-    // By which the desktop's permission store knows this program; used inside a sandbox.
+    // The name by which the desktop's permission store knows this program. Used inside a sandbox.
     std::string applicationId = {};
 
     // Folder of the nodes video*.
@@ -34,14 +34,13 @@ struct PermissionEnvironment {
 [[nodiscard]] PermissionEnvironment systemPermissionEnvironment();
 
 // Outside a sandbox requestAccess() answers with the status. Inside one, requests that wait at the
-// same time share one question. The answer is false where the person refuses or closes the
-// question, where there is no portal, where it goes away, and where the object is released before
-// the answer has come.
+// same time share one question. The answer is false if the person refuses or closes the question,
+// if there is no portal, if it goes away, or if the object is released before the answer has come.
 [[nodiscard]] std::shared_ptr<CameraAuthorization>
 makeCameraAuthorization(const PermissionEnvironment& environment);
 
-// The connection that a sandbox's portal hands out to who was granted the camera; empty outside a
-// sandbox.
+// Opens the connection that a sandbox's portal gives to programs that were granted the camera.
+// Empty outside a sandbox.
 [[nodiscard]] OpenCameraRemote makeCameraRemote(const PermissionEnvironment& environment);
 
 // For a file that stands for a camera.

@@ -1,6 +1,6 @@
 #include "capture/permission/ContextThread.h"
 
-#include "capture/permission/GioHandles.h"
+#include "capture/GLibHandles.h"
 
 #include <deque>
 #include <mutex>
@@ -9,12 +9,12 @@
 namespace kestrelid::capture {
 
 struct ContextThread::Loop {
-    GioHandle<GMainContext> context{g_main_context_new()};
+    GLibHandle<GMainContext> context{g_main_context_new()};
     std::mutex mutex;
     std::deque<std::function<void()>> tasks;
     bool isEnding = false;
 
-    // False where there was none.
+    // False if there was none.
     bool runNext() {
         std::function<void()> task;
         {
@@ -39,7 +39,7 @@ struct ContextThread::Loop {
             if (!runNext())
                 g_main_context_iteration(context.get(), TRUE);
         }
-        // What a closed connection leaves to be released.
+        // Releases what a closed connection leaves behind.
         while (g_main_context_iteration(context.get(), FALSE)) {
         }
         g_main_context_pop_thread_default(context.get());

@@ -7,7 +7,7 @@
 namespace kestrelid::capture {
 
 // A thread with a main context of its own, so that D-Bus needs no main loop of the host. Releasing
-// it runs what was handed on and waits for the thread; released on the thread itself it lets that
+// it runs the posted tasks and waits for the thread. Released on the thread itself, it lets that
 // thread finish. Thread: any.
 class ContextThread {
 public:

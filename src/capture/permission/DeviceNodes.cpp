@@ -1,5 +1,7 @@
 #include "capture/permission/DeviceNodes.h"
 
+#include "base/OwnedDescriptor.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -8,7 +10,6 @@
 #include <string>
 #include <sys/ioctl.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace kestrelid::capture {
 namespace {
@@ -26,12 +27,9 @@ bool canCapture(int node) {
 }
 
 Access tryNode(const std::filesystem::path& path) {
-    const int node = ::open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    if (node >= 0) {
-        const bool captures = canCapture(node);
-        ::close(node);
-        return captures ? Access::opens : Access::isNoCamera;
-    }
+    const base::OwnedDescriptor node(::open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    if (node.isOpen())
+        return canCapture(node.number()) ? Access::opens : Access::isNoCamera;
     switch (errno) {
     case EACCES:
     case EPERM:

@@ -8,12 +8,13 @@
 namespace kestrelid::capture {
 
 // What became of opening the nodes video* of a folder. Nodes that cannot capture, which hold
-// metadata or are codecs, count only where they refuse to be opened and so cannot be told apart.
+// metadata or are codecs, count only if they refuse to be opened, because they cannot be told apart
+// then.
 struct NodeAccess {
     std::vector<std::filesystem::path> opened;   // also those that another program holds
     std::vector<std::filesystem::path> refused;  // no permission
 
-    // Denied where all refuse. Without a node authorized: what is missing then is a camera.
+    // Denied if all refuse. Authorized if there is no node: what is missing then is a camera.
     [[nodiscard]] AuthorizationStatus status() const;
 };
 

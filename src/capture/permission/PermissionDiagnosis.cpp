@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kName = "camera permission";
 
-// The group that may use a node; video where its group is root's.
+// The group that may use a node. It is "video" if the node's own group is root's.
 std::string groupOf(const std::filesystem::path& node) {
     struct stat status {};
     if (::stat(node.c_str(), &status) == 0 && status.st_gid != 0) {

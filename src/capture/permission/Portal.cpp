@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds kQueryLimit{500};
 
 // The first of the answers that the store keeps for an application.
 AuthorizationStatus statusIn(GVariant* permissions, const std::string& application) {
-    const GioHandle<GVariant> answers(
+    const GLibHandle<GVariant> answers(
         g_variant_lookup_value(permissions, application.c_str(), G_VARIANT_TYPE_STRING_ARRAY));
     if (!answers || g_variant_n_children(answers.get()) == 0)
         return AuthorizationStatus::notDetermined;
@@ -53,13 +53,13 @@ Portal::~Portal() {
 
 AuthorizationStatus Portal::storedStatus() {
     if (environment_.applicationId.empty())
-        return AuthorizationStatus::notDetermined;  // under "" stands what has no sandbox
+        return AuthorizationStatus::notDetermined;  // "" is the entry of unsandboxed programs
     const Call lookup{kStore, kStorePath, kStore, "Lookup"};
     const auto reply =
         call(connection(), lookup, g_variant_new("(ss)", "devices", "camera"), kQueryLimit);
     if (!reply || !g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(a{sas}v)")))
         return AuthorizationStatus::notDetermined;
-    const GioHandle<GVariant> permissions(g_variant_get_child_value(reply.get(), 0));
+    const GLibHandle<GVariant> permissions(g_variant_get_child_value(reply.get(), 0));
     return statusIn(permissions.get(), environment_.applicationId);
 }
 
@@ -71,32 +71,32 @@ std::optional<bool> Portal::hasCamera() {
         return std::nullopt;
     GVariant* inner = nullptr;
     g_variant_get(reply.get(), "(v)", &inner);
-    const GioHandle<GVariant> value(inner);
+    const GLibHandle<GVariant> value(inner);
     if (!g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN))
         return std::nullopt;
     return g_variant_get_boolean(value.get()) != FALSE;
 }
 
-OwnedDescriptor Portal::openRemote() {
+base::OwnedDescriptor Portal::openRemote() {
     GVariantBuilder options;
     g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
-    const GioHandle<GVariant> arguments(g_variant_ref_sink(g_variant_new("(a{sv})", &options)));
+    const GLibHandle<GVariant> arguments(g_variant_ref_sink(g_variant_new("(a{sv})", &options)));
     GDBusConnection* bus = connection();
     if (!bus)
         return {};
     GUnixFDList* attached = nullptr;
-    const GioHandle<GVariant> reply(g_dbus_connection_call_with_unix_fd_list_sync(
+    const GLibHandle<GVariant> reply(g_dbus_connection_call_with_unix_fd_list_sync(
         bus, kPortal, kPortalPath, kCamera, "OpenPipeWireRemote", arguments.get(),
         G_VARIANT_TYPE("(h)"), G_DBUS_CALL_FLAGS_NONE, static_cast<int>(kQueryLimit.count()),
         nullptr, &attached, cancellable_.get(), nullptr));
-    const GioHandle<GUnixFDList> files(attached);
+    const GLibHandle<GUnixFDList> files(attached);
     if (!reply || !files)
         return {};
     gint32 index = 0;
     g_variant_get(reply.get(), "(h)", &index);
     if (index < 0 || index >= g_unix_fd_list_get_length(files.get()))
         return {};
-    return OwnedDescriptor(g_unix_fd_list_get(files.get(), index, nullptr));  // a duplicate
+    return base::OwnedDescriptor(g_unix_fd_list_get(files.get(), index, nullptr));  // a duplicate
 }
 
 void Portal::requestAccess(std::function<void(bool granted)> completion) {
@@ -105,7 +105,7 @@ void Portal::requestAccess(std::function<void(bool granted)> completion) {
         answer(false);
 }
 
-// The answer may come before the call returns, so it is listened for first.
+// Subscribes first, because the answer may come before the call returns.
 bool Portal::ask() {
     GDBusConnection* bus = connection();
     if (!bus)
@@ -170,9 +170,9 @@ void Portal::answer(bool granted) {
 GDBusConnection* Portal::connection() {
     if (connection_ && !g_dbus_connection_is_closed(connection_.get()))
         return connection_.get();
-    answer(false);  // whoever waited on the connection that is gone
+    answer(false);  // for requests that waited on the lost connection
     disconnect();
-    GioHandle<gchar> address(
+    TextHandle address(
         environment_.busAddress.empty()
             ? g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, cancellable_.get(), nullptr)
             : g_strdup(environment_.busAddress.c_str()));
@@ -195,12 +195,12 @@ void Portal::disconnect() {
     connection_.reset();
 }
 
-GioHandle<GVariant> Portal::call(GDBusConnection* bus, const Call& what, GVariant* arguments,
-                                 std::chrono::milliseconds limit) const {
-    const GioHandle<GVariant> owned(g_variant_ref_sink(arguments));
+GLibHandle<GVariant> Portal::call(GDBusConnection* bus, const Call& what, GVariant* arguments,
+                                  std::chrono::milliseconds limit) const {
+    const GLibHandle<GVariant> owned(g_variant_ref_sink(arguments));
     if (!bus)
         return nullptr;
-    return GioHandle<GVariant>(g_dbus_connection_call_sync(
+    return GLibHandle<GVariant>(g_dbus_connection_call_sync(
         bus, what.service, what.path, what.interface, what.method, owned.get(), nullptr,
         G_DBUS_CALL_FLAGS_NONE, static_cast<int>(limit.count()), cancellable_.get(), nullptr));
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "capture/GLibHandles.h"
 #include "capture/permission/CameraPermission.h"
-#include "capture/permission/GioHandles.h"
 
 #include <functional>
 #include <optional>
@@ -17,19 +17,19 @@ public:
     // Ends a call that is under way once cancelled, from any thread.
     Portal(PermissionEnvironment environment, GCancellable* cancellable);
 
-    // Answers false to whoever waits, and closes the connection, which takes the question away.
+    // Answers false to requests that wait, and closes the connection, which withdraws the question.
     ~Portal();
     Portal(const Portal&) = delete;
     Portal& operator=(const Portal&) = delete;
 
-    // What the store says; notDetermined also where it cannot be reached, as in Flatpak.
+    // What the store says. Also notDetermined if it cannot be reached, as in Flatpak.
     [[nodiscard]] AuthorizationStatus storedStatus();
 
-    // Absent where there is no portal.
+    // Empty if there is no portal.
     [[nodiscard]] std::optional<bool> hasCamera();
 
-    // A connection to PipeWire that shows the cameras; none where they were not granted.
-    [[nodiscard]] OwnedDescriptor openRemote();
+    // A connection to PipeWire that shows the cameras; closed if they were not granted.
+    [[nodiscard]] base::OwnedDescriptor openRemote();
 
     // Calls completion exactly once.
     void requestAccess(std::function<void(bool granted)> completion);
@@ -48,19 +48,19 @@ private:
                                const gchar*, GVariant* parameters, gpointer self);
     static void onClosed(GDBusConnection*, gboolean, GError*, gpointer self);
 
-    // Null where there is no bus.
+    // Null if there is no bus.
     GDBusConnection* connection();
     void disconnect();
-    // Null where it fails or bus is null. Takes arguments over.
-    GioHandle<GVariant> call(GDBusConnection* bus, const Call& what, GVariant* arguments,
-                             std::chrono::milliseconds limit) const;
+    // Null if it fails or if bus is null. Takes ownership of arguments.
+    GLibHandle<GVariant> call(GDBusConnection* bus, const Call& what, GVariant* arguments,
+                              std::chrono::milliseconds limit) const;
     void subscribeResponse(GDBusConnection* bus, const std::string& path);
     bool ask();
     void answer(bool granted);
 
     PermissionEnvironment environment_;
-    GioHandle<GCancellable> cancellable_;
-    GioHandle<GDBusConnection> connection_;
+    GLibHandle<GCancellable> cancellable_;
+    GLibHandle<GDBusConnection> connection_;
     std::vector<guint> subscriptions_;  // of the question that is open
     std::vector<std::function<void(bool granted)>> waiting_;
     int questions_ = 0;

@@ -11,7 +11,7 @@ namespace {
 // A bus that does not answer must not hold the caller for longer.
 constexpr std::chrono::milliseconds kStatusLimit{1'000};
 
-// What ask gives on the thread, or otherwise where it takes too long.
+// What ask returns on the thread, or `otherwise` if it takes too long.
 template <class T, class Ask>
 T askOn(ContextThread& thread, Ask ask, T otherwise) {
     if (thread.isCurrent())
@@ -27,7 +27,7 @@ T askOn(ContextThread& thread, Ask ask, T otherwise) {
 
 struct PortalAuthorization::State {
     std::filesystem::path devices;
-    GioHandle<GCancellable> cancellable{g_cancellable_new()};
+    GLibHandle<GCancellable> cancellable{g_cancellable_new()};
     std::unique_ptr<Portal> portal;  // on the thread only
     bool wasGranted = false;         // on the thread only
 
@@ -75,9 +75,9 @@ std::optional<bool> PortalAuthorization::hasCamera() {
         thread_, [state = state_] { return state->portal->hasCamera(); }, std::nullopt);
 }
 
-OwnedDescriptor PortalAuthorization::openRemote() {
+base::OwnedDescriptor PortalAuthorization::openRemote() {
     return askOn(
-        thread_, [state = state_] { return state->portal->openRemote(); }, OwnedDescriptor());
+        thread_, [state = state_] { return state->portal->openRemote(); }, base::OwnedDescriptor());
 }
 
 }  // namespace kestrelid::capture

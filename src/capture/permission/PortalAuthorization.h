@@ -8,8 +8,8 @@
 
 namespace kestrelid::capture {
 
-// Permission inside a sandbox. The store's word counts first; then a device node that opens, since
-// the sandbox was given the cameras; then what the person granted while this object lives.
+// Permission inside a sandbox. The store's answer counts first; then a device node that opens,
+// because the sandbox was given the cameras; then what the person granted while this object lives.
 class PortalAuthorization final : public CameraAuthorization {
 public:
     explicit PortalAuthorization(const PermissionEnvironment& environment);
@@ -18,11 +18,11 @@ public:
     [[nodiscard]] AuthorizationStatus status() override;
     void requestAccess(std::function<void(bool granted)> completion) override;
 
-    // Absent where there is no portal.
+    // Empty if there is no portal.
     [[nodiscard]] std::optional<bool> hasCamera();
 
-    // None where it is not granted.
-    [[nodiscard]] OwnedDescriptor openRemote();
+    // Closed if it is not granted.
+    [[nodiscard]] base::OwnedDescriptor openRemote();
 
 private:
     struct State;

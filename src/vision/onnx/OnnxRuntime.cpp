@@ -36,8 +36,8 @@ std::optional<RequestError> shareArena(const OrtApi& api, OrtEnv* environment) {
         return error;
     const std::unique_ptr<OrtMemoryInfo, decltype(api.ReleaseMemoryInfo)> memory(
         rawMemory, api.ReleaseMemoryInfo);
-    // The library has one environment for the whole process: who comes second is refused, and
-    // shares the arena of the first.
+    // The library has one environment for the whole process: a second attempt to make one is
+    // refused, and shares the arena of the first.
     (void)onnxError(api, api.CreateAndRegisterAllocator(environment, memory.get(), nullptr));
     return std::nullopt;
 }

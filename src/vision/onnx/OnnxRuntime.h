@@ -16,8 +16,8 @@ namespace kestrelid::vision {
 
 inline constexpr std::string_view kOnnxLibraryName = "libonnxruntime.so";
 
-// The API level to ask a library of this version for: its own, as the table of functions only ever
-// grows, or that of the headers where the library is newer. 0 where version is not "1.MINOR...".
+// The API level to ask a library of this version for: its own, since the table of functions only
+// grows, or that of the headers if the library is newer. 0 if version is not "1.MINOR...".
 [[nodiscard]] unsigned onnxApiLevel(std::string_view version);
 
 // ONNX Runtime, loaded while the program runs. Thread: any.

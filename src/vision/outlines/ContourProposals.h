@@ -9,7 +9,7 @@
 namespace kestrelid::vision {
 
 // Quadrilaterals around connected edges and around areas that differ from the picture's rim: pages
-// whose sides bend or whose corners are round.
+// with bent sides or round corners.
 [[nodiscard]] std::vector<Quad> proposeFromContours(const WorkingPicture& picture,
                                                     const EdgeField& field);
 

@@ -49,13 +49,13 @@ Gradient gradientOf(const cv::Mat& channel, float leastStep) {
         --bin;
     }
     const float texture = static_cast<float>(bin) * kBin;
-    // However busy the picture (much print, wood), four times the least step is an edge: a page's
-    // sides must not drown.
+    // In a busy picture too (much print, wood), four times the least step is an edge, so that a
+    // page's sides are not lost.
     gradient.unit = std::max(8.0f * leastStep, std::min(1.2f * texture, 4.0f * 8.0f * leastStep));
     return gradient;
 }
 
-// Keeps pixels whose gradient is the greatest across the edge.
+// Keeps the pixels with the greatest gradient across the edge.
 void thinRidges(const cv::Mat_<cv::Vec2f>& gradient, const cv::Mat1f& strength, cv::Mat1b& ridges) {
     for (int y = 1; y + 1 < strength.rows; ++y) {
         for (int x = 1; x + 1 < strength.cols; ++x) {
@@ -75,7 +75,7 @@ void thinRidges(const cv::Mat_<cv::Vec2f>& gradient, const cv::Mat1f& strength, 
     }
 }
 
-// Letters, specks and grain make short curls; a page's side runs on.
+// Letters, specks and grain make short curls; a page's side is long.
 void dropShortRidges(cv::Mat1b& ridges) {
     const int least = std::max(8, std::max(ridges.cols, ridges.rows) / 32);
     cv::Mat1i labels;

@@ -20,7 +20,7 @@ struct EdgePoint {
 struct EdgeField {
     cv::Mat_<cv::Vec2f>
         gradient;      // in units of the channel's texture: from about 1 on it is an edge
-    cv::Mat1b ridges;  // 255 where an edge's ridge runs, those of letters and specks left out
+    cv::Mat1b ridges;  // 255 on the ridges of edges, without those of letters and specks
     std::vector<EdgePoint> points;  // the same ridges as a list
 };
 

@@ -4,7 +4,7 @@
 
 namespace kestrelid::vision {
 
-// What speaks for the whole picture being one page.
+// Measures that the whole picture is one page.
 struct FullPageEvidence {
     double lines = 0.0;    // of print
     double strokes = 0.0;  // in those lines

@@ -12,12 +12,12 @@ namespace kestrelid::vision {
 namespace {
 
 constexpr int kFine = 4;  // borders are followed at a quarter of a cell
-// Of the page and the core map: what runs into its neighbour at one level stands alone at another.
+// Of the page and the core map: regions that touch at one level are apart at another.
 constexpr std::array kLevels{0.3f, 0.5f, 0.7f};
 constexpr float kPage = 0.5f;           // of the page map
 constexpr float kCore = 0.5f;           // of the core map
 constexpr float kCoreSize = 0.7f;       // of a document's size, as the network was taught
-constexpr float kAround = 1.25f;        // of an outline's size: where its region is looked for
+constexpr float kAround = 1.25f;        // of an outline's size: the area searched for its region
 constexpr double kLeastRegion = 0.004;  // of the picture
 constexpr double kLeastCore = 0.001;
 constexpr double kSideShare = 0.08;  // of a side's length, left out at each of its ends
@@ -51,7 +51,7 @@ std::vector<cv::Mat> partsOf(const cv::Mat& region, const std::vector<cv::Mat>& 
     return parts;
 }
 
-// Regions of the page map above a level, split where they hold several cores.
+// Regions of the page map above a level, split if they hold several cores.
 std::vector<cv::Mat> regionsOf(const cv::Mat1f& page, const std::vector<cv::Mat>& cores,
                                float level) {
     std::vector<cv::Mat> regions;
@@ -68,7 +68,7 @@ std::vector<cv::Mat> regionsOf(const cv::Mat1f& page, const std::vector<cv::Mat>
     return regions;
 }
 
-// A line through the contour's points along the side from a to b; none where they are few.
+// A line through the contour's points along the side from a to b. Nothing if they are few.
 std::optional<cv::Vec4f> fittedSide(const std::vector<cv::Point2f>& contour, cv::Point2f a,
                                     cv::Point2f b, float reach) {
     const cv::Point2f along = b - a;

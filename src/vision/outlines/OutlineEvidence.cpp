@@ -58,7 +58,7 @@ double meanSupport(const EdgeField& field, cv::Point2f from, cv::Point2f step, i
     return count > 0 ? sum / count : 0.0;
 }
 
-// Compares the strips along both sides of a line: 1 where they differ by the same colour step all
+// Compares the strips along both sides of a line: 1 if they differ by the same colour step all
 // along.
 double stripContrast(const WorkingPicture& picture, cv::Point2f a, cv::Point2f step, int steps,
                      cv::Point2f inward) {
@@ -109,7 +109,7 @@ Side weighSide(cv::Point2f a, cv::Point2f b, const Scene& scene) {
     return side;
 }
 
-// Part of a grid spread over the quadrilateral, u and v from low to high, where the mask is set.
+// Part of a grid spread over the quadrilateral, u and v from low to high, that the mask covers.
 struct Cover {
     int set = 0;
     int all = 0;
@@ -200,8 +200,8 @@ std::optional<OutlineEvidence> weigh(const Quad& quad, const Scene& scene) {
 double confidenceOf(const OutlineEvidence& e) {
     // Fitted by logistic regression to some 50,000 candidates on 200 drawn scenes (140 with a page:
     // on plain, grained, checked and cluttered desks and on keyboards, many of them dim, or filling
-    // the picture; 60 without), where a candidate that overlaps the page by 0.85 or more is right;
-    // rounded since other scenes will shift them anyway.
+    // the picture; 60 without), counting a candidate as right if it overlaps the page by 0.85 or
+    // more. Rounded, since other scenes would give other values anyway.
     const auto upTo = [](double value, double enough) { return std::min(value / enough, 1.0); };
     const double outline = e.meanSupport * e.contrast;
     const double weakestSide = e.leastSupport * e.leastContrast;

@@ -6,7 +6,7 @@
 
 namespace kestrelid::vision {
 
-// What speaks for a quadrilateral being a page's outline. All 0..1.
+// Measures that a quadrilateral is the outline of a page. All 0..1.
 struct OutlineEvidence {
     double meanSupport = 0.0;   // part of the outline along which an edge runs
     double leastSupport = 0.0;  // the same for the side that has least of it
@@ -20,7 +20,7 @@ struct OutlineEvidence {
     double area = 0.0;         // part of the picture that the bounding box covers
 };
 
-// None where more than two sides are the picture's own border.
+// Nothing if more than two sides are the picture's own border.
 [[nodiscard]] std::optional<OutlineEvidence> weigh(const Quad& quad, const Scene& scene);
 
 // 0..1, see OpenCvRectangleService.h.

@@ -15,7 +15,7 @@ cv::Mat outlinePicture(const Bitmap& bitmap) {
                     const_cast<std::byte*>(bitmap.row(0)),
                     static_cast<std::size_t>(bitmap.stride()));
     // Exact halving is several times as fast as averaging over odd factors. A last odd row or
-    // column, less than a thousandth, is given up.
+    // column, less than a thousandth, is dropped.
     while (std::max(picture.cols, picture.rows) > kLongestSide &&
            std::min(picture.cols, picture.rows) > 1) {
         const cv::Size half(picture.cols / 2, picture.rows / 2);

@@ -55,8 +55,8 @@ std::vector<OutlineCandidate> selectOutlines(std::vector<OutlineCandidate> candi
     }
     std::vector<OutlineCandidate> kept;
     for (const OutlineCandidate& candidate : distinct) {
-        // What holds all the print and is about as likely leaves no reason to go further out: to a
-        // desk, or to the whole picture.
+        // If an outline holds all the print and is about as likely, nothing larger is needed: that
+        // would be a desk, or the whole picture.
         const bool reachesTooFar =
             std::ranges::any_of(distinct, [&](const OutlineCandidate& inner) {
                 return inner.confidence >= candidate.confidence - kComparable &&

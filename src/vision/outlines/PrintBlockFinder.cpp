@@ -34,7 +34,7 @@ bool areNeighbours(const TextLine& a, const TextLine& b, float reach) {
     return across <= reach && gap <= reach;
 }
 
-// The rectangle around the lines, in their direction, with margins; none where they are too few.
+// The rectangle around the lines, in their direction, with margins. Nothing if they are too few.
 std::optional<OutlineCandidate> blockOf(const std::vector<TextLine>& lines, cv::Size picture) {
     double strokes = 0.0;
     for (const TextLine& line : lines) {

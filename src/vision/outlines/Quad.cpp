@@ -138,7 +138,8 @@ std::optional<Quad> enclosingQuad(std::vector<cv::Point2f> polygon) {
             const cv::Point2f c = polygon[(i + 1) % count];
             const cv::Point2f d = polygon[(i + 2) % count];
             const auto corner = intersection(a, b, d, c);
-            // Beyond b and c, not behind a and d: neighbours that diverge cannot close the gap.
+            // The point must lie beyond b and c, not behind a and d: sides that diverge cannot
+            // close the gap.
             if (!corner || (*corner - b).dot(b - a) < 0.0f || (*corner - c).dot(c - d) < 0.0f) {
                 continue;
             }

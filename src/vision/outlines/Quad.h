@@ -11,7 +11,7 @@ namespace kestrelid::vision {
 // top right, bottom right, bottom left as seen. Corners may lie outside the picture.
 using Quad = std::array<cv::Point2f, 4>;
 
-// Brings four corners into the order of Quad; none where they do not make a convex quadrilateral.
+// Brings four corners into the order of Quad; nothing if they do not make a convex quadrilateral.
 [[nodiscard]] std::optional<Quad> orderedQuad(const std::array<cv::Point2f, 4>& corners);
 
 [[nodiscard]] double area(const Quad& quad);
@@ -30,16 +30,16 @@ using Quad = std::array<cv::Point2f, 4>;
 [[nodiscard]] double overlap(const Quad& first, const Quad& second);
 [[nodiscard]] double containedPart(const Quad& inner, const Quad& outer);
 
-// 1 for a rectangle seen from the front, falling to 0 where the angles or the lengths of opposite
-// sides are beyond what a page shows under the tilt of a hand-held camera.
+// 1 for a rectangle seen from the front, falling to 0 if the angles or the lengths of opposite
+// sides differ by more than the tilt of a hand-held camera explains.
 [[nodiscard]] double rectanglePlausibility(const Quad& quad);
 
-// Where the lines through a-b and c-d meet; none where they are close to parallel.
+// The point in which the lines through a-b and c-d meet. Nothing if they are close to parallel.
 [[nodiscard]] std::optional<cv::Point2f> intersection(cv::Point2f a, cv::Point2f b, cv::Point2f c,
                                                       cv::Point2f d);
 
-// The quadrilateral left of a convex polygon when its sides are given up one by one, each time the
-// one whose loss adds the least area: rounded and clipped corners come out as corners.
+// The quadrilateral that remains of a convex polygon if its sides are removed one by one, each time
+// the one that adds the least area. Rounded and clipped corners come out as corners.
 [[nodiscard]] std::optional<Quad> enclosingQuad(std::vector<cv::Point2f> polygon);
 
 }  // namespace kestrelid::vision

@@ -28,7 +28,7 @@ cv::Vec3f colourAt(const cv::Mat& picture, cv::Point2f point) {
     return picture.at<cv::Vec3b>(y, x);
 }
 
-// The strongest step across the side at one place; none where nothing stands out.
+// The strongest step across the side at one place. Nothing if no step stands out.
 std::optional<Edge> edgeAt(const cv::Mat& picture, cv::Point2f at, cv::Point2f outward, int reach) {
     const int count = 2 * (reach + kSmooth) + 1;
     std::vector<cv::Vec3f> profile(static_cast<std::size_t>(count));

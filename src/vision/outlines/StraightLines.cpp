@@ -209,7 +209,7 @@ std::vector<StraightLine> findStraightLines(const EdgeField& field) {
             lines.push_back(std::move(line));
         }
     }
-    // A page's side runs on, where keys and grain are broken up: of many lines the ones with the
+    // A page's side is continuous, keys and grain are broken up. So of many lines those with the
     // longest runs stay.
     std::ranges::stable_sort(lines, std::greater{}, &StraightLine::longestRun);
     PerSector perSector{};

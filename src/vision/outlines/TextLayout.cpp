@@ -78,8 +78,8 @@ struct Ink {
     int runs = 0;  // uninterrupted stretches along the direction
 };
 
-// Joins strokes along one direction; what comes out long and thin, with gaps between its strokes,
-// is a line. Adds the lines' strokes to print.
+// Joins strokes along one direction; a long and thin result with gaps between its strokes is a
+// line. Adds the lines' strokes to print.
 Lines joinedAlong(const Strokes& strokes, int longest, Direction direction, cv::Mat1b& print) {
     const int gap = std::max(3, static_cast<int>(longest * kWidestGap) | 1);
     const cv::Mat1b mask = strokesAlong(strokes, longest, direction);

@@ -14,7 +14,8 @@ struct TextLine {
     std::vector<cv::Point2f> glyphs;  // centres of its strokes
 };
 
-// Where print seems to be. Nothing is read: a row of small keys or a comb can look like print.
+// The places that look like print. Nothing is read: a row of small keys or a comb can look like
+// print.
 struct TextLayout {
     std::vector<TextLine> lines;  // of the direction, across or down, that has more of them
     double inkPart = 0.0;         // of all dark strokes, by pixels, the part that lies in lines

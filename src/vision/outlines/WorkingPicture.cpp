@@ -62,7 +62,7 @@ WorkingPicture makeWorkingPicture(const Bitmap& bitmap, int longestSide) {
         return std::max(1, static_cast<int>(std::lround(side * scale)));
     };
     // Exact halving of a large picture is several times as fast as averaging over odd factors. A
-    // last odd row or column, less than a thousandth of it, is given up.
+    // last odd row or column, less than a thousandth of it, is dropped.
     cv::Mat source = view;
     while (std::max(source.cols, source.rows) >= 4 * longestSide &&
            std::min(source.cols, source.rows) > 1) {

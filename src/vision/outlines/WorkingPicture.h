@@ -5,8 +5,7 @@
 
 namespace kestrelid::vision {
 
-// The bitmap made small by area averaging and brightened where it is dim: what every finder looks
-// at.
+// The bitmap made small by area averaging, and brightened if it is dim. Every finder looks at this.
 struct WorkingPicture {
     cv::Mat luma;    // 8 bits
     cv::Mat colour;  // 8-bit Lab; empty for a grey bitmap

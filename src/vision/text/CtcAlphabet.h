@@ -20,7 +20,8 @@ struct CtcReading {
 class CtcAlphabet {
 public:
     // dictionary: one character a line. Class 0 is the blank, class N the character of line N, the
-    // class after the last line the space. None where an English letter or digit is missing.
+    // class after the last line the space. Returns nothing if an English letter or digit is
+    // missing.
     [[nodiscard]] static std::optional<CtcAlphabet> parse(std::string_view dictionary);
 
     [[nodiscard]] std::size_t classCount() const noexcept { return classCount_; }

@@ -26,7 +26,7 @@ struct LineBox {
     // From the top left corner of the line as it is read, clockwise.
     [[nodiscard]] std::array<cv::Point2f, 4> corners() const;
 
-    // Where it stands on a page read in direction pageAlong.
+    // Its place on a page that is read in direction pageAlong.
     [[nodiscard]] LineExtent extentOn(cv::Point2f pageAlong) const;
 };
 

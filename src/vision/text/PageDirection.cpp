@@ -17,7 +17,7 @@ constexpr std::size_t kReadBothWays = 3;  // lines that settle an unclear vote
 constexpr float kEnoughReading = 12.0f;   // lead of one way, in characters times confidence
 
 // Lines that show their direction best: large letters, and several of them. Very long lines cost
-// more than they tell.
+// more than they are worth.
 std::vector<LineBox> clearestLines(const PageLines& page) {
     std::vector<LineBox> lines;
     std::copy_if(
@@ -70,7 +70,7 @@ std::variant<bool, RequestError> PageDirection::isReversed(const cv::Mat& pictur
             return vote > 0.0f;
     }
 
-    // The shorter ones: reading takes its time for each pixel, and a word is enough.
+    // The shorter ones: the time of reading grows with each pixel, and a word is enough.
     lines.resize(voters);
     std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {
         return a.length * b.height < b.length * a.height;

@@ -29,8 +29,8 @@ LineRecognizer::Reading readLine(const LineRecognizer& recognizer, const cv::Mat
     return other;
 }
 
-// What tells most for its cost first: titles and labels, from the top of the page down. Long lines,
-// such as those of a machine-readable zone, take as long as ten labels.
+// First the lines that are worth most for their cost: titles and labels, from the top of the page
+// down. Long lines, such as those of a machine-readable zone, take as long as ten labels.
 void putTellingLinesFirst(PageLines& page) {
     constexpr float kLongLine = 10.0f;  // times its height
     std::vector<LineExtent> extents;

@@ -16,8 +16,8 @@ namespace {
 // Longest side read from. Lines of a page that fills it are 40 pixels high, near the 48 that are
 // read.
 constexpr int kPictureSide = 1800;
-// Longest sides that the detector sees. 736 loses small print on pages cut out loosely; 960 takes a
-// tenth more time for few more lines.
+// Longest sides that the detector sees. 736 loses small print on pages with much around them; 960
+// takes a tenth more time for few more lines.
 constexpr int kAccurateSide = 832;
 constexpr int kFastSide = 544;
 constexpr int kSmallestSide = 8;  // pixels; no line of text is lower

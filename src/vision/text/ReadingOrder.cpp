@@ -8,8 +8,8 @@
 namespace kestrelid::vision {
 namespace {
 
-// Two lines whose centres differ by less than this part of the smaller height stand beside each
-// other.
+// Two lines stand beside each other if their centres differ by less than this part of the smaller
+// height.
 constexpr float kSameRow = 0.6f;
 
 float gapBetween(const LineExtent& a, const LineExtent& b) {
@@ -21,7 +21,7 @@ struct Row {
     float centerY = 0.0f;
 };
 
-// The member beside line, nearest along the row; none where line covers a member and so stands
+// The member beside line, nearest along the row. Nothing if line covers a member and so stands
 // above or below it.
 const LineExtent* neighbour(const Row& row, const LineExtent& line,
                             std::span<const LineExtent> lines) {

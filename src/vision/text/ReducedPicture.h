@@ -11,7 +11,7 @@ namespace kestrelid::vision {
 // A copy in blue, green, red of rows in that format.
 [[nodiscard]] cv::Mat inBgr(const cv::Mat& picture, PixelFormat format);
 
-// The bitmap in blue, green, red; smaller by area averaging where its longer side exceeds
+// The bitmap in blue, green, red; made smaller by area averaging if its longer side exceeds
 // longestSide pixels. The picture never shares the bitmap's pixels.
 [[nodiscard]] cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide);
 

@@ -34,18 +34,18 @@ constexpr const char* kInterfaces = R"(<node>
   </interface>
 </node>)";
 
-capture::GioHandle<GDBusConnection> connect(const std::string& address) {
+capture::GLibHandle<GDBusConnection> connect(const std::string& address) {
     const auto flags = GDBusConnectionFlags(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                             G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    capture::GioHandle<GDBusConnection> connection(
+    capture::GLibHandle<GDBusConnection> connection(
         g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, nullptr));
     g_assert(connection);
     return connection;
 }
 
-capture::GioHandle<GVariant> callBus(GDBusConnection* connection, const char* method,
-                                     GVariant* arguments) {
-    capture::GioHandle<GVariant> reply(g_dbus_connection_call_sync(
+capture::GLibHandle<GVariant> callBus(GDBusConnection* connection, const char* method,
+                                      GVariant* arguments) {
+    capture::GLibHandle<GVariant> reply(g_dbus_connection_call_sync(
         connection, kBus, "/org/freedesktop/DBus", kBus, method, arguments, nullptr,
         G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
     g_assert(reply);
@@ -74,7 +74,7 @@ std::string PrivateBus::address() const {
 
 void PrivateBus::kill() const {
     const auto connection = connect(address());
-    const capture::GioHandle<GVariant> reply(
+    const capture::GLibHandle<GVariant> reply(
         callBus(connection.get(), "GetConnectionUnixProcessID", g_variant_new("(s)", kBus)));
     guint32 process = 0;
     g_variant_get(reply.get(), "(u)", &process);
@@ -170,14 +170,14 @@ void FakePortal::lookup(GDBusMethodInvocation* invocation) {
 }
 
 void FakePortal::openRemote(GDBusMethodInvocation* invocation) {
-    const capture::OwnedDescriptor remote =
-        behaviour_.openRemote ? behaviour_.openRemote() : capture::OwnedDescriptor();
+    const base::OwnedDescriptor remote =
+        behaviour_.openRemote ? behaviour_.openRemote() : base::OwnedDescriptor();
     if (!remote.isOpen()) {
         g_dbus_method_invocation_return_dbus_error(
             invocation, "org.freedesktop.portal.Error.NotAllowed", "Permission denied");
         return;
     }
-    const capture::GioHandle<GUnixFDList> files(g_unix_fd_list_new());
+    const capture::GLibHandle<GUnixFDList> files(g_unix_fd_list_new());
     const gint index = g_unix_fd_list_append(files.get(), remote.number(), nullptr);
     g_dbus_method_invocation_return_value_with_unix_fd_list(invocation, g_variant_new("(h)", index),
                                                             files.get());
@@ -185,7 +185,7 @@ void FakePortal::openRemote(GDBusMethodInvocation* invocation) {
 
 void FakePortal::accessCamera(GVariant* parameters, GDBusMethodInvocation* invocation) {
     using Reply = PortalBehaviour::Reply;
-    const capture::GioHandle<GVariant> options(g_variant_get_child_value(parameters, 0));
+    const capture::GLibHandle<GVariant> options(g_variant_get_child_value(parameters, 0));
     const gchar* token = "";
     g_variant_lookup(options.get(), "handle_token", "&s", &token);
     questioner_ = g_dbus_method_invocation_get_sender(invocation);

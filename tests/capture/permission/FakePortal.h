@@ -1,8 +1,8 @@
 #pragma once
 
 #include "capture/CameraRemote.h"
+#include "capture/GLibHandles.h"
 #include "capture/permission/ContextThread.h"
-#include "capture/permission/GioHandles.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -48,7 +48,7 @@ struct PortalBehaviour {
     bool hasCamera = true;
 
     // Opens the connection to PipeWire for who asks for it; empty: who asks is refused.
-    std::function<capture::OwnedDescriptor()> openRemote = {};
+    std::function<base::OwnedDescriptor()> openRemote = {};
 };
 
 // The desktop's portal and permission store. Thread: any.
@@ -84,10 +84,10 @@ private:
 
     const std::string address_;
     const PortalBehaviour behaviour_;
-    capture::GioHandle<GDBusConnection> connection_;  // on the thread
-    std::string questioner_;                          // on the thread
-    std::string handle_;                              // on the thread
-    std::vector<GDBusMethodInvocation*> unreplied_;   // on the thread
+    capture::GLibHandle<GDBusConnection> connection_;  // on the thread
+    std::string questioner_;                           // on the thread
+    std::string handle_;                               // on the thread
+    std::vector<GDBusMethodInvocation*> unreplied_;    // on the thread
     std::mutex mutex_;
     std::condition_variable asked_;
     int questions_ = 0;

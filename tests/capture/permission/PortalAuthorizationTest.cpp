@@ -261,26 +261,26 @@ TEST_F(PortalAuthorization, ANodeThatOpensNeedsNoQuestion) {
 }
 
 // Ends where the other side has no owner left.
-bool isClosed(const capture::OwnedDescriptor& side) {
+bool isClosed(const base::OwnedDescriptor& side) {
     char byte = 0;
     return ::recv(side.number(), &byte, 1, MSG_DONTWAIT) == 0;
 }
 
 TEST_F(PortalAuthorization, HandsOverAConnectionThatEndsWithItsOwner) {
-    capture::OwnedDescriptor far;
+    base::OwnedDescriptor far;
     const auto connect = [&far] {
         std::array<int, 2> pair{};
         if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair.data()) != 0)
-            return capture::OwnedDescriptor();
-        far = capture::OwnedDescriptor(pair[0]);
-        return capture::OwnedDescriptor(pair[1]);
+            return base::OwnedDescriptor();
+        far = base::OwnedDescriptor(pair[0]);
+        return base::OwnedDescriptor(pair[1]);
     };
     FakePortal portal(bus_.address(), {.openRemote = connect});
-    capture::OwnedDescriptor near = capture::makeCameraRemote(environment())();
+    base::OwnedDescriptor near = capture::makeCameraRemote(environment())();
     ASSERT_TRUE(near.isOpen());
     EXPECT_NE(::fcntl(near.number(), F_GETFD) & FD_CLOEXEC, 0);
     EXPECT_FALSE(isClosed(far));
-    near = capture::OwnedDescriptor();
+    near = base::OwnedDescriptor();
     EXPECT_TRUE(isClosed(far)) << "nobody else keeps it open";
 }
 

@@ -10,14 +10,13 @@
 // the socket named on the command line. Ends with its standard input.
 namespace {
 
-kestrelid::capture::OwnedDescriptor connectTo(const std::string& socketPath) {
+kestrelid::base::OwnedDescriptor connectTo(const std::string& socketPath) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (socketPath.size() >= sizeof address.sun_path)
         return {};
     std::memcpy(address.sun_path, socketPath.c_str(), socketPath.size());
-    kestrelid::capture::OwnedDescriptor connection(
-        ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    kestrelid::base::OwnedDescriptor connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!connection.isOpen() ||
         ::connect(connection.number(), reinterpret_cast<const sockaddr*>(&address),
                   sizeof address) != 0)
