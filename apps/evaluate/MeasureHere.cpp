@@ -22,8 +22,8 @@ void warmUp(const PlatformServices& services) {
     const std::shared_ptr<std::byte[]> pixels(new std::byte[kSide * kSide]);
     std::fill_n(pixels.get(), kSide * kSide, std::byte{0xFF});
     const auto sheet = Bitmap::wrap(kSide, kSide, kSide, PixelFormat::gray8, pixels, kSide * kSide);
-    (void)services.rectangles->perform(*sheet, {}, [](const RequestReport&) {});
-    (void)services.text->perform(*sheet, {}, [](const RequestReport&) {});
+    (void)services.rectangles->perform(*sheet, {});
+    (void)services.text->perform(*sheet, {});
 }
 
 std::string rowLine(cli::PictureJudge& judge, const LabelledPicture& picture) {

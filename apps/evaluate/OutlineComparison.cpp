@@ -25,7 +25,8 @@ OutlineRow measured(const PlatformServices& services, const LabelledPicture& pic
         return row;
     cli::OutlineRecorder recorder(services.rectangles);
     const auto start = std::chrono::steady_clock::now();
-    if (auto error = recorder.perform(*image.bitmap(), {}, [](const RequestReport&) {}))
+    const RectangleResult result = recorder.perform(*image.bitmap(), {});
+    if (const auto* error = std::get_if<RequestError>(&result))
         row.error = error->description;
     const std::chrono::duration<double, std::milli> taken =
         std::chrono::steady_clock::now() - start;

@@ -14,9 +14,8 @@ namespace kestrelid::vision {
 // blocks of print without an outline 0.6, since where the page ends is not seen there.
 class OpenCvRectangleService final : public RectangleService {
 public:
-    [[nodiscard]] std::optional<RequestError> perform(const Bitmap& bitmap,
-                                                      const RectangleRequest& request,
-                                                      const RequestCompletion& completion) override;
+    [[nodiscard]] RectangleResult perform(const Bitmap& bitmap,
+                                          const RectangleRequest& request) override;
 };
 
 }  // namespace kestrelid::vision
