@@ -105,10 +105,9 @@ public:
         const auto watch = capture::startGStreamer() ? capture::DeviceWatch::start() : nullptr;
         const std::vector<capture::DeviceHandle> devices =
             watch ? watch->devices() : std::vector<capture::DeviceHandle>{};
-        auto parsed =
+        auto pipeline =
             capture::parsePipeline("capsfilter name=filter caps=video/x-raw,format=YUY2 ! "
                                    "fakesink sync=false async=false");
-        auto* pipeline = std::get_if<capture::ElementHandle>(&parsed);
         if (devices.empty() || !pipeline)
             return;
         GstElement* source = gst_device_create_element(devices.front().get(), nullptr);
@@ -116,7 +115,7 @@ public:
         const capture::ElementHandle filter(
             gst_bin_get_by_name(GST_BIN(pipeline->get()), "filter"));
         gst_element_link(source, filter.get());
-        pipeline_ = std::move(*pipeline);
+        pipeline_ = *std::move(pipeline);
         gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING);
     }
     ~CameraAlone() {

@@ -47,8 +47,7 @@ BENCHMARK_CAPTURE(validate, tesseractComplete, Recognizer::tesseract, Validation
 void rectangles(benchmark::State& state) {
     const PlatformServices all = services(Recognizer::ppocr);
     for (auto _ : state)
-        benchmark::DoNotOptimize(
-            all.rectangles->perform(*frame().bitmap(), {}, [](const RequestReport&) {}));
+        benchmark::DoNotOptimize(all.rectangles->perform(*frame().bitmap(), {}));
 }
 BENCHMARK(rectangles)->Unit(benchmark::kMillisecond);
 

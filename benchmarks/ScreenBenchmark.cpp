@@ -74,9 +74,8 @@ void livePreview(benchmark::State& state) {
     camera.recognition =
         defaultServices({.recognizer = Recognizer::ppocr, .resources = KESTRELID_RESOURCES_DIR});
     if (state.range(2) == 0) {
-        const RequestReport nothing{.results = std::vector<Observation>(), .error = {}};
-        camera.recognition->rectangles = std::make_shared<FakeRectangles>(Script{nothing, {}});
-        camera.recognition->text = std::make_shared<FakeText>(Script{nothing, {}});
+        camera.recognition->rectangles = std::make_shared<FakeRectangles>();
+        camera.recognition->text = std::make_shared<FakeText>();
     }
     const QSize size(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
     ShownScreen screen("DocumentScannerView", {{"completion", QVariant()}}, size, camera);

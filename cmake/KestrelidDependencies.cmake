@@ -8,6 +8,10 @@ find_path(ASIO_INCLUDE_DIR asio.hpp)
 if(NOT ASIO_INCLUDE_DIR)
     list(APPEND KESTRELID_MISSING_PACKAGES libasio-dev)
 endif()
+find_path(TL_EXPECTED_INCLUDE_DIR tl/expected.hpp)
+if(NOT TL_EXPECTED_INCLUDE_DIR)
+    list(APPEND KESTRELID_MISSING_PACKAGES libexpected-dev)
+endif()
 
 # Debian 13 and later bring the headers as libonnxruntime-dev; earlier ones get them from tools/setup.
 find_path(ONNXRUNTIME_INCLUDE_DIR onnxruntime_c_api.h

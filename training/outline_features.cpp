@@ -51,9 +51,8 @@ double overlap(const cv::Rect2d& a, const cv::Rect2d& b) {
 
 int print(const std::filesystem::path& manifest, const ResourceFolders& resources) {
     const auto runtime = OnnxRuntime::load(resources);
-    const auto* onnx = std::get_if<std::shared_ptr<const OnnxRuntime>>(&runtime);
     const auto model = resources.find("outline-net.onnx");
-    if (!onnx || !model) {
+    if (!runtime || !model) {
         std::fputs("ONNX Runtime or outline-net.onnx is missing\n", stderr);
         return 1;
     }
@@ -64,12 +63,12 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
                      manifest.c_str());
         return 1;
     }
-    auto opened = (*onnx)->open(*model, 1);
-    if (const auto* error = std::get_if<RequestError>(&opened)) {
-        std::fprintf(stderr, "%s: %s\n", model->c_str(), error->description.c_str());
+    auto opened = (*runtime)->open(*model, 1);
+    if (!opened) {
+        std::fprintf(stderr, "%s: %s\n", model->c_str(), opened.error().description.c_str());
         return 1;
     }
-    const OutlineNetwork network(std::get<OnnxSession>(std::move(opened)));
+    const OutlineNetwork network(*std::move(opened));
     std::puts("file\tinside\tfill\tcorners\tarea\toverlap");
     while (std::getline(pictures, line)) {
         const Picture picture(line);
@@ -78,13 +77,12 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
             continue;
         const Bitmap bitmap = *std::get<Image>(decoded).upright().bitmap();
         const cv::Mat small = outlinePicture(bitmap);
-        auto looked = network.look(small);
-        if (const auto* first = std::get_if<OutlineMaps>(&looked))
-            looked = network.lookAllWays(small, *first);  // as in doubt
-        const auto* maps = std::get_if<OutlineMaps>(&looked);
+        auto maps = network.look(small);
+        if (maps)
+            maps = network.lookAllWays(small, *maps);  // as in doubt
         if (!maps) {
             std::fprintf(stderr, "%s: %s\n", picture.name.c_str(),
-                         std::get<RequestError>(looked).description.c_str());
+                         maps.error().description.c_str());
             return 1;
         }
         for (MapOutline found : outlinesOf(*maps)) {

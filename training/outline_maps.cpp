@@ -14,13 +14,13 @@ int main(int argc, char** argv) {
     if (argc != 4)
         return 2;
     const auto runtime = OnnxRuntime::load(ResourceFolders({KESTRELID_RESOURCES_DIR}));
-    if (const auto* error = std::get_if<RequestError>(&runtime)) {
-        std::puts(error->description.c_str());
+    if (!runtime) {
+        std::puts(runtime.error().description.c_str());
         return 77;
     }
-    const auto session = std::get<std::shared_ptr<const OnnxRuntime>>(runtime)->open(argv[1], 1);
-    if (const auto* error = std::get_if<RequestError>(&session)) {
-        std::puts(error->description.c_str());
+    const auto session = (*runtime)->open(argv[1], 1);
+    if (!session) {
+        std::puts(session.error().description.c_str());
         return 1;
     }
     constexpr std::array<std::int64_t, 4> kShape{1, 3, 192, 192};
@@ -29,12 +29,12 @@ int main(int argc, char** argv) {
         .read(reinterpret_cast<char*>(values.data()),
               static_cast<std::streamsize>(values.size() * sizeof(float)));
     const OnnxInput input{values, kShape};
-    const auto outputs = std::get<OnnxSession>(session).run({&input, 1});
-    if (const auto* error = std::get_if<RequestError>(&outputs)) {
-        std::puts(error->description.c_str());
+    const auto outputs = session->run({&input, 1});
+    if (!outputs) {
+        std::puts(outputs.error().description.c_str());
         return 1;
     }
-    const auto maps = std::get<std::vector<OnnxTensor>>(outputs).front().values();
+    const auto maps = outputs->front().values();
     std::ofstream file(argv[3], std::ios::binary);
     file.write(reinterpret_cast<const char*>(maps.data()),
                static_cast<std::streamsize>(maps.size_bytes()));

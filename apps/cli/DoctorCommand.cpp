@@ -28,20 +28,13 @@ Bitmap blankPicture() {
 std::optional<std::string> trialFailure(const DefaultServicesOptions& options) {
     const PlatformServices services = defaultServices(options);
     const Bitmap picture = blankPicture();
-    std::optional<RequestError> failure;
-    const auto completion = [&](const RequestReport& report) {
-        if (report.error)
-            failure = report.error;
-    };
-    if (auto error = services.rectangles->perform(picture, {}, completion))
-        failure = std::move(error);
-    if (!failure) {
-        if (auto error = services.text->perform(picture, {}, completion))
-            failure = std::move(error);
-    }
-    if (!failure)
-        return std::nullopt;
-    return failure->description;
+    const RectangleResult outlines = services.rectangles->perform(picture, {});
+    if (const auto* error = std::get_if<RequestError>(&outlines))
+        return error->description;
+    const TextResult text = services.text->perform(picture, {});
+    if (const auto* error = std::get_if<RequestError>(&text))
+        return error->description;
+    return std::nullopt;
 }
 
 struct Findings {

@@ -8,19 +8,12 @@ namespace kestrelid::cli {
 OutlineRecorder::OutlineRecorder(std::shared_ptr<RectangleService> service)
     : service_(std::move(service)) {}
 
-std::optional<RequestError> OutlineRecorder::perform(const Bitmap& bitmap,
-                                                     const RectangleRequest& request,
-                                                     const RequestCompletion& completion) {
+RectangleResult OutlineRecorder::perform(const Bitmap& bitmap, const RectangleRequest& request) {
     outlines_.clear();
-    return service_->perform(bitmap, request, [&](const RequestReport& report) {
-        if (report.results) {
-            for (const Observation& observation : *report.results) {
-                if (const auto* outline = std::get_if<RectangleObservation>(&observation))
-                    outlines_.push_back(*outline);
-            }
-        }
-        completion(report);  // may end the picture: nothing is recorded after it
-    });
+    RectangleResult result = service_->perform(bitmap, request);
+    if (const auto* found = std::get_if<std::vector<RectangleObservation>>(&result))
+        outlines_ = *found;
+    return result;
 }
 
 std::vector<RectangleObservation> OutlineRecorder::take() {

@@ -15,8 +15,7 @@ class OutlineRecorder : public RectangleService {
 public:
     explicit OutlineRecorder(std::shared_ptr<RectangleService> service);
 
-    std::optional<RequestError> perform(const Bitmap& bitmap, const RectangleRequest& request,
-                                        const RequestCompletion& completion) override;
+    RectangleResult perform(const Bitmap& bitmap, const RectangleRequest& request) override;
 
     // What was found since the last call, in the service's order.
     // Thread: any that knows the request to be over.

@@ -34,8 +34,8 @@ void loadModels(const PlatformServices& recognition) {
                          std::shared_ptr<std::byte[]>(pixels, pixels->data()), pixels->size());
         if (!picture)
             return;
-        (void)text->perform(*picture, {}, [](const RequestReport&) {});
-        (void)rectangles->perform(*picture, {}, [](const RequestReport&) {});
+        (void)text->perform(*picture, {});
+        (void)rectangles->perform(*picture, {});
     });
 }
 

@@ -24,24 +24,21 @@ public:
 
     // Called on workers, several times at once: nothing of the object changes here; an engine that
     // is not made for that takes a lock. The bitmap may be used until the return, no longer.
-    std::optional<kestrelid::RequestError>
-    perform(const kestrelid::Bitmap& bitmap, const kestrelid::TextRequest& request,
-            const kestrelid::RequestCompletion& completion) override {
+    kestrelid::TextResult perform(const kestrelid::Bitmap& bitmap,
+                                  const kestrelid::TextRequest& request) override {
         if (lines_.empty())  // what went wrong and what to do about it, nothing that was read
             return kestrelid::RequestError{"no lines: name a file that has some"};
-        std::vector<kestrelid::Observation> found;  // in reading order
+        std::vector<kestrelid::TextObservation> found;  // in reading order
         const int height = bitmap.height() / static_cast<int>(lines_.size());
         kestrelid::PixelRect box{0, 0, bitmap.width(), height};
         for (const std::string& line : lines_) {
             const float confidence = 1.0f;  // 0 to 1
-            found.push_back(
-                kestrelid::TextObservation(normalized(box, bitmap), {{line, confidence}}));
+            found.push_back({normalized(box, bitmap), {{line, confidence}}});
             box.y += height;
             if (request.isEnough && request.isEnough(line))
                 break;  // the rest cannot change the verdict
         }
-        completion({.results = std::move(found), .error = {}});  // once, before the return
-        return std::nullopt;
+        return found;
     }
 
 private:

@@ -4,8 +4,8 @@
 #include <kestrelid/Export.h>
 
 #include <array>
+#include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -87,35 +87,34 @@ private:
     std::vector<RecognizedText> candidates_;
 };
 
-using Observation = std::variant<RectangleObservation, TextObservation>;
-
-/// Why a request failed: one line that says what to do about it where something can be done (a
-/// missing library: the package or command that brings it). Holds nothing that was read off a
-/// picture.
+/// Why a request gave nothing.
 struct RequestError {
+    /// Which of the two failures it is: the console names them differently.
+    enum class Kind : std::uint8_t {
+        notPerformed,  ///< it could not be carried out: a library or model is missing, say
+        reported,      ///< it was carried out, and reported an error meanwhile
+    };
+
+    /// One line that says what to do about it where something can be done (a missing library: the
+    /// package or command that brings it). Holds nothing that was read off a picture.
     std::string description;
+    Kind kind = Kind::notPerformed;
 };
 
-/// What a request found, or the error that it met. Neither: nothing was found.
-struct RequestReport {
-    std::optional<std::vector<Observation>> results;
-    std::optional<RequestError> error;
-};
+/// What was found, in no particular order; empty: nothing.
+using RectangleResult = std::variant<std::vector<RectangleObservation>, RequestError>;
 
-using RequestCompletion = std::function<void(const RequestReport&)>;
+/// What was read, in reading order: top to bottom, within a row left to right; empty: nothing.
+using TextResult = std::variant<std::vector<TextObservation>, RequestError>;
 
-/// Finds document outlines. Duties of an implementation: calls completion once, on the calling
-/// thread, before perform() returns; returns an error where the request could not be carried out
-/// (then completion need not have been called); keeps nothing of the bitmap afterwards; several
-/// calls may run at once on one object.
+/// Finds document outlines. Duties of an implementation: works on the calling thread; keeps nothing
+/// of the bitmap after the return; several calls may run at once on one object.
 class KESTRELID_EXPORT RectangleService {
 public:
     virtual ~RectangleService();
 
-    /// Results hold only RectangleObservation, in no particular order.
-    [[nodiscard]] virtual std::optional<RequestError>
-    perform(const Bitmap& bitmap, const RectangleRequest& request,
-            const RequestCompletion& completion) = 0;
+    [[nodiscard]] virtual RectangleResult perform(const Bitmap& bitmap,
+                                                  const RectangleRequest& request) = 0;
 };
 
 /// Reads text. Duties as for RectangleService; text is read whichever of the four turns the bitmap
@@ -124,11 +123,7 @@ class KESTRELID_EXPORT TextService {
 public:
     virtual ~TextService();
 
-    /// Results hold only TextObservation, in reading order: top to bottom, within a row left to
-    /// right.
-    [[nodiscard]] virtual std::optional<RequestError>
-    perform(const Bitmap& bitmap, const TextRequest& request,
-            const RequestCompletion& completion) = 0;
+    [[nodiscard]] virtual TextResult perform(const Bitmap& bitmap, const TextRequest& request) = 0;
 };
 
 }  // namespace kestrelid

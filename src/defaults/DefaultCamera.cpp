@@ -28,10 +28,9 @@ public:
     RationedTextService(std::shared_ptr<TextService> service, unsigned atOnce)
         : service_(std::move(service)), free_(static_cast<std::ptrdiff_t>(atOnce)) {}
 
-    std::optional<RequestError> perform(const Bitmap& bitmap, const TextRequest& request,
-                                        const RequestCompletion& completion) override {
+    TextResult perform(const Bitmap& bitmap, const TextRequest& request) override {
         const Turn turn(free_);
-        return service_->perform(bitmap, request, completion);
+        return service_->perform(bitmap, request);
     }
 
 private:

@@ -2,6 +2,7 @@
 
 #include "base/UnicodeText.h"
 #include "detection/PassportKeywords.h"
+#include "detection/VerdictNumbers.h"
 #include "detection/WordRuns.h"
 
 #include <algorithm>
@@ -12,7 +13,6 @@ namespace kestrelid::detection {
 
 namespace {
 
-constexpr std::int64_t kFuzzyThreshold = 4;  // as singleKeywordFuzzyThreshold of the detector
 constexpr double kAllowedPerCharacter = 0.18;
 constexpr std::int64_t kRunBeyondKeyword = 8;  // characters
 
@@ -43,7 +43,7 @@ KeywordTable::KeywordTable(std::span<const std::string_view> keywords)
                              static_cast<std::int64_t>(symbols.size()) + kRunBeyondKeyword});
     for (const auto& [keyword, place] : seen)
         prepared_[place].allowedDistance = std::max(
-            kFuzzyThreshold,
+            kSingleKeywordFuzzyThreshold,
             static_cast<std::int64_t>(static_cast<double>(base::characters(keyword).size()) *
                                       kAllowedPerCharacter));
 }

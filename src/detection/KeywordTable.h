@@ -38,8 +38,8 @@ public:
     // Those entries that are close enough, in table order; repeated entries again.
     [[nodiscard]] std::vector<KeywordMatch> matches(std::string_view cleaned) const;
 
-    // Whether an entry at this distance is close enough: up to 4 edits, or 18% of its characters
-    // where that is more.
+    // Whether an entry at this distance is close enough: up to kSingleKeywordFuzzyThreshold edits,
+    // or 18% of its characters where that is more.
     [[nodiscard]] bool isMatch(std::size_t entry, std::int64_t distance) const;
 
 private:

@@ -7,6 +7,7 @@
 #include "detection/RectangleStage.h"
 #include "detection/Scoring.h"
 #include "detection/TextStage.h"
+#include "detection/VerdictNumbers.h"
 
 #include <cstdio>
 #include <utility>
@@ -48,8 +49,14 @@ struct PassportDetector::Call {
 };
 
 PassportDetector::PassportDetector(PlatformServices services, ValidationEffort effort)
-    : keywords_(detection::passportKeywords()), services_(withConsole(std::move(services))),
-      effort_(effort) {}
+    : keywords_(detection::passportKeywords()),
+      keywordMatchThreshold_(detection::kKeywordMatchThreshold),
+      singleKeywordFuzzyThreshold_(detection::kSingleKeywordFuzzyThreshold),
+      rectangleAreaThreshold_(detection::kRectangleAreaThreshold),
+      mrzConfidenceWeight_(detection::kMrzConfidenceWeight),
+      keywordConfidenceWeight_(detection::kKeywordConfidenceWeight),
+      rectConfidenceWeight_(detection::kRectConfidenceWeight),
+      services_(withConsole(std::move(services))), effort_(effort) {}
 
 PassportDetector::~PassportDetector() = default;
 
@@ -77,28 +84,24 @@ void PassportDetector::validate(const Image& image, Completion completion) {
                                                         services_.text, services_.console, effort_,
                                                         *image.bitmap(), std::move(completion)});
     services_.queue->async([call, rectangles = services_.rectangles] {
-        detection::findRectangle(*rectangles, call->console, call->bitmap,
-                                 [&call](const std::optional<RectangleObservation>& rectangle) {
-                                     if (!call->detector.expired())
-                                         readText(call, rectangle);
-                                 });
+        const auto rectangle = detection::findRectangle(*rectangles, call->console, call->bitmap);
+        if (!call->detector.expired())
+            readText(call, rectangle);
     });
 }
 
 void PassportDetector::readText(const std::shared_ptr<const Call>& call,
                                 const std::optional<RectangleObservation>& rectangle) {
     const auto read = [call, evidence = detection::evaluateRectangle(rectangle, call->bitmap)] {
-        detection::readText(
-            *call->text, call->console, evidence.textBitmap, call->effort,
-            [&](std::string recognizedText) {
-                const std::string cleaned = detection::normalize(recognizedText);
-                detection::Score score =
-                    detection::combine(evidence.score, evidence.reason,
-                                       detection::KeywordTable::passport().matches(cleaned),
-                                       detection::detectMRZLikeLines(cleaned));
-                call->completion(makeResult(score.isPassport, score.confidence,
-                                            std::move(score.reasons), std::move(recognizedText)));
-            });
+        std::string recognizedText =
+            detection::readText(*call->text, call->console, evidence.textBitmap,
+                                call->effort == ValidationEffort::verdictOnly);
+        const std::string cleaned = detection::normalize(recognizedText);
+        detection::Score score = detection::combine(
+            evidence.score, evidence.reason, detection::KeywordTable::passport().matches(cleaned),
+            detection::detectMRZLikeLines(cleaned));
+        call->completion(makeResult(score.isPassport, score.confidence, std::move(score.reasons),
+                                    std::move(recognizedText)));
     };
     if (const auto queue = call->queue.lock())
         queue->async(read);

@@ -1,5 +1,7 @@
 #include "detection/RectangleStage.h"
 
+#include "detection/VerdictNumbers.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -7,8 +9,6 @@
 namespace kestrelid::detection {
 
 namespace {
-
-constexpr double kAreaThreshold = 0.15;  // as rectangleAreaThreshold of the detector
 
 // With a full stop whatever the locale.
 std::string twoDecimals(double value) {
@@ -40,8 +40,11 @@ PixelRect pixelBox(const NormalizedRect& box, const Bitmap& bitmap) {
 
 }  // namespace
 
-std::optional<RectangleObservation> largestRectangle(const std::vector<Observation>& results) {
-    const std::vector<RectangleObservation> rectangles = allOfKind<RectangleObservation>(results);
+std::optional<RectangleObservation>
+findRectangle(RectangleService& service, const ConsoleSink& console, const Bitmap& bitmap) {
+    const std::vector<RectangleObservation> rectangles = findings(
+        [&] { return service.perform(bitmap, {}); },
+        {.reported = "Rect detect error:", .notPerformed = "Rectangle request failed:"}, console);
     const auto largest =
         std::max_element(rectangles.begin(), rectangles.end(),
                          [](const RectangleObservation& a, const RectangleObservation& b) {
@@ -50,24 +53,13 @@ std::optional<RectangleObservation> largestRectangle(const std::vector<Observati
     return largest == rectangles.end() ? std::nullopt : std::optional(*largest);
 }
 
-void findRectangle(
-    RectangleService& service, const ConsoleSink& console, const Bitmap& bitmap,
-    const std::function<void(const std::optional<RectangleObservation>&)>& continuation) {
-    carryOut(
-        [&](const RequestCompletion& completion) {
-            return service.perform(bitmap, RectangleRequest{}, completion);
-        },
-        {.reported = "Rect detect error:", .failed = "Rectangle request failed:"}, console,
-        [&](const std::vector<Observation>& results) { continuation(largestRectangle(results)); });
-}
-
 RectangleEvidence evaluateRectangle(const std::optional<RectangleObservation>& rectangle,
                                     const Bitmap& bitmap) {
     if (!rectangle)
         return {0.0, "No document rectangle found.", bitmap};
     const double area = rectangle->boundingBox.area();
-    const bool isLarge = area >= kAreaThreshold;
-    return {isLarge ? 1.0 : std::fmin(area / kAreaThreshold, 1.0),
+    const bool isLarge = area >= kRectangleAreaThreshold;
+    return {isLarge ? 1.0 : std::fmin(area / kRectangleAreaThreshold, 1.0),
             (isLarge ? "Document rectangle detected (area fraction "
                      : "Rectangle present but small (area fraction ") +
                 twoDecimals(area) + ").",

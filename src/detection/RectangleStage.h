@@ -1,13 +1,11 @@
 #pragma once
 
-#include "detection/Request.h"
+#include "detection/Findings.h"
 
 #include <kestrelid/VisionServices.h>
 
-#include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace kestrelid::detection {
 
@@ -18,16 +16,10 @@ struct RectangleEvidence {
     Bitmap textBitmap;
 };
 
-// The observation whose bounding box has the largest area, of equal ones the first; none where
-// results holds anything but rectangles.
+// The outline whose bounding box has the largest area, of equal ones the first. Failures go to the
+// console and count as nothing found.
 [[nodiscard]] std::optional<RectangleObservation>
-largestRectangle(const std::vector<Observation>& results);
-
-// Asks for outlines on the calling thread and calls continuation once with the largest or none.
-// Failures go to the console and count as nothing found.
-void findRectangle(
-    RectangleService& service, const ConsoleSink& console, const Bitmap& bitmap,
-    const std::function<void(const std::optional<RectangleObservation>&)>& continuation);
+findRectangle(RectangleService& service, const ConsoleSink& console, const Bitmap& bitmap);
 
 [[nodiscard]] RectangleEvidence
 evaluateRectangle(const std::optional<RectangleObservation>& rectangle, const Bitmap& bitmap);

@@ -1,15 +1,13 @@
 #include "detection/Scoring.h"
 
+#include "detection/VerdictNumbers.h"
+
 #include <cmath>
 
 namespace kestrelid::detection {
 
 namespace {
 
-// As the fields of the same names of the detector.
-constexpr double kRectangleWeight = 0.1;
-constexpr double kKeywordWeight = 0.4;
-constexpr double kMrzScore = 0.5;
 constexpr double kPassportConfidence = 0.5;
 
 }  // namespace
@@ -37,11 +35,12 @@ Score combine(double rectangleScore, const std::string& rectangleReason,
                                           : "No MRZ found.");
 
     const double keywordScore = std::fmin(
-        static_cast<double>(matches.size()) / static_cast<double>(kKeywordsForFullScore), 1.0);
-    const double mrzScore = mrzLike.found ? kMrzScore : 0.0;
+        static_cast<double>(matches.size()) / static_cast<double>(kKeywordMatchThreshold), 1.0);
+    const double mrzScore = mrzLike.found ? kMrzConfidenceWeight : 0.0;
     // fmin: a NaN counts as missing, so that the result is always within its bounds.
-    score.confidence = std::fmin(
-        rectangleScore * kRectangleWeight + (keywordScore * kKeywordWeight + mrzScore), 1.0);
+    score.confidence = std::fmin(rectangleScore * kRectConfidenceWeight +
+                                     (keywordScore * kKeywordConfidenceWeight + mrzScore),
+                                 1.0);
     score.isPassport = score.confidence >= kPassportConfidence || mrzLike.found;
     return score;
 }

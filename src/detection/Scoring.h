@@ -1,18 +1,12 @@
 #pragma once
 
-#include "detection/RectangleStage.h"
-
 #include <kestrelid/TextEvidence.h>
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kestrelid::detection {
-
-inline constexpr std::int64_t kKeywordsForFullScore =
-    3;  // as keywordMatchThreshold of the detector
 
 struct Score {
     bool isPassport = false;

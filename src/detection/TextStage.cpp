@@ -2,9 +2,8 @@
 
 #include "detection/KeywordTable.h"
 #include "detection/NormalizedText.h"
-#include "detection/Scoring.h"
+#include "detection/VerdictNumbers.h"
 
-#include <memory>
 #include <vector>
 
 namespace kestrelid::detection {
@@ -25,18 +24,18 @@ public:
             matched_[entry] = matched_[entry] || table.isMatch(entry, distances[entry]);
             count += matched_[entry];
         }
-        return count >= kKeywordsForFullScore;
+        return count >= kKeywordMatchThreshold;
     }
 
 private:
     std::vector<bool> matched_;
 };
 
-std::string joinedLines(const std::vector<Observation>& results) {
+std::string joinedLines(const std::vector<TextObservation>& lines) {
     std::string text;
     bool isFirst = true;
-    for (const TextObservation& observation : allOfKind<TextObservation>(results)) {
-        const std::vector<RecognizedText> best = observation.topCandidates(1);
+    for (const TextObservation& line : lines) {
+        const std::vector<RecognizedText> best = line.topCandidates(1);
         if (best.empty())
             continue;
         if (!isFirst)
@@ -49,20 +48,17 @@ std::string joinedLines(const std::vector<Observation>& results) {
 
 }  // namespace
 
-void readText(TextService& service, const ConsoleSink& console, const Bitmap& bitmap,
-              ValidationEffort effort, const std::function<void(std::string)>& continuation) {
+std::string readText(TextService& service, const ConsoleSink& console, const Bitmap& bitmap,
+                     bool onlyUntilDecided) {
     TextRequest request;  // accurate, with language correction, English
     EntriesMatchedByLines matched;
-    if (effort == ValidationEffort::verdictOnly)
+    if (onlyUntilDecided)
         request.isEnough = [&matched](std::string_view line) {
             return matched.isEnoughAfter(line);
         };
-    carryOut(
-        [&](const RequestCompletion& completion) {
-            return service.perform(bitmap, request, completion);
-        },
-        {.reported = "Text recognition error:", .failed = "Text request failed:"}, console,
-        [&](const std::vector<Observation>& results) { continuation(joinedLines(results)); });
+    return joinedLines(findings(
+        [&] { return service.perform(bitmap, request); },
+        {.reported = "Text recognition error:", .notPerformed = "Text request failed:"}, console));
 }
 
 }  // namespace kestrelid::detection

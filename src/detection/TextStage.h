@@ -1,17 +1,15 @@
 #pragma once
 
-#include "detection/Request.h"
+#include "detection/Findings.h"
 
-#include <kestrelid/detection/PassportDetector.h>
-
-#include <functional>
 #include <string>
 
 namespace kestrelid::detection {
 
-// Reads the text of bitmap on the calling thread and calls continuation once with its lines, joined
-// with line feeds; empty where there is none. Failures go to the console and count as no text.
-void readText(TextService& service, const ConsoleSink& console, const Bitmap& bitmap,
-              ValidationEffort effort, const std::function<void(std::string text)>& continuation);
+// The lines of bitmap, joined with line feeds; empty where there is none. onlyUntilDecided: the
+// rest may be left out once the keywords are decided. Failures go to the console and count as no
+// text.
+[[nodiscard]] std::string readText(TextService& service, const ConsoleSink& console,
+                                   const Bitmap& bitmap, bool onlyUntilDecided);
 
 }  // namespace kestrelid::detection

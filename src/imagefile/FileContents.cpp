@@ -57,16 +57,16 @@ FileBytes readRegularFile(const std::filesystem::path& path) {
     // Before opening, because opening a pipe releases the program that waits at its other end.
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0)
-        return systemError("cannot be opened", errno);
+        return tl::unexpected(systemError("cannot be opened", errno));
     if (auto error = checkReadable(status))
-        return *std::move(error);
+        return tl::unexpected(*std::move(error));
     // Checked again after opening, because the name may belong to something else by now; opened
     // without blocking for the same reason.
     const base::OwnedDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
-        return systemError("cannot be opened", errno);
+        return tl::unexpected(systemError("cannot be opened", errno));
     if (auto error = checkReadable(status))
-        return *std::move(error);
+        return tl::unexpected(*std::move(error));
 
     std::vector<std::byte> contents(static_cast<std::size_t>(status.st_size));
     std::size_t held = 0;
@@ -75,7 +75,7 @@ FileBytes readRegularFile(const std::filesystem::path& path) {
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            return systemError("cannot be read", errno);
+            return tl::unexpected(systemError("cannot be read", errno));
         if (count == 0)
             break;
         held += static_cast<std::size_t>(count);

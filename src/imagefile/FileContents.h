@@ -6,12 +6,12 @@
 #include <filesystem>
 #include <optional>
 #include <span>
-#include <variant>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace kestrelid::imagefile {
 
-using FileBytes = std::variant<std::vector<std::byte>, ImageError>;
+using FileBytes = tl::expected<std::vector<std::byte>, ImageError>;
 
 // Regular files only, of kMaximumFileSize bytes at most: a pipe
 // or a device could block, or never end. Throws std::bad_alloc.

@@ -65,9 +65,9 @@ std::optional<ImageError> encodeAndReplace(const std::filesystem::path& path, co
 
     const imagefile::FileBytes encoded =
         jpeg ? imagefile::encodeJpeg(bitmap) : imagefile::encodePng(bitmap);
-    if (const auto* error = std::get_if<ImageError>(&encoded))
-        return *error;
-    return imagefile::replaceFile(path, std::get<std::vector<std::byte>>(encoded));
+    if (!encoded)
+        return encoded.error();
+    return imagefile::replaceFile(path, *encoded);
 }
 
 }  // namespace
@@ -83,9 +83,9 @@ ImageResult decodeImage(std::span<const std::byte> file, const DecodeOptions& op
 ImageResult readImage(const std::filesystem::path& path, const DecodeOptions& options) {
     try {
         const imagefile::FileBytes contents = imagefile::readRegularFile(path);
-        if (const auto* error = std::get_if<ImageError>(&contents))
-            return *error;
-        return decodeByFormat(std::get<std::vector<std::byte>>(contents), options);
+        if (!contents)
+            return contents.error();
+        return decodeByFormat(*contents, options);
     } catch (const std::exception&) {
         return ImageError{kOutOfMemory};
     }

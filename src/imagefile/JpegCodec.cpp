@@ -111,7 +111,7 @@ ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& opt
 FileBytes encodeJpeg(const Bitmap& bitmap, int quality) {
     const Turbo turbo(tjInitCompress());
     if (!turbo)
-        return ImageError{"the JPEG encoder does not start"};
+        return tl::unexpected(ImageError{"the JPEG encoder does not start"});
     const bool gray = bitmap.format() == PixelFormat::gray8;
     const int format = gray                                   ? TJPF_GRAY
                        : bitmap.format() == PixelFormat::rgb8 ? TJPF_RGB
@@ -124,7 +124,8 @@ FileBytes encodeJpeg(const Bitmap& bitmap, int quality) {
                     &encoded, &size, gray ? TJSAMP_GRAY : TJSAMP_420, quality, 0);
     const std::unique_ptr<unsigned char, decltype(&tjFree)> owner(encoded, &tjFree);
     if (result != 0)
-        return ImageError{std::string("JPEG encoder: ") + tjGetErrorStr2(turbo.get())};
+        return tl::unexpected(
+            ImageError{std::string("JPEG encoder: ") + tjGetErrorStr2(turbo.get())});
     const auto* bytes = reinterpret_cast<const std::byte*>(encoded);
     return std::vector<std::byte>(bytes, bytes + size);
 }

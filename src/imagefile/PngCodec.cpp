@@ -135,7 +135,7 @@ FileBytes encodeOpaque(const Bitmap& bitmap) {
         png_image_write_to_memory(&image, encoded.data(), &size, 0, bitmap.row(0),
                                   static_cast<png_int_32>(bitmap.stride()), nullptr);
     if (written == 0)
-        return ImageError{std::string("PNG encoder: ") + image.message};
+        return tl::unexpected(ImageError{std::string("PNG encoder: ") + image.message});
     encoded.resize(size);
     return encoded;
 }

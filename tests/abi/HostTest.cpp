@@ -55,7 +55,7 @@ TEST(Host, DerivesFromADetector) {
     const auto queue = std::make_shared<ManualQueue>();
     const auto text = std::make_shared<FakeText>(std::vector<std::string>{"PASSPORT"});
     const std::shared_ptr<PassportDetector> detector = std::make_shared<HostDetector>(
-        PlatformServices{.rectangles = std::make_shared<FakeRectangles>(reporting({})),
+        PlatformServices{.rectangles = std::make_shared<FakeRectangles>(),
                          .text = text,
                          .queue = queue,
                          .console = [](std::string_view) {}});

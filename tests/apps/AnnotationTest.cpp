@@ -35,7 +35,7 @@ Image grayPicture(int width, int height, PixelFormat format) {
 }
 
 // Verdicts come from a detector only, so one judges a written picture first.
-JudgedPicture judged(const std::vector<Observation>& outlines) {
+JudgedPicture judged(const std::vector<RectangleObservation>& outlines) {
     const TemporaryFolder folder;
     const fs::path path = folder.path() / "picture.png";
     EXPECT_FALSE(writeImage(path, grayPicture(400, 300, PixelFormat::rgb8)));

@@ -15,14 +15,12 @@ namespace kestrelid::cli {
 // Finds the outlines that it is given.
 class FakeRectangles : public RectangleService {
 public:
-    std::optional<RequestError> perform(const Bitmap& bitmap, const RectangleRequest&,
-                                        const RequestCompletion& completion) override {
+    RectangleResult perform(const Bitmap& bitmap, const RectangleRequest&) override {
         width = bitmap.width();
         height = bitmap.height();
-        completion({.results = found, .error = std::nullopt});
-        return std::nullopt;
+        return found;
     }
-    std::vector<Observation> found;
+    std::vector<RectangleObservation> found;
     int width = 0;
     int height = 0;
 };
@@ -30,13 +28,10 @@ public:
 // Reads PASSPORT, which matches four keywords, unless it is given an error.
 class FakeText : public TextService {
 public:
-    std::optional<RequestError> perform(const Bitmap&, const TextRequest&,
-                                        const RequestCompletion& completion) override {
+    TextResult perform(const Bitmap&, const TextRequest&) override {
         if (error)
-            return error;
-        const TextObservation line({}, {{.string = "PASSPORT", .confidence = 1.0f}});
-        completion({.results = std::vector<Observation>{line}, .error = std::nullopt});
-        return std::nullopt;
+            return *error;
+        return std::vector{TextObservation({}, {{.string = "PASSPORT", .confidence = 1.0f}})};
     }
     std::optional<RequestError> error;
 };

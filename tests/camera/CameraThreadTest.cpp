@@ -19,8 +19,8 @@ using test::FakePixelBuffer;
 class WorkerDetector final : public PassportDetector {
 public:
     WorkerDetector()
-        : PassportDetector({.rectangles = std::make_shared<test::FakeRectangles>(test::Script{}),
-                            .text = std::make_shared<test::FakeText>(test::Script{}),
+        : PassportDetector({.rectangles = std::make_shared<test::FakeRectangles>(),
+                            .text = std::make_shared<test::FakeText>(),
                             .queue = nullptr},
                            ValidationEffort::verdictOnly) {}
 

@@ -23,8 +23,8 @@ using namespace std::chrono_literals;
 class HoldingDetector final : public PassportDetector {
 public:
     HoldingDetector()
-        : PassportDetector({.rectangles = std::make_shared<FakeRectangles>(Script{}),
-                            .text = std::make_shared<FakeText>(Script{}),
+        : PassportDetector({.rectangles = std::make_shared<FakeRectangles>(),
+                            .text = std::make_shared<FakeText>(),
                             .queue = nullptr},
                            ValidationEffort::verdictOnly) {}
 

@@ -52,12 +52,12 @@ bool isRed(const Bitmap& bitmap, double x, double y) {
 
 void writeFilm(const std::filesystem::path& path, int frames) {
     ASSERT_TRUE(capture::startGStreamer());
-    capture::CameraSource::Assembled made = capture::parsePipeline(
+    const capture::CameraSource::Assembled made = capture::parsePipeline(
         "videotestsrc pattern=ball num-buffers=" + std::to_string(frames) +
         " ! video/x-raw,width=320,height=240,framerate=30/1 ! jpegenc ! avimux ! "
         "filesink name=sink");
-    ASSERT_TRUE(std::holds_alternative<capture::ElementHandle>(made));
-    GstElement* pipeline = std::get<capture::ElementHandle>(made).get();
+    ASSERT_TRUE(made);
+    GstElement* pipeline = made->get();
     const capture::ElementHandle sink(gst_bin_get_by_name(GST_BIN(pipeline), "sink"));
     g_object_set(sink.get(), "location", path.c_str(), nullptr);
     gst_element_set_state(pipeline, GST_STATE_PLAYING);

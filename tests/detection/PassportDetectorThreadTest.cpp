@@ -14,19 +14,14 @@ namespace {
 
 // Safe to call from several threads at once, unlike the recording fakes.
 class Rectangles final : public RectangleService {
-    std::optional<RequestError> perform(const Bitmap&, const RectangleRequest&,
-                                        const RequestCompletion& completion) override {
-        completion({.results = std::vector<Observation>{test::rectangleOf(0.9, 0.9)}, .error = {}});
-        return std::nullopt;
+    RectangleResult perform(const Bitmap&, const RectangleRequest&) override {
+        return std::vector{test::rectangleOf(0.9, 0.9)};
     }
 };
 class Text final : public TextService {
-    std::optional<RequestError> perform(const Bitmap& bitmap, const TextRequest&,
-                                        const RequestCompletion& completion) override {
+    TextResult perform(const Bitmap& bitmap, const TextRequest&) override {
         const std::string line = bitmap.width() > 50 ? "PASSPORT" : "";
-        completion({.results = std::vector<Observation>{TextObservation({}, {{line, 1.0f}})},
-                    .error = {}});
-        return std::nullopt;
+        return std::vector{TextObservation({}, {{line, 1.0f}})};
     }
 };
 
@@ -82,15 +77,13 @@ TEST(PassportDetectorThreads, ReleaseAtAnyMomentLeavesNothingBehind) {
 // Reads until the detector is about to be released, and some time longer.
 class LongText final : public TextService {
 public:
-    std::optional<RequestError> perform(const Bitmap&, const TextRequest&,
-                                        const RequestCompletion& completion) override {
+    TextResult perform(const Bitmap&, const TextRequest&) override {
         isReading = true;
         isReading.notify_one();
         isReleasing.wait(false);
         for (int turn = 0; turn < 1000; ++turn)
             std::this_thread::yield();
-        completion({});
-        return std::nullopt;
+        return {};
     }
 
     std::atomic<bool> isReading = false;

@@ -20,7 +20,7 @@ Answer judge(const std::vector<std::string>& lines, ValidationEffort effort) {
     const auto text = std::make_shared<test::FakeText>(lines);
     const auto detector =
         PassportDetector::create({.rectangles = std::make_shared<test::FakeRectangles>(
-                                      test::reporting({test::rectangleOf(0.5, 0.5)})),
+                                      std::vector{test::rectangleOf(0.5, 0.5)}),
                                   .text = text,
                                   .queue = queue},
                                  effort);

@@ -20,7 +20,7 @@ sys.argv[1:] = []
 
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Werror"]
 FOLDERS = [f"-I{ROOT / 'include'}", f"-I{BUILD}/include"]
-INSIDE = re.compile(r"/(opencv\d?|unicode|onnxruntime\w*|gstreamer-1\.0|glib-2\.0|asio|tesseract|leptonica)/|/asio\.hpp$")
+INSIDE = re.compile(r"/(opencv\d?|unicode|onnxruntime\w*|gstreamer-1\.0|glib-2\.0|asio|tl|tesseract|leptonica)/|/asio\.hpp$")
 OR_QT = re.compile(INSIDE.pattern + r"|/qt6/|/Qt\w+/")
 FOR_C = ["kestrelid.h", "Version.h"]
 

@@ -247,8 +247,8 @@ public:
 class FakeDetector final : public PassportDetector {
 public:
     FakeDetector()
-        : PassportDetector({.rectangles = std::make_shared<FakeRectangles>(Script{}),
-                            .text = std::make_shared<FakeText>(Script{}),
+        : PassportDetector({.rectangles = std::make_shared<FakeRectangles>(),
+                            .text = std::make_shared<FakeText>(),
                             .queue = nullptr},
                            ValidationEffort::verdictOnly) {}
 

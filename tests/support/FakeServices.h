@@ -10,47 +10,37 @@
 
 namespace kestrelid::test {
 
-// What a request meets: it reports (or does not), then fails (or does not).
-struct Script {
-    std::optional<RequestReport> report;
-    std::optional<RequestError> failure;
-};
-
+// Gives the same result to every request.
 class FakeRectangles final : public RectangleService {
 public:
-    explicit FakeRectangles(Script script) : script_(std::move(script)) {}
+    explicit FakeRectangles(RectangleResult result = {}) : result_(std::move(result)) {}
 
-    std::optional<RequestError> perform(const Bitmap&, const RectangleRequest& request,
-                                        const RequestCompletion& completion) override {
+    RectangleResult perform(const Bitmap&, const RectangleRequest& request) override {
         lastRequest = request;
-        if (script_.report)
-            completion(*script_.report);
-        return script_.failure;
+        return result_;
     }
 
     RectangleRequest lastRequest;
 
 private:
-    Script script_;
+    RectangleResult result_;
 };
 
-// Plays a script, or reads given lines one by one for as long as the request wants them.
+// Gives the same result to every request, or reads given lines one by one for as long as the
+// request wants them.
 class FakeText final : public TextService {
 public:
-    explicit FakeText(Script script) : script_(std::move(script)) {}
+    explicit FakeText(TextResult result = {}) : result_(std::move(result)) {}
     explicit FakeText(std::vector<std::string> lines) : lines_(std::move(lines)) {}
 
-    std::optional<RequestError> perform(const Bitmap& bitmap, const TextRequest& request,
-                                        const RequestCompletion& completion) override {
+    TextResult perform(const Bitmap& bitmap, const TextRequest& request) override {
         lastBitmap = bitmap;
         lastRequest = request;
         if (duringRequest)
             duringRequest();
-        if (script_.report)
-            completion(*script_.report);
-        else if (!script_.failure)
-            completion({.results = read(request), .error = std::nullopt});
-        return script_.failure;
+        if (lines_.empty())
+            return result_;
+        return read(request);
     }
 
     std::optional<Bitmap> lastBitmap;
@@ -59,11 +49,11 @@ public:
     std::function<void()> duringRequest;
 
 private:
-    std::vector<Observation> read(const TextRequest& request) {
-        std::vector<Observation> observations;
+    std::vector<TextObservation> read(const TextRequest& request) {
+        std::vector<TextObservation> observations;
         linesRead = 0;
         for (const std::string& line : lines_) {
-            observations.emplace_back(TextObservation({}, {{line, 1.0f}}));
+            observations.push_back({{}, {{line, 1.0f}}});
             ++linesRead;
             if (request.isEnough && request.isEnough(line))
                 break;
@@ -71,14 +61,9 @@ private:
         return observations;
     }
 
-    Script script_;
+    TextResult result_;
     std::vector<std::string> lines_;
 };
-
-inline Script reporting(std::vector<Observation> results) {
-    return {.report = RequestReport{.results = std::move(results), .error = std::nullopt},
-            .failure = std::nullopt};
-}
 
 // Covers fraction of the bitmap, from its upper left corner.
 inline RectangleObservation rectangleOf(double width, double height) {

@@ -108,12 +108,12 @@ private:
                          const std::optional<RectangleObservation>& rectangle);
 
     const std::span<const std::string_view> keywords_;
-    const std::int64_t keywordMatchThreshold_ = 3;
-    const std::int64_t singleKeywordFuzzyThreshold_ = 4;
-    const double rectangleAreaThreshold_ = 0.15;
-    const double mrzConfidenceWeight_ = 0.5;
-    const double keywordConfidenceWeight_ = 0.4;
-    const double rectConfidenceWeight_ = 0.1;
+    const std::int64_t keywordMatchThreshold_;
+    const std::int64_t singleKeywordFuzzyThreshold_;
+    const double rectangleAreaThreshold_;
+    const double mrzConfidenceWeight_;
+    const double keywordConfidenceWeight_;
+    const double rectConfidenceWeight_;
     const PlatformServices services_;
     const ValidationEffort effort_;
 };

@@ -8,7 +8,7 @@ CameraSource::Assembled parsePipeline(const std::string& description) {
         gst_parse_launch_full(description.c_str(), nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &error));
     const ErrorHandle owner(error);
     if (!pipeline)
-        return CaptureError{error ? error->message : "GStreamer makes no pipeline"};
+        return tl::unexpected(CaptureError{error ? error->message : "GStreamer makes no pipeline"});
     return pipeline;
 }
 

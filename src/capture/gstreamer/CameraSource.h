@@ -8,7 +8,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <variant>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace kestrelid::capture {
@@ -20,7 +20,7 @@ inline constexpr const char* kFilterName = "filter";  // capsfilter whose buffer
 // A camera, or a file that stands for one, after it was opened. Thread: any.
 class CameraSource {
 public:
-    using Assembled = std::variant<ElementHandle, CaptureError>;
+    using Assembled = tl::expected<ElementHandle, CaptureError>;
 
     CameraSource() = default;
     CameraSource(const CameraSource&) = delete;
@@ -45,6 +45,8 @@ public:
         return nullptr;
     }
 };
+
+using OpenedSource = tl::expected<std::shared_ptr<const CameraSource>, CaptureError>;
 
 // A pipeline as gst_parse_launch() takes it.
 [[nodiscard]] CameraSource::Assembled parsePipeline(const std::string& description);

@@ -47,18 +47,19 @@ DeviceSource::DeviceSource(std::shared_ptr<DeviceWatch> watch, DeviceHandle devi
                            std::vector<VideoFormat> formats)
     : watch_(std::move(watch)), device_(std::move(device)), formats_(std::move(formats)) {}
 
-DeviceSource::Opened DeviceSource::open() const {
+OpenedSource DeviceSource::open() const {
     const ElementHandle pipeline = adopt(gst_pipeline_new(nullptr));
     GstElement* element = gst_device_create_element(device_.get(), nullptr);
     if (!element)
-        return CaptureError{"GStreamer makes no source for this camera"};
+        return tl::unexpected(CaptureError{"GStreamer makes no source for this camera"});
     gst_bin_add(GST_BIN(pipeline.get()), element);
     const auto change = gst_element_set_state(pipeline.get(), GST_STATE_READY);
     const BusHandle bus(gst_element_get_bus(pipeline.get()));
     const MessageHandle message(gst_bus_pop_filtered(bus.get(), GST_MESSAGE_ERROR));
     gst_element_set_state(pipeline.get(), GST_STATE_NULL);
     if (change == GST_STATE_CHANGE_FAILURE)
-        return CaptureError{message ? errorText(message.get()) : "the camera does not open"};
+        return tl::unexpected(
+            CaptureError{message ? errorText(message.get()) : "the camera does not open"});
     return shared_from_this();
 }
 
@@ -72,18 +73,17 @@ CameraSource::Assembled DeviceSource::assemble(const VideoFormat& format) const 
         (format.encoding == Encoding::jpeg ? " ! jpegdec" : "") +
         " ! videoconvert ! video/x-raw,format=" + shown + " ! appsink name=" + kSinkName +
         " sync=false async=false max-buffers=1 drop=true");
-    auto* pipeline = std::get_if<ElementHandle>(&assembled);
-    if (!pipeline)
+    if (!assembled)
         return assembled;
     GstElement* element = gst_device_create_element(device_.get(), nullptr);
     if (!element)
-        return CaptureError{"GStreamer makes no source for this camera"};
-    gst_bin_add(GST_BIN(pipeline->get()), element);
-    const ElementHandle filter(gst_bin_get_by_name(GST_BIN(pipeline->get()), kFilterName));
+        return tl::unexpected(CaptureError{"GStreamer makes no source for this camera"});
+    gst_bin_add(GST_BIN(assembled->get()), element);
+    const ElementHandle filter(gst_bin_get_by_name(GST_BIN(assembled->get()), kFilterName));
     const CapsHandle caps = capsFor(format);
     g_object_set(filter.get(), "caps", caps.get(), nullptr);
     if (!gst_element_link(element, filter.get()))
-        return CaptureError{"the camera does not deliver what it announces"};
+        return tl::unexpected(CaptureError{"the camera does not deliver what it announces"});
     return assembled;
 }
 

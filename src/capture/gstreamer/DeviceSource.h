@@ -6,7 +6,6 @@
 
 #include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 namespace kestrelid::capture {
@@ -14,13 +13,11 @@ namespace kestrelid::capture {
 // A camera of the machine.
 class DeviceSource final : public CameraSource, public std::enable_shared_from_this<DeviceSource> {
 public:
-    using Opened = std::variant<std::shared_ptr<const CameraSource>, CaptureError>;
-
     DeviceSource(std::shared_ptr<DeviceWatch> watch, DeviceHandle device,
                  std::vector<VideoFormat> formats);
 
     // Tries whether the device opens, and lets it go again.
-    [[nodiscard]] Opened open() const;
+    [[nodiscard]] OpenedSource open() const;
 
     const std::vector<VideoFormat>& formats() const override { return formats_; }
     bool isFile() const override { return false; }

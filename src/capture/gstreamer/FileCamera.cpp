@@ -24,26 +24,26 @@ bool isPicture(const std::filesystem::path& path) {
            imagefile::ImageFormat::unknown;
 }
 
-GStreamerDevice::Opened openPicture(const std::filesystem::path& path) {
+OpenedSource openPicture(const std::filesystem::path& path) {
     const ImageResult decoded = readImage(path);
     if (const auto* error = std::get_if<ImageError>(&decoded))
-        return CaptureError{error->cause};
+        return tl::unexpected(CaptureError{error->cause});
     const Image upright = std::get<Image>(decoded).upright();
     auto source = upright.bitmap() ? PictureSource::make(*upright.bitmap()) : nullptr;
     if (!source)
-        return CaptureError{"the picture cannot be scaled"};
+        return tl::unexpected(CaptureError{"the picture cannot be scaled"});
     return source;
 }
 
 }  // namespace
 
-GStreamerDevice::Opened openCameraFile(const std::filesystem::path& path) noexcept {
+OpenedSource openCameraFile(const std::filesystem::path& path) noexcept {
     try {
         if (!startGStreamer())
-            return CaptureError{"GStreamer does not start"};
+            return tl::unexpected(CaptureError{"GStreamer does not start"});
         return isPicture(path) ? openPicture(path) : VideoFileSource::open(path);
     } catch (const std::exception& error) {
-        return CaptureError{error.what()};
+        return tl::unexpected(CaptureError{error.what()});
     }
 }
 

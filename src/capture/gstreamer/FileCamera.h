@@ -7,6 +7,6 @@
 namespace kestrelid::capture {
 
 // Opens a picture or video file as a camera; the error has the cause, without the file's name.
-[[nodiscard]] GStreamerDevice::Opened openCameraFile(const std::filesystem::path& path) noexcept;
+[[nodiscard]] OpenedSource openCameraFile(const std::filesystem::path& path) noexcept;
 
 }  // namespace kestrelid::capture

@@ -99,9 +99,9 @@ std::vector<CameraDescription> GStreamerCapturePlatform::cameras() {
     std::vector<CameraDescription> all;
     if (const auto file = cameraFile(options_)) {
         const auto opened = openCameraFile(*file);
-        if (const auto* source = std::get_if<std::shared_ptr<const CameraSource>>(&opened))
+        if (opened)
             all.push_back({.name = file->filename().string(),
-                           .formats = cameraFormats((*source)->formats())});
+                           .formats = cameraFormats((*opened)->formats())});
         return all;
     }
     for (const FoundCamera& camera : find())
@@ -113,10 +113,9 @@ std::vector<ServiceStatus> GStreamerCapturePlatform::diagnose() {
     std::vector<ServiceStatus> all = diagnoseGStreamer();
     if (const auto file = cameraFile(options_)) {
         const auto opened = openCameraFile(*file);
-        const auto* error = std::get_if<CaptureError>(&opened);
         all.push_back({.name = "camera file " + file->filename().string(),
-                       .available = !error,
-                       .details = error ? error->description : "can be played"});
+                       .available = opened.has_value(),
+                       .details = opened ? "can be played" : opened.error().description});
         return all;
     }
     const std::vector<CameraDescription> found = cameras();
@@ -143,10 +142,9 @@ GStreamerCapturePlatform::makeInput(std::shared_ptr<CaptureDevice> device) {
     if (!own)
         return CaptureError{"not a camera of this platform"};
     auto opened = own->open();
-    if (auto* error = std::get_if<CaptureError>(&opened))
-        return *std::move(error);
-    return std::make_shared<GStreamerInput>(
-        std::get<std::shared_ptr<const CameraSource>>(std::move(opened)), own->mounting());
+    if (!opened)
+        return opened.error();
+    return std::make_shared<GStreamerInput>(*std::move(opened), own->mounting());
 }
 
 }  // namespace kestrelid::capture

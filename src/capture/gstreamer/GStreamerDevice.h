@@ -9,16 +9,13 @@
 #include <memory>
 #include <string>
 #include <utility>
-#include <variant>
 
 namespace kestrelid::capture {
 
 // A camera or file before it is opened.
 class GStreamerDevice final : public CaptureDevice {
 public:
-    using Opened = std::variant<std::shared_ptr<const CameraSource>, CaptureError>;
-
-    GStreamerDevice(std::string name, Mounting mounting, std::function<Opened()> open)
+    GStreamerDevice(std::string name, Mounting mounting, std::function<OpenedSource()> open)
         : name_(std::move(name)), mounting_(mounting), open_(std::move(open)) {}
 
     std::string name() const override { return name_; }
@@ -26,12 +23,12 @@ public:
     bool isMirrored() const override { return mounting_.isMirrored; }
 
     [[nodiscard]] const Mounting& mounting() const { return mounting_; }
-    [[nodiscard]] Opened open() const { return open_(); }
+    [[nodiscard]] OpenedSource open() const { return open_(); }
 
 private:
     const std::string name_;
     const Mounting mounting_;
-    const std::function<Opened()> open_;
+    const std::function<OpenedSource()> open_;
 };
 
 }  // namespace kestrelid::capture

@@ -49,10 +49,10 @@ void answer(Request request) {
     Exposure& exposure = *std::get<std::shared_ptr<Exposure>>(request.outcome);
     if (!exposure.file)
         exposure.file = encodePhoto(exposure.still, exposure.settings);
-    if (const auto* error = std::get_if<ImageError>(&*exposure.file))
-        return fail({error->cause});
-    request.delegate->didFinishProcessingPhoto(
-        {.fileDataRepresentation = std::get<std::vector<std::byte>>(*exposure.file)}, std::nullopt);
+    const imagefile::FileBytes& file = *exposure.file;
+    if (!file)
+        return fail({file.error().cause});
+    request.delegate->didFinishProcessingPhoto({.fileDataRepresentation = *file}, std::nullopt);
 }
 
 }  // namespace

@@ -27,12 +27,11 @@ imagefile::FileBytes encode(const Bitmap& bitmap, const PhotoDimensions& bound,
     if (!fits(size, bound)) {
         scaled = convertToBgra(bitmap, scaledInto(size, bound));
         if (!scaled)
-            return ImageError{"no memory for the photo"};
+            return tl::unexpected(ImageError{"no memory for the photo"});
     }
     imagefile::FileBytes file = imagefile::encodeJpeg(scaled ? *scaled : bitmap, kQuality);
-    if (const auto* bytes = std::get_if<std::vector<std::byte>>(&file);
-        bytes && orientation != Orientation::up)
-        return imagefile::withOrientation(*bytes, orientation);
+    if (file && orientation != Orientation::up)
+        return imagefile::withOrientation(*file, orientation);
     return file;
 }
 
@@ -41,7 +40,7 @@ imagefile::FileBytes fromJpeg(GstSample* sample, const PhotoDimensions& bound,
     GstMapInfo map;
     GstBuffer* buffer = gst_sample_get_buffer(sample);
     if (!gst_buffer_map(buffer, &map, GST_MAP_READ))
-        return ImageError{"the camera's frame cannot be read"};
+        return tl::unexpected(ImageError{"the camera's frame cannot be read"});
     const auto* first = reinterpret_cast<const std::byte*>(map.data);
     const std::vector<std::byte> own(first, first + map.size);
     gst_buffer_unmap(buffer, &map);
@@ -54,7 +53,7 @@ imagefile::FileBytes fromJpeg(GstSample* sample, const PhotoDimensions& bound,
         return orientation == Orientation::up ? own : imagefile::withOrientation(own, orientation);
     const ImageResult decoded = imagefile::decodeJpeg(own, {});
     if (const auto* error = std::get_if<ImageError>(&decoded))
-        return *error;
+        return tl::unexpected(*error);
     return encode(*std::get<Image>(decoded).bitmap(), bound, orientation);
 }
 
@@ -64,8 +63,9 @@ imagefile::FileBytes fromSample(GstSample* sample, const PhotoDimensions& bound,
     if (gst_structure_has_name(gst_caps_get_structure(caps, 0), "image/jpeg"))
         return fromJpeg(sample, bound, orientation);
     const std::optional<Bitmap> bitmap = convertToBgra(sample, bound);
-    return bitmap ? encode(*bitmap, {}, orientation)
-                  : ImageError{"the camera's pixels cannot be converted"};
+    if (!bitmap)
+        return tl::unexpected(ImageError{"the camera's pixels cannot be converted"});
+    return encode(*bitmap, {}, orientation);
 }
 
 }  // namespace
@@ -77,7 +77,7 @@ imagefile::FileBytes encodePhoto(const Still& still, const PhotoSettings& settin
         return fromSample(std::get<SampleHandle>(still.pixels).get(), settings.maxPhotoDimensions,
                           still.orientation);
     } catch (const std::bad_alloc&) {
-        return ImageError{};  // a cause would need memory
+        return tl::unexpected(ImageError{});  // a cause would need memory
     }
 }
 

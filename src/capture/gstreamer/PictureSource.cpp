@@ -75,10 +75,9 @@ CameraSource::Assembled PictureSource::assemble(const VideoFormat& /*format*/) c
     Assembled assembled = parsePipeline(std::string("appsrc name=") + kSourceName +
                                         " format=time ! appsink name=" + kSinkName +
                                         " sync=true max-buffers=1 drop=true");
-    auto* pipeline = std::get_if<ElementHandle>(&assembled);
-    if (!pipeline)
+    if (!assembled)
         return assembled;
-    const ElementHandle source(gst_bin_get_by_name(GST_BIN(pipeline->get()), kSourceName));
+    const ElementHandle source(gst_bin_get_by_name(GST_BIN(assembled->get()), kSourceName));
     const CapsHandle caps(gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "BGRx",
                                               "width", G_TYPE_INT, live_.width(), "height",
                                               G_TYPE_INT, live_.height(), "framerate",

@@ -216,11 +216,10 @@ bool SessionEngine::open(Lock& lock, const VideoFormat& format, bool forStill,
     lock.unlock();
     const CameraSource& source = active_->source();
     CameraSource::Assembled assembled = source.assemble(format);
-    auto* made = std::get_if<ElementHandle>(&assembled);
     bool plays = false;
-    if (made) {
-        pipeline_ =
-            std::make_unique<LivePipeline>(std::move(*made), source.isFile(), shared_from_this());
+    if (assembled) {
+        pipeline_ = std::make_unique<LivePipeline>(*std::move(assembled), source.isFile(),
+                                                   shared_from_this());
         pipeline_->holdFrames(forStill);
         if (forStill)
             pipeline_->armStill(format);

@@ -38,7 +38,7 @@ std::string causeOf(GstElement* pipeline) {
 }
 
 // The format of the first frame.
-std::variant<VideoFormat, CaptureError> probe(GstElement* pipeline) {
+tl::expected<VideoFormat, CaptureError> probe(GstElement* pipeline) {
     const ElementHandle sink(gst_bin_get_by_name(GST_BIN(pipeline), kSinkName));
     gst_element_set_state(pipeline, GST_STATE_PAUSED);
     const auto change = gst_element_get_state(pipeline, nullptr, nullptr, kOpeningTime);
@@ -47,7 +47,7 @@ std::variant<VideoFormat, CaptureError> probe(GstElement* pipeline) {
         first.reset(gst_app_sink_try_pull_preroll(GST_APP_SINK(sink.get()), 0));
     GstVideoInfo info;
     if (!first || !gst_video_info_from_caps(&info, gst_sample_get_caps(first.get())))
-        return CaptureError{"video: " + causeOf(pipeline)};
+        return tl::unexpected(CaptureError{"video: " + causeOf(pipeline)});
     return VideoFormat{.width = GST_VIDEO_INFO_WIDTH(&info),
                        .height = GST_VIDEO_INFO_HEIGHT(&info),
                        .rate = {.numerator = GST_VIDEO_INFO_FPS_N(&info),
@@ -58,23 +58,22 @@ std::variant<VideoFormat, CaptureError> probe(GstElement* pipeline) {
 
 }  // namespace
 
-VideoFileSource::Opened VideoFileSource::open(const std::filesystem::path& path) {
+OpenedSource VideoFileSource::open(const std::filesystem::path& path) {
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(path, error);
     const TextHandle uri(error ? nullptr : gst_filename_to_uri(absolute.c_str(), nullptr));
     if (!uri)
-        return CaptureError{"the path cannot be used"};
-    Assembled assembled =
+        return tl::unexpected(CaptureError{"the path cannot be used"});
+    const Assembled pipeline =
         parsePipeline(kDecoder + " ! appsink sync=false name=" + std::string(kSinkName));
-    if (auto* failure = std::get_if<CaptureError>(&assembled))
-        return *std::move(failure);
-    const ElementHandle& pipeline = std::get<ElementHandle>(assembled);
-    setUri(pipeline.get(), uri.get());
-    auto probed = probe(pipeline.get());
-    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
-    if (auto* failure = std::get_if<CaptureError>(&probed))
-        return *std::move(failure);
-    return std::make_shared<const VideoFileSource>(uri.get(), std::get<VideoFormat>(probed));
+    if (!pipeline)
+        return tl::unexpected(pipeline.error());
+    setUri(pipeline->get(), uri.get());
+    const auto format = probe(pipeline->get());
+    gst_element_set_state(pipeline->get(), GST_STATE_NULL);
+    if (!format)
+        return tl::unexpected(format.error());
+    return std::make_shared<const VideoFileSource>(uri.get(), *format);
 }
 
 VideoFileSource::VideoFileSource(std::string uri, VideoFormat format)
@@ -86,8 +85,8 @@ CameraSource::Assembled VideoFileSource::assemble(const VideoFormat& format) con
         kDecoder + " ! videoconvert ! videoscale ! video/x-raw,format=(string){BGRA,BGRx},width=" +
         std::to_string(live.width) + ",height=" + std::to_string(live.height) +
         " ! appsink name=" + kSinkName + " sync=true max-buffers=1 drop=true");
-    if (const auto* pipeline = std::get_if<ElementHandle>(&assembled))
-        setUri(pipeline->get(), uri_);
+    if (assembled)
+        setUri(assembled->get(), uri_);
     return assembled;
 }
 

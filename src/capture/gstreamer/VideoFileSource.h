@@ -4,17 +4,14 @@
 
 #include <filesystem>
 #include <string>
-#include <variant>
 
 namespace kestrelid::capture {
 
 // A video file as a camera: in its own time, over and over.
 class VideoFileSource final : public CameraSource {
 public:
-    using Opened = std::variant<std::shared_ptr<const CameraSource>, CaptureError>;
-
     // Decodes the first frame to learn its size.
-    [[nodiscard]] static Opened open(const std::filesystem::path& path);
+    [[nodiscard]] static OpenedSource open(const std::filesystem::path& path);
 
     VideoFileSource(std::string uri, VideoFormat format);
 

@@ -29,7 +29,7 @@ void* openSystemLibrary() {
 // One arena for all models. An arena of each session's own would hold the largest picture's memory
 // once for each model. It doubles when it grows: an arena that grows by what is asked for keeps a
 // piece of memory for every size of picture that it has seen, and fits nothing else into it.
-std::optional<RequestError> shareArena(const OrtApi& api, OrtEnv* environment) {
+std::optional<Failure> shareArena(const OrtApi& api, OrtEnv* environment) {
     OrtMemoryInfo* rawMemory = nullptr;
     if (auto error = onnxError(
             api, api.CreateCpuMemoryInfo(OrtArenaAllocator, OrtMemTypeDefault, &rawMemory)))
@@ -65,12 +65,12 @@ OnnxRuntime::Loaded OnnxRuntime::load(const ResourceFolders& resources) {
     if (void* handle = openSystemLibrary())
         return start(handle);
     if (!refusal.empty())
-        return RequestError{"ONNX Runtime cannot be loaded (" + refusal +
-                            "): " + std::string(kResourceRemedy)};
-    return resources.missing(
+        return failure("ONNX Runtime cannot be loaded (" + refusal +
+                       "): " + std::string(kResourceRemedy));
+    return failure(resources.missing(
         kOnnxLibraryName,
         std::string(kResourceRemedy) +
-            ", or install Debian's libonnxruntime-dev or libonnxruntime1.x where they exist");
+            ", or install Debian's libonnxruntime-dev or libonnxruntime1.x where they exist"));
 }
 
 OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
@@ -78,8 +78,8 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
     const auto getApiBase = reinterpret_cast<GetApiBase>(dlsym(handle, "OrtGetApiBase"));
     Dl_info place{};
     if (!getApiBase || dladdr(reinterpret_cast<const void*>(getApiBase), &place) == 0)
-        return RequestError{std::string(kOnnxLibraryName) +
-                            " is not ONNX Runtime: " + std::string(kResourceRemedy)};
+        return failure(std::string(kOnnxLibraryName) +
+                       " is not ONNX Runtime: " + std::string(kResourceRemedy));
 
     const std::shared_ptr<OnnxRuntime> runtime(new OnnxRuntime);
     const OrtApiBase& base = *getApiBase();
@@ -88,9 +88,8 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
     const unsigned level = onnxApiLevel(runtime->version_);
     runtime->api_ = level >= kOldestApiLevel ? base.GetApi(level) : nullptr;
     if (!runtime->api_)
-        return RequestError{"ONNX Runtime " + runtime->version_ + " at " +
-                            runtime->library_.string() +
-                            " is too old: " + std::string(kResourceRemedy)};
+        return failure("ONNX Runtime " + runtime->version_ + " at " + runtime->library_.string() +
+                       " is too old: " + std::string(kResourceRemedy));
 
     const OrtApi& api = *runtime->api_;
     // A library must not write to its host's standard error: failures come back as statuses.
@@ -110,7 +109,7 @@ OnnxRuntime::~OnnxRuntime() {
         api_->ReleaseEnv(environment_);
 }
 
-OnnxRuntime::Opened OnnxRuntime::open(const std::filesystem::path& model, int threads) const {
+Expected<OnnxSession> OnnxRuntime::open(const std::filesystem::path& model, int threads) const {
     return OnnxSession::open(shared_from_this(), model.string(), threads);
 }
 

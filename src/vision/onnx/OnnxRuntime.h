@@ -7,7 +7,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <variant>
 
 struct OrtApi;
 struct OrtEnv;
@@ -23,8 +22,7 @@ inline constexpr std::string_view kOnnxLibraryName = "libonnxruntime.so";
 // ONNX Runtime, loaded while the program runs. Thread: any.
 class OnnxRuntime : public std::enable_shared_from_this<OnnxRuntime> {
 public:
-    using Loaded = std::variant<std::shared_ptr<const OnnxRuntime>, RequestError>;
-    using Opened = std::variant<OnnxSession, RequestError>;
+    using Loaded = Expected<std::shared_ptr<const OnnxRuntime>>;
 
     // Takes the library from the resource folders, else the system's.
     [[nodiscard]] static Loaded load(const ResourceFolders& resources);
@@ -37,7 +35,7 @@ public:
     [[nodiscard]] const std::filesystem::path& library() const noexcept { return library_; }
 
     // threads: those that share the work of one run, the calling one included.
-    [[nodiscard]] Opened open(const std::filesystem::path& model, int threads) const;
+    [[nodiscard]] Expected<OnnxSession> open(const std::filesystem::path& model, int threads) const;
 
 private:
     friend class OnnxSession;

@@ -13,7 +13,7 @@ namespace {
 // Settings for many pictures of many sizes one after another: a memory pattern is planned again for
 // each size, and spinning threads take the cores from other requests. The arena stays on: threads
 // share it, where the heap would keep a large picture's memory once for every thread.
-std::optional<RequestError> configure(const OrtApi& api, OrtSessionOptions& options, int threads) {
+std::optional<Failure> configure(const OrtApi& api, OrtSessionOptions& options, int threads) {
     if (auto error = onnxError(api, api.SetIntraOpNumThreads(&options, std::max(threads, 1))))
         return error;
     if (auto error = onnxError(api, api.SetInterOpNumThreads(&options, 1)))
@@ -33,9 +33,8 @@ std::optional<RequestError> configure(const OrtApi& api, OrtSessionOptions& opti
 
 using NameCall = OrtStatus* (*)(const OrtSession*, std::size_t, OrtAllocator*, char**);
 
-std::optional<RequestError> readNames(const OrtApi& api, const OrtSession& session,
-                                      std::size_t count, NameCall call,
-                                      std::vector<std::string>& names) {
+std::optional<Failure> readNames(const OrtApi& api, const OrtSession& session, std::size_t count,
+                                 NameCall call, std::vector<std::string>& names) {
     OrtAllocator* allocator = nullptr;
     if (auto error = onnxError(api, api.GetAllocatorWithDefaultOptions(&allocator)))
         return error;
@@ -49,8 +48,8 @@ std::optional<RequestError> readNames(const OrtApi& api, const OrtSession& sessi
     return std::nullopt;
 }
 
-std::optional<RequestError> readShape(const OrtApi& api, const OrtValue& value,
-                                      std::vector<std::int64_t>& shape) {
+std::optional<Failure> readShape(const OrtApi& api, const OrtValue& value,
+                                 std::vector<std::int64_t>& shape) {
     OrtTensorTypeAndShapeInfo* raw = nullptr;
     if (auto error = onnxError(api, api.GetTensorTypeAndShape(&value, &raw)))
         return error;
@@ -61,7 +60,7 @@ std::optional<RequestError> readShape(const OrtApi& api, const OrtValue& value,
     if (auto error = onnxError(api, api.GetTensorElementType(raw, &type)))
         return error;
     if (type != ONNX_TENSOR_ELEMENT_DATA_TYPE_FLOAT)
-        return RequestError{"ONNX Runtime: the model gives something else than float values"};
+        return failure("ONNX Runtime: the model gives something else than float values");
     if (auto error = onnxError(api, api.GetDimensionsCount(raw, &dimensions)))
         return error;
     shape.resize(dimensions);
@@ -75,15 +74,14 @@ std::vector<const char*> pointers(const std::vector<std::string>& names) {
     return result;
 }
 
-RequestError ending() {
-    return {"ONNX Runtime: the program is ending"};
+Failure ending() {
+    return failure("ONNX Runtime: the program is ending");
 }
 
 }  // namespace
 
-std::variant<OnnxSession, RequestError>
-OnnxSession::open(std::shared_ptr<const OnnxRuntime> runtime, const std::string& model,
-                  int threads) {
+Expected<OnnxSession> OnnxSession::open(std::shared_ptr<const OnnxRuntime> runtime,
+                                        const std::string& model, int threads) {
     const ExitGate::Pass pass;
     if (!pass)
         return ending();
@@ -99,7 +97,7 @@ OnnxSession::open(std::shared_ptr<const OnnxRuntime> runtime, const std::string&
     OrtSession* rawSession = nullptr;
     if (auto error = onnxError(api, api.CreateSession(runtime->environment_, model.c_str(),
                                                       options.get(), &rawSession)))
-        return RequestError{error->description + " (" + model + ")"};
+        return failure(error->value().description + " (" + model + ")");
     OnnxSession session;
     // The environment must outlive its sessions, so each holds the runtime.
     session.session_ = std::shared_ptr<OrtSession>(
@@ -121,13 +119,13 @@ OnnxSession::open(std::shared_ptr<const OnnxRuntime> runtime, const std::string&
     return session;
 }
 
-OnnxSession::Outputs OnnxSession::run(std::span<const OnnxInput> inputs) const {
+Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> inputs) const {
     const ExitGate::Pass pass;
     if (!pass)
         return ending();
     const OrtApi& api = *runtime_->api_;
     if (inputs.size() != inputNames_.size())
-        return RequestError{"ONNX Runtime: the model takes another number of inputs"};
+        return failure("ONNX Runtime: the model takes another number of inputs");
     const auto owned = [this](OrtValue* value) {
         return std::shared_ptr<OrtValue>(value, [runtime = runtime_](OrtValue* old) {
             if (old)
@@ -159,14 +157,14 @@ OnnxSession::Outputs OnnxSession::run(std::span<const OnnxInput> inputs) const {
     const auto inputNames = pointers(inputNames_);
     const auto outputNames = pointers(outputNames_);
     std::vector<OrtValue*> rawOutputs(outputNames.size(), nullptr);
-    auto failure = onnxError(api, api.Run(session_.get(), nullptr, inputNames.data(),
-                                          rawInputs.data(), rawInputs.size(), outputNames.data(),
-                                          outputNames.size(), rawOutputs.data()));
+    const auto refusal = onnxError(
+        api, api.Run(session_.get(), nullptr, inputNames.data(), rawInputs.data(), rawInputs.size(),
+                     outputNames.data(), outputNames.size(), rawOutputs.data()));
     std::vector<OnnxTensor> outputs(rawOutputs.size());
     for (std::size_t index = 0; index < outputs.size(); ++index)
         outputs[index].value_ = owned(rawOutputs[index]);
-    if (failure)
-        return *failure;
+    if (refusal)
+        return *refusal;
     for (auto& output : outputs) {
         if (auto error = readShape(api, *output.value_, output.shape_))
             return *error;

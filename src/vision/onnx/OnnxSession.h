@@ -1,12 +1,11 @@
 #pragma once
 
-#include <kestrelid/VisionServices.h>
+#include "vision/onnx/Failure.h"
 
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
-#include <variant>
 #include <vector>
 
 struct OrtSession;
@@ -39,17 +38,15 @@ private:
 // A model ready to run. Thread: any, several runs at once.
 class OnnxSession {
 public:
-    using Outputs = std::variant<std::vector<OnnxTensor>, RequestError>;
-
     // One input for each of the model's, in its order; so are the outputs.
-    [[nodiscard]] Outputs run(std::span<const OnnxInput> inputs) const;
+    [[nodiscard]] Expected<std::vector<OnnxTensor>> run(std::span<const OnnxInput> inputs) const;
 
 private:
     friend class OnnxRuntime;
 
     OnnxSession() = default;
-    [[nodiscard]] static std::variant<OnnxSession, RequestError>
-    open(std::shared_ptr<const OnnxRuntime> runtime, const std::string& model, int threads);
+    [[nodiscard]] static Expected<OnnxSession> open(std::shared_ptr<const OnnxRuntime> runtime,
+                                                    const std::string& model, int threads);
 
     std::shared_ptr<const OnnxRuntime> runtime_;
     std::shared_ptr<OrtSession> session_;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kestrelid/VisionServices.h>
+#include "vision/onnx/Failure.h"
 
 #include <onnxruntime_c_api.h>
 
@@ -10,10 +10,10 @@
 namespace kestrelid::vision {
 
 // Takes the status that a call of the runtime gave; none where the call succeeded.
-[[nodiscard]] inline std::optional<RequestError> onnxError(const OrtApi& api, OrtStatus* status) {
+[[nodiscard]] inline std::optional<Failure> onnxError(const OrtApi& api, OrtStatus* status) {
     if (!status)
         return std::nullopt;
-    RequestError error{std::string("ONNX Runtime: ") + api.GetErrorMessage(status)};
+    Failure error = failure(std::string("ONNX Runtime: ") + api.GetErrorMessage(status));
     api.ReleaseStatus(status);
     return error;
 }

@@ -1,6 +1,5 @@
 #include "vision/onnx/ResourceFolders.h"
 
-#include <string>
 #include <system_error>
 #include <utility>
 
@@ -19,13 +18,13 @@ std::optional<std::filesystem::path> ResourceFolders::find(std::string_view name
     return std::nullopt;
 }
 
-RequestError ResourceFolders::missing(std::string_view name, std::string_view remedy) const {
+std::string ResourceFolders::missing(std::string_view name, std::string_view remedy) const {
     std::string places;
     for (const auto& folder : folders_)
         places += (places.empty() ? " in " : ", ") + folder.string();
     if (places.empty())
         places = " (no resource folder was given)";
-    return {std::string(name) + " was not found" + places + ": " + std::string(remedy)};
+    return std::string(name) + " was not found" + places + ": " + std::string(remedy);
 }
 
 }  // namespace kestrelid::vision

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <kestrelid/VisionServices.h>
-
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -19,8 +18,8 @@ public:
     [[nodiscard]] std::optional<std::filesystem::path> find(std::string_view name) const;
 
     // What to tell a user who lacks the file: its name, where it was looked for, and the remedy.
-    [[nodiscard]] RequestError missing(std::string_view name,
-                                       std::string_view remedy = kResourceRemedy) const;
+    [[nodiscard]] std::string missing(std::string_view name,
+                                      std::string_view remedy = kResourceRemedy) const;
 
 private:
     std::vector<std::filesystem::path> folders_;

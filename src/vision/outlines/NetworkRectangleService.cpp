@@ -31,15 +31,13 @@ Opened openNetwork(const ResourceFolders& resources) {
     const std::string without = "; outlines come from the classical finder alone";
     const auto path = resources.find(kModelName);
     if (!path)
-        return {nullptr,
-                {name, false, resources.missing(kModelName, kRemedy).description + without}};
+        return {nullptr, {name, false, resources.missing(kModelName, kRemedy) + without}};
     const auto runtime = OnnxRuntime::load(resources);
-    if (const auto* error = std::get_if<RequestError>(&runtime))
-        return {nullptr, {name, false, error->description + without}};
-    auto session = std::get<std::shared_ptr<const OnnxRuntime>>(runtime)->open(*path, 1);
-    if (const auto* error = std::get_if<RequestError>(&session))
-        return {nullptr, {name, false, error->description + without}};
-    return {std::make_shared<const OutlineNetwork>(std::get<OnnxSession>(std::move(session))),
+    auto session = runtime.and_then(
+        [&](const auto& onnx) -> Expected<OnnxSession> { return onnx->open(*path, 1); });
+    if (!session)
+        return {nullptr, {name, false, session.error().description + without}};
+    return {std::make_shared<const OutlineNetwork>(*std::move(session)),
             {name, true, path->string()}};
 }
 
@@ -84,9 +82,8 @@ RectangleObservation observationOf(const WeighedOutline& found, cv::Size size) {
 
 // What the network saw, most confident first, no two of one document, corners in pixels of the
 // picture; none where it could not look.
-std::optional<std::vector<WeighedOutline>> seenIn(const OutlineNetwork::Maps& looked, cv::Size size,
+std::optional<std::vector<WeighedOutline>> seenIn(const OutlineNetwork::Maps& maps, cv::Size size,
                                                   const RectangleRequest& request) {
-    const auto* maps = std::get_if<OutlineMaps>(&looked);
     if (!maps)
         return std::nullopt;
     auto all = weighed(outlinesOf(*maps));
@@ -110,14 +107,11 @@ std::optional<std::vector<WeighedOutline>> seenIn(const OutlineNetwork::Maps& lo
 // Adds what others found; of two that are one outline the more confident stays.
 void addOthers(RectangleService& service, const Bitmap& bitmap, const RectangleRequest& request,
                std::vector<RectangleObservation>& found) {
-    std::vector<RectangleObservation> others;
-    // The other finder's failure is no reason to give up what the network saw.
-    (void)service.perform(bitmap, request, [&](const RequestReport& report) {
-        for (const Observation& observation : report.results.value_or(std::vector<Observation>{}))
-            if (const auto* rectangle = std::get_if<RectangleObservation>(&observation))
-                others.push_back(*rectangle);
-    });
-    for (const RectangleObservation& other : others) {
+    const RectangleResult result = service.perform(bitmap, request);
+    const auto* others = std::get_if<std::vector<RectangleObservation>>(&result);
+    if (!others)
+        return;  // the other finder's failure is no reason to give up what the network saw
+    for (const RectangleObservation& other : *others) {
         const auto same = std::ranges::find_if(found, [&](const RectangleObservation& known) {
             return overlap(known.boundingBox, other.boundingBox) > kSameOutline;
         });
@@ -150,24 +144,21 @@ ServiceStatus NetworkRectangleService::diagnose() const {
     return openNetwork(resources_).status;
 }
 
-std::optional<RequestError> NetworkRectangleService::perform(const Bitmap& bitmap,
-                                                             const RectangleRequest& request,
-                                                             const RequestCompletion& completion) {
-    RequestReport report;
+RectangleResult NetworkRectangleService::perform(const Bitmap& bitmap,
+                                                 const RectangleRequest& request) {
     try {
         const auto net = network();
         if (!net)
-            return other_->perform(bitmap, request, completion);
+            return other_->perform(bitmap, request);
         std::vector<RectangleObservation> found;
         if (std::min(bitmap.width(), bitmap.height()) >= kShortestSide) {
             const cv::Mat picture = outlinePicture(bitmap);
             const auto first = net->look(picture);
             auto seen = seenIn(first, picture.size(), request);
             if (seen && leavesDoubt(*seen, picture.size()))
-                seen = seenIn(net->lookAllWays(picture, std::get<OutlineMaps>(first)),
-                              picture.size(), request);
+                seen = seenIn(net->lookAllWays(picture, *first), picture.size(), request);
             if (!seen)
-                return other_->perform(bitmap, request, completion);
+                return other_->perform(bitmap, request);
             for (WeighedOutline& candidate : *seen) {
                 if (candidate.confidence < static_cast<double>(request.minimumConfidence))
                     break;
@@ -180,12 +171,10 @@ std::optional<RequestError> NetworkRectangleService::perform(const Bitmap& bitma
         std::ranges::stable_sort(found, std::greater{}, &RectangleObservation::confidence);
         if (static_cast<int>(found.size()) > request.maximumObservations)
             found.resize(static_cast<std::size_t>(std::max(request.maximumObservations, 0)));
-        report.results = std::vector<Observation>(found.begin(), found.end());
+        return found;
     } catch (const std::exception& error) {
         return RequestError{std::string("Looking for a rectangle failed: ") + error.what()};
     }
-    completion(report);
-    return std::nullopt;
 }
 
 }  // namespace kestrelid::vision

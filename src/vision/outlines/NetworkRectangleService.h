@@ -35,9 +35,8 @@ public:
                             OutlineMixture mixture = OutlineMixture::doubtful);
     ~NetworkRectangleService() override;
 
-    [[nodiscard]] std::optional<RequestError> perform(const Bitmap& bitmap,
-                                                      const RectangleRequest& request,
-                                                      const RequestCompletion& completion) override;
+    [[nodiscard]] RectangleResult perform(const Bitmap& bitmap,
+                                          const RectangleRequest& request) override;
 
     // The network, loaded once for the occasion. Thread: any.
     [[nodiscard]] ServiceStatus diagnose() const;

@@ -74,17 +74,15 @@ std::vector<OutlineCandidate> findOutlines(const Bitmap& bitmap, const Rectangle
 
 }  // namespace
 
-std::optional<RequestError> OpenCvRectangleService::perform(const Bitmap& bitmap,
-                                                            const RectangleRequest& request,
-                                                            const RequestCompletion& completion) {
-    RequestReport report;
+RectangleResult OpenCvRectangleService::perform(const Bitmap& bitmap,
+                                                const RectangleRequest& request) {
     try {
         cv::Size size;
-        std::vector<Observation> observations;
+        std::vector<RectangleObservation> observations;
         for (const OutlineCandidate& candidate : findOutlines(bitmap, request, size)) {
-            observations.emplace_back(observationOf(candidate, size));
+            observations.push_back(observationOf(candidate, size));
         }
-        report.results = std::move(observations);
+        return observations;
     } catch (const std::bad_alloc&) {
         return RequestError{"Not enough memory to look for a rectangle."};
     } catch (const cv::Exception& error) {
@@ -93,8 +91,6 @@ std::optional<RequestError> OpenCvRectangleService::perform(const Bitmap& bitmap
     } catch (const std::exception& error) {
         return RequestError{std::string("Looking for a rectangle failed: ") + error.what()};
     }
-    completion(report);
-    return std::nullopt;
 }
 
 }  // namespace kestrelid::vision

@@ -15,9 +15,8 @@ namespace kestrelid::vision {
 // seen there.
 class OpenCvRectangleService final : public RectangleService {
 public:
-    [[nodiscard]] std::optional<RequestError> perform(const Bitmap& bitmap,
-                                                      const RectangleRequest& request,
-                                                      const RequestCompletion& completion) override;
+    [[nodiscard]] RectangleResult perform(const Bitmap& bitmap,
+                                          const RectangleRequest& request) override;
 };
 
 }  // namespace kestrelid::vision

@@ -49,12 +49,11 @@ OutlineNetwork::Maps OutlineNetwork::lookAllWays(const cv::Mat& picture,
     for (const auto map : kMembers)
         mean.*map = first.*map / kWays;
     for (int way = 1; way < kWays; ++way) {
-        auto seen = mapsOf(laid(square, way));
-        if (std::holds_alternative<RequestError>(seen))
+        const Maps seen = mapsOf(laid(square, way));
+        if (!seen)
             return seen;
-        const auto& maps = std::get<OutlineMaps>(seen);
         for (const auto map : kMembers)
-            mean.*map += laidBack(maps.*map, way) / kWays;
+            mean.*map += laidBack((*seen).*map, way) / kWays;
     }
     return mean;
 }
@@ -70,13 +69,13 @@ OutlineNetwork::Maps OutlineNetwork::mapsOf(const cv::Mat& square) const {
     }
     constexpr std::array<std::int64_t, 4> kShape{1, 3, kSide, kSide};
     const OnnxInput input{values, kShape};
-    auto outputs = session_.run({&input, 1});
-    if (const auto* error = std::get_if<RequestError>(&outputs))
-        return *error;
-    const OnnxTensor& tensor = std::get<std::vector<OnnxTensor>>(outputs).front();
+    const auto outputs = session_.run({&input, 1});
+    if (!outputs)
+        return Failure(outputs.error());
+    const OnnxTensor& tensor = outputs->front();
     constexpr std::size_t kMap = std::size_t{kCells} * kCells;
     if (tensor.values().size() != kMaps * kMap)
-        return RequestError{"the outline network gave maps of another size than expected"};
+        return failure("the outline network gave maps of another size than expected");
     const auto map = [&](std::size_t index) {
         const float* cells = tensor.values().data() + index * kMap;
         return cv::Mat1f(kCells, kCells, const_cast<float*>(cells)).clone();

@@ -4,8 +4,6 @@
 
 #include <opencv2/core.hpp>
 
-#include <variant>
-
 namespace kestrelid::vision {
 
 // What the network says of each cell of a picture that was stretched to a square: 0..1.
@@ -18,7 +16,7 @@ struct OutlineMaps {
 // The outline network of models/outline-net.md. Thread: any.
 class OutlineNetwork {
 public:
-    using Maps = std::variant<OutlineMaps, RequestError>;
+    using Maps = Expected<OutlineMaps>;
 
     explicit OutlineNetwork(OnnxSession session) : session_(std::move(session)) {}
 

@@ -158,13 +158,10 @@ void TesseractTextService::giveBack(std::unique_ptr<TesseractEngine> engine) {
     idle_.push_back(std::move(engine));
 }
 
-std::optional<RequestError> TesseractTextService::perform(const Bitmap& bitmap,
-                                                          const TextRequest& request,
-                                                          const RequestCompletion& completion) {
-    RequestReport report;
+TextResult TesseractTextService::perform(const Bitmap& bitmap, const TextRequest& request) {
     try {
         if (auto refusal = refuseUnlessEnglish(request))
-            return refusal;
+            return *std::move(refusal);
         auto borrowed = borrow();
         if (const auto* error = std::get_if<RequestError>(&borrowed))
             return *error;
@@ -178,13 +175,10 @@ std::optional<RequestError> TesseractTextService::perform(const Bitmap& bitmap,
             collect(std::get<TurnedLines>(read), gray.size(), collector);
         }
         giveBack(std::move(engine));
-        report.results = collector.observations();
+        return collector.observations();
     } catch (const std::exception& failure) {
         return RequestError{std::string("text recognition failed: ") + failure.what()};
     }
-    if (completion)
-        completion(report);
-    return std::nullopt;
 }
 
 std::vector<ServiceStatus> TesseractTextService::diagnose() const {

@@ -29,9 +29,7 @@ public:
     explicit TesseractTextService(TesseractOptions options = {});
     ~TesseractTextService() override;
 
-    [[nodiscard]] std::optional<RequestError> perform(const Bitmap& bitmap,
-                                                      const TextRequest& request,
-                                                      const RequestCompletion& completion) override;
+    [[nodiscard]] TextResult perform(const Bitmap& bitmap, const TextRequest& request) override;
 
     // Library and model, loaded once for the occasion. Thread: any.
     [[nodiscard]] std::vector<ServiceStatus> diagnose() const;

@@ -13,17 +13,16 @@ void LineCollector::add(CollectedLine line) {
         complete_.store(true, std::memory_order_relaxed);
 }
 
-std::vector<Observation> LineCollector::observations() const {
+std::vector<TextObservation> LineCollector::observations() const {
     std::vector<LineExtent> extents;
     extents.reserve(lines_.size());
     for (const auto& line : lines_)
         extents.push_back(line.extent);
-    std::vector<Observation> results;
+    std::vector<TextObservation> results;
     results.reserve(lines_.size());
     for (const std::size_t index : readingOrder(extents)) {
         const CollectedLine& line = lines_[index];
-        results.emplace_back(
-            TextObservation(line.bounds, {RecognizedText{line.text, line.confidence}}));
+        results.push_back({line.bounds, {{line.text, line.confidence}}});
     }
     return results;
 }

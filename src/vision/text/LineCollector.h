@@ -35,7 +35,7 @@ public:
     }
 
     // One thread, after the last add(): all lines in reading order.
-    [[nodiscard]] std::vector<Observation> observations() const;
+    [[nodiscard]] std::vector<TextObservation> observations() const;
 
 private:
     const std::function<bool(std::string_view)>& isEnough_;

@@ -27,20 +27,20 @@ std::vector<float> linePlanes(const cv::Mat& crop, int width) {
     return values;
 }
 
-LineRecognizer::Reading LineRecognizer::read(const cv::Mat& picture, const LineBox& line) const {
+Expected<CtcReading> LineRecognizer::read(const cv::Mat& picture, const LineBox& line) const {
     const cv::Mat crop = cropLine(picture, line, kLineHeight, kLongestLine);
     const int width = std::max(kShortestLine, (crop.cols + kStep - 1) / kStep * kStep);
     const std::vector<float> values = linePlanes(crop, width);
     const std::array<std::int64_t, 4> shape{1, 3, kLineHeight, width};
     const OnnxInput input{values, shape};
-    auto outputs = session_.run({&input, 1});
-    if (const auto* error = std::get_if<RequestError>(&outputs))
-        return *error;
-    const OnnxTensor& classes = std::get<std::vector<OnnxTensor>>(outputs).front();
+    const auto outputs = session_.run({&input, 1});
+    if (!outputs)
+        return Failure(outputs.error());
+    const OnnxTensor& classes = outputs->front();
     if (classes.shape().empty() ||
         classes.shape().back() != static_cast<std::int64_t>(alphabet_.classCount()))
-        return RequestError{
-            "the recognition model and its dictionary do not belong together: run tools/setup"};
+        return failure(
+            "the recognition model and its dictionary do not belong together: run tools/setup");
     return alphabet_.decode(classes.values());
 }
 

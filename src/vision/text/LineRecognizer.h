@@ -5,19 +5,16 @@
 #include "vision/text/LineBox.h"
 
 #include <utility>
-#include <variant>
 
 namespace kestrelid::vision {
 
 // Reads one line with the PP-OCRv4 recognition network. Thread: any, several lines at once.
 class LineRecognizer {
 public:
-    using Reading = std::variant<CtcReading, RequestError>;
-
     LineRecognizer(OnnxSession session, CtcAlphabet alphabet)
         : session_(std::move(session)), alphabet_(std::move(alphabet)) {}
 
-    [[nodiscard]] Reading read(const cv::Mat& picture, const LineBox& line) const;
+    [[nodiscard]] Expected<CtcReading> read(const cv::Mat& picture, const LineBox& line) const;
 
 private:
     OnnxSession session_;

@@ -33,27 +33,24 @@ std::vector<LineBox> clearestLines(const PageLines& page) {
 
 }  // namespace
 
-std::variant<float, RequestError> PageDirection::reversed(const cv::Mat& picture,
-                                                          const LineBox& line) const {
+Expected<float> PageDirection::reversed(const cv::Mat& picture, const LineBox& line) const {
     LineBox part = line;
     part.length = std::min(line.length, line.height * kInputWidth / kInputHeight);
     const std::vector<float> values =
         linePlanes(cropLine(picture, part, kInputHeight, kInputWidth), kInputWidth);
     const std::array<std::int64_t, 4> shape{1, 3, kInputHeight, kInputWidth};
     const OnnxInput input{values, shape};
-    auto outputs = classifier_.run({&input, 1});
-    if (const auto* error = std::get_if<RequestError>(&outputs))
-        return *error;
-    const OnnxTensor& answer = std::get<std::vector<OnnxTensor>>(outputs).front();
+    const auto outputs = classifier_.run({&input, 1});
+    if (!outputs)
+        return Failure(outputs.error());
+    const OnnxTensor& answer = outputs->front();
     if (answer.values().size() != 2)
-        return RequestError{
-            "the direction model does not tell two directions apart: run tools/setup"};
+        return failure("the direction model does not tell two directions apart: run tools/setup");
     return answer.values()[1];
 }
 
-std::variant<bool, RequestError> PageDirection::isReversed(const cv::Mat& picture,
-                                                           const PageLines& page,
-                                                           const LineRecognizer& recognizer) const {
+Expected<bool> PageDirection::isReversed(const cv::Mat& picture, const PageLines& page,
+                                         const LineRecognizer& recognizer) const {
     std::vector<LineBox> lines = clearestLines(page);
     const std::size_t voters = std::min(lines.size(), kVoters);
     if (voters == 0)
@@ -61,9 +58,9 @@ std::variant<bool, RequestError> PageDirection::isReversed(const cv::Mat& pictur
     float sum = 0.0f;
     for (std::size_t asked = 1; asked <= voters; ++asked) {
         const auto answer = reversed(picture, lines[asked - 1]);
-        if (const auto* error = std::get_if<RequestError>(&answer))
-            return *error;
-        sum += 2.0f * std::get<float>(answer) - 1.0f;
+        if (!answer)
+            return Failure(answer.error());
+        sum += 2.0f * *answer - 1.0f;
         const float vote = sum / static_cast<float>(asked);
         if (asked >= kLeastVoters &&
             std::abs(vote) >= (asked < voters ? kUnanimousVote : kClearVote))
@@ -81,9 +78,9 @@ std::variant<bool, RequestError> PageDirection::isReversed(const cv::Mat& pictur
         for (const bool turned : {false, true}) {
             const auto reading =
                 recognizer.read(picture, turned ? lines[index].reversed() : lines[index]);
-            if (const auto* error = std::get_if<RequestError>(&reading))
-                return *error;
-            const auto& [text, confidence] = std::get<CtcReading>(reading);
+            if (!reading)
+                return Failure(reading.error());
+            const auto& [text, confidence] = *reading;
             lead += (turned ? 1.0f : -1.0f) * confidence * static_cast<float>(text.size());
         }
     }

@@ -4,7 +4,6 @@
 #include "vision/text/LineRecognizer.h"
 
 #include <utility>
-#include <variant>
 
 namespace kestrelid::vision {
 
@@ -15,14 +14,12 @@ public:
 
     // Whether the page must be reversed to be read. Asks the direction network about the clearest
     // lines; where they do not agree, reads the clearest ones both ways.
-    [[nodiscard]] std::variant<bool, RequestError>
-    isReversed(const cv::Mat& picture, const PageLines& page,
-               const LineRecognizer& recognizer) const;
+    [[nodiscard]] Expected<bool> isReversed(const cv::Mat& picture, const PageLines& page,
+                                            const LineRecognizer& recognizer) const;
 
 private:
     // Probability that the line is upside down.
-    [[nodiscard]] std::variant<float, RequestError> reversed(const cv::Mat& picture,
-                                                             const LineBox& line) const;
+    [[nodiscard]] Expected<float> reversed(const cv::Mat& picture, const LineBox& line) const;
 
     OnnxSession classifier_;
 };

@@ -17,14 +17,13 @@ namespace {
 constexpr float kLeastConfidence = 0.5f;  // below, the box held texture or another script
 
 // A line across the page can run up or down: the better reading tells.
-LineRecognizer::Reading readLine(const LineRecognizer& recognizer, const cv::Mat& picture,
-                                 const LineBox& line) {
+Expected<CtcReading> readLine(const LineRecognizer& recognizer, const cv::Mat& picture,
+                              const LineBox& line) {
     auto reading = recognizer.read(picture, line);
-    if (!line.crosswise || std::holds_alternative<RequestError>(reading))
+    if (!line.crosswise || !reading)
         return reading;
     auto other = recognizer.read(picture, line.reversed());
-    if (const auto* reversed = std::get_if<CtcReading>(&other);
-        reversed && reversed->confidence <= std::get<CtcReading>(reading).confidence)
+    if (other && other->confidence <= reading->confidence)
         return reading;
     return other;
 }
@@ -79,9 +78,9 @@ public:
 private:
     void read(const LineBox& line) {
         auto reading = readLine(models_.recognizer, page_.picture, line);
-        if (const auto* error = std::get_if<RequestError>(&reading))
-            return fail(*error);
-        auto& [text, confidence] = std::get<CtcReading>(reading);
+        if (!reading)
+            return fail(reading.error());
+        auto& [text, confidence] = *reading;
         if (confidence < kLeastConfidence)
             return;
         std::array<cv::Point2f, 4> corners = line.corners();
@@ -109,23 +108,22 @@ private:
 
 // The detector breaks up lines that run up or down, so a page of those is turned and looked at
 // again.
-std::variant<LevelPage, RequestError> findLines(const PpOcrModels& models, const cv::Mat& picture,
-                                                int detectorSide) {
+Expected<LevelPage> findLines(const PpOcrModels& models, const cv::Mat& picture, int detectorSide) {
     LevelPage page{picture, 0, {}};
     for (const int turns : {0, 1}) {
         page.turns = turns;
         page.picture = turned(picture, turns);
         const auto boxes = models.detector.find(page.picture, detectorSide);
-        if (const auto* error = std::get_if<RequestError>(&boxes))
-            return *error;
-        page.lines = alignToPage(std::get<std::vector<cv::RotatedRect>>(boxes));
+        if (!boxes)
+            return Failure(boxes.error());
+        page.lines = alignToPage(*boxes);
         if (std::abs(page.lines.along.x) >= std::abs(page.lines.along.y))
             break;
     }
     const auto reversed = models.direction.isReversed(page.picture, page.lines, models.recognizer);
-    if (const auto* error = std::get_if<RequestError>(&reversed))
-        return *error;
-    if (std::get<bool>(reversed))
+    if (!reversed)
+        return Failure(reversed.error());
+    if (*reversed)
         page.lines.reverse();
     return page;
 }
@@ -134,20 +132,19 @@ std::variant<LevelPage, RequestError> findLines(const PpOcrModels& models, const
 
 std::optional<RequestError> readPage(const PpOcrModels& models, const cv::Mat& picture,
                                      const PageReaderSettings& settings, LineCollector& collector) {
-    auto found = findLines(models, picture, settings.detectorSide);
-    if (const auto* error = std::get_if<RequestError>(&found))
-        return *error;
-    auto& page = std::get<LevelPage>(found);
-    auto& lines = page.lines.lines;
+    auto page = findLines(models, picture, settings.detectorSide);
+    if (!page)
+        return page.error();
+    auto& lines = page->lines.lines;
     if (settings.mayStopEarly)
-        putTellingLinesFirst(page.lines);
+        putTellingLinesFirst(page->lines);
     else
         // The longest lines first: the threads then finish at nearly the same time.
         std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {
             return a.length * b.height > b.length * a.height;
         });
 
-    LineQueue queue(models, page, picture.size(), collector);
+    LineQueue queue(models, *page, picture.size(), collector);
     {
         const int threads = std::min(settings.threads, static_cast<int>(lines.size()));
         std::vector<std::jthread> others;

@@ -8,22 +8,20 @@
 #include <kestrelid/ServiceStatus.h>
 
 #include <memory>
-#include <variant>
 #include <vector>
 
 namespace kestrelid::vision {
 
 // The networks of PP-OCRv4 mobile, loaded. Thread: any.
 struct PpOcrModels {
-    using Loaded = std::variant<std::shared_ptr<const PpOcrModels>, RequestError>;
-
     TextDetector detector;
     PageDirection direction;
     LineRecognizer recognizer;
 
     // threads: those that share one run of the detector. Lines are shared out instead: one thread
     // each.
-    [[nodiscard]] static Loaded load(const ResourceFolders& resources, int threads);
+    [[nodiscard]] static Expected<std::shared_ptr<const PpOcrModels>>
+    load(const ResourceFolders& resources, int threads);
 
     // Looks at each part by itself, so that all that is missing shows at once.
     [[nodiscard]] static std::vector<ServiceStatus> diagnose(const ResourceFolders& resources);

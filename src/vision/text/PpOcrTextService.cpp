@@ -29,27 +29,24 @@ PpOcrTextService::PpOcrTextService(PpOcrOptions options)
 
 PpOcrTextService::~PpOcrTextService() = default;
 
-PpOcrTextService::Models PpOcrTextService::models() {
+Expected<std::shared_ptr<const PpOcrModels>> PpOcrTextService::models() {
     const std::scoped_lock lock(loading_);
     if (!models_) {
         auto loaded = PpOcrModels::load(resources_, threads_);
-        if (const auto* error = std::get_if<RequestError>(&loaded))
-            return *error;
-        models_ = std::get<std::shared_ptr<const PpOcrModels>>(std::move(loaded));
+        if (!loaded)
+            return loaded;
+        models_ = *std::move(loaded);
     }
     return models_;
 }
 
-std::optional<RequestError> PpOcrTextService::perform(const Bitmap& bitmap,
-                                                      const TextRequest& request,
-                                                      const RequestCompletion& completion) {
-    RequestReport report;
+TextResult PpOcrTextService::perform(const Bitmap& bitmap, const TextRequest& request) {
     try {
-        if (auto refusal = refuseUnlessEnglish(request))
-            return refusal;
+        if (const auto refusal = refuseUnlessEnglish(request))
+            return *refusal;
         const auto loaded = models();
-        if (const auto* error = std::get_if<RequestError>(&loaded))
-            return *error;
+        if (!loaded)
+            return loaded.error();
         LineCollector lines(request.isEnough);
         if (std::min(bitmap.width(), bitmap.height()) >= kSmallestSide) {
             PageReaderSettings settings;
@@ -57,18 +54,14 @@ std::optional<RequestError> PpOcrTextService::perform(const Bitmap& bitmap,
                 request.recognitionLevel == RecognitionLevel::fast ? kFastSide : kAccurateSide;
             settings.threads = threads_;
             settings.mayStopEarly = static_cast<bool>(request.isEnough);
-            const auto& models = *std::get<std::shared_ptr<const PpOcrModels>>(loaded);
-            if (auto error =
-                    readPage(models, reducedPicture(bitmap, kPictureSide), settings, lines))
-                return error;
+            if (const auto error =
+                    readPage(**loaded, reducedPicture(bitmap, kPictureSide), settings, lines))
+                return *error;
         }
-        report.results = lines.observations();
+        return lines.observations();
     } catch (const std::exception& failure) {
         return RequestError{std::string("text recognition failed: ") + failure.what()};
     }
-    if (completion)
-        completion(report);
-    return std::nullopt;
 }
 
 std::vector<ServiceStatus> PpOcrTextService::diagnose() const {

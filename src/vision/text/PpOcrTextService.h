@@ -1,5 +1,6 @@
 #pragma once
 
+#include "vision/onnx/Failure.h"
 #include "vision/onnx/ResourceFolders.h"
 
 #include <kestrelid/ServiceStatus.h>
@@ -8,7 +9,6 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
-#include <variant>
 #include <vector>
 
 namespace kestrelid::vision {
@@ -30,17 +30,13 @@ public:
     explicit PpOcrTextService(PpOcrOptions options);
     ~PpOcrTextService() override;
 
-    [[nodiscard]] std::optional<RequestError> perform(const Bitmap& bitmap,
-                                                      const TextRequest& request,
-                                                      const RequestCompletion& completion) override;
+    [[nodiscard]] TextResult perform(const Bitmap& bitmap, const TextRequest& request) override;
 
     // Every part, loaded once for the occasion. Thread: any.
     [[nodiscard]] std::vector<ServiceStatus> diagnose() const;
 
 private:
-    using Models = std::variant<std::shared_ptr<const PpOcrModels>, RequestError>;
-
-    [[nodiscard]] Models models();
+    [[nodiscard]] Expected<std::shared_ptr<const PpOcrModels>> models();
 
     ResourceFolders resources_;
     int threads_;

@@ -49,7 +49,8 @@ std::vector<float> planes(const cv::Mat& input) {
 
 }  // namespace
 
-TextDetector::Boxes TextDetector::find(const cv::Mat& picture, int longestSide) const {
+Expected<std::vector<cv::RotatedRect>> TextDetector::find(const cv::Mat& picture,
+                                                          int longestSide) const {
     const cv::Size size = inputSize(picture.size(), longestSide);
     cv::Mat input;
     cv::resize(picture, input, size, 0, 0,
@@ -57,12 +58,12 @@ TextDetector::Boxes TextDetector::find(const cv::Mat& picture, int longestSide) 
     const std::vector<float> values = planes(input);
     const std::array<std::int64_t, 4> shape{1, 3, size.height, size.width};
     const OnnxInput tensor{values, shape};
-    auto outputs = session_.run({&tensor, 1});
-    if (const auto* error = std::get_if<RequestError>(&outputs))
-        return *error;
-    const OnnxTensor& map = std::get<std::vector<OnnxTensor>>(outputs).front();
+    const auto outputs = session_.run({&tensor, 1});
+    if (!outputs)
+        return Failure(outputs.error());
+    const OnnxTensor& map = outputs->front();
     if (map.values().size() != input.total())
-        return RequestError{"the text detector gave a map of another size than its input"};
+        return failure("the text detector gave a map of another size than its input");
 
     const cv::Mat probability(size, CV_32FC1, const_cast<float*>(map.values().data()));
     std::vector<cv::RotatedRect> boxes = textBoxes(probability);

@@ -4,7 +4,6 @@
 
 #include <opencv2/core.hpp>
 
-#include <variant>
 #include <vector>
 
 namespace kestrelid::vision {
@@ -12,13 +11,12 @@ namespace kestrelid::vision {
 // Finds lines of text with the PP-OCRv4 detection network. Thread: any.
 class TextDetector {
 public:
-    using Boxes = std::variant<std::vector<cv::RotatedRect>, RequestError>;
-
     explicit TextDetector(OnnxSession session) : session_(std::move(session)) {}
 
     // picture: blue, green, red. longestSide: what the network sees of it, in pixels, a multiple
     // of 32. Boxes are in pixels of the picture.
-    [[nodiscard]] Boxes find(const cv::Mat& picture, int longestSide) const;
+    [[nodiscard]] Expected<std::vector<cv::RotatedRect>> find(const cv::Mat& picture,
+                                                              int longestSide) const;
 
 private:
     OnnxSession session_;

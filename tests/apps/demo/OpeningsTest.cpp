@@ -35,10 +35,9 @@ constexpr bool kMeasuresMemory = true;
 // A real camera session; recognition that finds nothing.
 ScannerCamera scannerCamera() {
     ScannerCamera camera;
-    const RequestReport nothing{.results = std::vector<Observation>(), .error = {}};
     camera.recognition = PlatformServices{
-        .rectangles = std::make_shared<FakeRectangles>(Script{nothing, {}}),
-        .text = std::make_shared<FakeText>(Script{nothing, {}}),
+        .rectangles = std::make_shared<FakeRectangles>(),
+        .text = std::make_shared<FakeText>(),
         .queue = makeSerialQueue("recognition"),
         .console = [](std::string_view) {},
     };

@@ -20,20 +20,13 @@ namespace {
 // Answers with what it was told to, and counts.
 class OtherFinder final : public RectangleService {
 public:
-    std::optional<RequestError> perform(const Bitmap&, const RectangleRequest&,
-                                        const RequestCompletion& completion) override {
+    RectangleResult perform(const Bitmap&, const RectangleRequest&) override {
         ++calls;
-        if (refusal)
-            return refusal;
-        RequestReport report;
-        report.results = answer;
-        completion(report);
-        return std::nullopt;
+        return answer;
     }
 
     int calls = 0;
-    std::vector<Observation> answer;
-    std::optional<RequestError> refusal;
+    RectangleResult answer;
 };
 
 Bitmap flat(int width, int height, PixelFormat format = PixelFormat::gray8) {
@@ -63,21 +56,14 @@ protected:
 
 TEST_P(WithoutNetwork, theOtherFinderAnswersAlone) {
     const auto other = std::make_shared<OtherFinder>();
-    other->answer = {RectangleObservation{{0.1, 0.2, 0.5, 0.5}, {}, 0.7f}};
+    other->answer = std::vector{RectangleObservation{{0.1, 0.2, 0.5, 0.5}, {}, 0.7f}};
     NetworkRectangleService service({folder_, KESTRELID_RESOURCES_DIR}, other);
-    std::vector<Observation> found;
-    int completions = 0;
-    EXPECT_FALSE(service.perform(flat(200, 100), {}, [&](const RequestReport& report) {
-        ++completions;
-        found = report.results.value_or(std::vector<Observation>{});
-    }));
-    EXPECT_EQ(completions, 1);
-    EXPECT_EQ(found.size(), 1u);
+    const RectangleResult found = service.perform(flat(200, 100), {});
+    EXPECT_EQ(std::get<std::vector<RectangleObservation>>(found).size(), 1u);
 
-    other->refusal = RequestError{"refused"};
-    const auto error = service.perform(flat(200, 100), {}, [](const RequestReport&) {});
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->description, "refused");
+    other->answer = RequestError{"refused"};
+    const RectangleResult refused = service.perform(flat(200, 100), {});
+    EXPECT_EQ(std::get<RequestError>(refused).description, "refused");
 }
 
 TEST_P(WithoutNetwork, diagnosisSaysSo) {
@@ -100,13 +86,7 @@ protected:
 
     std::vector<RectangleObservation> find(const Bitmap& bitmap,
                                            const RectangleRequest& request = {}) {
-        std::vector<RectangleObservation> found;
-        const auto error = service_.perform(bitmap, request, [&](const RequestReport& report) {
-            for (const Observation& observation : report.results.value())
-                found.push_back(std::get<RectangleObservation>(observation));
-        });
-        EXPECT_FALSE(error);
-        return found;
+        return std::get<std::vector<RectangleObservation>>(service_.perform(bitmap, request));
     }
 
     std::shared_ptr<OtherFinder> other_ = std::make_shared<OtherFinder>();
@@ -150,7 +130,7 @@ Bitmap paperOnDesk(double power) {
 
 TEST_F(WithNetwork, theOtherFinderIsAskedOnlyInDoubt) {
     const RectangleObservation seen{{0.05, 0.05, 0.1, 0.1}, {}, 0.66f};
-    other_->answer = {seen};
+    other_->answer = std::vector{seen};
     EXPECT_FALSE(find(paperOnDesk(60.0)).empty());
     EXPECT_EQ(other_->calls, 0);
     EXPECT_TRUE(find(flat(640, 480)).empty());

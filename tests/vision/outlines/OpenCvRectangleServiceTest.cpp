@@ -21,18 +21,7 @@ using test::bitmapOf;
 std::vector<RectangleObservation> rectanglesOf(const Bitmap& bitmap,
                                                const RectangleRequest& request = {}) {
     OpenCvRectangleService service;
-    std::vector<RectangleObservation> rectangles;
-    int calls = 0;
-    const auto error = service.perform(bitmap, request, [&](const RequestReport& report) {
-        ++calls;
-        EXPECT_FALSE(report.error.has_value());
-        for (const Observation& observation : report.results.value()) {
-            rectangles.push_back(std::get<RectangleObservation>(observation));
-        }
-    });
-    EXPECT_FALSE(error.has_value());
-    EXPECT_EQ(calls, 1);
-    return rectangles;
+    return std::get<std::vector<RectangleObservation>>(service.perform(bitmap, request));
 }
 
 // What the detector goes on with; an empty box where there is none.
@@ -264,12 +253,8 @@ TEST(OpenCvRectangleServiceTest, OverlappingCallsFindTheSame) {
         std::vector<std::jthread> threads;
         for (auto& rectangles : found) {
             threads.emplace_back([&] {
-                const auto error = service.perform(bitmap, {}, [&](const RequestReport& report) {
-                    for (const Observation& observation : report.results.value()) {
-                        rectangles.push_back(std::get<RectangleObservation>(observation));
-                    }
-                });
-                EXPECT_FALSE(error.has_value());
+                rectangles =
+                    std::get<std::vector<RectangleObservation>>(service.perform(bitmap, {}));
             });
         }
     }

@@ -25,7 +25,8 @@ TEST(TesseractTextService, NamesTheModelItLacksAndStaysSilent) {
     ASSERT_TRUE(bitmap);
 
     testing::internal::CaptureStderr();
-    const auto error = service.perform(*bitmap, {}, {});
+    const TextResult refused = service.perform(*bitmap, {});
+    const auto* error = std::get_if<RequestError>(&refused);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     ASSERT_TRUE(error);
     for (const auto& part :

@@ -59,10 +59,10 @@ Bitmap evenBitmap(int width, int height) {
     return bitmapOf(cv::Mat(height, width, CV_8UC1, cv::Scalar(128)), PixelFormat::gray8);
 }
 
-std::vector<std::string> textsOf(const RequestReport& report) {
+std::vector<std::string> textsOf(const TextResult& result) {
     std::vector<std::string> texts;
-    for (const auto& observation : report.results.value()) {
-        std::string text = std::get<TextObservation>(observation).topCandidates(1).at(0).string;
+    for (const auto& observation : std::get<std::vector<TextObservation>>(result)) {
+        std::string text = observation.topCandidates(1).at(0).string;
         std::erase(text, ' ');
         texts.push_back(std::move(text));
     }

@@ -19,6 +19,6 @@ enum class Paper { plain, shaded };
 [[nodiscard]] Bitmap evenBitmap(int width, int height);
 
 // The first readings, without spaces: recognisers drop or add them.
-[[nodiscard]] std::vector<std::string> textsOf(const RequestReport& report);
+[[nodiscard]] std::vector<std::string> textsOf(const TextResult& result);
 
 }  // namespace kestrelid::test

@@ -40,11 +40,9 @@ TEST_F(PpOcrResources, NamesEachMissingFileAndReadsOnceItIsThere) {
         SCOPED_TRACE(file);
         fs::remove(folder_ / file);
         vision::PpOcrTextService service({.resources = {folder_}, .threads = 1});
-        bool completed = false;
-        const auto error = service.perform(evenBitmap(64, 64), {},
-                                           [&](const RequestReport&) { completed = true; });
+        const TextResult refused = service.perform(evenBitmap(64, 64), {});
+        const auto* error = std::get_if<RequestError>(&refused);
         ASSERT_TRUE(error);
-        EXPECT_FALSE(completed);
         for (const auto& part : {file, folder_.string(), std::string("run tools/setup")})
             EXPECT_THAT(error->description, HasSubstr(part));
 
@@ -58,7 +56,7 @@ TEST_F(PpOcrResources, NamesEachMissingFileAndReadsOnceItIsThere) {
         EXPECT_THAT(missing->details, HasSubstr(file));
 
         fs::create_symlink(fs::path(KESTRELID_RESOURCES_DIR) / file, folder_ / file);
-        EXPECT_FALSE(service.perform(evenBitmap(64, 64), {}, {}))
+        EXPECT_THAT(textsOf(service.perform(evenBitmap(64, 64), {})), testing::IsEmpty())
             << "a load that failed is tried again";
     }
 }
@@ -74,7 +72,8 @@ TEST(PpOcrTextService, WithoutResourcesEveryRequestSaysWhatToDo) {
     vision::PpOcrTextService service(
         {.resources = {fs::path(testing::TempDir()) / "kestrelid-nothing-here"}, .threads = 2});
     for (int attempt = 0; attempt < 2; ++attempt) {
-        const auto error = service.perform(evenBitmap(64, 64), {}, {});
+        const TextResult refused = service.perform(evenBitmap(64, 64), {});
+        const auto* error = std::get_if<RequestError>(&refused);
         ASSERT_TRUE(error);
         EXPECT_THAT(error->description, HasSubstr("kestrelid-nothing-here"));
         EXPECT_THAT(error->description, HasSubstr("run tools/setup"));
@@ -88,10 +87,7 @@ TEST(PpOcrTextService, WithoutResourcesEveryRequestSaysWhatToDo) {
 
 TEST_F(PpOcrResources, KeepsTheFillersOfAMachineReadableZone) {
     vision::PpOcrTextService service({.resources = {folder_}, .threads = 2});
-    std::vector<std::string> texts;
-    ASSERT_FALSE(service.perform(drawnPage({"P<UTOWALKER<<JANE<MAY<<<<<"}), {},
-                                 [&](const RequestReport& report) { texts = textsOf(report); }));
-    EXPECT_THAT(texts,
+    EXPECT_THAT(textsOf(service.perform(drawnPage({"P<UTOWALKER<<JANE<MAY<<<<<"}), {})),
                 testing::ElementsAre(testing::ContainsRegex("^P<UT[O0]WALKER<<JANE<MAY<<+$")));
 }
 

@@ -42,35 +42,23 @@ protected:
         service_ = GetParam().make();
     }
 
-    // Fails unless completion is called once, on this thread, before perform() returns.
-    RequestReport read(const Bitmap& bitmap, const TextRequest& request = {}) {
-        RequestReport report;
-        int completions = 0;
-        const auto error = service_->perform(bitmap, request, [&](const RequestReport& given) {
-            ++completions;
-            EXPECT_EQ(std::this_thread::get_id(), caller_);
-            report = given;
-        });
-        EXPECT_FALSE(error) << error->description;
-        EXPECT_EQ(completions, 1);
-        EXPECT_TRUE(report.results);
-        EXPECT_FALSE(report.error);
-        return report;
+    // Throws where the request fails.
+    std::vector<TextObservation> read(const Bitmap& bitmap, const TextRequest& request = {}) {
+        return std::get<std::vector<TextObservation>>(service_->perform(bitmap, request));
     }
 
     std::unique_ptr<TextService> service_;
-    std::thread::id caller_ = std::this_thread::get_id();
 };
 
 TEST_P(TextServiceContract, ReadsAllFourTurnsInReadingOrder) {
     for (int turns = 0; turns < 4; ++turns) {
         SCOPED_TRACE(testing::Message() << turns << " quarter turns");
-        const RequestReport report = read(drawnPage(kLines, turns));
-        EXPECT_THAT(textsOf(report), ElementsAreArray(kTexts));
-        ASSERT_EQ(report.results->size(), kLines.size());
+        const auto lines = read(drawnPage(kLines, turns));
+        EXPECT_THAT(textsOf(lines), ElementsAreArray(kTexts));
+        ASSERT_EQ(lines.size(), kLines.size());
         // The first line stands along the side that turned from the top; the origin is the lower
         // left corner.
-        const auto& first = std::get<TextObservation>(report.results->front());
+        const TextObservation& first = lines.front();
         const NormalizedRect box = first.boundingBox();
         const NormalizedPoint center{box.x + box.width / 2.0, box.y + box.height / 2.0};
         const std::array distances{1.0 - center.y, 1.0 - center.x, center.y, center.x};
@@ -133,10 +121,7 @@ TEST_P(TextServiceContract, SeveralCallsAtOnceReadWhatOneReads) {
         std::vector<std::jthread> callers;
         for (int caller = 0; caller < 4; ++caller)
             callers.emplace_back([this, caller, &texts] {
-                (void)service_->perform(
-                    drawnPage(kLines, caller), {}, [&](const RequestReport& report) {
-                        texts[static_cast<std::size_t>(caller)] = textsOf(report);
-                    });
+                texts[static_cast<std::size_t>(caller)] = textsOf(read(drawnPage(kLines, caller)));
             });
     }
     for (const auto& read : texts)
@@ -148,12 +133,13 @@ TEST_P(TextServiceContract, RefusesLanguagesWithoutEnglish) {
     for (const std::vector<std::string>& languages :
          {std::vector<std::string>{}, {"de"}, {"english"}}) {
         request.recognitionLanguages = languages;
-        const auto error = service_->perform(drawnPage({"TEXT"}), request, {});
+        const TextResult refused = service_->perform(drawnPage({"TEXT"}), request);
+        const auto* error = std::get_if<RequestError>(&refused);
         ASSERT_TRUE(error);
         EXPECT_THAT(error->description, testing::HasSubstr("en"));
     }
     request.recognitionLanguages = {"de", "en"};
-    EXPECT_FALSE(service_->perform(drawnPage({"TEXT"}), request, {}));
+    EXPECT_THAT(textsOf(read(drawnPage({"TEXT"}), request)), ElementsAre("TEXT"));
 }
 
 vision::PpOcrOptions ppOcr(int threads) {

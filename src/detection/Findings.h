@@ -1,0 +1,47 @@
+#pragma once
+
+#include <kestrelid/VisionServices.h>
+
+#include <exception>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace kestrelid::detection {
+
+using ConsoleSink = std::function<void(std::string_view line)>;
+
+// What stands before a failure on the console.
+struct FailureLabels {
+    std::string_view reported;
+    std::string_view notPerformed;
+};
+
+// What perform() gives. A failure is a line on the console and counts as nothing found, and so does
+// whatever perform() throws.
+template <typename Perform>
+[[nodiscard]] auto findings(const Perform& perform, const FailureLabels& labels,
+                            const ConsoleSink& console) {
+    using Result = decltype(perform());
+    Result result = [&]() -> Result {
+        try {
+            return perform();
+        } catch (const std::exception& exception) {
+            return RequestError{exception.what()};
+        } catch (...) {
+            return RequestError{"unknown exception"};
+        }
+    }();
+    if (const auto* error = std::get_if<RequestError>(&result)) {
+        const bool isReported = error->kind == RequestError::Kind::reported;
+        console(std::string(isReported ? labels.reported : labels.notPerformed) + " " +
+                error->description);
+        return std::variant_alternative_t<0, Result>{};
+    }
+    return std::get<0>(std::move(result));
+}
+
+}  // namespace kestrelid::detection
