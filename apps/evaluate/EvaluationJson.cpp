@@ -41,7 +41,7 @@ Json measurementAsJson(const Evaluation& evaluation, const Measurement& measurem
     for (std::size_t i = 0; i < evaluation.pictures.size(); ++i)
         pictures.push_back(pictureAsJson(evaluation.pictures[i], measurement.rows[i],
                                          evaluation.overlap.overlaps[i]));
-    return {{"recognizer", cli::wordFor(cli::kRecognizers, measurement.combination.recognizer)},
+    return {{"recognizer", cli::wordFor(kRecognizers, measurement.combination.recognizer)},
             {"effort", cli::wordFor(cli::kEfforts, measurement.combination.effort)},
             {"passports", kindsAsJson(summary, true)},
             {"others", kindsAsJson(summary, false)},
@@ -61,7 +61,7 @@ std::string reportAsJson(const Evaluation& evaluation) {
     Json disagreements = Json::array();
     for (const Disagreement& disagreement : evaluation.disagreements)
         disagreements.push_back(
-            {{"recognizer", cli::wordFor(cli::kRecognizers, disagreement.recognizer)},
+            {{"recognizer", cli::wordFor(kRecognizers, disagreement.recognizer)},
              {"file", disagreement.name}});
     const OverlapSummary& overlap = evaluation.overlap;
     return cli::jsonLine({{"manifest", evaluation.manifest},

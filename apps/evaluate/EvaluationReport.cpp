@@ -22,7 +22,7 @@ std::string fraction(std::size_t part, std::size_t whole) {
 }
 
 const char* recognizerWord(const Combination& combination) {
-    return cli::wordFor(cli::kRecognizers, combination.recognizer);
+    return cli::wordFor(kRecognizers, combination.recognizer);
 }
 
 const char* effortWord(const Combination& combination) {
@@ -97,8 +97,8 @@ std::string agreementLines(const Evaluation& evaluation) {
         return "Efforts agree on every verdict and confidence.\n";
     std::string lines = "Efforts DISAGREE:\n";
     for (const Disagreement& disagreement : evaluation.disagreements)
-        lines += "  " + std::string(cli::wordFor(cli::kRecognizers, disagreement.recognizer)) +
-                 ": " + cli::terminalText(disagreement.name) + "\n";
+        lines += "  " + std::string(cli::wordFor(kRecognizers, disagreement.recognizer)) + ": " +
+                 cli::terminalText(disagreement.name) + "\n";
     return lines;
 }
 

@@ -50,9 +50,8 @@ void measureHere(const std::vector<LabelledPicture>& pictures, const Combination
     const std::size_t processors = std::max(1u, std::thread::hardware_concurrency());
     const auto textThreads =
         static_cast<int>(std::clamp<std::size_t>(processors / options.jobs, 1, 4));
-    const PlatformServices services = defaultServices({.recognizer = combination.recognizer,
-                                                       .resources = options.resources,
-                                                       .textThreads = textThreads});
+    const PlatformServices services =
+        defaultServices({.resources = options.resources, .textThreads = textThreads});
     warmUp(services);
     std::vector<std::unique_ptr<cli::PictureJudge>> judges(options.jobs);
     for (auto& judge : judges)

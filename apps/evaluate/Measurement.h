@@ -1,11 +1,13 @@
 #pragma once
 
+#include "apps/cli/ChoiceOption.h"
 #include "apps/evaluate/EvaluationManifest.h"
 
 #include <kestrelid/DefaultServices.h>
 #include <kestrelid/PassportDetector.h>
 #include <kestrelid/VisionServices.h>
 
+#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <functional>
@@ -15,6 +17,11 @@
 #include <vector>
 
 namespace kestrelid::evaluation {
+
+enum class Recognizer { ppocr };
+
+inline constexpr std::array<cli::Choice<Recognizer>, 1> kRecognizers{
+    {{"ppocr", Recognizer::ppocr}}};
 
 // What is measured in one process of its own.
 struct Combination {

@@ -36,7 +36,7 @@ void addMeasureOptions(CLI::App& app, Options& options) {
         ->required()
         ->type_name("");
     cli::addChoiceOption<Recognizer>(
-        app, "--recognizer", cli::kRecognizers, "May stand more than once (default: both)",
+        app, "--recognizer", kRecognizers, "May stand more than once (default: ppocr)",
         [&](Recognizer value) { options.recognizers.push_back(value); }, true);
     cli::addChoiceOption<ValidationEffort>(
         app, "--effort", cli::kEfforts, "May stand more than once (default: both)",
@@ -81,7 +81,7 @@ std::variant<Options, ExitStatus> parse(int argc, char** argv) {
         return ExitStatus::wrongUsage;
     }
     if (options.recognizers.empty())
-        options.recognizers = {Recognizer::ppocr, Recognizer::tesseract};
+        options.recognizers = {Recognizer::ppocr};
     if (options.efforts.empty())
         options.efforts = {ValidationEffort::complete, ValidationEffort::verdictOnly};
     return options;
@@ -117,7 +117,7 @@ bool measureAll(const Options& options, Evaluation& evaluation) {
             if (measurement == nullptr || measurement->rows.size() != pictures) {
                 progress.clear();
                 const auto* error = std::get_if<MeasureError>(&measured);
-                cli::writeError(cli::wordFor(cli::kRecognizers, recognizer),
+                cli::writeError(cli::wordFor(kRecognizers, recognizer),
                                 error != nullptr ? error->cause : "pictures were left out");
                 return false;
             }

@@ -1,7 +1,10 @@
 #include "vision/text/LineRecognizer.h"
 
+#include "vision/onnx/ResourceFolders.h"
+
 #include <algorithm>
 #include <array>
+#include <string>
 
 namespace kestrelid::vision {
 namespace {
@@ -39,8 +42,8 @@ LineRecognizer::Reading LineRecognizer::read(const cv::Mat& picture, const LineB
     const OnnxTensor& classes = std::get<std::vector<OnnxTensor>>(outputs).front();
     if (classes.shape().empty() ||
         classes.shape().back() != static_cast<std::int64_t>(alphabet_.classCount()))
-        return RequestError{
-            "the recognition model and its dictionary do not belong together: run tools/setup"};
+        return RequestError{"the recognition model and its dictionary do not belong together: " +
+                            std::string(kModelRemedy)};
     return alphabet_.decode(classes.values());
 }
 

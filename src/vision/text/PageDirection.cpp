@@ -1,8 +1,11 @@
 #include "vision/text/PageDirection.h"
 
+#include "vision/onnx/ResourceFolders.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <string>
 
 namespace kestrelid::vision {
 namespace {
@@ -46,8 +49,8 @@ std::variant<float, RequestError> PageDirection::reversed(const cv::Mat& picture
         return *error;
     const OnnxTensor& answer = std::get<std::vector<OnnxTensor>>(outputs).front();
     if (answer.values().size() != 2)
-        return RequestError{
-            "the direction model does not tell two directions apart: run tools/setup"};
+        return RequestError{"the direction model does not tell two directions apart: " +
+                            std::string(kModelRemedy)};
     return answer.values()[1];
 }
 

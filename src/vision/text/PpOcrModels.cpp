@@ -31,8 +31,8 @@ std::variant<CtcAlphabet, RequestError> readDictionary(const ResourceFolders& re
     const std::string content(std::istreambuf_iterator<char>(file), {});
     if (auto alphabet = CtcAlphabet::parse(content))
         return *std::move(alphabet);
-    return RequestError{path->string() + " cannot be read or lacks English letters: " +
-                        std::string(kResourceRemedy)};
+    return RequestError{path->string() +
+                        " cannot be read or lacks English letters: " + std::string(kModelRemedy)};
 }
 
 template <class Part>

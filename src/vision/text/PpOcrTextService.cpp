@@ -1,6 +1,5 @@
 #include "vision/text/PpOcrTextService.h"
 
-#include "vision/text/EnglishOnly.h"
 #include "vision/text/LineCollector.h"
 #include "vision/text/PageReader.h"
 #include "vision/text/ReducedPicture.h"
@@ -45,8 +44,9 @@ std::optional<RequestError> PpOcrTextService::perform(const Bitmap& bitmap,
                                                       const RequestCompletion& completion) {
     RequestReport report;
     try {
-        if (auto refusal = refuseUnlessEnglish(request))
-            return refusal;
+        const auto& languages = request.recognitionLanguages;
+        if (std::ranges::find(languages, "en") == languages.end())
+            return RequestError{"this text recogniser reads English only: ask for \"en\""};
         const auto loaded = models();
         if (const auto* error = std::get_if<RequestError>(&loaded))
             return *error;

@@ -45,7 +45,8 @@ TEST_F(PpOcrResources, NamesEachMissingFileAndReadsOnceItIsThere) {
                                            [&](const RequestReport&) { completed = true; });
         ASSERT_TRUE(error);
         EXPECT_FALSE(completed);
-        for (const auto& part : {file, folder_.string(), std::string("run tools/setup")})
+        for (const auto& part :
+             {file, folder_.string(), std::string("package kestrelid-models, or run tools/setup")})
             EXPECT_THAT(error->description, HasSubstr(part));
 
         const auto parts = service.diagnose();
