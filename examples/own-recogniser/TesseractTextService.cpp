@@ -62,9 +62,8 @@ cv::Mat evenPicture(const Bitmap& bitmap) {
     cv::Mat background = scaled(gray, 0.25);
     cv::GaussianBlur(background, background, cv::Size(), std::max(gray.cols, gray.rows) / 160.0);
     cv::resize(background, background, gray.size());
-    cv::Mat even;
-    cv::divide(gray, background, even, 200.0);
-    return even;
+    cv::divide(gray, background, background, 200.0);
+    return background;
 }
 
 std::vector<Line> readLines(Engine& engine, const cv::Mat& gray) {
@@ -115,32 +114,25 @@ cv::Mat turned(const cv::Mat& picture, int turns) {
     return result;
 }
 
-struct Reading {
-    std::vector<Line> lines;
-    int turns = 0;  // clockwise, that brought the picture upright
-};
-
 // As it stands first, as most pictures do; only a poor result makes the other turns worth their
-// time.
-Reading readInAnyTurn(Engine& engine, const cv::Mat& gray) {
-    Reading reading{readLines(engine, gray)};
-    const auto [characters, confidence] = quality(reading.lines);
+// time. turns: gets how many quarters clockwise brought the picture upright.
+std::vector<Line> readInAnyTurn(Engine& engine, const cv::Mat& gray, int& turns) {
+    std::vector<Line> lines = readLines(engine, gray);
+    const auto [characters, confidence] = quality(lines);
     if (confidence >= kSureReading && characters >= kEnoughCharacters)
-        return reading;
+        return lines;
     const cv::Mat small = atMost(gray, kTurnSide);
     float most = 0.0f;
-    for (int turns = 0; turns < 4; ++turns) {
-        const auto [characters, confidence] = quality(readLines(engine, turned(small, turns)));
+    for (int tried = 0; tried < 4; ++tried) {
+        const auto [characters, confidence] = quality(readLines(engine, turned(small, tried)));
         // The square: upside down, letters are as many but doubtful.
         const float score = characters * confidence * confidence;
         if (score > most) {
             most = score;
-            reading.turns = turns;
+            turns = tried;
         }
     }
-    if (reading.turns > 0)
-        reading.lines = readLines(engine, turned(gray, reading.turns));
-    return reading;
+    return turns > 0 ? readLines(engine, turned(gray, turns)) : lines;
 }
 
 // Rows from top to bottom, and each from left to right. A row may climb or fall slowly.
@@ -181,13 +173,10 @@ kestrelid::NormalizedRect normalized(const cv::Rect& pixels, cv::Size size, int 
 }  // namespace
 
 std::unique_ptr<Engine> TesseractTextService::borrowEngine() {
-    {
-        const std::scoped_lock lock(mutex_);
-        if (!idle_.empty()) {
-            auto engine = std::move(idle_.back());
-            idle_.pop_back();
-            return engine;
-        }
+    if (const std::scoped_lock lock(mutex_); !idle_.empty()) {
+        auto engine = std::move(idle_.back());
+        idle_.pop_back();
+        return engine;
     }
     auto engine = std::make_unique<Engine>();
     engine->SetVariable("debug_file", "/dev/null");  // or a missing model is told there, too
@@ -208,16 +197,16 @@ TesseractTextService::Result TesseractTextService::read(const Bitmap& bitmap,
         return observations;
     auto engine = borrowEngine();
     const cv::Mat gray = evenPicture(bitmap);
-    Reading reading = readInAnyTurn(*engine, gray);
+    int turns = 0;
+    std::vector<Line> lines = readInAnyTurn(*engine, gray, turns);
     {
         const std::scoped_lock lock(mutex_);
         idle_.push_back(std::move(engine));
     }
-    const cv::Size size = reading.turns % 2 == 0 ? gray.size() : cv::Size(gray.rows, gray.cols);
-    for (const Line& line : inReadingOrder(std::move(reading.lines))) {
-        observations.emplace_back(
-            normalized(line.box, size, reading.turns),
-            std::vector<kestrelid::RecognizedText>{{line.text, line.confidence}});
+    const cv::Size size = turns % 2 == 0 ? gray.size() : cv::Size(gray.rows, gray.cols);
+    for (const Line& line : inReadingOrder(std::move(lines))) {
+        const std::vector<kestrelid::RecognizedText> readings{{line.text, line.confidence}};
+        observations.emplace_back(normalized(line.box, size, turns), readings);
         if (request.isEnough && request.isEnough(line.text))
             break;  // the rest cannot change the verdict
     }
