@@ -138,18 +138,35 @@ std::vector<Line> readInAnyTurn(Engine& engine, const cv::Mat& gray, int& turns)
 // Rows from top to bottom, and each from left to right. A row may climb or fall slowly.
 std::vector<Line> inReadingOrder(std::vector<Line> lines) {
     const auto center = [](const Line& line) { return line.box.y + line.box.height / 2.0f; };
+    const auto gap = [](const Line& a, const Line& b) {  // negative where they overlap
+        return std::max(a.box.x - b.box.br().x, b.box.x - a.box.br().x);
+    };
     std::stable_sort(lines.begin(), lines.end(),
                      [&](const Line& a, const Line& b) { return center(a) < center(b); });
     std::vector<std::vector<Line>> rows;
     for (Line& line : lines) {
-        const auto row = std::find_if(rows.begin(), rows.end(), [&](const std::vector<Line>& row) {
-            const Line& last = row.back();
-            const bool isBeside = line.box.x >= last.box.br().x || last.box.x >= line.box.br().x;
-            const auto height = static_cast<float>(std::min(line.box.height, last.box.height));
-            return isBeside && std::abs(center(line) - center(last)) < 0.6f * height;
-        });
-        (row == rows.end() ? rows.emplace_back() : *row).push_back(std::move(line));
+        std::vector<Line>* best = nullptr;
+        float least = 0.6f;  // of the lower line's height: where two stand beside each other
+        for (auto& row : rows) {
+            const Line& nearest =
+                *std::min_element(row.begin(), row.end(), [&](const Line& a, const Line& b) {
+                    return gap(a, line) < gap(b, line);
+                });
+            const auto height = static_cast<float>(std::min(line.box.height, nearest.box.height));
+            const float offset = std::abs(center(line) - center(nearest)) / height;
+            if (offset < least &&
+                2 * gap(nearest, line) > -std::min(line.box.width, nearest.box.width)) {
+                least = offset;
+                best = &row;
+            }
+        }
+        (best ? *best : rows.emplace_back()).push_back(std::move(line));
     }
+    const auto middle = [&](const std::vector<Line>& row) {
+        return (center(row.front()) + center(row.back())) / 2.0f;
+    };
+    std::stable_sort(rows.begin(), rows.end(),
+                     [&](const auto& a, const auto& b) { return middle(a) < middle(b); });
     lines.clear();
     for (auto& row : rows) {
         std::stable_sort(row.begin(), row.end(),
