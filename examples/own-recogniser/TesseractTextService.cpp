@@ -10,11 +10,10 @@
 #include <string>
 #include <utility>
 
-namespace {
-
-using kestrelid::Bitmap;
-using kestrelid::PixelFormat;
+using namespace kestrelid;
 using Engine = tesseract::TessBaseAPI;
+
+namespace {
 
 constexpr int kLongestSide = 1600;        // letters of a page's small print are 15 pixels high then
 constexpr int kShortestSide = 8;          // pixels; no line of text is lower
@@ -45,8 +44,7 @@ cv::Mat atMost(const cv::Mat& picture, int side) {
 
 // Dark text on even white, whatever the light was: grey values relative to their surroundings.
 cv::Mat evenPicture(const Bitmap& bitmap) {
-    const cv::Mat pixels(bitmap.height(), bitmap.width(),
-                         CV_8UC(kestrelid::bytesPerPixel(bitmap.format())),
+    const cv::Mat pixels(bitmap.height(), bitmap.width(), CV_8UC(bytesPerPixel(bitmap.format())),
                          const_cast<std::byte*>(bitmap.row(0)),  // only read
                          static_cast<std::size_t>(bitmap.stride()));
     cv::Mat gray = atMost(pixels, kLongestSide);
@@ -57,8 +55,7 @@ cv::Mat evenPicture(const Bitmap& bitmap) {
     const int longest = std::max(gray.cols, gray.rows);
     if (longest < kEnlargedSide)
         gray = scaled(gray, std::min(2.5, static_cast<double>(kEnlargedSide) / longest));
-    // The blur must be wider than letters and narrower than shadows; on a quarter of the size it
-    // costs little.
+    // Wider than letters and narrower than shadows; on a quarter of the size it costs little.
     cv::Mat background = scaled(gray, 0.25);
     cv::GaussianBlur(background, background, cv::Size(), std::max(gray.cols, gray.rows) / 160.0);
     cv::resize(background, background, gray.size());
@@ -162,11 +159,9 @@ std::vector<Line> inReadingOrder(std::vector<Line> lines) {
         }
         (best ? *best : rows.emplace_back()).push_back(std::move(line));
     }
-    const auto middle = [&](const std::vector<Line>& row) {
-        return (center(row.front()) + center(row.back())) / 2.0f;
-    };
-    std::stable_sort(rows.begin(), rows.end(),
-                     [&](const auto& a, const auto& b) { return middle(a) < middle(b); });
+    std::stable_sort(rows.begin(), rows.end(), [&](const auto& a, const auto& b) {
+        return center(a.front()) + center(a.back()) < center(b.front()) + center(b.back());
+    });
     lines.clear();
     for (auto& row : rows) {
         std::stable_sort(row.begin(), row.end(),
@@ -178,10 +173,10 @@ std::vector<Line> inReadingOrder(std::vector<Line> lines) {
 
 // A box of a picture that was turned clockwise, in fractions of the bitmap as it was before, from
 // its lower left corner. size: of the turned picture.
-kestrelid::NormalizedRect normalized(const cv::Rect& pixels, cv::Size size, int turns) {
+NormalizedRect normalized(const cv::Rect& pixels, cv::Size size, int turns) {
     const cv::Size2d all = size;
-    kestrelid::NormalizedRect box{pixels.x / all.width, 1.0 - pixels.br().y / all.height,
-                                  pixels.width / all.width, pixels.height / all.height};
+    NormalizedRect box{pixels.x / all.width, 1.0 - pixels.br().y / all.height,
+                       pixels.width / all.width, pixels.height / all.height};
     for (; turns > 0; --turns)
         box = {1.0 - box.y - box.height, box.x, box.height, box.width};
     return box;
@@ -205,11 +200,11 @@ std::unique_ptr<Engine> TesseractTextService::borrowEngine() {
 }
 
 TesseractTextService::Result TesseractTextService::read(const Bitmap& bitmap,
-                                                        const kestrelid::TextRequest& request) try {
+                                                        const TextRequest& request) try {
     const auto& languages = request.recognitionLanguages;
     if (std::find(languages.begin(), languages.end(), "en") == languages.end())
-        return kestrelid::RequestError{"this recogniser reads English only: ask for \"en\""};
-    std::vector<kestrelid::TextObservation> observations;
+        return RequestError{"this recogniser reads English only: ask for \"en\""};
+    std::vector<TextObservation> observations;
     if (std::min(bitmap.width(), bitmap.height()) < kShortestSide)
         return observations;
     auto engine = borrowEngine();
@@ -222,25 +217,24 @@ TesseractTextService::Result TesseractTextService::read(const Bitmap& bitmap,
     }
     const cv::Size size = turns % 2 == 0 ? gray.size() : cv::Size(gray.rows, gray.cols);
     for (const Line& line : inReadingOrder(std::move(lines))) {
-        const std::vector<kestrelid::RecognizedText> readings{{line.text, line.confidence}};
+        const std::vector<RecognizedText> readings{{line.text, line.confidence}};
         observations.emplace_back(normalized(line.box, size, turns), readings);
         if (request.isEnough && request.isEnough(line.text))
             break;  // the rest cannot change the verdict
     }
     return observations;
 } catch (const std::exception& failure) {
-    return kestrelid::RequestError{failure.what()};  // nothing that was read
+    return RequestError{failure.what()};  // nothing that was read
 }
 
-std::optional<kestrelid::RequestError>
-TesseractTextService::perform(const Bitmap& bitmap, const kestrelid::TextRequest& request,
-                              const kestrelid::RequestCompletion& completion) {
+std::optional<RequestError> TesseractTextService::perform(const Bitmap& bitmap,
+                                                          const TextRequest& request,
+                                                          const RequestCompletion& completion) {
     const Result result = read(bitmap, request);
-    if (const auto* error = std::get_if<kestrelid::RequestError>(&result))
+    if (const auto* error = std::get_if<RequestError>(&result))
         return *error;
-    const auto& found = std::get<std::vector<kestrelid::TextObservation>>(result);
+    const auto& found = std::get<std::vector<TextObservation>>(result);
     if (completion)  // once, before the return
-        completion({.results = std::vector<kestrelid::Observation>(found.begin(), found.end()),
-                    .error = {}});
+        completion({.results = std::vector<Observation>(found.begin(), found.end()), .error = {}});
     return std::nullopt;
 }

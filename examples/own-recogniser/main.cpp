@@ -11,9 +11,10 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+using namespace kestrelid;
 using Json = nlohmann::ordered_json;
 using Clock = std::chrono::steady_clock;
-using Verdict = std::pair<kestrelid::PassportValidationResult, Clock::time_point>;
+using Verdict = std::pair<PassportValidationResult, Clock::time_point>;
 
 constexpr const char* kUsage =
     "usage: own-recogniser [--json] PICTURE...\n"
@@ -37,11 +38,11 @@ int main(int count, char** arguments) {
         return std::cerr << kUsage, 2;
     setMsgSeverity(L_SEVERITY_NONE);  // Tesseract's picture library tells of every odd box
 
-    std::string failure;  // written on a worker, before the verdict
-    kestrelid::PlatformServices services = kestrelid::defaultServices();  // outlines and queue
+    std::string failure;                            // written on a worker, before the verdict
+    PlatformServices services = defaultServices();  // outlines and queue
     services.text = std::make_shared<TesseractTextService>();
     services.console = [&](std::string_view line) { failure = line; };
-    const auto detector = kestrelid::PassportDetector::create(services);
+    const auto detector = PassportDetector::create(services);
 
     int status = 0;
     for (const std::string& file : files) {
@@ -49,14 +50,14 @@ int main(int count, char** arguments) {
         Json object{{"file", file}};
         failure.clear();
         // Larger pictures take longer and say no more.
-        const auto picture = kestrelid::readImage(file, {.sufficientSide = 1920});
-        if (const auto* error = std::get_if<kestrelid::ImageError>(&picture)) {
+        const auto picture = readImage(file, {.sufficientSide = 1920});
+        if (const auto* error = std::get_if<ImageError>(&picture)) {
             failure = error->cause;
         } else {
             // Shared: the worker may still be inside set_value() when the verdict is here already.
             const auto verdict = std::make_shared<std::promise<Verdict>>();
-            detector->validate(std::get<kestrelid::Image>(picture).upright(),
-                               [verdict](const kestrelid::PassportValidationResult& result) {
+            detector->validate(std::get<Image>(picture).upright(),
+                               [verdict](const PassportValidationResult& result) {
                                    verdict->set_value({result, Clock::now()});
                                });
             const auto [result, reached] = verdict->get_future().get();
