@@ -5,8 +5,7 @@
 #include <future>
 #include <string>
 
-// One passport frame of the samples from decoded bitmap to verdict, with Tesseract as the
-// yardstick.
+// One passport frame of the samples from decoded bitmap to verdict.
 namespace kestrelid {
 namespace {
 
@@ -16,12 +15,12 @@ const Image& frame() {
     return image;
 }
 
-PlatformServices services(Recognizer recognizer) {
-    return defaultServices({.recognizer = recognizer, .resources = KESTRELID_RESOURCES_DIR});
+PlatformServices services() {
+    return defaultServices({.resources = KESTRELID_RESOURCES_DIR});
 }
 
-void validate(benchmark::State& state, Recognizer recognizer, ValidationEffort effort) {
-    const auto detector = PassportDetector::create(services(recognizer), effort);
+void validate(benchmark::State& state, ValidationEffort effort) {
+    const auto detector = PassportDetector::create(services(), effort);
     const auto judge = [&] {
         std::promise<bool> verdict;
         detector->validate(frame(), [&](const PassportValidationResult& result) {
@@ -34,18 +33,15 @@ void validate(benchmark::State& state, Recognizer recognizer, ValidationEffort e
     for (auto _ : state)
         benchmark::DoNotOptimize(judge());
 }
-BENCHMARK_CAPTURE(validate, ppocrComplete, Recognizer::ppocr, ValidationEffort::complete)
+BENCHMARK_CAPTURE(validate, complete, ValidationEffort::complete)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
-BENCHMARK_CAPTURE(validate, ppocrVerdictOnly, Recognizer::ppocr, ValidationEffort::verdictOnly)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime();
-BENCHMARK_CAPTURE(validate, tesseractComplete, Recognizer::tesseract, ValidationEffort::complete)
+BENCHMARK_CAPTURE(validate, verdictOnly, ValidationEffort::verdictOnly)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
 void rectangles(benchmark::State& state) {
-    const PlatformServices all = services(Recognizer::ppocr);
+    const PlatformServices all = services();
     for (auto _ : state)
         benchmark::DoNotOptimize(all.rectangles->perform(*frame().bitmap(), {}));
 }

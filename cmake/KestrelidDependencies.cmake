@@ -1,9 +1,6 @@
 # Libraries from outside. Each one that is missing stops here with the Debian package that brings it.
 include(KestrelidLibraries)
 
-# Headers alone: the library is loaded when it is wanted.
-kestrelid_require(Tesseract tesseract libtesseract-dev)
-
 find_path(ASIO_INCLUDE_DIR asio.hpp)
 if(NOT ASIO_INCLUDE_DIR)
     list(APPEND KESTRELID_MISSING_PACKAGES libasio-dev)

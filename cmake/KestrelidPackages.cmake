@@ -92,7 +92,7 @@ kestrelid_package(Runtime libkestrelid-detection${number} libs "passport detecto
          "."
          "Needs neither Qt nor a display. The ONNX Runtime library comes with it."
     RECOMMENDS kestrelid-models-${number}
-    SUGGESTS gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-pipewire libtesseract5 tesseract-ocr-eng)
+    SUGGESTS gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-pipewire)
 
 # The folder's name holds the architecture, hence no package for all of them.
 kestrelid_package(Models kestrelid-models graphics "passport detector, models" MULTIARCH_SAME
@@ -129,7 +129,6 @@ kestrelid_package(Tools kestrelid-tools graphics "passport detector, command lin
          "kestrelid-demo shows the scanning screens, with a drawn passport where there is"
          "no camera."
     DEPENDS "libkestrelid${number} (= ${version})"
-    RECOMMENDS kestrelid-models-${number} qt6-wayland
-    SUGGESTS tesseract-ocr-eng)
+    RECOMMENDS kestrelid-models-${number} qt6-wayland)
 
 include(CPack)

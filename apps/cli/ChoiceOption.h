@@ -18,9 +18,6 @@ struct Choice {
     Value value;
 };
 
-inline constexpr std::array<Choice<Recognizer>, 2> kRecognizers{
-    {{"ppocr", Recognizer::ppocr}, {"tesseract", Recognizer::tesseract}}};
-
 inline constexpr std::array<Choice<ValidationEffort>, 2> kEfforts{
     {{"complete", ValidationEffort::complete}, {"verdict", ValidationEffort::verdictOnly}}};
 

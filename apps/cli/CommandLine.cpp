@@ -71,12 +71,6 @@ void addResources(CLI::App& command, std::filesystem::path& resources) {
         ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
 }
 
-void addRecognizer(CLI::App& command, Recognizer& recognizer) {
-    addChoiceOption<Recognizer>(command, "--recognizer", kRecognizers,
-                                "What reads the text (default: ppocr)",
-                                [&](Recognizer value) { recognizer = value; });
-}
-
 void addValidate(CLI::App& command, ValidateOptions& options) {
     command.footer(kValidateFooter);
     command
@@ -89,7 +83,6 @@ void addValidate(CLI::App& command, ValidateOptions& options) {
     command.add_option("-j,--jobs", options.jobs, "Pictures judged at once, 1 to 64")
         ->type_name("N")
         ->check(CLI::Range(1, 64).description(""));
-    addRecognizer(command, options.recognizer);
     addChoiceOption<ValidationEffort>(
         command, "--effort", kEfforts,
         "verdict: stop reading once the verdict is certain (default: complete)",
@@ -169,7 +162,6 @@ void addWatch(CLI::App& command, WatchOptions& options) {
     command.add_flag("--json", options.json, "One JSON object a line and event");
     addSeconds(command, "--seconds", options.seconds, 0.1, "End after N seconds");
     addPhoto(command, options);
-    addRecognizer(command, options.recognizer);
     addResources(command, options.resources);
 }
 

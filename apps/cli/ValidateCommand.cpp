@@ -107,10 +107,8 @@ ExitStatus validate(const ValidateOptions& options) {
 
     // The jobs share the processors: several pictures at once beat several threads on one.
     const std::size_t textThreads = std::clamp(processors / jobs, std::size_t{1}, kMostTextThreads);
-    const PlatformServices services =
-        defaultServices({.recognizer = options.recognizer,
-                         .resources = options.resources,
-                         .textThreads = static_cast<int>(textThreads)});
+    const PlatformServices services = defaultServices(
+        {.resources = options.resources, .textThreads = static_cast<int>(textThreads)});
     std::vector<std::unique_ptr<PictureJudge>> judges(jobs);
     for (auto& judge : judges)
         judge = std::make_unique<PictureJudge>(services, options.effort);

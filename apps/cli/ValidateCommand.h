@@ -15,7 +15,6 @@ struct ValidateOptions {
     std::vector<std::string> inputs;  // files, folders, or "-" for standard input
     bool json = false;
     int jobs = 0;  // pictures judged at once; 0: as many as there are processors, four at most
-    Recognizer recognizer = Recognizer::ppocr;
     ValidationEffort effort = ValidationEffort::complete;
     std::filesystem::path resources;  // empty: the library's own folders
     std::filesystem::path annotate;   // folder for annotated copies; empty: none

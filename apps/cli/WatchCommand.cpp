@@ -94,8 +94,7 @@ ExitStatus watchCamera(const WatchOptions& options) {
         .whyNoCamera = [&options] { return whyNoCamera(options.camera, cameras()); }};
     auto watch = std::make_shared<CameraWatch>(planOf(options), std::move(callbacks));
 
-    PlatformServices recognition =
-        defaultServices({.recognizer = options.recognizer, .resources = options.resources});
+    PlatformServices recognition = defaultServices({.resources = options.resources});
     recognition.console = [queue, weak = std::weak_ptr(watch)](std::string_view line) {
         queue->async([weak, cause = std::string(line)] {
             if (const auto self = weak.lock())

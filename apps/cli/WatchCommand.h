@@ -18,7 +18,6 @@ struct WatchOptions {
     std::filesystem::path photo;  // empty: none
     std::optional<double> after;
     bool force = false;
-    Recognizer recognizer = Recognizer::ppocr;
     std::filesystem::path resources;  // empty: where the library finds them
 };
 

@@ -16,7 +16,6 @@ import sys
 from ctypes import POINTER, c_char_p, c_double, c_int, c_int32, c_size_t, c_void_p
 
 # Values of the enums in kestrelid.h.
-PPOCR, TESSERACT = 0, 1
 NETWORK_FIRST, NETWORK, CLASSICAL = 0, 1, 2
 COMPLETE, VERDICT_ONLY = 0, 1
 FORMATS = {"BGRA": 0, "RGB": 1, "L": 2}  # by the names that Pillow uses
@@ -46,7 +45,7 @@ class _Pixels(ctypes.Structure):
 
 
 class _Options(ctypes.Structure):
-    _fields_ = [("struct_size", c_size_t), ("resources", c_char_p), ("recognizer", c_int32), ("outlines", c_int32),
+    _fields_ = [("struct_size", c_size_t), ("resources", c_char_p), ("outlines", c_int32),
                 ("effort", c_int32), ("text_threads", c_int32), ("share", c_void_p), ("console", CONSOLE),
                 ("console_user", c_void_p)]
 
@@ -97,7 +96,7 @@ class _Library:
 class Detector:
     """Models are loaded by the first picture. share: another detector whose models this one uses too."""
 
-    def __init__(self, library=None, *, resources=None, recognizer=PPOCR, outlines=NETWORK_FIRST, effort=COMPLETE,
+    def __init__(self, library=None, *, resources=None, outlines=NETWORK_FIRST, effort=COMPLETE,
                  text_threads=0, share=None, console=None):
         """library: the path of the shared library; None: the installed one.
         console: gets a line of text where recognition fails, on any thread; None: standard output."""
@@ -108,7 +107,7 @@ class Detector:
         # Kept as long as the library may call it: by this detector, and by those that share through _shared.
         self._console = CONSOLE(lambda _, line, size: console(line[:size].decode(errors="replace"))) if console else CONSOLE()
         self._shared = share
-        options = _Options(ctypes.sizeof(_Options), os.fsencode(resources) if resources else None, recognizer, outlines,
+        options = _Options(ctypes.sizeof(_Options), os.fsencode(resources) if resources else None, outlines,
                            effort, text_threads, share._handle if share else None, self._console, None)
         self._handle = self._library.make(self._library.detector_create, ctypes.byref(options))
 

@@ -10,12 +10,6 @@
 
 namespace kestrelid {
 
-/// What reads text.
-enum class Recognizer : std::uint8_t {
-    ppocr,      ///< PP-OCRv4 mobile on ONNX Runtime
-    tesseract,  ///< Tesseract 5, English
-};
-
 /// What finds outlines.
 enum class OutlineFinder : std::uint8_t {
     networkFirst,  ///< the outline network, and the classical finder where the network is in doubt
@@ -25,8 +19,6 @@ enum class OutlineFinder : std::uint8_t {
 
 /// With what a machine's services work.
 struct DefaultServicesOptions {
-    Recognizer recognizer = Recognizer::ppocr;
-
     /// Folder that holds the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library.
     /// Empty: where the library lies, installed or built.
     std::filesystem::path resources;
@@ -48,7 +40,7 @@ struct ThisMachine {
     [[nodiscard]] static PlatformServices services() { return defaultServices(); }
 };
 
-/// Looks for every part of both recognisers and for the outline network, and loads them once.
+/// Looks for every part of the text recogniser and for the outline network, and loads them once.
 /// Thread: any; takes up to a second.
 [[nodiscard]] KESTRELID_EXPORT std::vector<ServiceStatus>
 diagnose(const DefaultServicesOptions& options = {});

@@ -124,11 +124,6 @@ KESTRELID_EXPORT const char* kestrelid_result_recognized_text(const KestrelidRes
 // Decides whether pictures show a passport. Immutable: overlapping calls are independent.
 typedef struct KestrelidDetector KestrelidDetector;
 
-typedef enum KestrelidRecognizer {
-    KESTRELID_PPOCR = 0,      // PP-OCRv4 mobile on ONNX Runtime
-    KESTRELID_TESSERACT = 1,  // Tesseract 5, English
-} KestrelidRecognizer;
-
 typedef enum KestrelidOutlineFinder {
     KESTRELID_NETWORK_FIRST = 0,  // the network; if it is in doubt the classical finder too
     KESTRELID_NETWORK = 1,        // the network alone
@@ -151,7 +146,6 @@ typedef struct KestrelidDetectorOptions {
     // the library, installed or built.
     const char* resources;
 
-    int32_t recognizer;    // KestrelidRecognizer
     int32_t outlines;      // KestrelidOutlineFinder
     int32_t effort;        // KestrelidEffort
     int32_t text_threads;  // that one picture's text may use, 1 to 64; 0: two

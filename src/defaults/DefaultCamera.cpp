@@ -4,9 +4,9 @@
 #include "capture/CameraFile.h"
 #include "capture/gstreamer/GStreamerCapturePlatform.h"
 #include "capture/permission/CameraPermission.h"
+#include "vision/text/RationedTextService.h"
 
 #include <algorithm>
-#include <semaphore>
 #include <thread>
 #include <utility>
 
@@ -20,38 +20,12 @@ std::shared_ptr<CameraAuthorization> makeAuthorization(const CameraOptions& opti
     return capture::makeCameraAuthorization(capture::systemPermissionEnvironment());
 }
 
-// Has so many pictures read at once, and others wait. Pictures come whether or not the last one has
-// been read; two that are read at once take up to 60 MiB more, and no less time where all cores
-// are at work on the first.
-class RationedTextService final : public TextService {
-public:
-    RationedTextService(std::shared_ptr<TextService> service, unsigned atOnce)
-        : service_(std::move(service)), free_(static_cast<std::ptrdiff_t>(atOnce)) {}
-
-    TextResult perform(const Bitmap& bitmap, const TextRequest& request) override {
-        const Turn turn(free_);
-        return service_->perform(bitmap, request);
-    }
-
-private:
-    struct Turn {
-        explicit Turn(std::counting_semaphore<>& free) : semaphore(free) { semaphore.acquire(); }
-        ~Turn() { semaphore.release(); }
-        Turn(const Turn&) = delete;
-        Turn& operator=(const Turn&) = delete;
-        std::counting_semaphore<>& semaphore;
-    };
-
-    const std::shared_ptr<TextService> service_;
-    std::counting_semaphore<> free_;
-};
-
 PlatformServices rationed(PlatformServices recognition) {
     constexpr unsigned kCoresForOne = 2;  // DefaultServicesOptions::textThreads
     const unsigned atOnce = std::max(1u, std::thread::hardware_concurrency() / kCoresForOne);
     if (recognition.text)
         recognition.text =
-            std::make_shared<RationedTextService>(std::move(recognition.text), atOnce);
+            std::make_shared<vision::RationedTextService>(std::move(recognition.text), atOnce);
     return recognition;
 }
 

@@ -4,11 +4,9 @@
 #include "defaults/Resources.h"
 #include "vision/outlines/NetworkRectangleService.h"
 #include "vision/outlines/OpenCvRectangleService.h"
-#include "vision/tesseract/TesseractTextService.h"
 #include "vision/text/PpOcrTextService.h"
 
 #include <algorithm>
-#include <iterator>
 #include <thread>
 
 namespace kestrelid {
@@ -18,12 +16,6 @@ namespace {
 vision::PpOcrOptions ppOcrOptions(const DefaultServicesOptions& options) {
     return {.resources = defaults::resourceFolders(options.resources),
             .threads = options.textThreads};
-}
-
-std::shared_ptr<TextService> makeTextService(const DefaultServicesOptions& options) {
-    if (options.recognizer == Recognizer::tesseract)
-        return std::make_shared<vision::TesseractTextService>();
-    return std::make_shared<vision::PpOcrTextService>(ppOcrOptions(options));
 }
 
 std::shared_ptr<vision::NetworkRectangleService>
@@ -47,14 +39,12 @@ PlatformServices defaultServices(const DefaultServicesOptions& options) {
     // Two at least, so that one picture's outline is found while another's text is read.
     const int threads = static_cast<int>(std::max(2u, std::thread::hardware_concurrency()));
     return {.rectangles = makeRectangleService(options),
-            .text = makeTextService(options),
+            .text = std::make_shared<vision::PpOcrTextService>(ppOcrOptions(options)),
             .queue = std::make_shared<base::AsioQueue>("kestrelid.user", threads)};
 }
 
 std::vector<ServiceStatus> diagnose(const DefaultServicesOptions& options) {
     std::vector<ServiceStatus> all = vision::PpOcrTextService(ppOcrOptions(options)).diagnose();
-    std::vector<ServiceStatus> tesseract = vision::TesseractTextService().diagnose();
-    std::move(tesseract.begin(), tesseract.end(), std::back_inserter(all));
     all.push_back(makeNetworkRectangleService(options)->diagnose());
     return all;
 }

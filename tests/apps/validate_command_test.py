@@ -39,11 +39,6 @@ class Verdicts(CommandLineTest):
         self.assertRegex(readable[4], rf"^{names[1]}: not a passport, confidence 0\.000, \d+ ms$")
         self.assertEqual(readable[5:], ["    " + reason for reason in sheet["reasons"]])
 
-    def test_tesseract_reads_it_too(self):
-        result = run("validate", "--json", "--recognizer", "tesseract", str(PASSPORT))
-        self.assertEqual((result.returncode, result.stderr), (0, b""))
-        self.assertIn("PASSPORT", json_lines(result.stdout)[0]["recognizedText"])
-
     def test_missing_models_are_an_error_not_a_verdict(self):
         result = run("validate", "--json", "--resources", str(self.folder), str(PASSPORT))
         self.assertEqual(result.returncode, 1)

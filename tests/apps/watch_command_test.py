@@ -227,7 +227,6 @@ class WrongUsage(CommandLineTest):
             ["--photo", "a.jpg", "--after", "-1"],
             ["--camera"],
             ["--camera", ""],
-            ["--recognizer", "magic"],
             ["--resources", "/nonexistent"],
             ["a.jpg"],
         ]:

@@ -191,7 +191,6 @@ static void options(void) {
     given.field = value;                                                                           \
     expectError(kestrelid_detector_create(&given, &other, &error), invalid, &error, text)
     REFUSED(struct_size, sizeof(size_t), "struct_size is not set");
-    REFUSED(recognizer, 2, "recognizer is out of range");
     REFUSED(outlines, -1, "outlines is out of range");
     REFUSED(effort, 2, "effort is out of range");
     REFUSED(text_threads, 65, "text_threads is out of range");

@@ -20,8 +20,12 @@ PATIENCE = 200  # seconds; machines that build meanwhile are slow
 PASSPORT, DESK, RECEIPT = "bangladesh-spread.jpg", "desk.jpg", "receipt.jpg"
 
 
+def find(name):
+    return next((file for file in (BUILT / name / name, BUILT / name) if file.is_file()), None)
+
+
 def program(name):
-    file = next((file for file in (BUILT / name / name, BUILT / name) if file.is_file()), None)
+    file = find(name)
     assert file, f"{name} is not built in {BUILT}"
     return str(file)
 
@@ -42,21 +46,37 @@ class OnePicture(unittest.TestCase):
             with self.subTest(picture):
                 self.check(run("judge", SAMPLES / picture), status, output, complaint)
 
-    def test_own_recogniser_decides_by_the_lines_it_is_given(self):
-        with tempfile.TemporaryDirectory() as folder:
-            lines = Path(folder) / "lines.txt"
-            for text, status, output, complaint in (
-                    ("PASSPORT\nSURNAME\nDATE OF BIRTH\n", 0, ["a passport, confidence 0.5"], ""),
-                    ("QQQQQQQQQQQQQQQQQQQQ\n", 0, ["not a passport, confidence 0.1"], ""),
-                    ("", 1, ["not a passport, confidence 0.1"], "no lines")):
-                with self.subTest(text):
-                    lines.write_text(text)
-                    self.check(run("own-recogniser", SAMPLES / RECEIPT, lines), status, output, complaint)
-        self.check(run("own-recogniser", SAMPLES / RECEIPT), 2, [], "usage")
-
     def test_own_camera_sees_a_passport_and_takes_its_photo(self):
         self.check(run("own-camera", SAMPLES / PASSPORT), 0, ["a passport; photo of 960x1280"], "")
         self.check(run("own-camera"), 2, [], "usage")
+
+
+class OwnRecogniser(unittest.TestCase):
+    def setUp(self):
+        if not find("own-recogniser"):
+            self.skipTest("own-recogniser is not built: install libtesseract-dev and tesseract-ocr-eng")
+
+    def judged(self, *names, **options):
+        done = run("own-recogniser", "--json", *[SAMPLES / name for name in names], **options)
+        return done.returncode, [json.loads(line) for line in done.stdout.splitlines()], done.stderr.decode().splitlines()
+
+    def test_reads_pictures_in_any_turn_and_tells_of_those_it_cannot(self):
+        names = [PASSPORT, "missing.jpg", "utopia-quarter-turn.jpg", DESK]
+        status, lines, complaints = self.judged(*names)
+        self.assertEqual((status, [line["file"] for line in lines]), (1, [str(SAMPLES / name) for name in names]))
+        self.assertEqual([line.get("isPassport") for line in lines], [True, None, True, False])
+        self.assertIn("PASSPORT", lines[2]["recognizedText"])
+        self.assertEqual(list(lines[0]), ["file", "isPassport", "confidence", "reasons", "recognizedText", "milliseconds"])
+        self.assertEqual(complaints, [f"{lines[1]['file']}: {lines[1]['error']}"])
+
+    def test_names_the_package_of_a_missing_model_in_one_line(self):
+        with tempfile.TemporaryDirectory() as empty:
+            status, (line,), complaints = self.judged(DESK, env=os.environ | {"TESSDATA_PREFIX": empty})
+        self.assertEqual((status, list(line), len(complaints)), (1, ["file", "error"], 1))
+        self.assertIn("install the package tesseract-ocr-eng", complaints[0])
+
+    def test_wrong_usage(self):
+        self.assertEqual(run("own-recogniser", "--json").returncode, 2)
 
 
 class FolderJudge(unittest.TestCase):

@@ -66,11 +66,8 @@ OnnxRuntime::Loaded OnnxRuntime::load(const ResourceFolders& resources) {
         return start(handle);
     if (!refusal.empty())
         return failure("ONNX Runtime cannot be loaded (" + refusal +
-                       "): " + std::string(kResourceRemedy));
-    return failure(resources.missing(
-        kOnnxLibraryName,
-        std::string(kResourceRemedy) +
-            ", or install Debian's libonnxruntime-dev or libonnxruntime1.x where they exist"));
+                       "): " + std::string(kRuntimeRemedy));
+    return failure(resources.missing(kOnnxLibraryName, kRuntimeRemedy));
 }
 
 OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
@@ -79,7 +76,7 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
     Dl_info place{};
     if (!getApiBase || dladdr(reinterpret_cast<const void*>(getApiBase), &place) == 0)
         return failure(std::string(kOnnxLibraryName) +
-                       " is not ONNX Runtime: " + std::string(kResourceRemedy));
+                       " is not ONNX Runtime: " + std::string(kRuntimeRemedy));
 
     const std::shared_ptr<OnnxRuntime> runtime(new OnnxRuntime);
     const OrtApiBase& base = *getApiBase();
@@ -89,7 +86,7 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
     runtime->api_ = level >= kOldestApiLevel ? base.GetApi(level) : nullptr;
     if (!runtime->api_)
         return failure("ONNX Runtime " + runtime->version_ + " at " + runtime->library_.string() +
-                       " is too old: " + std::string(kResourceRemedy));
+                       " is too old: " + std::string(kRuntimeRemedy));
 
     const OrtApi& api = *runtime->api_;
     // A library must not write to its host's standard error: failures come back as statuses.

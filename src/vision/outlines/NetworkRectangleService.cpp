@@ -15,7 +15,8 @@ namespace kestrelid::vision {
 namespace {
 
 constexpr const char* kModelName = "outline-net.onnx";
-constexpr const char* kRemedy = "install it beside the library, or take models/ of the source tree";
+constexpr const char* kRemedy =
+    "install the package kestrelid-models, or take models/ of the source tree";
 constexpr int kShortestSide = 24;     // pixels; below this no page can be told from noise
 constexpr double kSameOutline = 0.5;  // overlap from which two are one
 constexpr double kBorder = 0.02;      // of the picture: nearer sides are taken for its border

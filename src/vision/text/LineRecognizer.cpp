@@ -1,7 +1,10 @@
 #include "vision/text/LineRecognizer.h"
 
+#include "vision/onnx/ResourceFolders.h"
+
 #include <algorithm>
 #include <array>
+#include <string>
 
 namespace kestrelid::vision {
 namespace {
@@ -39,8 +42,8 @@ Expected<CtcReading> LineRecognizer::read(const cv::Mat& picture, const LineBox&
     const OnnxTensor& classes = outputs->front();
     if (classes.shape().empty() ||
         classes.shape().back() != static_cast<std::int64_t>(alphabet_.classCount()))
-        return failure(
-            "the recognition model and its dictionary do not belong together: run tools/setup");
+        return failure("the recognition model and its dictionary do not belong together: " +
+                       std::string(kModelRemedy));
     return alphabet_.decode(classes.values());
 }
 

@@ -1,8 +1,11 @@
 #include "vision/text/PageDirection.h"
 
+#include "vision/onnx/ResourceFolders.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <string>
 
 namespace kestrelid::vision {
 namespace {
@@ -45,7 +48,8 @@ Expected<float> PageDirection::reversed(const cv::Mat& picture, const LineBox& l
         return Failure(outputs.error());
     const OnnxTensor& answer = outputs->front();
     if (answer.values().size() != 2)
-        return failure("the direction model does not tell two directions apart: run tools/setup");
+        return failure("the direction model does not tell two directions apart: " +
+                       std::string(kModelRemedy));
     return answer.values()[1];
 }
 

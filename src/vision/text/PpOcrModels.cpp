@@ -32,7 +32,7 @@ Expected<CtcAlphabet> readDictionary(const ResourceFolders& resources) {
     if (auto alphabet = CtcAlphabet::parse(content))
         return *std::move(alphabet);
     return failure(path->string() +
-                   " cannot be read or lacks English letters: " + std::string(kResourceRemedy));
+                   " cannot be read or lacks English letters: " + std::string(kModelRemedy));
 }
 
 template <class Part>

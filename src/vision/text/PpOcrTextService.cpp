@@ -1,6 +1,5 @@
 #include "vision/text/PpOcrTextService.h"
 
-#include "vision/text/EnglishOnly.h"
 #include "vision/text/LineCollector.h"
 #include "vision/text/PageReader.h"
 #include "vision/text/ReducedPicture.h"
@@ -42,8 +41,9 @@ Expected<std::shared_ptr<const PpOcrModels>> PpOcrTextService::models() {
 
 TextResult PpOcrTextService::perform(const Bitmap& bitmap, const TextRequest& request) {
     try {
-        if (const auto refusal = refuseUnlessEnglish(request))
-            return *refusal;
+        const auto& languages = request.recognitionLanguages;
+        if (std::ranges::find(languages, "en") == languages.end())
+            return RequestError{"this text recogniser reads English only: ask for \"en\""};
         const auto loaded = models();
         if (!loaded)
             return loaded.error();

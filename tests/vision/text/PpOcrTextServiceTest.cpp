@@ -43,7 +43,8 @@ TEST_F(PpOcrResources, NamesEachMissingFileAndReadsOnceItIsThere) {
         const TextResult refused = service.perform(evenBitmap(64, 64), {});
         const auto* error = std::get_if<RequestError>(&refused);
         ASSERT_TRUE(error);
-        for (const auto& part : {file, folder_.string(), std::string("run tools/setup")})
+        for (const auto& part :
+             {file, folder_.string(), std::string("package kestrelid-models, or run tools/setup")})
             EXPECT_THAT(error->description, HasSubstr(part));
 
         const auto parts = service.diagnose();

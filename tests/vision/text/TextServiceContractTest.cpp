@@ -1,12 +1,10 @@
 #include "tests/vision/text/DrawnText.h"
-#include "vision/tesseract/TesseractTextService.h"
 #include "vision/text/PpOcrTextService.h"
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <atomic>
-#include <functional>
-#include <memory>
 #include <thread>
 
 namespace kestrelid::test {
@@ -23,31 +21,22 @@ const std::vector<std::string> kTexts{"REPUBLICOFNORTHPORT", "SURNAMEWALKER",
                                       "DATEOFBIRTH12MAY1984", "PLACEHARBOURTOWN",
                                       "AUTHORITYPASSPORTOFFICE"};
 
-struct RecognizerRow {
-    const char* name;
-    std::function<std::unique_ptr<TextService>()> make;
-    std::function<std::vector<ServiceStatus>()> diagnose;
-};
-void PrintTo(const RecognizerRow& row, std::ostream* out) {
-    *out << row.name;
-}
-
-// The duties of a text service, kept by each of them on its real library and model.
-class TextServiceContract : public testing::TestWithParam<RecognizerRow> {
+// The duties of a text service, kept with one thread and with two on the real library and models.
+class TextServiceContract : public testing::TestWithParam<int> {
 protected:
     void SetUp() override {
-        for (const auto& part : GetParam().diagnose())
+        for (const auto& part : service_.diagnose())
             if (!part.available)
                 GTEST_SKIP() << part.name << ": " << part.details;
-        service_ = GetParam().make();
     }
 
-    // Throws where the request fails.
+    // Throws if the request fails.
     std::vector<TextObservation> read(const Bitmap& bitmap, const TextRequest& request = {}) {
-        return std::get<std::vector<TextObservation>>(service_->perform(bitmap, request));
+        return std::get<std::vector<TextObservation>>(service_.perform(bitmap, request));
     }
 
-    std::unique_ptr<TextService> service_;
+    vision::PpOcrTextService service_{
+        {.resources = {KESTRELID_RESOURCES_DIR}, .threads = GetParam()}};
 };
 
 TEST_P(TextServiceContract, ReadsAllFourTurnsInReadingOrder) {
@@ -133,7 +122,7 @@ TEST_P(TextServiceContract, RefusesLanguagesWithoutEnglish) {
     for (const std::vector<std::string>& languages :
          {std::vector<std::string>{}, {"de"}, {"english"}}) {
         request.recognitionLanguages = languages;
-        const TextResult refused = service_->perform(drawnPage({"TEXT"}), request);
+        const TextResult refused = service_.perform(drawnPage({"TEXT"}), request);
         const auto* error = std::get_if<RequestError>(&refused);
         ASSERT_TRUE(error);
         EXPECT_THAT(error->description, testing::HasSubstr("en"));
@@ -142,22 +131,7 @@ TEST_P(TextServiceContract, RefusesLanguagesWithoutEnglish) {
     EXPECT_THAT(textsOf(read(drawnPage({"TEXT"}), request)), ElementsAre("TEXT"));
 }
 
-vision::PpOcrOptions ppOcr(int threads) {
-    return {.resources = {KESTRELID_RESOURCES_DIR}, .threads = threads};
-}
-
-RecognizerRow ppOcrRow(const char* name, int threads) {
-    return {name, [=] { return std::make_unique<vision::PpOcrTextService>(ppOcr(threads)); },
-            [=] { return vision::PpOcrTextService(ppOcr(threads)).diagnose(); }};
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Recognizers, TextServiceContract,
-    testing::Values(ppOcrRow("ppocrOneThread", 1), ppOcrRow("ppocrTwoThreads", 2),
-                    RecognizerRow{"tesseract",
-                                  [] { return std::make_unique<vision::TesseractTextService>(); },
-                                  [] { return vision::TesseractTextService().diagnose(); }}),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Threads, TextServiceContract, testing::Values(1, 2));
 
 }  // namespace
 }  // namespace kestrelid::test
