@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kestrelid/VisionServices.h>
+#include <kestrelid/PassportDetector.h>
 
 #include <functional>
 #include <optional>
@@ -78,6 +78,13 @@ private:
 inline Script reporting(std::vector<Observation> results) {
     return {.report = RequestReport{.results = std::move(results), .error = std::nullopt},
             .failure = std::nullopt};
+}
+
+// For a detector that overrides what would use them.
+inline PlatformServices noServices() {
+    return {.rectangles = std::make_shared<FakeRectangles>(Script{}),
+            .text = std::make_shared<FakeText>(Script{}),
+            .queue = nullptr};
 }
 
 // Covers fraction of the bitmap, from its upper left corner.
