@@ -83,19 +83,16 @@ TEST(CameraManagerCreation, NeedsEveryService) {
         .makeSerialQueue = [](const std::string&) { return nullptr; },
     };
     EXPECT_NE(CameraManager::create(complete), nullptr);
-    for (int gap = 0; gap < 5; ++gap) {
+    using Gap = void (*)(CameraServices&);
+    for (const Gap gap :
+         {Gap([](CameraServices& services) { services.authorization = nullptr; }),
+          Gap([](CameraServices& services) { services.capture = nullptr; }),
+          Gap([](CameraServices& services) { services.detector = nullptr; }),
+          Gap([](CameraServices& services) { services.mainQueue = nullptr; }),
+          Gap([](CameraServices& services) { services.makeSerialQueue = nullptr; })}) {
         CameraServices services = complete;
-        if (gap == 0)
-            services.authorization = nullptr;
-        else if (gap == 1)
-            services.capture = nullptr;
-        else if (gap == 2)
-            services.detector = nullptr;
-        else if (gap == 3)
-            services.mainQueue = nullptr;
-        else
-            services.makeSerialQueue = nullptr;
-        EXPECT_EQ(CameraManager::create(services), nullptr) << gap;
+        gap(services);
+        EXPECT_EQ(CameraManager::create(services), nullptr);
     }
 }
 

@@ -112,11 +112,6 @@ gboolean setCaps(GstBaseSrc* source, GstCaps* caps) {
     return TRUE;
 }
 
-gboolean start(GstBaseSrc* source) {
-    cameraOf(source).nextTime = GST_CLOCK_TIME_NONE;
-    return TRUE;
-}
-
 gboolean setFlushing(GstBaseSrc* source, bool isFlushing) {
     cameraOf(source).isFlushing = isFlushing;
     return TRUE;
@@ -221,7 +216,6 @@ void kestrel_test_camera_source_class_init(SourceClass* type) {
     auto* base = GST_BASE_SRC_CLASS(type);
     base->get_caps = getCaps;
     base->set_caps = setCaps;
-    base->start = start;
     base->unlock = [](GstBaseSrc* source) { return setFlushing(source, true); };
     base->unlock_stop = [](GstBaseSrc* source) { return setFlushing(source, false); };
     base->query = query;
