@@ -199,8 +199,7 @@ std::unique_ptr<Engine> TesseractTextService::borrowEngine() {
     return engine;
 }
 
-TesseractTextService::TextResult TesseractTextService::perform(const Bitmap& bitmap,
-                                                               const TextRequest& request) try {
+TextResult TesseractTextService::perform(const Bitmap& bitmap, const TextRequest& request) try {
     const auto& languages = request.recognitionLanguages;
     if (std::find(languages.begin(), languages.end(), "en") == languages.end())
         return RequestError{"this recogniser reads English only: ask for \"en\""};

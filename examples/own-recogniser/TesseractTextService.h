@@ -5,7 +5,6 @@
 #include <memory>
 #include <mutex>
 #include <tesseract/baseapi.h>
-#include <variant>
 #include <vector>
 
 // Reads English text with Tesseract 5, whichever of the four turns it stands in. Called on workers,
@@ -13,14 +12,10 @@
 // to itself (20 MB), kept for the calls after it.
 class TesseractTextService final : public kestrelid::TextService {
 public:
-    std::optional<kestrelid::RequestError>
-    perform(const kestrelid::Bitmap& bitmap, const kestrelid::TextRequest& request,
-            const kestrelid::RequestCompletion& completion) override;
+    kestrelid::TextResult perform(const kestrelid::Bitmap& bitmap,
+                                  const kestrelid::TextRequest& request) override;
 
 private:
-    using Result = std::variant<std::vector<kestrelid::TextObservation>, kestrelid::RequestError>;
-
-    Result read(const kestrelid::Bitmap& bitmap, const kestrelid::TextRequest& request);
     std::unique_ptr<tesseract::TessBaseAPI> borrowEngine();
 
     std::mutex mutex_;

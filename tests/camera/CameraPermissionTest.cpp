@@ -20,70 +20,36 @@ struct PermissionCase {
     bool configures;
 };
 
-void PrintTo(const PermissionCase& row, std::ostream* out) {
-    *out << row.name;
-}
+TEST(CameraPermission, LeadsTo) {
+    using enum AuthorizationStatus;
+    const std::vector<std::string> yes{"isAuthorized = true"};
+    const std::vector<std::string> no{"isAuthorized = false"};
+    const PermissionCase cases[] = {
+        {"authorized", authorized, {}, yes, 0, true},
+        {"denied", denied, {}, no, 0, false},
+        {"restricted", restricted, {}, no, 0, false},
+        {"asked and unanswered", notDetermined, {}, {}, 1, false},
+        {"asked and granted", notDetermined, true, yes, 1, true},
+        {"asked and refused", notDetermined, false, no, 1, false},
+    };
+    for (const PermissionCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        CameraHarness camera(row.status);
+        EXPECT_THAT(camera.machine().log, IsEmpty()) << "creating touched the camera";
 
-class CameraPermission : public testing::TestWithParam<PermissionCase> {};
-
-TEST_P(CameraPermission, LeadsTo) {
-    const PermissionCase& row = GetParam();
-    CameraHarness camera(row.status);
-    EXPECT_THAT(camera.machine().log, IsEmpty()) << "creating touched the camera";
-
-    camera.manager->checkAuthorization();
-    const std::size_t requests = camera.authorization->requests();
-    if (row.answer) {
-        camera.authorization->answer(*row.answer);
-        EXPECT_THAT(camera.announced(), IsEmpty()) << "published on the platform's thread";
+        camera.manager->checkAuthorization();
+        EXPECT_EQ(camera.authorization->requests(), row.requests);
+        if (row.answer) {
+            camera.authorization->answer(*row.answer);
+            EXPECT_THAT(camera.announced(), IsEmpty()) << "published on the platform's thread";
+        }
+        camera.settle();
+        EXPECT_EQ(camera.announced(), row.announced);
+        EXPECT_EQ(!camera.machine().log.empty(), row.configures);
     }
-    camera.settle();
-
-    EXPECT_EQ(camera.announced(), row.announced);
-    EXPECT_EQ(requests, row.requests);
-    EXPECT_EQ(!camera.machine().log.empty(), row.configures);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, CameraPermission,
-                         testing::Values(PermissionCase{"Authorized",
-                                                        AuthorizationStatus::authorized,
-                                                        std::nullopt,
-                                                        {"isAuthorized = true"},
-                                                        0,
-                                                        true},
-                                         PermissionCase{"Denied",
-                                                        AuthorizationStatus::denied,
-                                                        std::nullopt,
-                                                        {"isAuthorized = false"},
-                                                        0,
-                                                        false},
-                                         PermissionCase{"Restricted",
-                                                        AuthorizationStatus::restricted,
-                                                        std::nullopt,
-                                                        {"isAuthorized = false"},
-                                                        0,
-                                                        false},
-                                         PermissionCase{"AskedAndUnanswered",
-                                                        AuthorizationStatus::notDetermined,
-                                                        std::nullopt,
-                                                        {},
-                                                        1,
-                                                        false},
-                                         PermissionCase{"AskedAndGranted",
-                                                        AuthorizationStatus::notDetermined,
-                                                        true,
-                                                        {"isAuthorized = true"},
-                                                        1,
-                                                        true},
-                                         PermissionCase{"AskedAndRefused",
-                                                        AuthorizationStatus::notDetermined,
-                                                        false,
-                                                        {"isAuthorized = false"},
-                                                        1,
-                                                        false}),
-                         [](const auto& given) { return std::string(given.param.name); });
-
-TEST(CameraPermissionLifetime, QuestionUnderWayKeepsTheManager) {
+TEST(CameraPermission, QuestionUnderWayKeepsTheManager) {
     CameraHarness camera(AuthorizationStatus::notDetermined);
     const std::weak_ptr<CameraManager> weak = camera.manager;
     camera.manager->checkAuthorization();
@@ -96,7 +62,7 @@ TEST(CameraPermissionLifetime, QuestionUnderWayKeepsTheManager) {
     EXPECT_THAT(camera.announced(), ElementsAre("isAuthorized = false"));
 }
 
-TEST(CameraPermissionLifetime, PermissionTakenAwayIsSeenAtTheNextCheck) {
+TEST(CameraPermission, PermissionTakenAwayIsSeenAtTheNextCheck) {
     CameraHarness camera;
     camera.becomeReady();
     camera.authorization->answer(false);
@@ -116,14 +82,14 @@ TEST(CameraManagerCreation, NeedsEveryService) {
         .mainQueue = camera.mainQueue,
         .makeSerialQueue = [](const std::string&) { return nullptr; },
     };
-    const std::vector<void (*)(CameraServices&)> gaps{
-        [](CameraServices& services) { services.authorization = nullptr; },
-        [](CameraServices& services) { services.capture = nullptr; },
-        [](CameraServices& services) { services.detector = nullptr; },
-        [](CameraServices& services) { services.mainQueue = nullptr; },
-        [](CameraServices& services) { services.makeSerialQueue = nullptr; }};
     EXPECT_NE(CameraManager::create(complete), nullptr);
-    for (const auto& gap : gaps) {
+    using Gap = void (*)(CameraServices&);
+    for (const Gap gap :
+         {Gap([](CameraServices& services) { services.authorization = nullptr; }),
+          Gap([](CameraServices& services) { services.capture = nullptr; }),
+          Gap([](CameraServices& services) { services.detector = nullptr; }),
+          Gap([](CameraServices& services) { services.mainQueue = nullptr; }),
+          Gap([](CameraServices& services) { services.makeSerialQueue = nullptr; })}) {
         CameraServices services = complete;
         gap(services);
         EXPECT_EQ(CameraManager::create(services), nullptr);

@@ -9,7 +9,6 @@ namespace kestrelid::camera {
 namespace {
 
 using test::CameraHarness;
-using test::FakeMachine;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -41,41 +40,9 @@ struct PhotoHarness : CameraHarness {
     std::vector<std::string> delivered;
 };
 
-// What stands in the way of a photo, and whether the camera is asked for one all the same.
-struct ObstacleCase {
-    const char* name;
-    std::function<void(PhotoHarness&)> prepare;
-    std::function<void(PhotoHarness&)> betweenTapAndCapture;
-    bool asksTheCamera;
-    CapturedPhoto photo;
-    std::optional<CaptureError> error;
-    std::string delivered;
-};
+using Step = void (*)(PhotoHarness&);
 
-void PrintTo(const ObstacleCase& row, std::ostream* out) {
-    *out << row.name;
-}
-
-class CameraPhoto : public testing::TestWithParam<ObstacleCase> {};
-
-TEST_P(CameraPhoto, EndsInOneDelivery) {
-    const ObstacleCase& row = GetParam();
-    PhotoHarness camera;
-    row.prepare(camera);
-
-    camera.manager->capturePhoto();
-    EXPECT_THAT(camera.delivered, IsEmpty()) << "delivered before the call returned";
-    row.betweenTapAndCapture(camera);
-    camera.settle();
-    ASSERT_EQ(camera.output().requests.size(), row.asksTheCamera ? 1u : 0u);
-    if (row.asksTheCamera) {
-        camera.output().finish(row.photo, row.error);
-        EXPECT_THAT(camera.delivered, IsEmpty()) << "delivered on the platform's thread";
-        camera.settle();
-    }
-    EXPECT_THAT(camera.delivered, ElementsAre(row.delivered));
-}
-
+void nothing(PhotoHarness&) {}
 void notReady(PhotoHarness& camera) {
     camera.manager->setupSession();  // refused: published false, although the session runs
     camera.settle();
@@ -89,27 +56,47 @@ void unconnected(PhotoHarness& camera) {
 void disconnected(PhotoHarness& camera) {
     camera.machine().connections = {{.isEnabled = false}, {.isEnabled = true}};
 }
-void nothing(PhotoHarness&) {}
 
-CapturedPhoto undecodablePhoto() {
-    return {.fileDataRepresentation = std::vector<std::byte>(100)};
+// What stands in the way of a photo.
+struct ObstacleCase {
+    const char* name;
+    Step prepare;
+    Step betweenTapAndCapture;
+    std::optional<CapturedPhoto> photo;  // absent: the camera is not asked for one
+    std::optional<CaptureError> error;
+    std::string delivered;
+};
+
+TEST(CameraPhotos, EndInOneDelivery) {
+    const CapturedPhoto damaged{.fileDataRepresentation = std::vector<std::byte>(100)};
+    const ObstacleCase cases[] = {
+        {"none", nothing, nothing, onePixelPhoto(), {}, "photo"},
+        {"session not ready", notReady, nothing, {}, {}, "nothing"},
+        {"camera lost", lost, nothing, {}, {}, "nothing"},
+        {"camera lost after the tap", nothing, lost, {}, {}, "nothing"},
+        {"no connection", unconnected, nothing, {}, {}, "nothing"},
+        {"first connection disabled", disconnected, nothing, {}, {}, "nothing"},
+        {"capture error", nothing, nothing, onePixelPhoto(), CaptureError{"lens cap"}, "nothing"},
+        {"no file data", nothing, nothing, CapturedPhoto{}, {}, "nothing"},
+        {"undecodable file data", nothing, nothing, damaged, {}, "nothing"},
+    };
+    for (const ObstacleCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        PhotoHarness camera;
+        row.prepare(camera);
+        camera.manager->capturePhoto();
+        EXPECT_THAT(camera.delivered, IsEmpty()) << "delivered before the call returned";
+        row.betweenTapAndCapture(camera);
+        camera.settle();
+        ASSERT_EQ(camera.output().requests.size(), row.photo ? 1u : 0u);
+        if (row.photo) {
+            camera.output().finish(*row.photo, row.error);
+            EXPECT_THAT(camera.delivered, IsEmpty()) << "delivered on the platform's thread";
+            camera.settle();
+        }
+        EXPECT_THAT(camera.delivered, ElementsAre(row.delivered));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, CameraPhoto,
-    testing::Values(
-        ObstacleCase{"None", nothing, nothing, true, onePixelPhoto(), {}, "photo"},
-        ObstacleCase{"SessionNotReady", notReady, nothing, false, {}, {}, "nothing"},
-        ObstacleCase{"CameraLost", lost, nothing, false, {}, {}, "nothing"},
-        ObstacleCase{"CameraLostAfterTheTap", nothing, lost, false, {}, {}, "nothing"},
-        ObstacleCase{"NoConnection", unconnected, nothing, false, {}, {}, "nothing"},
-        ObstacleCase{"FirstConnectionDisabled", disconnected, nothing, false, {}, {}, "nothing"},
-        ObstacleCase{"CaptureError", nothing, nothing, true, onePixelPhoto(),
-                     CaptureError{"lens cap"}, "nothing"},
-        ObstacleCase{"NoFileData", nothing, nothing, true, {}, {}, "nothing"},
-        ObstacleCase{
-            "UndecodableFileData", nothing, nothing, true, undecodablePhoto(), {}, "nothing"}),
-    [](const auto& given) { return std::string(given.param.name); });
 
 struct SettingsCase {
     const char* name;
@@ -119,55 +106,24 @@ struct SettingsCase {
     std::optional<FlashMode> flashMode;
 };
 
-void PrintTo(const SettingsCase& row, std::ostream* out) {
-    *out << row.name;
-}
-
-class CameraPhotoSettings : public testing::TestWithParam<SettingsCase> {};
-
-TEST_P(CameraPhotoSettings, FollowWhatTheOutputOffers) {
-    const SettingsCase& row = GetParam();
-    PhotoHarness camera;
-    camera.machine().codecs = row.codecs;
-    camera.machine().flashModes = row.flashModes;
-    camera.manager->capturePhoto();
-    camera.settle();
-    const PhotoSettings& settings = camera.output().requests.at(0).settings;
-    EXPECT_EQ(settings.codec, row.codec);
-    EXPECT_EQ(settings.flashMode, row.flashMode);
-    EXPECT_EQ(settings.maxPhotoDimensions, (PhotoDimensions{4032, 3024}));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, CameraPhotoSettings,
-    testing::Values(
-        SettingsCase{"BothCodecs", {"jpeg", "hvc1"}, {FlashMode::off}, "hvc1", FlashMode::off},
-        SettingsCase{"JpegOnly", {"jpeg"}, {FlashMode::on, FlashMode::off}, "jpeg", FlashMode::off},
-        SettingsCase{"OtherCodecsOnly", {"HVC1", "jpeg2000"}, {}, std::nullopt, std::nullopt},
-        SettingsCase{
-            "FlashCannotBeTurnedOff", {}, {FlashMode::automatic}, std::nullopt, std::nullopt}),
-    [](const auto& given) { return std::string(given.param.name); });
-
-TEST(CameraPhotos, SeveralInFlightAreEachDelivered) {
-    PhotoHarness camera;
-    for (int tap = 0; tap < 3; ++tap)
+TEST(CameraPhotos, FollowWhatTheOutputOffers) {
+    using enum FlashMode;
+    for (const SettingsCase& row :
+         {SettingsCase{"both codecs", {"jpeg", "hvc1"}, {off}, "hvc1", off},
+          SettingsCase{"JPEG only", {"jpeg"}, {on, off}, "jpeg", off},
+          SettingsCase{"other codecs only", {"HVC1", "jpeg2000"}, {}, {}, {}},
+          SettingsCase{"flash cannot be turned off", {}, {automatic}, {}, {}}}) {
+        SCOPED_TRACE(row.name);
+        PhotoHarness camera;
+        camera.machine().codecs = row.codecs;
+        camera.machine().flashModes = row.flashModes;
         camera.manager->capturePhoto();
-    camera.settle();
-    camera.output().finish(onePixelPhoto());
-    camera.output().finish({}, CaptureError{"blocked"});
-    camera.output().finish(onePixelPhoto());
-    camera.settle();
-    EXPECT_THAT(camera.delivered, ElementsAre("photo", "nothing", "photo"));
-}
-
-TEST(CameraPhotos, WithoutACallbackAreTakenAndThrownAway) {
-    PhotoHarness camera;
-    camera.manager->onPhotoCapture = nullptr;
-    camera.manager->capturePhoto();
-    camera.settle();
-    camera.output().finish(onePixelPhoto());
-    camera.settle();
-    EXPECT_THAT(camera.delivered, IsEmpty());
+        camera.settle();
+        const PhotoSettings& settings = camera.output().requests.at(0).settings;
+        EXPECT_EQ(settings.codec, row.codec);
+        EXPECT_EQ(settings.flashMode, row.flashMode);
+        EXPECT_EQ(settings.maxPhotoDimensions, (PhotoDimensions{4032, 3024}));
+    }
 }
 
 TEST(CameraPhotos, CallbackMayReplaceItselfAndAskAgain) {
@@ -183,7 +139,10 @@ TEST(CameraPhotos, CallbackMayReplaceItselfAndAskAgain) {
     camera.output().finish(onePixelPhoto());
     camera.settle();
     EXPECT_THAT(camera.delivered, ElementsAre(kept));
-    EXPECT_EQ(camera.output().requests.size(), 1u);
+    ASSERT_EQ(camera.output().requests.size(), 1u);
+    camera.output().finish(onePixelPhoto());
+    camera.settle();
+    EXPECT_EQ(camera.delivered.size(), 1u) << "nobody is there to take the second one";
 }
 
 TEST(CameraPhotos, UnderWayKeepTheManagerUntilTheyAreDelivered) {

@@ -18,11 +18,7 @@ using test::FakePixelBuffer;
 // Answers on another thread, as the real one does; every second verdict is for a passport.
 class WorkerDetector final : public PassportDetector {
 public:
-    WorkerDetector()
-        : PassportDetector({.rectangles = std::make_shared<test::FakeRectangles>(),
-                            .text = std::make_shared<test::FakeText>(),
-                            .queue = nullptr},
-                           ValidationEffort::verdictOnly) {}
+    WorkerDetector() : PassportDetector(test::noServices(), ValidationEffort::verdictOnly) {}
 
     void validate(const Image&, Completion completion) override {
         const bool isPassport = ++calls_ % 2 == 0;

@@ -2,18 +2,39 @@
 
 #include "base/AsioQueue.h"
 
-#include <algorithm>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 namespace kestrelid::test {
+namespace {
 
-bool eventually(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
-    constexpr std::chrono::milliseconds kPause{2};
-    const auto end = std::chrono::steady_clock::now() + limit;
+class PhotoListener final : public PhotoCaptureDelegate {
+public:
+    PhotoListener(std::shared_ptr<PhotoAnswers> answers, int number)
+        : answers_(std::move(answers)), number_(number) {}
+    void didFinishProcessingPhoto(const CapturedPhoto& photo,
+                                  const std::optional<CaptureError>& error) override {
+        const std::lock_guard lock(answers_->mutex);
+        answers_->log.push_back(
+            {.number = number_,
+             .file = photo.fileDataRepresentation.value_or(std::vector<std::byte>{}),
+             .error = error ? error->description : std::string()});
+    }
+
+private:
+    const std::shared_ptr<PhotoAnswers> answers_;
+    const int number_;
+};
+
+}  // namespace
+
+bool eventually(const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(8);
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= end)
             return condition();
-        std::this_thread::sleep_for(kPause);
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     return true;
 }
@@ -24,89 +45,30 @@ CameraOptions cameraNamed(const std::string& name) {
     return options;
 }
 
-PhotoSettings boundedBy(int width, int height) {
-    PhotoSettings settings;
-    settings.maxPhotoDimensions = {.width = width, .height = height};
-    return settings;
-}
-
 void ShownFrames::show(const Bitmap& frame, Orientation frameOrientation, bool frameIsMirrored) {
     {
         const std::lock_guard lock(mutex_);
-        const auto now = std::chrono::steady_clock::now();
-        if (count_++ > 0)
-            longestGap_ = std::max(longestGap_, now - lastTime_);
-        lastTime_ = now;
         last_ = frame;
-        orientation = frameOrientation;
-        isMirrored = frameIsMirrored;
     }
-    if (onFrame)
-        onFrame(frame);
-}
-
-int ShownFrames::count() const {
-    const std::lock_guard lock(mutex_);
-    return count_;
-}
-
-std::optional<Bitmap> ShownFrames::last() const {
-    const std::lock_guard lock(mutex_);
-    return last_;
-}
-
-std::chrono::steady_clock::duration ShownFrames::longestGap() const {
-    const std::lock_guard lock(mutex_);
-    return longestGap_;
-}
-
-void TakenFrames::didOutput(const SampleBuffer& sampleBuffer) {
-    const PixelBuffer* pixels = sampleBuffer.imageBuffer();
-    std::optional<Bitmap> bitmap = pixels ? pixels->render() : std::nullopt;
-    {
-        const std::lock_guard lock(mutex_);
-        ++count_;
-        if (!bitmap)
-            ++unrendered_;
-        else if (kept_.size() < keeps)
-            kept_.push_back(*std::move(bitmap));
-    }
+    orientation = frameOrientation;
+    isMirrored = frameIsMirrored;
+    ++count_;
     if (onFrame)
         onFrame();
 }
 
-int TakenFrames::count() const {
+Bitmap ShownFrames::last() const {
     const std::lock_guard lock(mutex_);
-    return count_;
+    return last_.value();
 }
 
-int TakenFrames::unrendered() const {
-    const std::lock_guard lock(mutex_);
-    return unrendered_;
-}
-
-std::vector<Bitmap> TakenFrames::kept() const {
-    const std::lock_guard lock(mutex_);
-    return kept_;
-}
-
-void TakenFrames::letGo() {
-    const std::lock_guard lock(mutex_);
-    kept_.clear();
-}
-
-PhotoAnswers::Log PhotoAnswers::Shared::answers() const {
-    const std::lock_guard lock(mutex);
-    return log;
-}
-
-void PhotoAnswers::didFinishProcessingPhoto(const CapturedPhoto& photo,
-                                            const std::optional<CaptureError>& error) {
-    const std::lock_guard lock(shared_->mutex);
-    shared_->log.push_back({.number = number_,
-                            .file = photo.fileDataRepresentation.value_or(std::vector<std::byte>{}),
-                            .error = error ? error->description : std::string(),
-                            .time = std::chrono::steady_clock::now()});
+void TakenFrames::didOutput(const SampleBuffer& sampleBuffer) {
+    const PixelBuffer* pixels = sampleBuffer.imageBuffer();
+    if (auto bitmap = pixels ? pixels->render() : std::nullopt; bitmap && count_ < keeps)
+        kept_.push_back(*std::move(bitmap));
+    ++count_;
+    if (onFrame)
+        onFrame();
 }
 
 CaptureRig::CaptureRig(const CameraOptions& options)
@@ -118,7 +80,7 @@ CaptureRig::CaptureRig(const CameraOptions& options)
     session->addPreviewSurface(shown);
 }
 
-std::string CaptureRig::addCamera() {
+std::string CaptureRig::start() {
     const auto device = platform->defaultVideoDevice();
     if (!device)
         return "no camera";
@@ -135,24 +97,25 @@ std::string CaptureRig::addCamera() {
     if (session->canAddOutput(videoOutput))
         session->addOutput(videoOutput);
     session->commitConfiguration();
-    return takesInput ? "" : "input refused";
-}
-
-std::string CaptureRig::start() {
-    std::string error = addCamera();
-    if (error.empty())
-        session->startRunning();
-    return error;
+    if (!takesInput)
+        return "input refused";
+    session->startRunning();
+    return "";
 }
 
 void CaptureRig::takePhotos(int number, const PhotoSettings& settings) {
     for (int index = 0; index < number; ++index)
-        photoOutput->capturePhoto(settings, std::make_shared<PhotoAnswers>(answers, index));
+        photoOutput->capturePhoto(settings, std::make_shared<PhotoListener>(answers, index));
 }
 
 PhotoAnswers::Log CaptureRig::photos(std::size_t number) const {
-    eventually([&] { return answers->answers().size() >= number; });
-    return answers->answers();
+    PhotoAnswers::Log log;
+    eventually([&] {
+        const std::lock_guard lock(answers->mutex);
+        log = answers->log;
+        return log.size() >= number;
+    });
+    return log;
 }
 
 }  // namespace kestrelid::test

@@ -31,87 +31,52 @@ struct ChoiceCase {
     const char* name;
     std::vector<VideoFormat> formats;
     VideoFormat live;
-    VideoFormat still;
+    std::optional<VideoFormat> still = {};  // absent: the live one
     PhotoDimensions bound{};
 };
 
-void PrintTo(const ChoiceCase& row, std::ostream* out) {
-    *out << row.name;
-}
-
-class FormatChoice : public testing::TestWithParam<ChoiceCase> {};
-
-TEST_P(FormatChoice, TakesALiveAndAStillFormat) {
-    const ChoiceCase& row = GetParam();
-    std::vector<VideoFormat> formats = row.formats;
-    std::reverse(formats.begin(), formats.end());
-    for (int order = 0; order < 2; ++order, std::reverse(formats.begin(), formats.end())) {
-        const auto live = chooseLive(formats);
-        ASSERT_TRUE(live);
-        EXPECT_EQ(*live, row.live);
-        EXPECT_EQ(*chooseStill(formats, row.bound, live), row.still);
+TEST(FormatChoice, TakesALiveAndAStillFormat) {
+    const VideoFormat vga = raw(640, 480, 30);
+    const VideoFormat hd = raw(1280, 720, 30);
+    const ChoiceCase cases[] = {
+        {"only one", {vga}, vga},
+        {"the live size among others", {vga, hd, raw(1920, 1080, 30)}, hd, raw(1920, 1080, 30)},
+        {"raw is slow where motion JPEG is not",
+         {vga, raw(1280, 720, 10), raw(1920, 1080, 5), jpeg(1280, 720, 30), jpeg(1920, 1080, 30)},
+         jpeg(1280, 720, 30),
+         jpeg(1920, 1080, 30)},
+        {"raw and motion JPEG alike", {hd, jpeg(1280, 720, 30)}, hd},
+        {"nearest above", {vga, jpeg(1920, 1080, 30)}, jpeg(1920, 1080, 30)},
+        {"smooth but too small to read",
+         {raw(160, 120, 30), raw(1280, 720, 15)},
+         raw(1280, 720, 15)},
+        {"none smooth: the fastest", {raw(1280, 720, 5), raw(1600, 1200, 15)}, raw(1600, 1200, 15)},
+        {"no faster than needed",
+         {jpeg(1280, 720, 60), jpeg(1280, 720, 30), jpeg(1280, 720, 120)},
+         jpeg(1280, 720, 30)},
+        {"unknown rate", {raw(1280, 720, 0), vga}, raw(1280, 720, 0)},
+        {"wide among equals", {raw(960, 960, 30), hd}, hd},
+        {"stills within a bound",
+         {vga, hd, jpeg(4032, 3024, 5), jpeg(1600, 1200, 15)},
+         hd,
+         jpeg(1600, 1200, 15),
+         {2000, 2000}},
+        {"no still within the bound", {vga, hd}, hd, vga, {320, 240}},
+    };
+    for (const ChoiceCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        std::vector<VideoFormat> formats = row.formats;
+        for (int order = 0; order < 2; ++order, std::reverse(formats.begin(), formats.end())) {
+            const auto live = chooseLive(formats);
+            EXPECT_EQ(live, row.live);
+            EXPECT_EQ(chooseStill(formats, row.bound, live), row.still.value_or(row.live));
+        }
     }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cameras, FormatChoice,
-    testing::Values(
-        ChoiceCase{"only one", {raw(640, 480, 30)}, raw(640, 480, 30), raw(640, 480, 30)},
-        ChoiceCase{"the live size among others",
-                   {raw(640, 480, 30), raw(1280, 720, 30), raw(1920, 1080, 30)},
-                   raw(1280, 720, 30),
-                   raw(1920, 1080, 30)},
-        ChoiceCase{"raw is slow where motion JPEG is not",
-                   {raw(640, 480, 30), raw(1280, 720, 10), raw(1920, 1080, 5), jpeg(1280, 720, 30),
-                    jpeg(1920, 1080, 30)},
-                   jpeg(1280, 720, 30),
-                   jpeg(1920, 1080, 30)},
-        ChoiceCase{"raw and motion JPEG alike",
-                   {raw(1280, 720, 30), jpeg(1280, 720, 30)},
-                   raw(1280, 720, 30),
-                   raw(1280, 720, 30)},
-        ChoiceCase{"nearest above",
-                   {raw(640, 480, 30), jpeg(1920, 1080, 30)},
-                   jpeg(1920, 1080, 30),
-                   jpeg(1920, 1080, 30)},
-        ChoiceCase{"smooth but too small to read",
-                   {raw(160, 120, 30), raw(1280, 720, 15)},
-                   raw(1280, 720, 15),
-                   raw(1280, 720, 15)},
-        ChoiceCase{"none smooth: the fastest",
-                   {raw(1280, 720, 5), raw(1600, 1200, 15)},
-                   raw(1600, 1200, 15),
-                   raw(1600, 1200, 15)},
-        ChoiceCase{"no faster than needed",
-                   {jpeg(1280, 720, 60), jpeg(1280, 720, 30), jpeg(1280, 720, 120)},
-                   jpeg(1280, 720, 30),
-                   jpeg(1280, 720, 30)},
-        ChoiceCase{"unknown rate",
-                   {raw(1280, 720, 0), raw(640, 480, 30)},
-                   raw(1280, 720, 0),
-                   raw(1280, 720, 0)},
-        ChoiceCase{"wide among equals",
-                   {raw(960, 960, 30), raw(1280, 720, 30)},
-                   raw(1280, 720, 30),
-                   raw(1280, 720, 30)},
-        ChoiceCase{
-            "stills within a bound",
-            {raw(640, 480, 30), raw(1280, 720, 30), jpeg(4032, 3024, 5), jpeg(1600, 1200, 15)},
-            raw(1280, 720, 30),
-            jpeg(1600, 1200, 15),
-            {.width = 2000, .height = 2000}},
-        ChoiceCase{"no still within the bound",
-                   {raw(640, 480, 30), raw(1280, 720, 30)},
-                   raw(1280, 720, 30),
-                   raw(640, 480, 30),
-                   {.width = 320, .height = 240}}));
-
-TEST(FormatChoiceTest, NothingOfNothing) {
     EXPECT_FALSE(chooseLive({}));
     EXPECT_FALSE(chooseStill({}, {}, std::nullopt));
 }
 
-TEST(FormatChoiceTest, ScalesWithoutDistortion) {
+TEST(FormatChoice, ScalesWithoutDistortion) {
     struct Case {
         PhotoDimensions size, bound, expected;
     };

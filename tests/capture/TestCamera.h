@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <string>
 #include <vector>
 
@@ -12,7 +11,7 @@ namespace kestrelid::test {
 class TestCamera {
 public:
     // description: the lines of the control file.
-    explicit TestCamera(std::string description = "device Test Camera\n");
+    explicit TestCamera(const std::string& description = "device Test Camera\n");
 
     // Takes the cameras away.
     ~TestCamera();
@@ -22,23 +21,17 @@ public:
     // Adds a line about the camera that was described last: set("fail open").
     void set(const std::string& line);
 
-    // Takes the lines that begin so away.
-    void unset(const std::string& beginning);
+    // Takes that line away.
+    void unset(const std::string& line);
 
-    void unplug(bool postsError = false);
-    void plug();
-
-    // What the cameras did: `opened NAME`, `format CAPS NAME`, `frames COUNT NAME` for the first
-    // and every thirtieth one, `closed COUNT NAME`.
-    [[nodiscard]] std::vector<std::string> journal() const;
-
-    // How many lines of the journal begin so.
+    // How many lines of the journal begin so: `opened NAME`, `format CAPS NAME`, `frames COUNT
+    // NAME` for the first and every thirtieth one, `closed COUNT NAME`.
     [[nodiscard]] int count(const std::string& beginning) const;
 
     [[nodiscard]] bool isOpen() const;
 
-    // True once no camera is open.
-    [[nodiscard]] bool waitUntilClosed(std::chrono::milliseconds limit) const;
+    // False where a camera stays open.
+    [[nodiscard]] bool waitUntilClosed() const;
 
 private:
     void write() const;

@@ -1,24 +1,12 @@
 #pragma once
 
+#include "tests/support/TemporaryFolder.h"
+
 #include <kestrelid/Bitmap.h>
 
 #include <filesystem>
 
 namespace kestrelid::test {
-
-// A folder that is removed with its files.
-class TemporaryFolder {
-public:
-    TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder();
-
-    [[nodiscard]] std::filesystem::path operator/(const char* name) const { return path_ / name; }
-
-private:
-    std::filesystem::path path_;
-};
 
 // A drawing with detail everywhere; its top left quarter is red.
 [[nodiscard]] Bitmap drawing(int width, int height);

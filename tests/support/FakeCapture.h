@@ -67,22 +67,18 @@ public:
 
 class FakeInput final : public CaptureInput {};
 
-class FakePixelBuffer final : public PixelBuffer {
-public:
-    explicit FakePixelBuffer(std::optional<Bitmap> bitmap) : bitmap_(std::move(bitmap)) {}
-    [[nodiscard]] std::optional<Bitmap> render() const override { return bitmap_; }
+struct FakePixelBuffer final : PixelBuffer {
+    explicit FakePixelBuffer(std::optional<Bitmap> given) : bitmap(std::move(given)) {}
+    [[nodiscard]] std::optional<Bitmap> render() const override { return bitmap; }
 
-private:
-    std::optional<Bitmap> bitmap_;
+    const std::optional<Bitmap> bitmap;
 };
 
-class FakeSampleBuffer final : public SampleBuffer {
-public:
-    explicit FakeSampleBuffer(const PixelBuffer* pixels) : pixels_(pixels) {}
-    [[nodiscard]] const PixelBuffer* imageBuffer() const override { return pixels_; }
+struct FakeSampleBuffer final : SampleBuffer {
+    explicit FakeSampleBuffer(const PixelBuffer* given) : pixels(given) {}
+    [[nodiscard]] const PixelBuffer* imageBuffer() const override { return pixels; }
 
-private:
-    const PixelBuffer* pixels_;
+    const PixelBuffer* const pixels;
 };
 
 class FakeVideoOutput final : public VideoDataOutput {
@@ -175,14 +171,12 @@ public:
         hasInput_ = true;
     }
     [[nodiscard]] bool canAddOutput(const std::shared_ptr<CaptureOutput>& output) const override {
-        const bool isVideo = std::dynamic_pointer_cast<VideoDataOutput>(output) != nullptr;
-        return isVideo ? machine_->takesVideoOutput && !hasVideoOutput_
-                       : machine_->takesPhotoOutput && !hasPhotoOutput_;
+        return isVideo(output) ? machine_->takesVideoOutput && !hasVideoOutput_
+                               : machine_->takesPhotoOutput && !hasPhotoOutput_;
     }
     void addOutput(std::shared_ptr<CaptureOutput> output) override {
-        const bool isVideo = std::dynamic_pointer_cast<VideoDataOutput>(output) != nullptr;
-        machine_->note(isVideo ? "addOutput video" : "addOutput photo");
-        (isVideo ? hasVideoOutput_ : hasPhotoOutput_) = true;
+        machine_->note(isVideo(output) ? "addOutput video" : "addOutput photo");
+        (isVideo(output) ? hasVideoOutput_ : hasPhotoOutput_) = true;
     }
     void startRunning() override {
         machine_->note("startRunning");
@@ -202,6 +196,10 @@ public:
     std::vector<std::weak_ptr<PreviewSurface>> surfaces;
 
 private:
+    static bool isVideo(const std::shared_ptr<CaptureOutput>& output) {
+        return std::dynamic_pointer_cast<VideoDataOutput>(output) != nullptr;
+    }
+
     std::shared_ptr<FakeMachine> machine_;
     bool hasInput_ = false;
     bool hasPhotoOutput_ = false;
@@ -212,21 +210,9 @@ private:
 // Makes one session and one output of each kind, and remembers them for the test.
 class FakePlatform final : public CapturePlatform {
 public:
-    std::shared_ptr<CaptureSession> makeSession() override {
-        auto made = std::make_shared<FakeSession>(machine);
-        session = made;
-        return made;
-    }
-    std::shared_ptr<PhotoOutput> makePhotoOutput() override {
-        auto made = std::make_shared<FakePhotoOutput>(machine);
-        photoOutput = made;
-        return made;
-    }
-    std::shared_ptr<VideoDataOutput> makeVideoDataOutput() override {
-        auto made = std::make_shared<FakeVideoOutput>(machine);
-        videoOutput = made;
-        return made;
-    }
+    std::shared_ptr<CaptureSession> makeSession() override { return make(session); }
+    std::shared_ptr<PhotoOutput> makePhotoOutput() override { return make(photoOutput); }
+    std::shared_ptr<VideoDataOutput> makeVideoDataOutput() override { return make(videoOutput); }
     std::shared_ptr<CaptureDevice> defaultVideoDevice() override {
         return machine->hasDevice ? std::make_shared<FakeDevice>() : nullptr;
     }
@@ -241,16 +227,20 @@ public:
     std::weak_ptr<FakeSession> session;
     std::weak_ptr<FakePhotoOutput> photoOutput;
     std::weak_ptr<FakeVideoOutput> videoOutput;
+
+private:
+    template <typename Made>
+    std::shared_ptr<Made> make(std::weak_ptr<Made>& remembered) {
+        const auto made = std::make_shared<Made>(machine);
+        remembered = made;
+        return made;
+    }
 };
 
 // Keeps what it is to judge until the test answers.
 class FakeDetector final : public PassportDetector {
 public:
-    FakeDetector()
-        : PassportDetector({.rectangles = std::make_shared<FakeRectangles>(),
-                            .text = std::make_shared<FakeText>(),
-                            .queue = nullptr},
-                           ValidationEffort::verdictOnly) {}
+    FakeDetector() : PassportDetector(noServices(), ValidationEffort::verdictOnly) {}
 
     void validate(const Image& image, Completion completion) override {
         images.push_back(image);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <kestrelid/VisionServices.h>
+#include <kestrelid/PassportDetector.h>
 
 #include <functional>
 #include <optional>
@@ -64,6 +64,13 @@ private:
     TextResult result_;
     std::vector<std::string> lines_;
 };
+
+// For a detector that overrides what would use them.
+inline PlatformServices noServices() {
+    return {.rectangles = std::make_shared<FakeRectangles>(),
+            .text = std::make_shared<FakeText>(),
+            .queue = nullptr};
+}
 
 // Covers fraction of the bitmap, from its upper left corner.
 inline RectangleObservation rectangleOf(double width, double height) {

@@ -1,6 +1,8 @@
 #include "capture/permission/CameraPermission.h"
 #include "tests/capture/permission/NodeFolder.h"
 
+#include <gtest/gtest.h>
+
 #include <future>
 #include <utility>
 #include <vector>
@@ -14,45 +16,31 @@ struct Nodes {
     AuthorizationStatus status;
 };
 
-void PrintTo(const Nodes& nodes, std::ostream* stream) {
-    *stream << nodes.name;
-}
-
-class DeviceNodes : public testing::TestWithParam<Nodes> {};
-
-TEST_P(DeviceNodes, DecideOutsideASandbox) {
-    const NodeFolder folder;
-    for (const auto& [name, mode] : GetParam().modes)
-        folder.add(name, mode);
-    const auto authorization = capture::makeCameraAuthorization({.devices = folder.path()});
-    std::promise<bool> granted;
-    {
-        const Unprivileged user;
-        if (!user.isBound())
-            GTEST_SKIP() << "root cannot drop its rights here; run as an ordinary user";
-        EXPECT_EQ(authorization->status(), GetParam().status);
-        authorization->requestAccess([&](bool answer) { granted.set_value(answer); });
+TEST(DeviceNodes, DecideOutsideASandbox) {
+    using enum AuthorizationStatus;
+    for (const Nodes& row :
+         {Nodes{"none", {}, authorized}, Nodes{"opens", {{"video0", 0666}}, authorized},
+          Nodes{"refuses", {{"video0", 0}}, denied},
+          Nodes{"readable only", {{"video0", 0444}}, denied},
+          Nodes{"one of two", {{"video0", 0}, {"video12", 0666}}, authorized},
+          Nodes{"all refuse", {{"video0", 0}, {"video12", 0}}, denied},
+          Nodes{"other devices", {{"video", 0}, {"video1x", 0}, {"v4l-subdev0", 0}}, authorized}}) {
+        SCOPED_TRACE(row.name);
+        const NodeFolder folder;
+        for (const auto& [name, mode] : row.modes)
+            folder.add(name, mode);
+        const auto authorization = capture::makeCameraAuthorization({.devices = folder.path()});
+        std::promise<bool> granted;
+        {
+            const Unprivileged user;
+            if (!user.isBound())
+                GTEST_SKIP() << "root cannot drop its rights here; run as an ordinary user";
+            EXPECT_EQ(authorization->status(), row.status);
+            authorization->requestAccess([&](bool answer) { granted.set_value(answer); });
+        }
+        EXPECT_EQ(granted.get_future().get(), row.status == authorized);
     }
-    EXPECT_EQ(granted.get_future().get(), GetParam().status == AuthorizationStatus::authorized);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Folders, DeviceNodes,
-    testing::Values(
-        Nodes{"none", {}, AuthorizationStatus::authorized},
-        Nodes{"opens", {{"video0", 0666}}, AuthorizationStatus::authorized},
-        Nodes{"refuses", {{"video0", 0}}, AuthorizationStatus::denied},
-        Nodes{"readableOnly", {{"video0", 0444}}, AuthorizationStatus::denied},
-        Nodes{"oneOfTwo", {{"video0", 0}, {"video12", 0666}}, AuthorizationStatus::authorized},
-        Nodes{"allRefuse", {{"video0", 0}, {"video12", 0}}, AuthorizationStatus::denied},
-        Nodes{"otherDevices",
-              {{"video", 0}, {"video1x", 0}, {"v4l-subdev0", 0}},
-              AuthorizationStatus::authorized}),
-    [](const auto& row) { return row.param.name; });
-
-TEST(DeviceNodes, AMissingFolderIsNoMatterOfPermission) {
-    EXPECT_EQ(capture::makeCameraAuthorization({.devices = "/nonexistent"})->status(),
-              AuthorizationStatus::authorized);
+    EXPECT_EQ(capture::makeCameraAuthorization({.devices = "/nonexistent"})->status(), authorized);
 }
 
 TEST(FileAuthorization, GrantsLater) {

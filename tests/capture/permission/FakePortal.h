@@ -4,10 +4,9 @@
 #include "capture/GLibHandles.h"
 #include "capture/permission/ContextThread.h"
 
-#include <condition_variable>
+#include <atomic>
 #include <cstdint>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -63,22 +62,18 @@ public:
     void respond(std::uint32_t response);
 
     // False where fewer were asked in time.
-    [[nodiscard]] bool waitForQuestions(int count);
-    [[nodiscard]] int questions();
+    [[nodiscard]] bool waitForQuestions(int count) const;
+    [[nodiscard]] int questions() const { return questions_; }
 
     // Whether who asked last is still on the bus.
     [[nodiscard]] bool hasQuestioner();
 
 private:
-    static void onCall(GDBusConnection*, const gchar* sender, const gchar* path,
-                       const gchar* interface, const gchar* method, GVariant* parameters,
-                       GDBusMethodInvocation* invocation, gpointer self);
-    static GVariant* onGet(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*,
-                           GError**, gpointer self);
     void serve();
+    void call(const std::string& method, GDBusMethodInvocation* invocation);
     void lookup(GDBusMethodInvocation* invocation);
     void openRemote(GDBusMethodInvocation* invocation);
-    void accessCamera(GVariant* parameters, GDBusMethodInvocation* invocation);
+    void accessCamera(GDBusMethodInvocation* invocation);
     void emit(std::uint32_t response);
     void onThread(const std::function<void()>& task);
 
@@ -88,9 +83,7 @@ private:
     std::string questioner_;                           // on the thread
     std::string handle_;                               // on the thread
     std::vector<GDBusMethodInvocation*> unreplied_;    // on the thread
-    std::mutex mutex_;
-    std::condition_variable asked_;
-    int questions_ = 0;
+    std::atomic<int> questions_ = 0;
     capture::ContextThread thread_;
 };
 

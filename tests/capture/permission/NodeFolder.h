@@ -1,37 +1,25 @@
 #pragma once
 
-#include <filesystem>
+#include "tests/support/TemporaryFolder.h"
+
 #include <fstream>
-#include <gtest/gtest.h>
-#include <stdlib.h>
-#include <string>
 #include <sys/fsuid.h>
 #include <unistd.h>
 
 namespace kestrelid::test {
 
 // Stands for /dev.
-class NodeFolder {
+class NodeFolder : public TemporaryFolder {
 public:
     NodeFolder() {
-        auto pattern = (std::filesystem::temp_directory_path() / "kestrelid-nodes-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
         // Seen by every user.
-        std::filesystem::permissions(path_, std::filesystem::perms(0755));
+        std::filesystem::permissions(path(), std::filesystem::perms(0755));
     }
-    ~NodeFolder() { std::filesystem::remove_all(path_); }
-    NodeFolder(const NodeFolder&) = delete;
-    NodeFolder& operator=(const NodeFolder&) = delete;
 
     void add(const std::string& name, unsigned mode) const {
-        std::ofstream(path_ / name).put('\n');
-        std::filesystem::permissions(path_ / name, std::filesystem::perms(mode));
+        std::ofstream(*this / name).put('\n');
+        std::filesystem::permissions(*this / name, std::filesystem::perms(mode));
     }
-
-    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
 };
 
 // Gives the calling thread the file rights of a user whom mode bits bind.

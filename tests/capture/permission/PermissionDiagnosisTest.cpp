@@ -31,46 +31,31 @@ TEST(PermissionDiagnosis, IsContentWithNodesThatOpenAndWithNone) {
 }
 
 struct Desktop {
-    const char* name;
-    PortalBehaviour behaviour;
+    std::optional<PortalBehaviour> portal;  // absent: no bus
     bool available;
     const char* details;
 };
 
-void PrintTo(const Desktop& desktop, std::ostream* stream) {
-    *stream << desktop.name;
-}
-
-class DesktopDiagnosis : public testing::TestWithParam<Desktop> {};
-
-TEST_P(DesktopDiagnosis, SaysWhatToDo) {
-    const PrivateBus bus;
-    const NodeFolder folder;
-    const FakePortal portal(bus.address(), GetParam().behaviour);
-    const auto found = capture::diagnosePermission({.isSandboxed = true,
-                                                    .applicationId = "org.example.Host",
-                                                    .devices = folder.path(),
-                                                    .busAddress = bus.address()});
-    EXPECT_EQ(found.available, GetParam().available);
-    EXPECT_THAT(found.details, HasSubstr(GetParam().details));
-}
-
-INSTANTIATE_TEST_SUITE_P(Desktops, DesktopDiagnosis,
-                         testing::Values(Desktop{"granted", {.stored = "yes"}, true, "granted"},
-                                         Desktop{"refused", {.stored = "no"}, false, "settings"},
-                                         Desktop{"asks", {}, true, "asks"},
-                                         Desktop{
-                                             "noCamera", {.hasCamera = false}, true, "no camera"}),
-                         [](const auto& row) { return row.param.name; });
-
-TEST(PermissionDiagnosis, MissesThePortal) {
-    const NodeFolder folder;
-    const auto found = capture::diagnosePermission({.isSandboxed = true,
-                                                    .applicationId = "org.example.Host",
-                                                    .devices = folder.path(),
-                                                    .busAddress = "unix:path=/nonexistent"});
-    EXPECT_FALSE(found.available);
-    EXPECT_THAT(found.details, HasSubstr("xdg-desktop-portal"));
+TEST(PermissionDiagnosis, SaysWhatToDoInASandbox) {
+    for (const Desktop& row : {Desktop{PortalBehaviour{.stored = "yes"}, true, "granted"},
+                               Desktop{PortalBehaviour{.stored = "no"}, false, "settings"},
+                               Desktop{PortalBehaviour{}, true, "asks"},
+                               Desktop{PortalBehaviour{.hasCamera = false}, true, "no camera"},
+                               Desktop{std::nullopt, false, "xdg-desktop-portal"}}) {
+        SCOPED_TRACE(row.details);
+        const PrivateBus bus;
+        const NodeFolder folder;
+        std::optional<FakePortal> portal;
+        if (row.portal)
+            portal.emplace(bus.address(), *row.portal);
+        const auto found = capture::diagnosePermission(
+            {.isSandboxed = true,
+             .applicationId = "org.example.Host",
+             .devices = folder.path(),
+             .busAddress = row.portal ? bus.address() : "unix:path=/nonexistent"});
+        EXPECT_EQ(found.available, row.available);
+        EXPECT_THAT(found.details, HasSubstr(row.details));
+    }
 }
 
 }  // namespace

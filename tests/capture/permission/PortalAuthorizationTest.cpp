@@ -7,6 +7,7 @@
 #include <chrono>
 #include <fcntl.h>
 #include <future>
+#include <gtest/gtest.h>
 #include <memory>
 #include <sys/socket.h>
 #include <thread>
@@ -17,14 +18,14 @@ namespace {
 using namespace std::chrono_literals;
 using Reply = PortalBehaviour::Reply;
 
-// What a request was answered.
+// Requests access and keeps what that was answered.
 class Answer {
 public:
-    [[nodiscard]] std::function<void(bool)> completion() const {
-        return [state = state_](bool granted) {
+    explicit Answer(CameraAuthorization& authorization) {
+        authorization.requestAccess([state = state_](bool granted) {
             if (state->count++ == 0)
                 state->granted.set_value(granted);
-        };
+        });
     }
 
     // Absent where none came in time.
@@ -69,36 +70,28 @@ struct Stored {
     int questions;
 };
 
-void PrintTo(const Stored& stored, std::ostream* stream) {
-    *stream << stored.name;
+TEST_F(PortalAuthorization, WhatIsStoredDecidesWhetherThePersonIsAsked) {
+    using enum AuthorizationStatus;
+    for (const Stored& row : {Stored{"yes", {.stored = "yes"}, authorized, 0},
+                              Stored{"no", {.stored = "no"}, denied, 0},
+                              Stored{"ask", {.stored = "ask"}, notDetermined, 1},
+                              Stored{"absent", {}, notDetermined, 1},
+                              Stored{"of another",
+                                     {.application = "org.example.Other", .stored = "yes"},
+                                     notDetermined,
+                                     1},
+                              Stored{"no store", {.hasStore = false}, notDetermined, 1}}) {
+        SCOPED_TRACE(row.name);
+        PortalBehaviour behaviour = row.behaviour;
+        behaviour.response = 1;
+        FakePortal portal(bus_.address(), behaviour);
+        const auto authorization = make();
+        EXPECT_EQ(authorization->status(), row.status);
+        Answer answer(*authorization);
+        EXPECT_EQ(answer.wait(), row.status == authorized);
+        EXPECT_EQ(portal.questions(), row.questions);
+    }
 }
-
-class StoredPermission : public PortalAuthorization, public testing::WithParamInterface<Stored> {};
-
-TEST_P(StoredPermission, DecidesWhetherThePersonIsAsked) {
-    PortalBehaviour behaviour = GetParam().behaviour;
-    behaviour.response = 1;
-    FakePortal portal(bus_.address(), behaviour);
-    const auto authorization = make();
-    EXPECT_EQ(authorization->status(), GetParam().status);
-    Answer answer;
-    authorization->requestAccess(answer.completion());
-    EXPECT_EQ(answer.wait(), GetParam().status == AuthorizationStatus::authorized);
-    EXPECT_EQ(portal.questions(), GetParam().questions);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Answers, StoredPermission,
-    testing::Values(Stored{"yes", {.stored = "yes"}, AuthorizationStatus::authorized, 0},
-                    Stored{"no", {.stored = "no"}, AuthorizationStatus::denied, 0},
-                    Stored{"ask", {.stored = "ask"}, AuthorizationStatus::notDetermined, 1},
-                    Stored{"absent", {}, AuthorizationStatus::notDetermined, 1},
-                    Stored{"ofAnother",
-                           {.application = "org.example.Other", .stored = "yes"},
-                           AuthorizationStatus::notDetermined,
-                           1},
-                    Stored{"noStore", {.hasStore = false}, AuthorizationStatus::notDetermined, 1}),
-    [](const auto& row) { return row.param.name; });
 
 struct Question {
     const char* name;
@@ -106,58 +99,48 @@ struct Question {
     bool granted;
 };
 
-void PrintTo(const Question& question, std::ostream* stream) {
-    *stream << question.name;
+TEST_F(PortalAuthorization, AQuestionIsAnsweredOnce) {
+    for (const Question& row :
+         {Question{"granted", {.response = 0}, true}, Question{"refused", {.response = 1}, false},
+          Question{"closed", {.response = 2}, false},
+          Question{"before the reply", {.reply = Reply::responseFirst, .response = 0}, true},
+          Question{
+              "refused before the reply", {.reply = Reply::responseFirst, .response = 1}, false},
+          Question{"error", {.reply = Reply::error}, false},
+          Question{"no reply", {.reply = Reply::none}, false}}) {
+        SCOPED_TRACE(row.name);
+        FakePortal portal(bus_.address(), row.behaviour);
+        auto surroundings = environment();
+        if (row.behaviour.reply == Reply::none)
+            surroundings.callLimit = 100ms;
+        const auto authorization = capture::makeCameraAuthorization(surroundings);
+        Answer answer(*authorization);
+        EXPECT_EQ(answer.wait(), row.granted);
+        EXPECT_EQ(authorization->status(), row.granted ? AuthorizationStatus::authorized
+                                                       : AuthorizationStatus::notDetermined);
+        EXPECT_EQ(answer.count(), 1);
+    }
 }
 
-class PortalQuestion : public PortalAuthorization, public testing::WithParamInterface<Question> {};
-
-TEST_P(PortalQuestion, IsAnswered) {
-    FakePortal portal(bus_.address(), GetParam().behaviour);
-    auto surroundings = environment();
-    if (GetParam().behaviour.reply == Reply::none)
-        surroundings.callLimit = 100ms;
-    const auto authorization = capture::makeCameraAuthorization(surroundings);
-    Answer answer;
-    authorization->requestAccess(answer.completion());
-    EXPECT_EQ(answer.wait(), GetParam().granted);
-    EXPECT_EQ(authorization->status(), GetParam().granted ? AuthorizationStatus::authorized
-                                                          : AuthorizationStatus::notDetermined);
-    EXPECT_EQ(answer.count(), 1);
+TEST_F(PortalAuthorization, ALateAnswerIsSharedByAllRequestsAndARefusalAskedAgain) {
+    for (const Reply reply : {Reply::predictedHandle, Reply::otherHandle}) {
+        FakePortal portal(bus_.address(), {.reply = reply});
+        const auto authorization = make();
+        int questions = 0;
+        for (const std::uint32_t response : {1u, 0u}) {
+            Answer first(*authorization);
+            Answer second(*authorization);
+            // Answers only once both requests are under way.
+            EXPECT_EQ(authorization->status(), AuthorizationStatus::notDetermined);
+            ASSERT_TRUE(portal.waitForQuestions(++questions));
+            EXPECT_EQ(first.count() + second.count(), 0);
+            portal.respond(response);
+            EXPECT_EQ(first.wait(), response == 0);
+            EXPECT_EQ(second.wait(), response == 0);
+            EXPECT_EQ(portal.questions(), questions);
+        }
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Responses, PortalQuestion,
-    testing::Values(
-        Question{"granted", {.response = 0}, true}, Question{"refused", {.response = 1}, false},
-        Question{"closed", {.response = 2}, false},
-        Question{"beforeTheReply", {.reply = Reply::responseFirst, .response = 0}, true},
-        Question{"refusedBeforeTheReply", {.reply = Reply::responseFirst, .response = 1}, false},
-        Question{"error", {.reply = Reply::error}, false},
-        Question{"noReply", {.reply = Reply::none}, false}),
-    [](const auto& row) { return row.param.name; });
-
-class LatePortalAnswer : public PortalAuthorization, public testing::WithParamInterface<Reply> {};
-
-TEST_P(LatePortalAnswer, IsWaitedForAndSharedByAllRequests) {
-    FakePortal portal(bus_.address(), {.reply = GetParam()});
-    const auto authorization = make();
-    Answer first;
-    Answer second;
-    authorization->requestAccess(first.completion());
-    authorization->requestAccess(second.completion());
-    // Answers only once both requests are under way.
-    EXPECT_EQ(authorization->status(), AuthorizationStatus::notDetermined);
-    ASSERT_TRUE(portal.waitForQuestions(1));
-    EXPECT_EQ(first.count() + second.count(), 0);
-    portal.respond(0);
-    EXPECT_EQ(first.wait(), true);
-    EXPECT_EQ(second.wait(), true);
-    EXPECT_EQ(portal.questions(), 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(Handles, LatePortalAnswer,
-                         testing::Values(Reply::predictedHandle, Reply::otherHandle));
 
 TEST_F(PortalAuthorization, GrantsNothingWithoutAPortalOrABus) {
     for (const auto& address : {bus_.address(), std::string("unix:path=/nonexistent")}) {
@@ -165,73 +148,45 @@ TEST_F(PortalAuthorization, GrantsNothingWithoutAPortalOrABus) {
         surroundings.busAddress = address;
         const auto authorization = capture::makeCameraAuthorization(surroundings);
         EXPECT_EQ(authorization->status(), AuthorizationStatus::notDetermined);
-        Answer answer;
-        authorization->requestAccess(answer.completion());
+        Answer answer(*authorization);
         EXPECT_EQ(answer.wait(), false);
     }
 }
 
-TEST_F(PortalAuthorization, AsksAgainAfterARefusal) {
-    FakePortal portal(bus_.address(), {});
+TEST_F(PortalAuthorization, APortalOrABusThatGoesAwayGrantsNothing) {
     const auto authorization = make();
-    for (const std::uint32_t response : {1u, 0u}) {
-        Answer answer;
-        authorization->requestAccess(answer.completion());
-        ASSERT_TRUE(portal.waitForQuestions(response == 1 ? 1 : 2));
-        portal.respond(response);
-        EXPECT_EQ(answer.wait(), response == 0);
-    }
-}
-
-TEST_F(PortalAuthorization, APortalThatGoesAwayGrantsNothing) {
-    const auto authorization = make();
-    Answer answer;
-    {
-        FakePortal portal(bus_.address(), {});
-        authorization->requestAccess(answer.completion());
-        ASSERT_TRUE(portal.waitForQuestions(1));
-    }
-    EXPECT_EQ(answer.wait(), false);
-    FakePortal portal(bus_.address(), {.response = 0});
-    Answer again;
-    authorization->requestAccess(again.completion());
-    EXPECT_EQ(again.wait(), true);
-}
-
-TEST_F(PortalAuthorization, ABusThatGoesAwayGrantsNothing) {
-    const auto authorization = make();
-    Answer answer;
     auto portal = std::make_unique<FakePortal>(bus_.address(), PortalBehaviour{});
-    authorization->requestAccess(answer.completion());
+    Answer orphan(*authorization);
+    ASSERT_TRUE(portal->waitForQuestions(1));
+    portal.reset();
+    EXPECT_EQ(orphan.wait(), false);
+    {
+        FakePortal next(bus_.address(), {.response = 0});
+        EXPECT_EQ(Answer(*authorization).wait(), true);
+    }
+    const auto other = make();
+    portal = std::make_unique<FakePortal>(bus_.address(), PortalBehaviour{});
+    Answer stranded(*other);
     ASSERT_TRUE(portal->waitForQuestions(1));
     bus_.kill();
-    EXPECT_EQ(answer.wait(), false);
-    EXPECT_EQ(answer.count(), 1);
+    EXPECT_EQ(stranded.wait(), false);
+    EXPECT_EQ(stranded.count(), 1);
 }
 
 TEST_F(PortalAuthorization, ReleaseAnswersWhoWaitsAndTakesTheQuestionAway) {
-    FakePortal portal(bus_.address(), {});
-    auto authorization = make();
-    Answer answer;
-    authorization->requestAccess(answer.completion());
-    ASSERT_TRUE(portal.waitForQuestions(1));
-    EXPECT_TRUE(portal.hasQuestioner());
-    authorization.reset();
-    EXPECT_EQ(answer.count(), 1);
-    EXPECT_EQ(answer.wait(), false);
-    EXPECT_FALSE(portal.hasQuestioner());
-}
-
-TEST_F(PortalAuthorization, ReleaseDoesNotWaitForAPortalThatHangs) {
-    FakePortal portal(bus_.address(), {.reply = Reply::none});
-    auto authorization = make();  // whose call may take 10 s
-    Answer answer;
-    authorization->requestAccess(answer.completion());
-    ASSERT_TRUE(portal.waitForQuestions(1));
-    const auto start = std::chrono::steady_clock::now();
-    authorization.reset();
-    EXPECT_EQ(answer.wait(), false);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+    for (const Reply reply : {Reply::predictedHandle, Reply::none}) {
+        FakePortal portal(bus_.address(), {.reply = reply});
+        auto environs = environment();
+        environs.callLimit = 1h;  // a portal that hangs holds nobody up
+        auto authorization = capture::makeCameraAuthorization(environs);
+        Answer answer(*authorization);
+        ASSERT_TRUE(portal.waitForQuestions(1));
+        EXPECT_TRUE(portal.hasQuestioner());
+        authorization.reset();
+        EXPECT_EQ(answer.count(), 1);
+        EXPECT_EQ(answer.wait(), false);
+        EXPECT_FALSE(portal.hasQuestioner());
+    }
 }
 
 TEST_F(PortalAuthorization, MayBeUsedAndReleasedByItsOwnAnswer) {

@@ -1,9 +1,8 @@
 #include "tests/capture/provider/ControlFile.h"
 
-#include <fcntl.h>
+#include <algorithm>
+#include <cstdlib>
 #include <fstream>
-#include <sstream>
-#include <unistd.h>
 
 namespace kestrelid::testcamera {
 namespace {
@@ -21,12 +20,9 @@ const std::vector<std::string>& usualCaps() {
     return caps;
 }
 
-std::optional<std::uint64_t> count(const std::string& text) {
-    std::uint64_t value = 0;
-    std::istringstream stream(text);
-    if (stream >> value)
-        return value;
-    return std::nullopt;
+std::string controlFile() {
+    const char* path = std::getenv("KESTRELID_TEST_CAMERA");
+    return path ? path : "";
 }
 
 void apply(CameraEntry& camera, const std::string& word, const std::string& rest) {
@@ -38,13 +34,11 @@ void apply(CameraEntry& camera, const std::string& word, const std::string& rest
         camera.properties.emplace_back(rest.substr(0, rest.find(' ')),
                                        rest.substr(std::min(rest.size(), rest.find(' ') + 1)));
     else if (word == "fail")
-        camera.failure = rest == "open"   ? Failure::open
-                         : rest == "busy" ? Failure::busy
-                                          : Failure::start;
+        camera.failure = rest;
     else if (word == "stall-after")
-        camera.stallAfter = count(rest);
+        camera.stallAfter = std::stoull(rest);
     else if (word == "error-after")
-        camera.errorAfter = count(rest);
+        camera.errorAfter = std::stoull(rest);
     else if (word == "unplugged") {
         camera.isUnplugged = true;
         camera.tellsUnplugging = rest == "error";
@@ -53,9 +47,16 @@ void apply(CameraEntry& camera, const std::string& word, const std::string& rest
 
 }  // namespace
 
-std::vector<CameraEntry> readControlFile(const std::string& path) {
+GstCaps* CameraEntry::allCaps() const {
+    GstCaps* all = gst_caps_new_empty();
+    for (const auto& line : caps)
+        gst_caps_append(all, gst_caps_from_string(line.c_str()));
+    return all;
+}
+
+std::vector<CameraEntry> readControlFile() {
     std::vector<CameraEntry> cameras;
-    std::ifstream file(path);
+    std::ifstream file(controlFile());
     for (std::string line; std::getline(file, line);) {
         const auto space = line.find(' ');
         const std::string word = line.substr(0, space);
@@ -72,22 +73,17 @@ std::vector<CameraEntry> readControlFile(const std::string& path) {
     return cameras;
 }
 
-std::optional<CameraEntry> findCamera(const std::string& path, const std::string& name) {
-    for (auto& camera : readControlFile(path)) {
+std::optional<CameraEntry> findCamera(const std::string& name) {
+    for (auto& camera : readControlFile()) {
         if (camera.name == name)
             return camera;
     }
     return std::nullopt;
 }
 
-void writeJournal(const std::string& path, const std::string& line) {
-    const int file =
-        ::open((path + ".journal").c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
-    if (file < 0)
-        return;
-    const std::string whole = line + '\n';
-    [[maybe_unused]] const auto written = ::write(file, whole.data(), whole.size());
-    ::close(file);
+void writeJournal(const std::string& line) {
+    // One write() a line: several cameras may add at once.
+    std::ofstream(controlFile() + ".journal", std::ios::app) << line + '\n';
 }
 
 }  // namespace kestrelid::testcamera

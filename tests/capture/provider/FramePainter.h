@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <gst/video/video.h>
 #include <memory>
 #include <string>
@@ -8,26 +7,13 @@
 
 namespace kestrelid::testcamera {
 
-// Paints the frames of one format: colour bars or a picture, with a mark that moves by the frame.
-class FramePainter {
-public:
-    // picture: a PNG or JPEG file, shown whole on black; empty: colour bars.
-    FramePainter(const GstVideoInfo& format, const std::string& picture);
-    ~FramePainter();
-
-    // Null where no memory is left.
-    GstBuffer* paint(std::uint64_t number);
-
-private:
-    GstBuffer* compress();
-
-    GstVideoInfo format_;
-    bool showsPicture_;
-    GstVideoInfo planar_;  // I420
-    std::vector<std::uint8_t> background_;
-    GstBuffer* canvas_ = nullptr;
-    GstVideoConverter* converter_ = nullptr;
-    void* compressor_ = nullptr;
+struct ReleaseBuffer {
+    void operator()(GstBuffer* buffer) const { gst_buffer_unref(buffer); }
 };
+using Buffers = std::vector<std::unique_ptr<GstBuffer, ReleaseBuffer>>;
+
+// A few frames of a format: of a PNG or JPEG file, shown whole on black, or of colour bars that
+// move. Empty where that fails.
+Buffers paintFrames(const GstVideoInfo& format, const std::string& picture);
 
 }  // namespace kestrelid::testcamera

@@ -4,47 +4,29 @@
 #include "tests/capture/provider/FramePainter.h"
 
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <gst/base/gstpushsrc.h>
-#include <mutex>
 
 namespace kestrelid::testcamera {
 namespace {
 
-enum Property : guint { kControl = 1, kDevice };
-
 struct Camera {
-    std::string control;
     std::string device;
-
     GstVideoInfo format{};
-    std::unique_ptr<FramePainter> painter;
-    std::string picture;                           // that the painter shows
-    std::atomic<guint64> frameDuration = 0;        // ns
-    std::uint64_t frames = 0;                      // since it was opened
-    GstClockTime firstTime = GST_CLOCK_TIME_NONE;  // running time of frame 0 of this format
-    std::uint64_t number = 0;                      // of this format
+    Buffers pictures;                        // shown in turn
+    std::string picture;                     // the file that they show
+    std::atomic<guint64> frameDuration = 0;  // ns
+    std::uint64_t frames = 0;                // since it was opened
+    GstClockTime nextTime = GST_CLOCK_TIME_NONE;
+    std::atomic<bool> isFlushing = false;
 
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool isFlushing = false;
-
-    [[nodiscard]] std::optional<CameraEntry> entry() const { return findCamera(control, device); }
+    [[nodiscard]] std::optional<CameraEntry> entry() const { return findCamera(device); }
 
     void show(const std::string& file) {
         picture = file;
-        painter = std::make_unique<FramePainter>(format, picture);
+        pictures = paintFrames(format, picture);
     }
 
-    void note(const std::string& what) const { writeJournal(control, what + ' ' + device); }
-
-    // False where the streaming thread has to leave.
-    bool pause() {
-        std::unique_lock lock(mutex);
-        changed.wait_for(lock, std::chrono::milliseconds(20), [this] { return isFlushing; });
-        return !isFlushing;
-    }
+    void note(const std::string& what) const { writeJournal(what + ' ' + device); }
 };
 
 struct Source {
@@ -62,29 +44,23 @@ Camera& cameraOf(gpointer self) {
     return *static_cast<Source*>(self)->camera;
 }
 
-void setProperty(GObject* object, guint id, const GValue* value, GParamSpec*) {
-    const char* text = g_value_get_string(value);
-    (id == kControl ? cameraOf(object).control : cameraOf(object).device) = text ? text : "";
-}
-
-void getProperty(GObject* object, guint id, GValue* value, GParamSpec*) {
-    const auto& camera = cameraOf(object);
-    g_value_set_string(value, (id == kControl ? camera.control : camera.device).c_str());
+void setDevice(GObject* object, guint, const GValue* value, GParamSpec*) {
+    cameraOf(object).device = g_value_get_string(value);
 }
 
 void finalize(GObject* object) {
-    delete static_cast<Source*>(static_cast<gpointer>(object))->camera;
+    delete &cameraOf(object);
     G_OBJECT_CLASS(kestrel_test_camera_source_parent_class)->finalize(object);
 }
 
-bool open(Source* self) {
+bool open(GstElement* self) {
     auto& camera = cameraOf(self);
     const auto entry = camera.entry();
     if (!entry || entry->isUnplugged) {
         GST_ELEMENT_ERROR(self, RESOURCE, NOT_FOUND, ("No such camera."), (nullptr));
         return false;
     }
-    if (entry->failure == Failure::open) {
+    if (entry->failure == "open") {
         GST_ELEMENT_ERROR(self, RESOURCE, OPEN_READ, ("The camera does not open."), (nullptr));
         return false;
     }
@@ -95,30 +71,20 @@ bool open(Source* self) {
 
 // The device is open from READY on, as with v4l2src.
 GstStateChangeReturn changeState(GstElement* element, GstStateChange change) {
-    auto* self = static_cast<Source*>(static_cast<gpointer>(element));
-    if (change == GST_STATE_CHANGE_NULL_TO_READY && !open(self))
+    if (change == GST_STATE_CHANGE_NULL_TO_READY && !open(element))
         return GST_STATE_CHANGE_FAILURE;
     const auto result =
         GST_ELEMENT_CLASS(kestrel_test_camera_source_parent_class)->change_state(element, change);
-    const bool failedToOpen =
-        change == GST_STATE_CHANGE_NULL_TO_READY && result == GST_STATE_CHANGE_FAILURE;
-    if (change == GST_STATE_CHANGE_READY_TO_NULL || failedToOpen)
-        cameraOf(self).note("closed " + std::to_string(cameraOf(self).frames));
+    if (change == GST_STATE_CHANGE_READY_TO_NULL)
+        cameraOf(element).note("closed " + std::to_string(cameraOf(element).frames));
     return result;
 }
 
 GstCaps* getCaps(GstBaseSrc* source, GstCaps* filter) {
-    GstCaps* caps = nullptr;
-    if (const auto entry = cameraOf(source).entry();
-        entry && GST_STATE(source) >= GST_STATE_READY) {
-        caps = gst_caps_new_empty();
-        for (const auto& line : entry->caps) {
-            if (GstCaps* one = gst_caps_from_string(line.c_str()))
-                gst_caps_append(caps, one);
-        }
-    } else {
-        caps = gst_pad_get_pad_template_caps(GST_BASE_SRC_PAD(source));
-    }
+    const auto entry = cameraOf(source).entry();
+    GstCaps* caps = entry && GST_STATE(source) >= GST_STATE_READY
+                        ? entry->allCaps()
+                        : gst_pad_get_pad_template_caps(GST_BASE_SRC_PAD(source));
     if (filter) {
         GstCaps* both = gst_caps_intersect_full(filter, caps, GST_CAPS_INTERSECT_FIRST);
         gst_caps_unref(caps);
@@ -130,7 +96,7 @@ GstCaps* getCaps(GstBaseSrc* source, GstCaps* filter) {
 gboolean setCaps(GstBaseSrc* source, GstCaps* caps) {
     auto& camera = cameraOf(source);
     const auto entry = camera.entry();
-    if (entry && entry->failure == Failure::busy) {
+    if (entry && entry->failure == "busy") {
         GST_ELEMENT_ERROR(source, RESOURCE, BUSY, ("The camera is busy."), (nullptr));
         return FALSE;
     }
@@ -139,23 +105,15 @@ gboolean setCaps(GstBaseSrc* source, GstCaps* caps) {
     camera.frameDuration =
         gst_util_uint64_scale_int(GST_SECOND, camera.format.fps_d, camera.format.fps_n);
     camera.show(entry->picture);
-    camera.firstTime = GST_CLOCK_TIME_NONE;
+    camera.nextTime = GST_CLOCK_TIME_NONE;
     gchar* text = gst_caps_to_string(caps);
     camera.note(std::string("format ") + text);
     g_free(text);
     return TRUE;
 }
 
-gboolean start(GstBaseSrc* source) {
-    cameraOf(source).firstTime = GST_CLOCK_TIME_NONE;
-    return TRUE;
-}
-
 gboolean setFlushing(GstBaseSrc* source, bool isFlushing) {
-    auto& camera = cameraOf(source);
-    const std::lock_guard lock(camera.mutex);
-    camera.isFlushing = isFlushing;
-    camera.changed.notify_all();
+    cameraOf(source).isFlushing = isFlushing;
     return TRUE;
 }
 
@@ -183,17 +141,10 @@ GstClockTime nextTime(GstElement* element, Camera& camera) {
         now = time > base ? time - base : 0;
         gst_object_unref(clock);
     }
-    const auto due = [&] {
-        return camera.firstTime + gst_util_uint64_scale(camera.number,
-                                                        GST_SECOND * camera.format.fps_d,
-                                                        guint64(camera.format.fps_n));
-    };
-    if (camera.firstTime == GST_CLOCK_TIME_NONE || due() + 2 * camera.frameDuration < now) {
-        camera.firstTime = now;
-        camera.number = 0;
-    }
-    const auto time = due();
-    ++camera.number;
+    const GstClockTime due = camera.nextTime;
+    const bool isOver = due == GST_CLOCK_TIME_NONE || due + 2 * camera.frameDuration < now;
+    const GstClockTime time = isOver ? now : due;
+    camera.nextTime = time + camera.frameDuration;
     return time;
 }
 
@@ -207,17 +158,18 @@ GstFlowReturn awaitFrame(GstPushSrc* source, Camera& camera) {
             GST_ELEMENT_ERROR(source, RESOURCE, READ, ("The camera gives no frames."), (nullptr));
             return GST_FLOW_ERROR;
         }
-        if (entry && entry->failure == Failure::start) {
+        if (entry && entry->failure == "start") {
             GST_ELEMENT_ERROR(source, RESOURCE, FAILED, ("The camera does not start."), (nullptr));
             return GST_FLOW_ERROR;
         }
         if (!isGone && !(entry->stallAfter && camera.frames >= *entry->stallAfter)) {
-            if (camera.painter && entry->picture != camera.picture)
+            if (entry->picture != camera.picture)
                 camera.show(entry->picture);
             return GST_FLOW_OK;
         }
-        if (!camera.pause())
+        if (camera.isFlushing)
             return GST_FLOW_FLUSHING;
+        g_usleep(5000);
     }
 }
 
@@ -225,11 +177,10 @@ GstFlowReturn create(GstPushSrc* source, GstBuffer** buffer) {
     auto& camera = cameraOf(source);
     if (const auto result = awaitFrame(source, camera); result != GST_FLOW_OK)
         return result;
-    if (!camera.painter)
+    if (camera.pictures.empty())
         return GST_FLOW_NOT_NEGOTIATED;
-    GstBuffer* frame = camera.painter->paint(camera.frames);
-    if (!frame)
-        return GST_FLOW_ERROR;
+    GstBuffer* frame =
+        gst_buffer_copy(camera.pictures[camera.frames % camera.pictures.size()].get());
     GST_BUFFER_PTS(frame) = nextTime(GST_ELEMENT(source), camera);
     GST_BUFFER_DURATION(frame) = camera.frameDuration;
     GST_BUFFER_OFFSET(frame) = camera.frames++;
@@ -247,14 +198,11 @@ void kestrel_test_camera_source_init(Source* self) {
 
 void kestrel_test_camera_source_class_init(SourceClass* type) {
     auto* object = G_OBJECT_CLASS(type);
-    object->set_property = setProperty;
-    object->get_property = getProperty;
+    object->set_property = setDevice;
     object->finalize = finalize;
-    const auto flags = GParamFlags(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS);
+    const auto flags = GParamFlags(G_PARAM_WRITABLE | G_PARAM_STATIC_STRINGS);
     g_object_class_install_property(
-        object, kControl, g_param_spec_string("control", "Control", "Control file", "", flags));
-    g_object_class_install_property(
-        object, kDevice, g_param_spec_string("device", "Device", "Name of the camera", "", flags));
+        object, 1, g_param_spec_string("device", "Device", "Name of the camera", "", flags));
 
     auto* element = GST_ELEMENT_CLASS(type);
     element->change_state = changeState;
@@ -268,7 +216,6 @@ void kestrel_test_camera_source_class_init(SourceClass* type) {
     auto* base = GST_BASE_SRC_CLASS(type);
     base->get_caps = getCaps;
     base->set_caps = setCaps;
-    base->start = start;
     base->unlock = [](GstBaseSrc* source) { return setFlushing(source, true); };
     base->unlock_stop = [](GstBaseSrc* source) { return setFlushing(source, false); };
     base->query = query;

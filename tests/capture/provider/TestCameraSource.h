@@ -4,8 +4,8 @@
 
 namespace kestrelid::testcamera {
 
-// The element kestreltestcamerasrc: the frames of one camera of the control file, live.
-// Properties: control (the control file), device (the camera's name).
+// The element kestreltestcamerasrc: the frames of the camera that its property `device` names,
+// live.
 GType testCameraSourceType();
 
 inline constexpr const char* kSourceName = "kestreltestcamerasrc";
