@@ -109,9 +109,10 @@ TEST_F(PictureJudgeTest, OutlineIsDrawnInTheColourOfTheVerdictWhateverTheFormat)
 
 TEST(ChosenOutlineTest, IsTheLargestAndOfEqualsTheFirst) {
     EXPECT_FALSE(chosenOutline({}));
-    const auto chosen =
-        chosenOutline({outline(0.1, 0.1, 0.3, 0.3, 0.9f), outline(0.0, 0.0, 0.5, 0.4, 0.5f),
-                       outline(0.0, 0.0, 0.4, 0.5, 0.8f)});
+    const std::vector<RectangleObservation> outlines{outline(0.1, 0.1, 0.3, 0.3, 0.9f),
+                                                     outline(0.0, 0.0, 0.5, 0.4, 0.5f),
+                                                     outline(0.0, 0.0, 0.4, 0.5, 0.8f)};
+    const auto chosen = chosenOutline(outlines);
     ASSERT_TRUE(chosen);
     EXPECT_EQ(chosen->confidence, 0.5f);
 }
