@@ -58,21 +58,12 @@ TEST(RoundedCornerOverlayShape, ArmsShorterThanTheBendRunBackwards) {
 }
 
 TEST(AspectFill, KeepsTheMiddle) {
-    struct Row {
-        const char* name;
-        QSizeF picture;
-        QSizeF bounds;
-        QRectF crop;
-    };
-    const std::vector<Row> rows = {
-        {"wide into tall", {1280, 720}, {90, 160}, {437.5, 0, 405, 720}},
-        {"tall into wide", {720, 1280}, {160, 90}, {0, 437.5, 720, 405}},
-        {"same shape", {1280, 720}, {320, 180}, {0, 0, 1280, 720}},
-        {"nowhere to draw", {1280, 720}, {0, 180}, {}},
-        {"nothing to draw", {0, 0}, {320, 180}, {}},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(scanner::aspectFillCrop(row.picture, row.bounds), row.crop) << row.name;
+    using scanner::aspectFillCrop;
+    EXPECT_EQ(aspectFillCrop({1280, 720}, {90, 160}), QRectF(437.5, 0, 405, 720));
+    EXPECT_EQ(aspectFillCrop({720, 1280}, {160, 90}), QRectF(0, 437.5, 720, 405));
+    EXPECT_EQ(aspectFillCrop({1280, 720}, {320, 180}), QRectF(0, 0, 1280, 720));
+    EXPECT_EQ(aspectFillCrop({1280, 720}, {0, 180}), QRectF()) << "nowhere to draw";
+    EXPECT_EQ(aspectFillCrop({0, 0}, {320, 180}), QRectF()) << "nothing to draw";
 }
 
 TEST(UprightTransform, PlacesTheStoredTopLeftCorner) {
