@@ -1,10 +1,14 @@
 #include "apps/cli/Annotation.h"
 #include "apps/cli/AnnotationNames.h"
-#include "tests/apps/FakeServices.h"
+#include "apps/cli/OutlineRecorder.h"
+#include "apps/cli/PictureJudge.h"
+#include "base/AsioQueue.h"
+
+#include <kestrelid/PassportDetector.h>
+#include <kestrelid/VisionServices.h>
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -12,19 +16,6 @@ namespace kestrelid::cli {
 namespace {
 
 namespace fs = std::filesystem;
-
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string name = (fs::temp_directory_path() / "kestrelid-XXXXXX").native();
-        path_ = ::mkdtemp(name.data());
-    }
-    ~TemporaryFolder() { fs::remove_all(path_); }
-    [[nodiscard]] const fs::path& path() const { return path_; }
-
-private:
-    fs::path path_;
-};
 
 Image grayPicture(int width, int height, PixelFormat format) {
     const std::ptrdiff_t stride = std::ptrdiff_t{width} * bytesPerPixel(format) + 5;
@@ -34,22 +25,11 @@ Image grayPicture(int width, int height, PixelFormat format) {
     return Image(*Bitmap::wrap(width, height, stride, format, pixels, size));
 }
 
-// Verdicts come from a detector only, so one judges a written picture first.
-JudgedPicture judged(const std::vector<RectangleObservation>& outlines) {
-    const TemporaryFolder folder;
-    const fs::path path = folder.path() / "picture.png";
-    EXPECT_FALSE(writeImage(path, grayPicture(400, 300, PixelFormat::rgb8)));
-    auto rectangles = std::make_shared<FakeRectangles>();
-    rectangles->found = outlines;
-    PictureJudge judge(fakeServices(rectangles, std::make_shared<FakeText>()),
-                       ValidationEffort::complete);
-    return std::get<JudgedPicture>(judge.judge(path));
-}
-
-RectangleObservation outline(double left, double bottom, double right, double top) {
+RectangleObservation outline(double left, double bottom, double right, double top,
+                             float confidence = 1.0f) {
     return {.boundingBox = {left, bottom, right - left, top - bottom},
             .corners = {{{left, top}, {right, top}, {right, bottom}, {left, bottom}}},
-            .confidence = 1.0f};
+            .confidence = confidence};
 }
 
 bool isGreen(const Image& image, int x, int y) {
@@ -57,9 +37,54 @@ bool isGreen(const Image& image, int x, int y) {
     return std::to_integer<int>(pixel[1]) > std::to_integer<int>(pixel[0]) + 80;
 }
 
-TEST(AnnotationTest, DrawsTheOutlineInTheColourOfTheVerdictWhateverTheFormat) {
-    JudgedPicture picture = judged({outline(0.25, 0.2, 0.75, 0.6), outline(0.4, 0.3, 0.6, 0.5)});
-    ASSERT_TRUE(picture.result.isPassport());
+// Finds the outlines that it is given, and reads a word that matches four keywords.
+struct Recognition final : RectangleService, TextService {
+    std::optional<RequestError> perform(const Bitmap&, const RectangleRequest&,
+                                        const RequestCompletion& completion) override {
+        completion({.results = found, .error = std::nullopt});
+        return std::nullopt;
+    }
+    std::optional<RequestError> perform(const Bitmap&, const TextRequest&,
+                                        const RequestCompletion& completion) override {
+        if (error)
+            return error;
+        const TextObservation line({}, {{.string = "PASSPORT", .confidence = 1.0f}});
+        completion({.results = std::vector<Observation>{line}, .error = std::nullopt});
+        return std::nullopt;
+    }
+    std::vector<Observation> found;
+    std::optional<RequestError> error;
+};
+
+struct PictureJudgeTest : testing::Test {
+    std::shared_ptr<Recognition> recognition = std::make_shared<Recognition>();
+    PictureJudge judge{{.rectangles = recognition,
+                        .text = recognition,
+                        .queue = std::make_shared<base::AsioQueue>("test", 2)},
+                       ValidationEffort::complete};
+    const fs::path sample = fs::path(KESTRELID_SOURCE_DIR) / "samples/bangladesh-on-wood.jpg";
+};
+
+TEST_F(PictureJudgeTest, GivesVerdictAndOutlinesOfEachPictureAlone) {
+    recognition->found = {outline(0.1, 0.1, 0.9, 0.9), outline(0.1, 0.1, 0.6, 0.5)};
+    const auto passport = std::get<JudgedPicture>(judge.judge(sample));
+    EXPECT_TRUE(passport.result.isPassport());
+    EXPECT_EQ(passport.outlines.size(), 2u);
+
+    recognition->error = RequestError{"no such library"};
+    const auto failed = std::get<JudgeError>(judge.judge(sample));
+    EXPECT_NE(failed.cause.find("no such library"), std::string::npos);
+
+    recognition->error.reset();
+    recognition->found.clear();
+    const auto blank = std::get<JudgedPicture>(judge.judge(sample));
+    EXPECT_FALSE(blank.result.isPassport());
+    EXPECT_TRUE(blank.outlines.empty());
+}
+
+TEST_F(PictureJudgeTest, OutlineIsDrawnInTheColourOfTheVerdictWhateverTheFormat) {
+    recognition->found = {outline(0.25, 0.2, 0.75, 0.6), outline(0.4, 0.3, 0.6, 0.5)};
+    auto picture = std::get<JudgedPicture>(judge.judge(sample));
     for (const PixelFormat format : {PixelFormat::rgb8, PixelFormat::bgra8, PixelFormat::gray8}) {
         picture.image = grayPicture(400, 300, format);
         const Image drawn = annotated(picture);
@@ -73,42 +98,50 @@ TEST(AnnotationTest, DrawsTheOutlineInTheColourOfTheVerdictWhateverTheFormat) {
         EXPECT_TRUE(isGreen(drawn, 0, 0));       // the mark beside the verdict
     }
     EXPECT_EQ(std::to_integer<int>(picture.image.bitmap()->row(180)[100]), 128);  // a copy
-}
 
-TEST(AnnotationTest, SurvivesTinyPicturesAndOutlinesBeyondTheEdge) {
-    JudgedPicture picture = judged({outline(-3.0, -2.0, 5.0, 4.0)});
+    recognition->found = {outline(-3.0, -2.0, 5.0, 4.0)};  // beyond the edges of a tiny picture
+    picture = std::get<JudgedPicture>(judge.judge(sample));
     picture.image = grayPicture(1, 3, PixelFormat::gray8);
     EXPECT_TRUE(annotated(picture).bitmap());
     picture.image = Image();
     EXPECT_FALSE(annotated(picture).bitmap());
 }
 
+TEST(ChosenOutlineTest, IsTheLargestAndOfEqualsTheFirst) {
+    EXPECT_FALSE(chosenOutline({}));
+    const std::vector<RectangleObservation> outlines{outline(0.1, 0.1, 0.3, 0.3, 0.9f),
+                                                     outline(0.0, 0.0, 0.5, 0.4, 0.5f),
+                                                     outline(0.0, 0.0, 0.4, 0.5, 0.8f)};
+    const auto chosen = chosenOutline(outlines);
+    ASSERT_TRUE(chosen);
+    EXPECT_EQ(chosen->confidence, 0.5f);
+}
+
 TEST(AnnotationNamesTest, StayInTheFolderAndNeverMeetEachOtherOrAnInput) {
-    const TemporaryFolder folder;
-    const fs::path root = fs::canonical(folder.path());
-    fs::create_directory(root / "out");
+    const fs::path root =
+        fs::canonical(testing::TempDir()) / ("kestrelid-" + std::to_string(::getpid()));
+    fs::create_directories(root / "out");
     fs::create_symlink("out", root / "link");
     std::ofstream(root / "out" / "own.jpg") << "x";
-
-    const auto input = [&](const fs::path& path) { return PictureInput{path.native(), path}; };
-    const std::vector<PictureInput> inputs{
-        input(root / "a.jpg"),
-        input(root / "other" / "a.HEIC"),
-        input(root / "a-2.jpg"),
-        input(root / "a.png"),
-        input(root / "link" / "own.jpg"),  // would be replaced by its own copy
-        input(root / ".."),
-        input(root / "folder" / ""),
-        {"-", StandardInput{}},
-        input(root / "stdin.webp"),
-    };
-    const std::vector<std::string> expected{"a.jpg",         "a-2.jpg",   "a-2-2.jpg",
-                                            "a.png",         "own-2.jpg", "picture.jpg",
-                                            "picture-2.jpg", "stdin.jpg", "stdin-2.jpg"};
-    const std::vector<fs::path> paths = annotationPaths(root / "out", inputs);
-    ASSERT_EQ(paths.size(), expected.size());
-    for (std::size_t i = 0; i < paths.size(); ++i)
-        EXPECT_EQ(paths[i], root / "out" / expected[i]);
+    std::vector<PictureInput> inputs;
+    std::vector<fs::path> expected;
+    for (const auto& [input, name] : std::vector<std::pair<fs::path, const char*>>{
+             {"a.jpg", "a.jpg"},
+             {"other/a.HEIC", "a-2.jpg"},
+             {"a-2.jpg", "a-2-2.jpg"},
+             {"a.png", "a.png"},
+             {"link/own.jpg", "own-2.jpg"},  // would be replaced by its own copy
+             {"..", "picture.jpg"},
+             {"folder/", "picture-2.jpg"},
+             {"-", "stdin.jpg"},
+             {"stdin.webp", "stdin-2.jpg"},
+         }) {
+        inputs.push_back(input == "-" ? PictureInput{"-", StandardInput{}}
+                                      : PictureInput{(root / input).native(), root / input});
+        expected.push_back(root / "out" / name);
+    }
+    EXPECT_EQ(annotationPaths(root / "out", inputs), expected);
+    fs::remove_all(root);
 }
 
 }  // namespace

@@ -9,11 +9,16 @@
 namespace kestrelid::cli {
 namespace {
 
-TEST(EndOfWatchTest, GivesWhatAnotherThreadAnnounces) {
-    EndOfWatch end;
-    std::thread other([&] { end.announce(ExitStatus::inputFailed); });
-    EXPECT_EQ(end.wait(), ExitStatus::inputFailed);
-    other.join();
+TEST(EndOfWatchTest, GivesWhatAnotherThreadAnnouncesAndLeavesSignalsAsTheyWere) {
+    {
+        EndOfWatch end;
+        const std::jthread other([&] { end.announce(ExitStatus::inputFailed); });
+        EXPECT_EQ(end.wait(), ExitStatus::inputFailed);
+    }
+    sigset_t blocked;
+    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    EXPECT_EQ(sigismember(&blocked, SIGINT), 0);
+    EXPECT_EQ(sigismember(&blocked, SIGTERM), 0);
 }
 
 TEST(EndOfWatchDeathTest, FirstSignalIsAnEndAndTheSecondKills) {
@@ -29,14 +34,6 @@ TEST(EndOfWatchDeathTest, FirstSignalIsAnEndAndTheSecondKills) {
             },
             testing::KilledBySignal(number), "");
     }
-}
-
-TEST(EndOfWatchTest, LeavesSignalsAsTheyWere) {
-    { const EndOfWatch end; }
-    sigset_t blocked;
-    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-    EXPECT_EQ(sigismember(&blocked, SIGINT), 0);
-    EXPECT_EQ(sigismember(&blocked, SIGTERM), 0);
 }
 
 }  // namespace

@@ -20,12 +20,8 @@ TEST(TerminalTextTest, EscapesWhatATerminalWouldActOn) {
         {"\x1b[31mred", "\\x1b[31mred"},
         {"one\ntwo\r\t", "one\\ntwo\\r\\t"},
         {"a\0b\x7f"s, "a\\x00b\\x7f"},
-        {"\xC2\x9B"
-         "31m",
-         "\\u{9b}31m"},  // C1: the same as ESC [
-        {"gpj.\xE2\x80\xAE"
-         "exe",
-         "gpj.\\u{202e}exe"},  // turns the direction of writing
+        {"\xC2\x9B;m", "\\u{9b};m"},            // C1: the same as ESC [
+        {"\xE2\x80\xAE.gpj", "\\u{202e}.gpj"},  // turns the direction of writing
         {"bad \xFF end", "bad \\xff end"},
         {"cut \xE2\x80", "cut \\xe2\\x80"},
         {"\xC0\x9B", "\\xc0\\x9b"},                    // longer form than needed
@@ -37,12 +33,8 @@ TEST(TerminalTextTest, EscapesWhatATerminalWouldActOn) {
 }
 
 TEST(JsonLineTest, IsReadableJsonWithoutTerminalControls) {
-    const std::string text = "\x1b[2J \xC2\x9B"
-                             "2J \xE2\x80\xAE জন \x7f \xFF";
-    const std::string line = jsonLine({{"file", text}});
-    EXPECT_EQ(line, "{\"file\":\"\\u001b[2J \\u009b2J \\u202e জন \\u007f \xEF\xBF\xBD\"}\n");
-    EXPECT_EQ(nlohmann::json::parse(line)["file"], "\x1b[2J \xC2\x9B"
-                                                   "2J \xE2\x80\xAE জন \x7f \xEF\xBF\xBD");
+    const std::string line = jsonLine({{"file", "\x1b[2J \xC2\x9B \xE2\x80\xAE জন \x7f \xFF"}});
+    EXPECT_EQ(line, "{\"file\":\"\\u001b[2J \\u009b \\u202e জন \\u007f \xEF\xBF\xBD\"}\n");
 }
 
 }  // namespace

@@ -10,18 +10,13 @@
 namespace kestrelid::cli {
 namespace {
 
-struct WatchLogTest : testing::Test {
-    void SetUp() override {
-        ::setenv("TZ", "IST-5:30", 1);  // east of Greenwich
-        ::tzset();
-    }
-    void TearDown() override {
-        ::unsetenv("TZ");
-        ::tzset();
-    }
-};
+void setTimeZone(const char* zone) {
+    ::setenv("TZ", zone, 1);
+    ::tzset();
+}
 
-TEST_F(WatchLogTest, LinesBeginWithLocalTime) {
+TEST(WatchLogTest, LinesBeginWithLocalTime) {
+    setTimeZone("IST-5:30");  // east of Greenwich
     const WallTime time{std::chrono::duration<double>(1'790'000'000.0625)};
     const std::string start = "2026-09-21T19:43:20.062+05:30";
     EXPECT_EQ(eventAsText(time, DocumentChanged{true}), start + "  document    in view\n");
@@ -29,20 +24,19 @@ TEST_F(WatchLogTest, LinesBeginWithLocalTime) {
               start + "  verdict     not a passport, confidence 0.499\n");
     EXPECT_EQ(eventAsJson(time, DocumentChanged{true}),
               R"({"time":")" + start + R"(","event":"document","detected":true})" + "\n");
-    ::setenv("TZ", "NST3:30", 1);  // west, and before the first second of 1970
-    ::tzset();
+    setTimeZone("NST3:30");  // west, and before the first second of 1970
     EXPECT_EQ(eventAsText(WallTime{std::chrono::duration<double>(-0.25)}, DocumentChanged{}),
               "1969-12-31T20:29:59.750-03:30  document    gone\n");
 }
 
-TEST_F(WatchLogTest, WhatTheErrorTellsIsNoLineOfText) {
+TEST(WatchLogTest, WhatTheErrorTellsIsNoLineOfText) {
     EXPECT_EQ(eventAsText({}, SessionKnown{}), "");
     EXPECT_EQ(eventAsText({}, AuthorizationKnown{}), "");
     EXPECT_EQ(eventAsText({}, WatchFailed{"gone"}), "");
     EXPECT_NE(eventAsJson({}, WatchFailed{"gone"}).find(R"("error":"gone")"), std::string::npos);
 }
 
-TEST_F(WatchLogTest, HostileNamesReachNoTerminal) {
+TEST(WatchLogTest, HostileNamesReachNoTerminal) {
     const std::string name = "a\x1b[31m\n.jpg";
     for (const WatchEvent& event : {WatchEvent(PhotoWritten{name, 1, 1}),
                                     WatchEvent(SessionKnown{.ready = true, .camera = name})}) {

@@ -1,38 +1,37 @@
 """What the tests of the command line share: running the built programs and making files for them."""
 
+import io
 import json
 import os
-import struct
+import select
+import signal
 import subprocess
 import tempfile
 import unittest
-import zlib
 from pathlib import Path
+
+from PIL import Image
 
 KESTRELID = os.environ["KESTRELID"]
 ROOT = Path(__file__).resolve().parents[2]
 SAMPLES = ROOT / "samples"
 PASSPORT = SAMPLES / "utopia-scan.jpg"
+PATIENCE = 120  # seconds; machines that build meanwhile are slow
 
 
-def run(*arguments, program=KESTRELID, stdin=b"", cwd=None):
-    return subprocess.run([program, *arguments], input=stdin, capture_output=True, timeout=60, cwd=cwd)
+def run(*arguments, program=KESTRELID, stdin=b"", **options):
+    return subprocess.run([program, *arguments], input=stdin, capture_output=True, timeout=PATIENCE, **options)
 
 
 def json_lines(output):
     return [json.loads(line) for line in output.decode().splitlines()]
 
 
-def png(width, height, level=255):
-    """A plain grey picture."""
-    rows = (b"\0" + bytes([level]) * width) * height
-
-    def chunk(kind, content):
-        body = kind + content
-        return struct.pack(">I", len(content)) + body + struct.pack(">I", zlib.crc32(body))
-
-    header = struct.pack(">IIBBBBB", width, height, 8, 0, 0, 0, 0)
-    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
+def png(width, height):
+    """A plain white picture."""
+    file = io.BytesIO()
+    Image.new("L", (width, height), 255).save(file, "PNG")
+    return file.getvalue()
 
 
 class CommandLineTest(unittest.TestCase):
@@ -54,6 +53,40 @@ class CommandLineTest(unittest.TestCase):
         for line, prefix in zip(lines, prefixes):
             self.assertTrue(line.startswith(prefix), line)
             self.assertGreater(len(line), len(prefix) + 3, line)
+
+    def start(self, *arguments, **options):
+        """A run that goes on beside the test, and ends with it."""
+        process = subprocess.Popen([KESTRELID, *arguments], bufsize=0, **options)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        for pipe in filter(None, (process.stdin, process.stdout, process.stderr)):
+            self.addCleanup(pipe.close)
+        return process
+
+    def read_until(self, process, word):
+        """What it writes up to the line that holds word."""
+        written = b""
+        while select.select([process.stdout], [], [], 30)[0]:
+            line = process.stdout.readline()
+            self.assertTrue(line, b"ended without " + word)
+            written += line
+            if word in line:
+                return written
+        self.fail("half a minute without a line")
+
+    def assert_ends_quietly_with_its_reader(self, word, *arguments):
+        # Python ignores the signal, and would have its children do so too.
+        process = self.start(*arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, restore_signals=False)
+        self.read_until(process, word)
+        process.stdout.close()
+        self.assertEqual(process.wait(timeout=PATIENCE), -signal.SIGPIPE)
+        self.assertEqual(process.stderr.read(), b"")
+
+    def assert_tells_a_full_disk(self, *arguments):
+        with open("/dev/full", "wb") as full:
+            result = subprocess.run([KESTRELID, *arguments], stdout=full, stderr=subprocess.PIPE, timeout=PATIENCE)
+        self.assertEqual(result.returncode, 1)
+        self.assert_error_lines(result, ["kestrelid: standard output: "])
 
     def assert_wrong_usage(self, *arguments):
         with self.subTest(arguments):

@@ -2,7 +2,6 @@
 
 import os
 import pty
-import select
 import shutil
 import signal
 import subprocess
@@ -10,7 +9,7 @@ import unittest
 
 from PIL import Image, ImageChops
 
-from command_line import KESTRELID, PASSPORT, CommandLineTest, json_lines, png, run
+from command_line import PASSPORT, PATIENCE, CommandLineTest, json_lines, png, run
 
 KEYS = ["file", "isPassport", "confidence", "reasons", "recognizedText", "milliseconds", "outline"]
 
@@ -78,33 +77,24 @@ class Inputs(CommandLineTest):
         self.assertEqual(names, ["set/a.png", "set/b.PNG", "set/c.tIfF", "set/z.png"])
         self.assert_error_lines(result, ["kestrelid: set/z.png: "])
 
-    def test_standard_input_is_one_picture(self):
+    def test_standard_input_and_pipes_are_pictures_too(self):
         result = run("validate", "--json", "-", stdin=png(64, 48))
-        self.assertEqual(result.returncode, 0)
         self.assertEqual([(entry["file"], entry["isPassport"]) for entry in json_lines(result.stdout)], [("-", False)])
+        result = run("validate", "/dev/stdin", stdin=png(64, 48))
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertTrue(result.stdout.startswith(b"/dev/stdin: not a passport"))
         for garbage in [b"", b"GIF89a nonsense"]:
             result = run("validate", "-", stdin=garbage)
             self.assertEqual((result.returncode, result.stdout), (1, b""))
             self.assert_error_lines(result, ["kestrelid: -: "])
 
-    def test_pipes_are_pictures_too(self):
-        reader, writer = os.pipe()
-        os.write(writer, png(32, 32))
-        os.close(writer)
-        name = f"/dev/fd/{reader}"
-        result = subprocess.run([KESTRELID, "validate", name], capture_output=True, pass_fds=[reader], timeout=60)
-        os.close(reader)
-        self.assertEqual((result.returncode, result.stderr), (0, b""))
-        self.assertTrue(result.stdout.startswith(f"{name}: not a passport".encode()))
-
     def test_names_that_look_like_something_else(self):
-        for name in ["text", "doctor", "-x.png", "[a]", "a,b", "%s"]:
+        names = ["text", "a,b", "%s", "[a]", "-x.png"]
+        for name in names:
             self.write(name, png(32, 32))
-        names = ["text", "doctor", "a,b", "%s", "[a]", "-x.png"]
         result = run("validate", "--json", "--", *names, cwd=self.folder)
         self.assertEqual((result.returncode, result.stderr), (0, b""))
-        shown = [entry["file"] for entry in json_lines(result.stdout)]
-        self.assertEqual(shown, ["text", "doctor", "a,b", "%s", "./[a]", "-x.png"])
+        self.assertEqual([entry["file"] for entry in json_lines(result.stdout)], ["text", "a,b", "%s", "./[a]", "-x.png"])
 
     def test_hostile_names_break_neither_json_nor_the_terminal(self):
         name = os.fsencode(self.folder) + b"/bad\xff\x1b[31m\n\xc2\x9b.png"
@@ -127,61 +117,38 @@ class Streams(CommandLineTest):
         self.assertEqual([entry["file"] for entry in json_lines(result.stdout)], names)
         self.assertEqual(result.returncode, 1)
 
-    def start(self, *arguments, **options):
-        process = subprocess.Popen([KESTRELID, "validate", *arguments], **options)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        return process
-
     def test_a_verdict_is_written_while_the_next_input_is_awaited(self):
         blank = self.write("blank.png", png(32, 32))
-        pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE}
-        with self.start("--json", "--jobs", "1", str(blank), "-", **pipes) as process:
-            written, _, _ = select.select([process.stdout], [], [], 30)
-            self.assertTrue(written, "the verdict waits for the next input")
-            self.assertIn(b"blank.png", process.stdout.readline())
-            process.stdin.write(png(32, 32))
-            process.stdin.close()
-            self.assertIn(b'"file":"-"', process.stdout.readline())
+        process = self.start("validate", "--json", "--jobs", "1", str(blank), "-", stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.read_until(process, b"blank.png")
+        process.stdin.write(png(32, 32))
+        process.stdin.close()
+        self.read_until(process, b'"file":"-"')
+
+    def test_a_reader_that_has_seen_enough_ends_it_quietly_and_a_full_disk_with_an_error(self):
+        blank = str(self.write("blank.png", png(32, 32)))
+        self.assert_ends_quietly_with_its_reader(b"blank", "validate", *[blank] * 200)
+        self.assert_tells_a_full_disk("validate", blank)
 
     def test_interrupt_ends_at_once(self):
         # Waits for a picture that never comes.
-        process = self.start("-", stdin=subprocess.PIPE)
+        process = self.start("validate", "-", stdin=subprocess.PIPE)
         process.send_signal(signal.SIGINT)
-        self.assertEqual(process.wait(timeout=10), -signal.SIGINT)
-        process.stdin.close()
-
-    def test_a_reader_that_has_seen_enough_ends_it_quietly(self):
-        blank = str(self.write("blank.png", png(32, 32)))
-        # Python ignores the signal, and would have its children do so too.
-        pipes = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "restore_signals": False}
-        with self.start(*[blank] * 200, **pipes) as process:
-            process.stdout.readline()
-            process.stdout.close()
-            self.assertEqual(process.stderr.read(), b"")
-            self.assertEqual(process.wait(timeout=30), -signal.SIGPIPE)
-
-    def test_a_full_disk_is_told(self):
-        blank = self.write("blank.png", png(32, 32))
-        with open("/dev/full", "wb") as full:
-            result = subprocess.run([KESTRELID, "validate", blank], stdout=full, stderr=subprocess.PIPE)
-        self.assertEqual(result.returncode, 1)
-        self.assert_error_lines(result, ["kestrelid: standard output: "])
+        self.assertEqual(process.wait(timeout=PATIENCE), -signal.SIGINT)
 
     def test_progress_only_on_a_terminal_and_for_more_than_three(self):
         blank = str(self.write("blank.png", png(32, 32)))
         for count, expected in [(3, b""), (4, b"4 of 4")]:
             ours, theirs = pty.openpty()
-            process = self.start(*[blank] * count, stdout=subprocess.DEVNULL, stderr=theirs)
+            process = self.start("validate", *[blank] * count, stdout=subprocess.DEVNULL, stderr=theirs)
+            self.assertEqual(process.wait(timeout=PATIENCE), 0)
+            os.set_blocking(ours, False)
+            try:
+                drawn = os.read(ours, 4096)
+            except BlockingIOError:
+                drawn = b""
             os.close(theirs)
-            drawn = b""
-            while select.select([ours], [], [], 30)[0]:
-                try:
-                    drawn += os.read(ours, 4096)
-                except OSError:  # the other end is closed
-                    break
             os.close(ours)
-            self.assertEqual(process.wait(timeout=30), 0)
             self.assertIn(expected, drawn)
             self.assertEqual(bool(drawn), bool(expected))
             self.assertTrue(drawn == b"" or drawn.endswith(b"\r\x1b[K"), drawn)

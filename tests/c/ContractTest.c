@@ -60,41 +60,9 @@ static void nullArguments(void) {
                 &error, "detector is NULL");
     CHECK(disposed == 1);
     CHECK(kestrelid_image_read(NULL, NULL, NULL) == invalid);
-}
-
-static void writeFile(const char* path, const char* text) {
-    FILE* file = fopen(path, "wb");
-    CHECK(file != NULL);
-    CHECK(fputs(text, file) >= 0);
-    CHECK(fclose(file) == 0);
-}
-
-static void unreadableFiles(void) {
-    static const struct {
-        const char* path;
-        const char* content;  // NULL: no file
-        const char* cause;
-    } rows[] = {
-        {"c-api-absent.png", NULL, "No such file or directory"},
-        {"c-api-empty.png", "", "the file is empty"},
-        {"c-api-text.png", "not a picture", "unknown format"},
-        {"c-api-cut.png", "\x89PNG\r\n\x1a\n", "truncated"},
-    };
-    for (size_t index = 0; index < sizeof(rows) / sizeof(rows[0]); ++index) {
-        KestrelidImage* image = NULL;
-        KestrelidError* error = NULL;
-        remove(rows[index].path);
-        if (rows[index].content)
-            writeFile(rows[index].path, rows[index].content);
-        CHECK(kestrelid_image_read(rows[index].path, &image, &error) == KESTRELID_UNREADABLE);
-        CHECK(image == NULL);
-        printf("  %s\n", kestrelid_error_text(error));
-        CHECK(strncmp(kestrelid_error_text(error), rows[index].path, strlen(rows[index].path)) ==
-              0);
-        CHECK(strstr(kestrelid_error_text(error), rows[index].cause) != NULL);
-        kestrelid_error_free(error);
-        remove(rows[index].path);
-    }
+    expectError(kestrelid_image_read("gone.png", &image, &error), KESTRELID_UNREADABLE, &error,
+                "gone.png: cannot be opened: No such file or directory");
+    CHECK(image == NULL);
 }
 
 static void encodedBytes(void) {
@@ -119,23 +87,16 @@ static void encodedBytes(void) {
     }
 }
 
-static KestrelidPixels greyPixels(const unsigned char* bytes, size_t size) {
-    KestrelidPixels pixels;
-    memset(&pixels, 0, sizeof(pixels));
-    pixels.struct_size = sizeof(pixels);
-    pixels.bytes = bytes;
-    pixels.size = size;
-    pixels.stride = 4;
-    pixels.width = 3;
-    pixels.height = 2;
-    pixels.format = KESTRELID_GRAY8;
-    return pixels;
-}
-
 static void rawPixels(void) {
     const KestrelidStatus invalid = KESTRELID_INVALID_ARGUMENT;
     unsigned char* bytes = calloc(7, 1);  // two rows of three, the second without padding
-    KestrelidPixels good = greyPixels(bytes, 7);
+    KestrelidPixels good = {.struct_size = sizeof(KestrelidPixels),
+                            .bytes = bytes,
+                            .size = 7,
+                            .stride = 4,
+                            .width = 3,
+                            .height = 2,
+                            .format = KESTRELID_GRAY8};
     KestrelidPixels bad;
     KestrelidImage* image = NULL;
     KestrelidError* error = NULL;
@@ -246,26 +207,13 @@ static void withoutImage(void) {
     kestrelid_result_release(waited);
 }
 
-static void versions(void) {
-    int major = -1;
-    int minor = -1;
-    CHECK(sscanf(kestrelid_library_version(), "%d.%d.", &major, &minor) == 2);
-    CHECK(major >= 0 && minor >= 0);
-    CHECK(KestrelidVersionNumber > 0.0);
-}
-
 int main(void) {
-#define RUN(test)                                                                                  \
-    puts(#test);                                                                                   \
-    test()
-    RUN(nullHandles);
-    RUN(nullArguments);
-    RUN(unreadableFiles);
-    RUN(encodedBytes);
-    RUN(rawPixels);
-    RUN(options);
-    RUN(withoutImage);
-    RUN(versions);
-#undef RUN
+    nullHandles();
+    nullArguments();
+    encodedBytes();
+    rawPixels();
+    options();
+    withoutImage();
+    CHECK(KestrelidVersionNumber > 0.0 && strchr(kestrelid_library_version(), '.'));
     return 0;
 }

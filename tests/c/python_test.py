@@ -1,12 +1,12 @@
 #!/usr/bin/python3
 """The binding for Python against the built library, KESTRELID_LIBRARY."""
 
+import concurrent.futures
 import os
 import pathlib
 import subprocess
 import sys
 import tempfile
-import threading
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -75,16 +75,10 @@ class WithoutModels(unittest.TestCase):
     def test_threads_and_sharing(self):
         shared = kestrelid.Detector(share=self.detector, effort=kestrelid.VERDICT_ONLY)
         self.detector.close()
-        verdicts = []
-        threads = [threading.Thread(target=lambda: verdicts.append(shared.judge_pixels(bytes(64 * 48), 64, 48, "L")))
-                   for _ in range(6)]
-        for thread in threads:
-            thread.start()
-        for thread in threads:
-            thread.join()
+        with concurrent.futures.ThreadPoolExecutor(6) as pool:
+            verdicts = list(pool.map(lambda _: shared.judge_pixels(bytes(64 * 48), 64, 48, "L"), range(6)))
         shared.close()
-        self.assertEqual(len(verdicts), 6)
-        self.assertEqual(len(set(verdicts)), 1)
+        self.assertEqual((len(verdicts), len(set(verdicts))), (6, 1))
 
 
 if __name__ == "__main__":

@@ -15,25 +15,18 @@ FLATPAK = ROOT / "packaging" / "flatpak"
 ID = "org.kestrelid.Demo"
 
 
-def run(*command):
-    return subprocess.run(command, capture_output=True, text=True, check=False)
-
-
 class DesktopTest(unittest.TestCase):
-    def check_with(self, tool, package, *arguments):
-        if not shutil.which(tool):
-            self.skipTest(f"{tool} is missing: install the package {package}")
-        result = run(tool, *arguments)
-        self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
-
-    def test_desktop_entry(self):
-        self.check_with("desktop-file-validate", "desktop-file-utils", "--warn-kde", DESKTOP / f"{ID}.desktop")
-
-    def test_metadata(self):
-        self.check_with("appstreamcli", "appstream", "validate", "--no-net", DESKTOP / f"{ID}.metainfo.xml")
-
-    def test_manual_page(self):
-        self.check_with("mandoc", "mandoc", "-Tlint", "-Wwarning", ROOT / "packaging" / "man" / "kestrelid-demo.1")
+    def test_validators(self):
+        for tool, package, *arguments in [
+            ("desktop-file-validate", "desktop-file-utils", "--warn-kde", DESKTOP / f"{ID}.desktop"),
+            ("appstreamcli", "appstream", "validate", "--no-net", DESKTOP / f"{ID}.metainfo.xml"),
+            ("mandoc", "mandoc", "-Tlint", "-Wwarning", ROOT / "packaging" / "man" / "kestrelid-demo.1"),
+        ]:
+            with self.subTest(tool):
+                if not shutil.which(tool):
+                    self.skipTest(f"{tool} is missing: install the package {package}")
+                result = subprocess.run([tool, *arguments], capture_output=True, text=True, check=False)
+                self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
 
     def test_manual_page_tells_every_option(self):
         page = (ROOT / "packaging" / "man" / "kestrelid-demo.1").read_text(encoding="utf-8")
@@ -60,13 +53,8 @@ class FlatpakTest(unittest.TestCase):
     def setUp(self):
         self.manifest = json.loads((FLATPAK / f"{ID}.json").read_text(encoding="utf-8"))
 
-    def test_it_names_what_is_built(self):
-        self.assertEqual(self.manifest["id"], ID)
-        self.assertEqual(self.manifest["command"], "kestrelid-demo")
-        for key in ("runtime", "runtime-version", "sdk", "finish-args", "modules"):
-            self.assertTrue(self.manifest.get(key), key)
-
-    def test_permissions_are_those_that_the_documents_name(self):
+    def test_it_names_what_is_built_and_the_permissions_of_the_documents(self):
+        self.assertEqual((self.manifest["id"], self.manifest["command"]), (ID, "kestrelid-demo"))
         # The camera comes through the portal, which needs no permission of its own here.
         self.assertEqual(set(self.manifest["finish-args"]),
                          {"--share=ipc", "--socket=wayland", "--socket=fallback-x11", "--device=dri"})

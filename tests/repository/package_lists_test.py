@@ -20,17 +20,11 @@ def entries(name):
 
 
 def named_packages():
-    """package -> first file that names it."""
-    named = {}
-    files = [ROOT / "CMakeLists.txt"]
-    for folder in FOLDERS:
-        for pattern in SOURCES:
-            files += sorted((ROOT / folder).rglob(pattern))
+    """package -> a file that names it."""
+    files = [ROOT / "CMakeLists.txt"] + [file for folder in FOLDERS for pattern in SOURCES for file in (ROOT / folder).rglob(pattern)]
     files.remove(ROOT / "cmake" / "KestrelidPackages.cmake")  # what other machines install
-    for file in files:
-        for package in PACKAGE.findall(file.read_text(encoding="utf-8")):
-            named.setdefault(package, file.relative_to(ROOT).as_posix())
-    return named
+    return {package: file.relative_to(ROOT).as_posix()
+            for file in files for package in PACKAGE.findall(file.read_text(encoding="utf-8"))}
 
 
 class PackageListsTest(unittest.TestCase):
@@ -48,9 +42,8 @@ class PackageListsTest(unittest.TestCase):
         self.assertEqual(sorted(set(names)), sorted(names))
 
     def test_pins_are_exact(self):
-        for pin in self.pins:
-            with self.subTest(pin[0]):
-                _, version, machine, _, _, _, checksum = pin
+        for name, version, machine, *_, checksum in self.pins:
+            with self.subTest(name):
                 self.assertRegex(version, r"^\d+\.\d+\.\d+$")
                 self.assertRegex(machine, "^(any|x86_64|aarch64)$")
                 self.assertRegex(checksum, "^sha512-[A-Za-z0-9+/]{86}==$")

@@ -3,7 +3,6 @@
 #include <kestrelid/screens/QmlModule.h>
 
 #include <gtest/gtest.h>
-#include <memory>
 #include <QQmlComponent>
 #include <QQuickWidget>
 #include <QTest>
@@ -11,120 +10,69 @@
 namespace kestrelid::test {
 namespace {
 
-// A window of QML, shown.
-struct Host {
-    explicit Host(const char* qml) {
-        installQmlModule(engine);
-        QQmlComponent component(&engine);
-        component.setData(QByteArray("import QtQuick\nimport QtQuick.Controls.Basic\n"
-                                     "import Kestrelid\n") +
-                              qml,
-                          {});
-        window.reset(qobject_cast<QQuickWindow*>(component.create()));
-        if (!window)
-            qFatal("%s", qPrintable(component.errorString()));
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
-        settle();
-    }
+struct Row {
+    const char* name;
+    const char* content;  // of the host's window; SCREEN stands for a preview
+    bool isWindowOpen;    // after the close symbol
+    int left;             // what the host then has: depth of a stack, an open popup, calls
 
-    void close() { click(findItem(screen(), "closeArea")); }
-
-    QQuickItem* screen() { return window->property("screen").value<QQuickItem*>(); }
-
-    QQmlEngine engine;
-    std::unique_ptr<QQuickWindow> window;
+    friend void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
 };
 
-constexpr auto kStack = R"(
-    ApplicationWindow {
-        id: window
-        property Item screen
-        readonly property int depth: stack.depth
-        width: 360; height: 640; visible: true
+class Dismiss : public testing::TestWithParam<Row> {};
+
+TEST_P(Dismiss, ClosesWhatPresentsTheScreen) {
+    QQmlEngine engine;
+    installQmlModule(engine);
+    QQmlComponent component(&engine);
+    QByteArray qml("import QtQuick\nimport QtQuick.Controls.Basic\nimport Kestrelid\n"
+                   "ApplicationWindow {\n"
+                   "    id: window\n"
+                   "    property int left\n"
+                   "    width: 360; height: 640; visible: true\n");
+    qml += GetParam().content;
+    qml.replace("SCREEN", "ImagePreviewView { objectName: 'screen'; "
+                          "title: ''; didTapRetake: null; didTapConfirm: null");
+    component.setData(qml + "}", {});
+    const std::unique_ptr<QQuickWindow> window(qobject_cast<QQuickWindow*>(component.create()));
+    ASSERT_TRUE(window) << component.errorString().toStdString();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    settle();
+    click(findItem(findItem(window->contentItem(), "screen"), "closeArea"));
+    EXPECT_EQ(window->isVisible(), GetParam().isWindowOpen);
+    EXPECT_EQ(window->property("left"), GetParam().left);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Hosts, Dismiss,
+    testing::Values(Row{"Stack", R"(
         StackView {
-            id: stack
             anchors.fill: parent
             initialItem: Item {}
             popExit: null; popEnter: null; pushEnter: null; pushExit: null
-            Component.onCompleted: {
-                push(inner)
-                window.screen = stack.push(preview)
-            }
+            onDepthChanged: window.left = depth
+            Component.onCompleted: { push(inner); push(preview) }
         }
         Component { id: inner; Item {} }
-        Component {
-            id: preview
-            ImagePreviewView { title: ""; didTapRetake: null; didTapConfirm: null }
-        }
-    })";
+        Component { id: preview; SCREEN } })",
+                        true, 2},
+                    Row{"Popup", R"(
+        Popup {
+            width: 320; height: 600; visible: true
+            enter: null; exit: null
+            onVisibleChanged: window.left = visible
+            SCREEN; anchors.fill: parent }
+        })",
+                        true, 0},
+                    Row{"LastOfAStack", R"(
+        Component { id: preview; SCREEN } }
+        StackView { anchors.fill: parent; initialItem: preview })",
+                        false, 0},
+                    Row{"HostsFunctionFirst",
+                        "SCREEN; anchors.fill: parent; dismiss: () => ++window.left }", true, 1}),
+    [](const auto& row) { return std::string(row.param.name); });
 
-TEST(Dismiss, PopsTheStackThatHoldsTheScreen) {
-    Host host(kStack);
-    ASSERT_EQ(host.window->property("depth"), 3);
-    host.close();
-    EXPECT_EQ(host.window->property("depth"), 2);
-    EXPECT_TRUE(host.window->isVisible());
-}
-
-TEST(Dismiss, ClosesThePopup) {
-    Host host(R"(
-        ApplicationWindow {
-            property alias screen: preview
-            readonly property bool isOpen: popup.visible
-            width: 360; height: 640; visible: true
-            Popup {
-                id: popup
-                width: 320; height: 600; visible: true
-                enter: null; exit: null
-                ImagePreviewView {
-                    id: preview
-                    anchors.fill: parent
-                    title: ""; didTapRetake: null; didTapConfirm: null
-                }
-            }
-        })");
-    ASSERT_TRUE(host.window->property("isOpen").toBool());
-    host.close();
-    EXPECT_FALSE(host.window->property("isOpen").toBool());
-    EXPECT_TRUE(host.window->isVisible());
-}
-
-TEST(Dismiss, ClosesTheWindowBelowTheLastOfAStack) {
-    Host host(R"(
-        ApplicationWindow {
-            property alias screen: stack.currentItem
-            width: 360; height: 640; visible: true
-            StackView {
-                id: stack
-                anchors.fill: parent
-                initialItem: ImagePreviewView { title: ""; didTapRetake: null; didTapConfirm: null }
-            }
-        })");
-    host.close();
-    EXPECT_FALSE(host.window->isVisible());
-}
-
-TEST(Dismiss, HostsFunctionComesFirst) {
-    Host host(R"(
-        Window {
-            id: window
-            property int closed: 0
-            property alias screen: preview
-            width: 360; height: 640; visible: true
-            ImagePreviewView {
-                id: preview
-                anchors.fill: parent
-                title: ""; didTapRetake: null; didTapConfirm: null
-                dismiss: () => ++window.closed
-            }
-        })");
-    host.close();
-    QTest::keyClick(host.window.get(), Qt::Key_Escape);
-    EXPECT_EQ(host.window->property("closed"), 2);
-    EXPECT_TRUE(host.window->isVisible());
-}
-
-TEST(Dismiss, ClosesTheWindowOfAHostsOwnQuickWidget) {
+TEST(DismissWidgets, ClosesTheWindowOfAHostsOwnQuickWidget) {
     QWidget window;
     auto* widget = new QQuickWidget(&window);
     installQmlModule(*widget->engine());
@@ -137,9 +85,7 @@ TEST(Dismiss, ClosesTheWindowOfAHostsOwnQuickWidget) {
     window.resize(360, 640);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-    const QPoint at = sceneRect(*findItem(widget->rootObject(), "closeArea")).center().toPoint();
-    QTest::mouseClick(widget, Qt::LeftButton, Qt::NoModifier, at);
-    settle();
+    clickIn(*widget, findItem(widget->rootObject(), "closeArea"));
     EXPECT_FALSE(window.isVisible());
 }
 

@@ -5,7 +5,10 @@
 
 #include <kestrelid/screens/ScannerCamera.h>
 
+#include <algorithm>
 #include <memory>
+#include <QVariant>
+#include <string_view>
 
 namespace kestrelid::test {
 
@@ -31,16 +34,15 @@ struct FakeCamera {
     std::shared_ptr<CameraOptions> optionsGiven = std::make_shared<CameraOptions>();
 
     [[nodiscard]] ScannerCamera scannerCamera() const {
-        ScannerCamera camera;
         const CameraServices services{
             .authorization = authorization,
             .capture = platform,
             .detector = detector,
             .mainQueue = mainQueue,
             .makeSerialQueue = [queue = otherQueues](const std::string&) { return queue; }};
+        ScannerCamera camera;
         camera.makeServices = [services, made = managersMade,
-                               given = optionsGiven](const std::shared_ptr<DispatchQueue>&,
-                                                     const CameraOptions& options) {
+                               given = optionsGiven](const auto&, const CameraOptions& options) {
             ++*made;
             *given = options;
             return services;
@@ -58,17 +60,51 @@ struct FakeCamera {
 
     // One verdict, as the detector gives it.
     void judge(bool isPassport) const {
-        const auto output = platform->videoOutput.lock();
-        const auto bitmap =
-            Bitmap::wrap(1, 1, 4, PixelFormat::bgra8, std::make_shared<std::byte[]>(4), 4);
-        const std::size_t call = detector->completions.size();
-        if (call == 0) {
-            output->deliver(std::make_shared<FakePixelBuffer>(bitmap));
+        if (detector->completions.empty()) {
+            platform->videoOutput.lock()->deliver(
+                std::make_shared<FakePixelBuffer>(blankBitmap(1, 1)));
             otherQueues->runAll();
         }
         detector->answer(0, isPassport, 0.5);
         mainQueue->runAll();
     }
+
+    // A tenth of a second, after which a tap's photo is asked for.
+    void pass(double seconds = 0.11) const {
+        mainQueue->advance(seconds);
+        otherQueues->runAll();
+    }
+
+    // The camera has no photo for anybody who asked.
+    void refusePhotos() const {
+        const auto output = platform->photoOutput.lock();
+        while (!output->requests.empty())
+            output->finish({}, CaptureError{"lost"});
+    }
+
+    [[nodiscard]] auto count(std::string_view operation) const {
+        return std::ranges::count(machine().log, operation);
+    }
+
+    // Where the screen shows what the camera sees; null where it shows none.
+    [[nodiscard]] std::shared_ptr<PreviewSurface> surface() const {
+        const auto session = platform->session.lock();
+        if (!session)
+            return nullptr;
+        for (const auto& weak : session->surfaces) {
+            if (auto alive = weak.lock())
+                return alive;
+        }
+        return nullptr;
+    }
 };
+
+inline QVariant completing(PhotoCompletion completion) {
+    return QVariant::fromValue(std::move(completion));
+}
+
+inline QVariant acting(ScreenAction action) {
+    return QVariant::fromValue(std::move(action));
+}
 
 }  // namespace kestrelid::test

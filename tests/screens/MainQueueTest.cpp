@@ -17,19 +17,22 @@ using namespace std::chrono_literals;
 TEST(QtMainQueue, RunsBlocksOfAnyThreadInOrderOnTheApplicationsThread) {
     const auto queue = makeQtMainQueue();
     std::vector<int> order;
+    std::vector<int> expected;
     bool isOnMain = true;
-    const auto note = [&](int block) {
-        isOnMain = isOnMain && QThread::currentThread() == QCoreApplication::instance()->thread();
-        order.push_back(block);
-    };
+    for (int block = 0; block < 100; ++block)
+        expected.push_back(block);
     std::thread([&] {
-        for (int block = 0; block < 100; ++block)
-            queue->async([&, block] { note(block); });
+        for (const int block : expected)
+            queue->async([&, block] {
+                isOnMain =
+                    isOnMain && QThread::currentThread() == QCoreApplication::instance()->thread();
+                order.push_back(block);
+            });
     }).join();
     EXPECT_TRUE(order.empty()) << "a block ran before async() returned to the event loop";
     ASSERT_TRUE(waitFor([&] { return order.size() == 100; }));
     EXPECT_TRUE(isOnMain);
-    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+    EXPECT_EQ(order, expected);
 }
 
 TEST(QtMainQueue, DelaysInOrderOfTheirDeadlinesAndNeverEarly) {

@@ -43,13 +43,26 @@ void click(QQuickItem* item) {
     clickAt(*item->window(), sceneRect(*item).center());
 }
 
-void touch(QQuickItem* item) {
+template <typename Target>
+static void touchAt(Target* target, const QQuickItem& item) {
     static QPointingDevice* screen = QTest::createTouchDevice();
-    QQuickWindow* window = item->window();
-    const QPoint at = sceneRect(*item).center().toPoint();
-    QTest::touchEvent(window, screen).press(0, at, window);
+    const QPoint at = sceneRect(item).center().toPoint();
+    QTest::touchEvent(target, screen).press(0, at, target);
     settle();
-    QTest::touchEvent(window, screen).release(0, at, window);
+    QTest::touchEvent(target, screen).release(0, at, target);
+    settle();
+}
+
+void touch(QQuickItem* item) {
+    touchAt<QWindow>(item->window(), *item);
+}
+
+void touchIn(QWidget& widget, const QQuickItem* item) {
+    touchAt(&widget, *item);
+}
+
+void clickIn(QWidget& widget, const QQuickItem* item) {
+    QTest::mouseClick(&widget, Qt::LeftButton, {}, sceneRect(*item).center().toPoint(), 1);
     settle();
 }
 
@@ -74,6 +87,15 @@ ShownScreen::ShownScreen(const QString& type, const QVariantMap& properties, con
     window_->requestActivate();
     if (!QTest::qWaitForWindowActive(window_.get()))
         qWarning("the window did not become active");
+    settle();
+}
+
+void ShownScreen::setSafeArea(const QMargins& margins) {
+    auto* safe = root_->property("safeAreaMargins").value<QObject*>();
+    safe->setProperty("left", margins.left());
+    safe->setProperty("top", margins.top());
+    safe->setProperty("right", margins.right());
+    safe->setProperty("bottom", margins.bottom());
     settle();
 }
 

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <QImage>
+#include <QMargins>
 #include <QPointF>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -12,6 +13,7 @@
 #include <QRectF>
 #include <QString>
 #include <QVariantMap>
+#include <QWidget>
 
 namespace kestrelid::test {
 
@@ -31,6 +33,8 @@ QRectF sceneRect(const QQuickItem& item);
 void click(QQuickItem* item);
 void clickAt(QWindow& window, const QPointF& at);
 void touch(QQuickItem* item);
+void clickIn(QWidget& widget, const QQuickItem* item);
+void touchIn(QWidget& widget, const QQuickItem* item);
 
 // One screen of the module that fills a window.
 class ShownScreen {
@@ -45,6 +49,7 @@ public:
     QQuickItem* item(const QString& objectName) { return findItem(root_.get(), objectName); }
     QRectF rect(const QString& objectName) { return sceneRect(*item(objectName)); }
 
+    void setSafeArea(const QMargins& margins);
     void release() { root_.reset(); }
 
     // What is on the screen, one pixel a point.

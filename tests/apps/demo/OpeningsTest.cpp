@@ -10,7 +10,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
-#include <ostream>
 #include <QColor>
 #include <QQuickWidget>
 #include <QTest>
@@ -22,7 +21,6 @@ namespace {
 constexpr int kOpenings = 50;
 constexpr int kWarmUp = 10;          // openings until caches are full
 constexpr long kGrowth = 32 * 1024;  // KiB that later openings may keep; one frame is 3600
-constexpr int kRelease = 1000;       // milliseconds until the camera is closed
 const QSize kSize{360, 640};
 
 // Whether memory is given back when it is freed: the address sanitizer keeps it for a while.
@@ -50,115 +48,94 @@ struct Opened {
     QQuickItem* root;
 };
 
-template <typename... Arguments>
-struct Row {
-    std::string name;
-    std::function<Opened(const Arguments&...)> open;
-
-    friend void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
-};
-
-constexpr auto kRowName = [](const auto& row) { return row.param.name; };
-
-template <typename Controller>
-Opened shown(std::shared_ptr<Controller> controller) {
+template <typename Controller, typename... Arguments>
+Opened openController(Arguments... arguments) {
+    const auto controller = std::make_shared<Controller>(std::move(arguments)...);
     controller->resize(kSize);
     controller->show();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(controller.get()));
     return {controller, controller->template findChild<QQuickWidget*>()->rootObject()};
 }
 
-Opened shown(std::shared_ptr<ShownScreen> screen) {
+Opened openView(const char* type, const QVariantMap& properties, const ScannerCamera& camera = {}) {
+    const auto screen = std::make_shared<ShownScreen>(type, properties, kSize, camera);
     return {screen, screen->root()};
 }
 
-Opened openScanner(const ScannerCamera& camera) {
-    return shown(std::make_shared<ShownScreen>(
-        "DocumentScannerView", QVariantMap{{"completion", QVariant()}}, kSize, camera));
-}
+// What this process holds; later openings may add nothing to it.
+struct Held {
+    int threads = threadCount();
+    int descriptors = descriptorCount();
+    long memory = residentKilobytes();
 
-Opened openScannerController(const ScannerCamera& camera) {
-    return shown(std::make_shared<DocumentScannerVC>([](const std::optional<Image>&) {}, camera));
-}
+    void expectNoMore() const {
+        EXPECT_TRUE(waitFor([&] { return threadCount() <= threads; }))
+            << threadCount() << " > " << threads;
+        EXPECT_LE(descriptorCount(), descriptors);
+        EXPECT_TRUE(!kMeasuresMemory || residentKilobytes() - memory < kGrowth)
+            << residentKilobytes() - memory << " KiB";
+    }
+};
 
-class ScannerOpenings : public testing::TestWithParam<Row<ScannerCamera>> {};
+// isController: the widget, or the QML type.
+class Openings : public testing::TestWithParam<bool> {
+protected:
+    static void repeat(const std::function<Opened()>& open, const std::function<bool()>& isGone) {
+        Held held;
+        for (int opening = 1; opening <= kOpenings; ++opening) {
+            open().screen.reset();
+            ASSERT_TRUE(waitFor(isGone)) << opening;
+            if (opening == kWarmUp)
+                held = {};
+        }
+        held.expectNoMore();
+    }
+};
 
-TEST_P(ScannerOpenings, keepNothingAndLetTheCameraGo) {
+TEST_P(Openings, OfTheScannerKeepNothingAndLetTheCameraGo) {
     const TestCamera hardware;
     const ScannerCamera camera = scannerCamera();
-    int threads = 0;
-    int descriptors = 0;
-    long memory = 0;
-    for (int opening = 1; opening <= kOpenings; ++opening) {
-        Opened opened = GetParam().open(camera);
+    const auto open = [&] {
+        const PhotoCompletion completion = [](const std::optional<Image>&) {};
+        const Opened opened =
+            GetParam() ? openController<DocumentScannerVC>(completion, camera)
+                       : openView("DocumentScannerView", {{"completion", QVariant()}}, camera);
         // Before it is ready, the block that will publish so holds the camera for up to a second.
         const QQuickItem* disc = findItem(opened.root, "disc");
-        ASSERT_TRUE(waitFor([&] { return disc->property("color").value<QColor>() == Qt::white; }));
-        opened.screen.reset();
-        ASSERT_TRUE(QTest::qWaitFor([&] { return !hardware.isOpen(); }, kRelease)) << opening;
-        if (opening == kWarmUp) {
-            threads = threadCount();
-            descriptors = descriptorCount();
-            memory = residentKilobytes();
-        }
-    }
-    EXPECT_TRUE(waitFor([&] { return threadCount() <= threads; }))
-        << threadCount() << " > " << threads;
-    EXPECT_LE(descriptorCount(), descriptors);
-    EXPECT_TRUE(!kMeasuresMemory || residentKilobytes() - memory < kGrowth)
-        << residentKilobytes() - memory << " KiB";
+        EXPECT_TRUE(waitFor([&] { return disc->property("color").value<QColor>() == Qt::white; }));
+        return opened;
+    };
+    repeat(open, [&] { return !hardware.isOpen(); });
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ScannerOpenings,
-                         testing::Values(Row<ScannerCamera>{"view", openScanner},
-                                         Row<ScannerCamera>{"controller", openScannerController}),
-                         kRowName);
-
-Opened openPreview(const Image& photo) {
-    return shown(std::make_shared<ShownScreen>("ImagePreviewView",
-                                               QVariantMap{{"title", "Front page"},
-                                                           {"image", QVariant::fromValue(photo)},
-                                                           {"didTapRetake", QVariant()},
-                                                           {"didTapConfirm", QVariant()}},
-                                               kSize));
-}
-
-Opened openPreviewController(const Image& photo) {
-    return shown(std::make_shared<ImagePreviewViewController>(
-        "Front page", photo, [] {}, [] {}));
-}
-
-class PreviewOpenings : public testing::TestWithParam<Row<Image>> {};
-
-TEST_P(PreviewOpenings, keepNothing) {
+TEST_P(Openings, OfThePreviewKeepNothing) {
     constexpr int kWidth = 1600;
     constexpr int kHeight = 1200;
     constexpr std::size_t kBytes = std::size_t{3} * kWidth * kHeight;
-    int descriptors = 0;
-    long memory = 0;
-    for (int opening = 1; opening <= kOpenings; ++opening) {
+    std::weak_ptr<std::byte[]> kept;
+    const auto open = [&] {
         auto pixels = std::make_shared<std::byte[]>(kBytes);
-        const std::weak_ptr<std::byte[]> photo = pixels;
-        Opened opened = GetParam().open(Image(*Bitmap::wrap(
-            kWidth, kHeight, 3 * kWidth, PixelFormat::rgb8, std::move(pixels), kBytes)));
+        kept = pixels;
+        const Image photo(*Bitmap::wrap(kWidth, kHeight, 3 * kWidth, PixelFormat::rgb8,
+                                        std::move(pixels), kBytes));
+        const Opened opened =
+            GetParam() ? openController<ImagePreviewViewController>(
+                             QString("Front page"), std::optional(photo), ScreenAction([] {}),
+                             ScreenAction([] {}))
+                       : openView("ImagePreviewView", {{"title", "Front page"},
+                                                       {"image", QVariant::fromValue(photo)},
+                                                       {"didTapRetake", QVariant()},
+                                                       {"didTapConfirm", QVariant()}});
         const QQuickItem* shown = findItem(opened.root, "photo");
-        ASSERT_TRUE(waitFor([&] { return shown->property("isComplete").toBool(); }));
-        opened.screen.reset();
-        ASSERT_TRUE(waitFor([&] { return photo.expired(); })) << opening;
-        if (opening == kWarmUp) {
-            descriptors = descriptorCount();
-            memory = residentKilobytes();
-        }
-    }
-    EXPECT_LE(descriptorCount(), descriptors);
-    EXPECT_TRUE(!kMeasuresMemory || residentKilobytes() - memory < kGrowth)
-        << residentKilobytes() - memory << " KiB";
+        EXPECT_TRUE(waitFor([&] { return shown->property("isComplete").toBool(); }));
+        return opened;
+    };
+    repeat(open, [&] { return kept.expired(); });
 }
 
-INSTANTIATE_TEST_SUITE_P(All, PreviewOpenings,
-                         testing::Values(Row<Image>{"view", openPreview},
-                                         Row<Image>{"controller", openPreviewController}),
-                         kRowName);
+INSTANTIATE_TEST_SUITE_P(Each, Openings, testing::Bool(), [](const auto& row) {
+    return std::string(row.param ? "controller" : "view");
+});
 
 }  // namespace
 }  // namespace kestrelid::test
