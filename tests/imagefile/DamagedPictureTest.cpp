@@ -19,16 +19,15 @@ std::vector<Intact> intactFiles() {
     return {
         {"JPEG", encodeTestJpeg(blocks, {.orientation = 3})},
         {"JPEG, progressive", encodeTestJpeg(blocks, {.progressive = true})},
-        {"PNG", encodeTestPng(
-                    blocks, {.color = PngCase::Color::palette, .opacity = 128, .orientation = 3})},
+        {"PNG", encodeTestPng(blocks, {.color = Color::palette, .opacity = 128, .orientation = 3})},
         {"PNG, interlaced", encodeTestPng(blocks, {.bitDepth = 16, .interlaced = true})},
         {"WebP", encodeTestWebP(blocks, {.opacity = 128, .orientation = 3})},
         {"WebP, lossless", encodeTestWebP(blocks, {.lossless = true})},
         {"WebP, animated", encodeTestWebP(blocks, {.animated = true})},
         {"TIFF", encodeTestTiff(blocks, {.compression = COMPRESSION_LZW, .orientation = 3})},
-        {"TIFF, tiles", encodeTestTiff(blocks, {.color = TiffCase::Color::rgba, .tiled = true})},
-        {"TIFF, JPEG", encodeTestTiff(blocks, {.color = TiffCase::Color::ycbcr,
-                                               .compression = COMPRESSION_JPEG})},
+        {"TIFF, tiles", encodeTestTiff(blocks, {.color = Color::rgba, .tiled = true})},
+        {"TIFF, JPEG",
+         encodeTestTiff(blocks, {.color = Color::ycbcr, .compression = COMPRESSION_JPEG})},
         {"HEIC", committedHeic()},
     };
 }
