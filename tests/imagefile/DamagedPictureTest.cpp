@@ -56,7 +56,7 @@ public:
     }
 };
 
-TEST(DamagedPicture, CutAnywhereIsAnError) {
+TEST(DamagedPicture, CutAnywhereIsAnErrorAndInTheMiddleCalledTruncated) {
     for (const Intact& intact : intactFiles()) {
         SCOPED_TRACE(intact.name);
         const Silence silence;
@@ -64,19 +64,13 @@ TEST(DamagedPicture, CutAnywhereIsAnError) {
             // A copy of just this size, so that the address sanitizer sees a read beyond it.
             const Bytes cut(intact.file.begin(),
                             intact.file.begin() + static_cast<std::ptrdiff_t>(size));
-            EXPECT_NE(causeOf(decodeImage(cut)), "")
-                << size << " of " << intact.file.size() << " bytes";
+            const std::string cause = causeOf(decodeImage(cut));
+            EXPECT_NE(cause, "") << size << " of " << intact.file.size() << " bytes";
+            if (size == intact.file.size() * 3 / 4) {
+                EXPECT_THAT(cause,
+                            testing::MatchesRegex("truncated (JPEG|PNG|WebP|TIFF|HEIC): .+"));
+            }
         }
-    }
-}
-
-TEST(DamagedPicture, CutInTheMiddleIsCalledTruncated) {
-    for (const Intact& intact : intactFiles()) {
-        const Bytes cut(intact.file.begin(), intact.file.begin() + static_cast<std::ptrdiff_t>(
-                                                                       intact.file.size() * 3 / 4));
-        EXPECT_THAT(causeOf(decodeImage(cut)),
-                    testing::MatchesRegex("truncated (JPEG|PNG|WebP|TIFF|HEIC): .+"))
-            << intact.name;
     }
 }
 

@@ -44,14 +44,10 @@ std::vector<int> samplesOf(const Rgb& color, Color kind, int opacity) {
 Bytes samplesOf(const Bitmap& rgb, Color kind, int opacity = 255, int bits = 8) {
     Bytes samples;
     for (int y = 0; y < rgb.height(); ++y)
-        for (int x = 0; x < rgb.width(); ++x) {
-            const std::byte* pixel = rgb.row(y) + x * 3;
-            const Rgb color = {std::to_integer<int>(pixel[0]), std::to_integer<int>(pixel[1]),
-                               std::to_integer<int>(pixel[2])};
-            for (const int value : samplesOf(color, kind, opacity))
+        for (int x = 0; x < rgb.width(); ++x)
+            for (const int value : samplesOf(colorAt(rgb, x, y), kind, opacity))
                 samples.insert(samples.end(), static_cast<std::size_t>(bits / 8),
                                static_cast<std::byte>(value));
-        }
     return samples;
 }
 

@@ -23,9 +23,6 @@ struct Sign {
     std::u32string_view upper{};       // empty where it is itself
 };
 
-constexpr Sign kLetter{.isKept = true};
-constexpr Sign kAccent{.kind = Kind::extend, .isKept = true, .isAccent = true, .order = 230};
-
 Sign composedOf(std::u32string_view parts) {
     return {.isKept = true, .decomposed = parts};
 }
@@ -38,7 +35,6 @@ Sign small(std::u32string_view capitals) {
 const Sign* signOf(char32_t scalar) {
     static const std::map<char32_t, Sign> signs = [] {
         std::map<char32_t, Sign> all{
-            {U'\u0085', {.kind = Kind::control}},
             {U'\u00A0', {}},
             {U'\u00C9', composedOf(U"E\u0301")},
             {U'\u00DF', small(U"SS")},
@@ -46,38 +42,31 @@ const Sign* signOf(char32_t scalar) {
             {U'\u0130', composedOf(U"I\u0307")},
             {U'\u0131', small(U"I")},
             {U'\u0149', small(U"\u02BCN")},
-            {U'\u02BC', kLetter},
-            {U'\u0301', kAccent},
-            {U'\u0307', kAccent},
-            {U'\u0308', kAccent},
-            {U'\u0391', kLetter},
-            {U'\u03A9', kLetter},
             {U'\u03AC', composedOf(U"\u03B1\u0301")},
             {U'\u03B1', small(U"\u0391")},
-            {U'\u0406', kLetter},
-            {U'\u0416', kLetter},
             {U'\u0456', small(U"\u0406")},
             {U'\u0457', composedOf(U"\u0456\u0308")},
-            {U'\u0628', kLetter},
             {U'\u064B', {.kind = Kind::extend, .isKept = true, .isAccent = true, .order = 27}},
             {U'\u0982', {.kind = Kind::spacing, .isKept = true}},
             {U'\u09BE', {.kind = Kind::extend, .isKept = true}},
             {U'\u09CD', {.kind = Kind::extend, .isKept = true, .order = 9}},
             {U'\u0D4E', {.kind = Kind::prefix, .isKept = true}},
             {U'\u200D', {.kind = Kind::joiner}},
-            {U'\u2028', {.kind = Kind::control}},
-            {U'\u2029', {.kind = Kind::control}},
-            {U'\uD55C', kLetter},
             {U'\uFB01', small(U"FI")},
-            {U'\uFF11', kLetter},
             {U'\uFFFD', {}}};
-        for (const char32_t letter :
-             std::u32string_view(U"\u0995\u0996\u099C\u09A2\u09A8\u09AF\u09B7\u09B8"))
-            all.emplace(letter, kLetter);
-        for (const char32_t person : std::u32string_view(U"\U0001F467\U0001F468\U0001F469"))
-            all.emplace(person, Sign{.kind = Kind::pictograph});
-        for (const char32_t flagLetter : std::u32string_view(U"\U0001F1E7\U0001F1E9"))
-            all.emplace(flagLetter, Sign{.kind = Kind::flag});
+        const std::pair<std::u32string_view, Sign> groups[] = {
+            {U"\u02BC\u0391\u03A9\u0406\u0416\u0628\u0995\u0996\u099C\u09A2\u09A8\u09AF\u09B7\u09B8"
+             U"\uD55C"
+             U"\uFF11",
+             {.isKept = true}},
+            {U"\u0301\u0307\u0308",
+             {.kind = Kind::extend, .isKept = true, .isAccent = true, .order = 230}},
+            {U"\u0085\u2028\u2029", {.kind = Kind::control}},
+            {U"\U0001F467\U0001F468\U0001F469", {.kind = Kind::pictograph}},
+            {U"\U0001F1E7\U0001F1E9", {.kind = Kind::flag}}};
+        for (const auto& [members, sign] : groups)
+            for (const char32_t member : members)
+                all[member] = sign;
         for (char32_t ascii = 0; ascii < 0x80; ++ascii)
             all[ascii] = {.kind = ascii < 0x20 || ascii == 0x7F ? Kind::control : Kind::other,
                           .isKept = (ascii >= '0' && ascii <= '9') ||

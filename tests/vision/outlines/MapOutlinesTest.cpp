@@ -64,6 +64,12 @@ double greatestDistance(const Quad& a, const Quad& b) {
     return least;
 }
 
+bool isAmong(const std::vector<MapOutline>& found, const Quad& quad, double tolerance) {
+    return std::ranges::any_of(found, [&](const MapOutline& outline) {
+        return greatestDistance(outline.quad, quad) < tolerance;
+    });
+}
+
 struct Case {
     const char* name;
     std::vector<Quad> documents;
@@ -113,9 +119,7 @@ TEST(MapOutlinesTest, aPageWhosePaleHalfTheMapDoubtsIsAlsoFoundByItsCore) {
     const Quad page{{{0.2f, 0.2f}, {0.8f, 0.2f}, {0.8f, 0.8f}, {0.2f, 0.8f}}};
     OutlineMaps maps = mapsOf({page});
     maps.page(cv::Rect(25, 0, 23, kCells)) *= 0.2f;
-    EXPECT_TRUE(std::ranges::any_of(outlinesOf(maps), [&](const MapOutline& outline) {
-        return greatestDistance(outline.quad, page) < 0.025;
-    }));
+    EXPECT_TRUE(isAmong(outlinesOf(maps), page, 0.025));
 }
 
 TEST(MapOutlinesTest, aBridgeThatTheMapHalfBelievesDoesNotJoinTwoPages) {
@@ -125,9 +129,7 @@ TEST(MapOutlinesTest, aBridgeThatTheMapHalfBelievesDoesNotJoinTwoPages) {
     maps.core.setTo(0.02f);
     maps.page(cv::Rect(19, 15, 10, 10)).setTo(0.6f);
     for (const Quad& page : {left, right})
-        EXPECT_TRUE(std::ranges::any_of(outlinesOf(maps), [&](const MapOutline& outline) {
-            return greatestDistance(outline.quad, page) < 0.02;
-        }));
+        EXPECT_TRUE(isAmong(outlinesOf(maps), page, 0.02));
 }
 
 TEST(MapOutlinesTest, specksAndFaintRegionsGiveNothing) {
