@@ -111,6 +111,8 @@ TEST(FuzzyDistance, CountsAPhraseAsItStands) {
 TEST(EditDistance, ComparesCharactersByCanonicalEquivalence) {
     EXPECT_EQ(editDistance("", ""), 0);
     EXPECT_EQ(editDistance("", "ab"), 2);
+    EXPECT_EQ(editDistance("", "\U0001F469\u0301\u200D\U0001F467"), 1);  // a mark before the joiner
+    EXPECT_EQ(editDistance("", "\U0001F469x\u200D\U0001F467"), 3);
     EXPECT_EQ(editDistance("ab", ""), 2);
     EXPECT_EQ(editDistance("kitten", "sitting"), 3);
     EXPECT_EQ(editDistance("caf\u00E9", "cafe\u0301"), 0);
