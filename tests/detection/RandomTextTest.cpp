@@ -11,22 +11,15 @@
 namespace kestrelid::detection {
 namespace {
 
-std::vector<std::pair<std::string, std::int64_t>> plain(const std::vector<KeywordMatch>& matches) {
-    std::vector<std::pair<std::string, std::int64_t>> result;
-    for (const KeywordMatch& match : matches)
-        result.emplace_back(match.keyword, match.distance);
-    return result;
-}
-
 TEST(RandomText, NormalizesAndMatchesAsThePlainRules) {
     std::mt19937 engine(20240611);
-    const std::vector<std::string> keywords(passportKeywords().begin(), passportKeywords().end());
     for (int round = 0; round < 400; ++round) {
         const std::string raw = test::randomText(engine, 12);
+        ASSERT_TRUE(reference::knows(raw)) << raw;
         const std::string cleaned = normalize(raw);
         ASSERT_EQ(cleaned, reference::normalize(raw)) << "round " << round;
-        ASSERT_EQ(plain(matchKeywords(passportKeywords(), cleaned)),
-                  reference::matchKeywords(keywords, cleaned))
+        ASSERT_EQ(matchKeywords(passportKeywords(), cleaned),
+                  reference::matchKeywords(passportKeywords(), cleaned))
             << "round " << round << ": " << cleaned;
     }
 }
@@ -50,8 +43,7 @@ TEST(RandomText, FindsZoneLinesAsThePlainRules) {
     for (int round = 0; round < 3000; ++round) {
         const std::string text = test::randomZoneText(engine);
         const MrzLikeLines answer = detectMRZLikeLines(text);
-        ASSERT_EQ(std::pair(answer.found, answer.reason), reference::mrzLikeLines(text))
-            << "round " << round;
+        ASSERT_EQ(answer, reference::mrzLikeLines(text)) << "round " << round;
         found += answer.found;
     }
     EXPECT_GT(found, 300);  // the texts reach both answers

@@ -11,6 +11,12 @@ int lumaOf(const Rgb& color) {
     return static_cast<int>(std::lround(0.299 * color[0] + 0.587 * color[1] + 0.114 * color[2]));
 }
 
+Rgb colorAt(const Bitmap& rgb, int x, int y) {
+    const std::byte* pixel = rgb.row(y) + x * 3;
+    return {std::to_integer<int>(pixel[0]), std::to_integer<int>(pixel[1]),
+            std::to_integer<int>(pixel[2])};
+}
+
 Bitmap blockPicture(int block) {
     const int width = block * kColumns;
     const int height = block * kRows;

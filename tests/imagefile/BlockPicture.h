@@ -25,6 +25,9 @@ inline constexpr std::array<Rgb, kColumns* kRows> kBlockColors = {
 [[nodiscard]] std::string differenceFromBlocks(const Bitmap& bitmap, int tolerance,
                                                int opacity = 255);
 
+// Of RGB8.
+[[nodiscard]] Rgb colorAt(const Bitmap& rgb, int x, int y);
+
 // ITU-R BT.601
 [[nodiscard]] int lumaOf(const Rgb& color);
 

@@ -19,16 +19,15 @@ std::vector<Intact> intactFiles() {
     return {
         {"JPEG", encodeTestJpeg(blocks, {.orientation = 3})},
         {"JPEG, progressive", encodeTestJpeg(blocks, {.progressive = true})},
-        {"PNG", encodeTestPng(
-                    blocks, {.color = PngCase::Color::palette, .opacity = 128, .orientation = 3})},
+        {"PNG", encodeTestPng(blocks, {.color = Color::palette, .opacity = 128, .orientation = 3})},
         {"PNG, interlaced", encodeTestPng(blocks, {.bitDepth = 16, .interlaced = true})},
         {"WebP", encodeTestWebP(blocks, {.opacity = 128, .orientation = 3})},
         {"WebP, lossless", encodeTestWebP(blocks, {.lossless = true})},
         {"WebP, animated", encodeTestWebP(blocks, {.animated = true})},
         {"TIFF", encodeTestTiff(blocks, {.compression = COMPRESSION_LZW, .orientation = 3})},
-        {"TIFF, tiles", encodeTestTiff(blocks, {.color = TiffCase::Color::rgba, .tiled = true})},
-        {"TIFF, JPEG", encodeTestTiff(blocks, {.color = TiffCase::Color::ycbcr,
-                                               .compression = COMPRESSION_JPEG})},
+        {"TIFF, tiles", encodeTestTiff(blocks, {.color = Color::rgba, .tiled = true})},
+        {"TIFF, JPEG",
+         encodeTestTiff(blocks, {.color = Color::ycbcr, .compression = COMPRESSION_JPEG})},
         {"HEIC", committedHeic()},
     };
 }
@@ -57,7 +56,7 @@ public:
     }
 };
 
-TEST(DamagedPicture, CutAnywhereIsAnError) {
+TEST(DamagedPicture, CutAnywhereIsAnErrorAndInTheMiddleCalledTruncated) {
     for (const Intact& intact : intactFiles()) {
         SCOPED_TRACE(intact.name);
         const Silence silence;
@@ -65,19 +64,13 @@ TEST(DamagedPicture, CutAnywhereIsAnError) {
             // A copy of just this size, so that the address sanitizer sees a read beyond it.
             const Bytes cut(intact.file.begin(),
                             intact.file.begin() + static_cast<std::ptrdiff_t>(size));
-            EXPECT_NE(causeOf(decodeImage(cut)), "")
-                << size << " of " << intact.file.size() << " bytes";
+            const std::string cause = causeOf(decodeImage(cut));
+            EXPECT_NE(cause, "") << size << " of " << intact.file.size() << " bytes";
+            if (size == intact.file.size() * 3 / 4) {
+                EXPECT_THAT(cause,
+                            testing::MatchesRegex("truncated (JPEG|PNG|WebP|TIFF|HEIC): .+"));
+            }
         }
-    }
-}
-
-TEST(DamagedPicture, CutInTheMiddleIsCalledTruncated) {
-    for (const Intact& intact : intactFiles()) {
-        const Bytes cut(intact.file.begin(), intact.file.begin() + static_cast<std::ptrdiff_t>(
-                                                                       intact.file.size() * 3 / 4));
-        EXPECT_THAT(causeOf(decodeImage(cut)),
-                    testing::MatchesRegex("truncated (JPEG|PNG|WebP|TIFF|HEIC): .+"))
-            << intact.name;
     }
 }
 

@@ -50,21 +50,20 @@ TEST(DecoderMemory, IsAboutTwiceThePicture) {
     constexpr std::int64_t kPicture = std::int64_t{kSide} * kColumns * kSide * kRows * 3;
     const MemoryCase cases[] = {
         {"JPEG", encodeTestJpeg(large), 1},
-        {"JPEG, ink", encodeTestJpeg(large, {.color = JpegCase::Color::ink}), 1.4},
+        {"JPEG, ink", encodeTestJpeg(large, {.color = Color::ink}), 1.4},
         {"JPEG, progressive: coefficients of the whole picture",
          encodeTestJpeg(large, {.progressive = true}), 2},
         {"PNG, half transparent, 16 bits, interlaced",
-         encodeTestPng(
-             large,
-             {.color = PngCase::Color::rgba, .bitDepth = 16, .interlaced = true, .opacity = 128}),
+         encodeTestPng(large,
+                       {.color = Color::rgba, .bitDepth = 16, .interlaced = true, .opacity = 128}),
          1.4},
         {"PNG, 100 MB of compressed texts", encodeTestPng(large, {.textBombs = 100}), 1},
         {"WebP", encodeTestWebP(large), 1},
         {"WebP, lossless: four bytes a pixel beside the picture",
          encodeTestWebP(large, {.lossless = true}), 2.4},
         {"TIFF, 16 bits", encodeTestTiff(large, {.bits = 16, .compression = COMPRESSION_LZW}), 1},
-        {"TIFF, half transparent",
-         encodeTestTiff(large, {.color = TiffCase::Color::rgba, .opacity = 128}), 1.4},
+        {"TIFF, half transparent", encodeTestTiff(large, {.color = Color::rgba, .opacity = 128}),
+         1.4},
         {"PNG header of 100 megapixels", pngHeader(20000, 5001), 0},
     };
     for (const MemoryCase& c : cases) {

@@ -5,31 +5,30 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <vector>
 
-// Files as the codec libraries write them. All of them
-// fail the test that asks for what a library refuses.
+// Files as the codec libraries write them. All of them fail the test that asks for what a library
+// refuses.
 namespace kestrelid::imagefile {
 
 using Bytes = std::vector<std::byte>;
 
-// No EXIF block or TIFF tag at all where it is none;
-// the number is written as it stands, valid or not.
+// No EXIF block or TIFF tag at all where it is none; the number is written as it stands, valid or
+// not.
 using OrientationTag = std::optional<int>;
 
-// An EXIF block with its "Exif\0\0" lead.
-[[nodiscard]] Bytes encodeExif(int orientation);
+// Each codec has those that its format knows.
+enum class Color { rgb, rgba, gray, grayAlpha, whiteIsZero, palette, ink, ycbcr };
 
 struct JpegCase {
-    enum class Color { rgb, gray, ink } color = Color::rgb;
+    Color color = Color::rgb;
     bool progressive = false;
     OrientationTag orientation = std::nullopt;
 };
 [[nodiscard]] Bytes encodeTestJpeg(const Bitmap& rgb, const JpegCase& options = {});
 
 struct PngCase {
-    enum class Color { rgb, rgba, gray, grayAlpha, palette } color = Color::rgb;
+    Color color = Color::rgb;
     int bitDepth = 8;
     bool interlaced = false;
     int opacity = 255;  // 0..255, of every pixel; for palettes, by a tRNS chunk
@@ -45,13 +44,12 @@ struct WebPCase {
     bool lossless = false;
     int opacity = 255;
     OrientationTag orientation = std::nullopt;
-    bool animated =
-        false;  // one frame, to the right and below a margin of as many pixels as the picture has
+    bool animated = false;  // one frame on a canvas twice as wide and high, in its lower right
 };
 [[nodiscard]] Bytes encodeTestWebP(const Bitmap& rgb, const WebPCase& options = {});
 
 struct TiffCase {
-    enum class Color { rgb, rgba, gray, whiteIsZero, palette, ink, ycbcr } color = Color::rgb;
+    Color color = Color::rgb;
     int bits = 8;
     int compression = 1;  // TIFFTAG_COMPRESSION: none
     bool tiled = false;
@@ -62,7 +60,7 @@ struct TiffCase {
 };
 [[nodiscard]] Bytes encodeTestTiff(const Bitmap& rgb, const TiffCase& options = {});
 
-// blockPicture() in tests/image/data/, because few machines have an HEVC encoder.
+// blockPicture() in data/, because few machines have an HEVC encoder.
 [[nodiscard]] Bytes committedHeic(const char* name = "blocks.heic");
 
 }  // namespace kestrelid::imagefile

@@ -18,28 +18,22 @@ struct Reference {
     std::vector<std::uint32_t> to;
 };
 
-void append(Bytes& bytes, std::uint32_t number, std::size_t size) {
-    bytes.resize(bytes.size() + size);
-    writeNumber(bytes, bytes.size() - size, number, static_cast<int>(size), true);
-}
-
 void appendBox(Bytes& bytes, std::string_view type, const Bytes& contents) {
-    append(bytes, static_cast<std::uint32_t>(8 + contents.size()), 4);
-    const Bytes name = bytesOf(type);
-    bytes.insert(bytes.end(), name.begin(), name.end());
-    bytes.insert(bytes.end(), contents.begin(), contents.end());
+    appendNumber(bytes, static_cast<std::uint32_t>(8 + contents.size()), 4, true);
+    append(bytes, bytesOf(type));
+    append(bytes, contents);
 }
 
 // A file of that box alone, with item numbers of itemBytes.
-Bytes referenceBox(const std::vector<Reference>& references, std::size_t itemBytes = 2) {
+Bytes referenceBox(const std::vector<Reference>& references, int itemBytes = 2) {
     Bytes contents;
-    append(contents, itemBytes == 2 ? 0 : 0x01000000, 4);
+    appendNumber(contents, itemBytes == 2 ? 0 : 0x01000000, 4, true);
     for (const Reference& reference : references) {
         Bytes items;
-        append(items, reference.from, itemBytes);
-        append(items, static_cast<std::uint32_t>(reference.to.size()), 2);
+        appendNumber(items, reference.from, itemBytes, true);
+        appendNumber(items, static_cast<std::uint32_t>(reference.to.size()), 2, true);
         for (const std::uint32_t to : reference.to)
-            append(items, to, itemBytes);
+            appendNumber(items, to, itemBytes, true);
         appendBox(contents, reference.type, items);
     }
     Bytes meta(4);
@@ -92,7 +86,7 @@ TEST(HeifReferences, WithoutEndAreRefused) {
         {{"dimg", 1, std::vector<std::uint32_t>(65'535, 2)}},
     };
     for (const auto& references : cases) {
-        for (const std::size_t itemBytes : {2, 4}) {
+        for (const int itemBytes : {2, 4}) {
             const auto error = checkHeifReferences(referenceBox(references, itemBytes));
             ASSERT_TRUE(error) << references.size();
             EXPECT_EQ(error->cause,

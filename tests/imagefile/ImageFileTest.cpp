@@ -79,18 +79,15 @@ Bitmap withFormat(PixelFormat format) {
     const int stride = rgb.width() * pixel + 5;
     const std::size_t size = static_cast<std::size_t>(stride) * rgb.height();
     auto pixels = std::make_shared<std::byte[]>(size);  // the fourth byte, 0, is no transparency
-    for (int y = 0; y < rgb.height(); ++y) {
+    for (int y = 0; y < rgb.height(); ++y)
         for (int x = 0; x < rgb.width(); ++x) {
             const std::byte* from = rgb.row(y) + x * 3;
             std::byte* to = pixels.get() + y * stride + x * pixel;
-            const Rgb color = {std::to_integer<int>(from[0]), std::to_integer<int>(from[1]),
-                               std::to_integer<int>(from[2])};
             for (int channel = 0; channel < 3 && pixel > 1; ++channel)
                 to[channel] = from[pixel == 4 ? 2 - channel : channel];
             if (pixel == 1)
-                to[0] = static_cast<std::byte>(lumaOf(color));
+                to[0] = static_cast<std::byte>(lumaOf(colorAt(rgb, x, y)));
         }
-    }
     return Bitmap::wrap(rgb.width(), rgb.height(), stride, format, std::move(pixels), size).value();
 }
 

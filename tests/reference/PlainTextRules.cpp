@@ -2,104 +2,193 @@
 
 #include <algorithm>
 #include <limits>
-#include <memory>
-#include <stdexcept>
-#include <unicode/normlzr.h>
-#include <unicode/rbbi.h>
-#include <unicode/translit.h>
-#include <unicode/uniset.h>
-#include <unicode/unistr.h>
+#include <map>
 
 namespace kestrelid::reference {
 
 namespace {
 
-using icu::UnicodeString;
-
 constexpr std::int64_t kNone = std::numeric_limits<std::int64_t>::max();
 
-UnicodeString toIcu(std::string_view text) {
-    return UnicodeString::fromUTF8({text.data(), static_cast<int32_t>(text.size())});
+// What a character is to its neighbours within a cluster: extend and spacing hang on to the one
+// before, prefix on to the one behind.
+enum class Kind { other, control, extend, spacing, joiner, flag, pictograph, prefix };
+
+struct Sign {
+    Kind kind = Kind::other;
+    bool isKept = false;               // by normalize(): a letter, mark or number
+    bool isAccent = false;             // folded away before
+    int order = 0;                     // canonical combining class
+    std::u32string_view decomposed{};  // canonically; empty where it is itself
+    std::u32string_view upper{};       // empty where it is itself
+};
+
+Sign composedOf(std::u32string_view parts) {
+    return {.isKept = true, .decomposed = parts};
+}
+Sign small(std::u32string_view capitals) {
+    return {.isKept = true, .upper = capitals};
 }
 
-std::string toUtf8(const UnicodeString& text) {
-    std::string result;
-    return text.toUTF8String(result);
+// From the charts of Unicode 15. Of Hangul it has the syllable alone: units() makes it of its
+// letters.
+const Sign* signOf(char32_t scalar) {
+    static const std::map<char32_t, Sign> signs = [] {
+        std::map<char32_t, Sign> all{
+            {U'\u00A0', {}},
+            {U'\u00C9', composedOf(U"E\u0301")},
+            {U'\u00DF', small(U"SS")},
+            {U'\u00E9', composedOf(U"e\u0301")},
+            {U'\u0130', composedOf(U"I\u0307")},
+            {U'\u0131', small(U"I")},
+            {U'\u0149', small(U"\u02BCN")},
+            {U'\u03AC', composedOf(U"\u03B1\u0301")},
+            {U'\u03B1', small(U"\u0391")},
+            {U'\u0456', small(U"\u0406")},
+            {U'\u0457', composedOf(U"\u0456\u0308")},
+            {U'\u064B', {.kind = Kind::extend, .isKept = true, .isAccent = true, .order = 27}},
+            {U'\u0982', {.kind = Kind::spacing, .isKept = true}},
+            {U'\u09BE', {.kind = Kind::extend, .isKept = true}},
+            {U'\u09CD', {.kind = Kind::extend, .isKept = true, .order = 9}},
+            {U'\u0D4E', {.kind = Kind::prefix, .isKept = true}},
+            {U'\u200D', {.kind = Kind::joiner}},
+            {U'\uFB01', small(U"FI")},
+            {U'\uFFFD', {}}};
+        const std::pair<std::u32string_view, Sign> groups[] = {
+            {U"\u02BC\u0391\u03A9\u0406\u0416\u0628\u0995\u0996\u099C\u09A2\u09A8\u09AF\u09B7\u09B8"
+             U"\uD55C"
+             U"\uFF11",
+             {.isKept = true}},
+            {U"\u0301\u0307\u0308",
+             {.kind = Kind::extend, .isKept = true, .isAccent = true, .order = 230}},
+            {U"\u0085\u2028\u2029", {.kind = Kind::control}},
+            {U"\U0001F467\U0001F468\U0001F469", {.kind = Kind::pictograph}},
+            {U"\U0001F1E7\U0001F1E9", {.kind = Kind::flag}}};
+        for (const auto& [members, sign] : groups)
+            for (const char32_t member : members)
+                all[member] = sign;
+        for (char32_t ascii = 0; ascii < 0x80; ++ascii)
+            all[ascii] = {.kind = ascii < 0x20 || ascii == 0x7F ? Kind::control : Kind::other,
+                          .isKept = (ascii >= '0' && ascii <= '9') ||
+                                    (ascii >= 'A' && ascii <= 'Z') || ascii == '<' ||
+                                    ascii == '>' || ascii == '\''};
+        static constexpr std::u32string_view kCapitals = U"ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+        for (std::size_t index = 0; index < kCapitals.size(); ++index)
+            all[static_cast<char32_t>('a' + index)] = small(kCapitals.substr(index, 1));
+        return all;
+    }();
+    const auto found = signs.find(scalar);
+    return found == signs.end() ? nullptr : &found->second;
 }
 
-UnicodeString upper(const UnicodeString& text) {
-    return UnicodeString(text).toUpper(icu::Locale::getRoot());
-}
-
-UnicodeString folded(UnicodeString text) {
-    UErrorCode status = U_ZERO_ERROR;
-    static const std::unique_ptr<icu::Transliterator> fold(icu::Transliterator::createInstance(
-        "NFD; [[:Mn:]&[:Script=Inherited:]] Remove; NFC", UTRANS_FORWARD, status));
-    fold->transliterate(text);
+std::u32string replaced(std::u32string text, std::u32string_view part, std::u32string_view by) {
+    for (std::size_t at = text.find(part); at != std::u32string::npos; at = text.find(part, at))
+        text.replace(at, part.size(), by);
     return text;
 }
 
-icu::UnicodeSet setOf(const char* pattern) {
-    UErrorCode status = U_ZERO_ERROR;
-    icu::UnicodeSet set(UnicodeString::fromUTF8(pattern), status);
-    set.freeze();
-    return set;
-}
-
-// Extended grapheme clusters as a grammar. ICU's own has one rule more, which joins Indic
-// consonants around a virama.
-const icu::RuleBasedBreakIterator& clusterGrammar() {
-    static const UnicodeString rules = UnicodeString::fromUTF8(R"(
-        !!chain;
-        !!lookAheadHardBreak;
-        $Control = [\p{Grapheme_Cluster_Break=Control}\u000D\u000A];
-        $Mark = [\p{Grapheme_Cluster_Break=Extend}\p{Grapheme_Cluster_Break=SpacingMark}\u200D];
-        $Extend = [\p{Grapheme_Cluster_Break=Extend}];
-        $Prepend = [\p{Grapheme_Cluster_Break=Prepend}];
-        $Flag = [\p{Grapheme_Cluster_Break=Regional_Indicator}];
-        $Pict = [:ExtPict:];
-        $L = [\p{Grapheme_Cluster_Break=L}];
-        $V = [\p{Grapheme_Cluster_Break=V}];
-        $T = [\p{Grapheme_Cluster_Break=T}];
-        $LV = [\p{Grapheme_Cluster_Break=LV}];
-        $LVT = [\p{Grapheme_Cluster_Break=LVT}];
-        \u000D \u000A;
-        $L ($L | $V | $LV | $LVT);
-        ($LV | $V) ($V | $T);
-        ($LVT | $T) $T;
-        [^$Control] $Mark;
-        $Prepend [^$Control];
-        $Pict $Extend* \u200D $Pict;
-        ^$Prepend* $Flag $Flag / $Flag;
-        ^$Prepend* $Flag $Flag;
-        .;)");
-    UErrorCode status = U_ZERO_ERROR;
-    UParseError where;
-    static const icu::RuleBasedBreakIterator grammar(rules, where, status);
-    if (U_FAILURE(status))
-        throw std::logic_error(u_errorName(status) + std::string(" in line ") +
-                               std::to_string(where.line));
-    return grammar;
-}
-
-// The characters of text, each fully decomposed, so that canonically equivalent ones are equal.
-std::vector<UnicodeString> clusters(const UnicodeString& text) {
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::BreakIterator> breaks(clusterGrammar().clone());
-    breaks->setText(text);
-    std::vector<UnicodeString> result;
-    for (int32_t start = breaks->first(), end = breaks->next(); end != icu::BreakIterator::DONE;
-         start = end, end = breaks->next()) {
-        result.emplace_back();
-        icu::Normalizer::decompose(text.tempSubStringBetween(start, end), false, 0, result.back(),
-                                   status);
+// The scalars of UTF-8, whose lead bytes say how many follow.
+std::u32string scalars(std::string_view text) {
+    std::u32string result;
+    for (const char each : text) {
+        const auto byte = static_cast<unsigned char>(each);
+        if (byte >= 0xC0)
+            result += byte & (byte >= 0xF0 ? 0x07 : byte >= 0xE0 ? 0x0F : 0x1F);
+        else if (byte >= 0x80 && !result.empty())
+            result.back() = result.back() << 6 | (byte & 0x3F);
+        else
+            result += byte;
     }
     return result;
 }
 
-std::int64_t distance(const UnicodeString& a, const UnicodeString& b) {
-    const std::vector<UnicodeString> rows = clusters(a);
-    const std::vector<UnicodeString> columns = clusters(b);
+std::u32string units(std::string_view text) {
+    return replaced(scalars(text), U"\u1112\u1161\u11AB", U"\uD55C");
+}
+
+std::string utf8(const std::u32string& text) {
+    std::string result;
+    for (const char32_t scalar : text) {
+        const int more = scalar < 0x80 ? 0 : scalar < 0x800 ? 1 : scalar < 0x10000 ? 2 : 3;
+        constexpr int kLead[] = {0, 0xC0, 0xE0, 0xF0};
+        result += static_cast<char>(kLead[more] | static_cast<int>(scalar >> 6 * more));
+        for (int rest = more - 1; rest >= 0; --rest)
+            result += static_cast<char>(0x80 | (scalar >> 6 * rest & 0x3F));
+    }
+    return result;
+}
+
+std::u32string mapped(const std::u32string& text, std::u32string_view Sign::*to) {
+    std::u32string result;
+    for (const char32_t scalar : text) {
+        const std::u32string_view other = signOf(scalar)->*to;
+        result += other.empty() ? std::u32string_view(&scalar, 1) : other;
+    }
+    return result;
+}
+
+// Canonically decomposed, so that canonically equivalent texts are equal.
+std::u32string decomposed(std::string_view text) {
+    std::u32string result = mapped(units(text), &Sign::decomposed);
+    for (auto from = result.begin(); from != result.end();) {
+        const auto to = std::find_if(from, result.end(),
+                                     [](char32_t scalar) { return signOf(scalar)->order == 0; });
+        std::stable_sort(
+            from, to, [](char32_t a, char32_t b) { return signOf(a)->order < signOf(b)->order; });
+        from = to == result.end() ? to : to + 1;
+    }
+    return result;
+}
+
+std::u32string upper(std::string_view text) {
+    return mapped(decomposed(text), &Sign::upper);
+}
+
+std::u32string folded(std::u32string text) {
+    std::erase_if(text, [](char32_t scalar) { return signOf(scalar)->isAccent; });
+    return text;
+}
+
+// Extended grapheme clusters by their grammar: CR LF | control | prefix* core (extend | spacing |
+// joiner)*, where a core is two flag letters, a pictograph (extend* joiner pictograph)*, or any one
+// else.
+std::vector<std::u32string_view> clusters(std::u32string_view text) {
+    std::vector<std::u32string_view> result;
+    while (!text.empty()) {
+        std::size_t at = 0;
+        const auto is = [&](Kind kind, std::size_t place) {
+            return place < text.size() && signOf(text[place])->kind == kind;
+        };
+        if (text.starts_with(U"\r\n")) {
+            at = 2;
+        } else if (is(Kind::control, 0)) {
+            at = 1;
+        } else {
+            while (is(Kind::prefix, at))
+                ++at;
+            if (is(Kind::flag, at) && is(Kind::flag, at + 1))
+                ++at;
+            for (bool grows = is(Kind::pictograph, at); grows;) {
+                std::size_t next = at + 1;
+                while (is(Kind::extend, next))
+                    ++next;
+                grows = is(Kind::joiner, next) && is(Kind::pictograph, next + 1);
+                at = grows ? next + 1 : at;
+            }
+            if (at < text.size() && !is(Kind::control, at))
+                ++at;
+            while (is(Kind::extend, at) || is(Kind::spacing, at) || is(Kind::joiner, at))
+                ++at;
+        }
+        result.push_back(text.substr(0, at));
+        text.remove_prefix(at);
+    }
+    return result;
+}
+
+std::int64_t distance(std::u32string_view a, std::u32string_view b) {
+    const auto rows = clusters(a);
+    const auto columns = clusters(b);
     std::vector<std::vector<std::int64_t>> table(rows.size() + 1,
                                                  std::vector<std::int64_t>(columns.size() + 1));
     for (std::size_t row = 0; row <= rows.size(); ++row)
@@ -115,94 +204,83 @@ std::int64_t distance(const UnicodeString& a, const UnicodeString& b) {
     return table[rows.size()][columns.size()];
 }
 
-std::vector<UnicodeString> split(const UnicodeString& text, const icu::UnicodeSet& separators) {
-    std::vector<UnicodeString> parts(1);
-    for (int32_t index = 0; index < text.length(); index = text.moveIndex32(index, 1)) {
-        const UChar32 scalar = text.char32At(index);
-        if (separators.contains(scalar))
+std::vector<std::u32string> split(const std::u32string& text, std::u32string_view separators) {
+    std::vector<std::u32string> parts(1);
+    for (const char32_t scalar : text) {
+        if (separators.find(scalar) != std::u32string_view::npos)
             parts.emplace_back();
         else
-            parts.back().append(scalar);
+            parts.back() += scalar;
     }
     return parts;
 }
 
 }  // namespace
 
+bool knows(std::string_view text) {
+    const std::u32string all = units(text);
+    return utf8(scalars(text)) == text && std::all_of(all.begin(), all.end(), signOf);
+}
+
 std::string normalize(std::string_view raw) {
-    const UnicodeString text = folded(upper(toIcu(raw)));
-    static const icu::UnicodeSet wanted = setOf("[[:L:][:M:][:N:]\\ <>'\\u000A]");
-    UnicodeString kept;
-    for (int32_t index = 0; index < text.length(); index = text.moveIndex32(index, 1)) {
-        const UChar32 scalar = text.char32At(index);
-        if (wanted.contains(scalar))
-            kept.append(scalar);
-    }
-    kept.findAndReplace("\n", " ");
-    while (kept.indexOf("  ") >= 0)
-        kept.findAndReplace("  ", " ");
-    return toUtf8(kept.trim());
+    std::u32string text = replaced(folded(upper(raw)), U"\n", U" ");
+    std::erase_if(text, [](char32_t scalar) { return scalar != ' ' && !signOf(scalar)->isKept; });
+    text = replaced(U" " + text + U" ", U"  ", U" ");
+    return text == U" " ? "" : utf8(text.substr(1, text.size() - 2));
 }
 
 std::int64_t editDistance(std::string_view a, std::string_view b) {
-    return distance(toIcu(a), toIcu(b));
+    return distance(decomposed(a), decomposed(b));
 }
 
 std::int64_t fuzzyDistance(std::string_view keyword, std::string_view text) {
-    const UnicodeString wanted = folded(upper(toIcu(keyword)));
-    const UnicodeString searched = upper(toIcu(text));
-    if (wanted.isEmpty() || searched.isEmpty())
+    const std::u32string wanted = folded(upper(keyword));
+    if (wanted.empty() || text.empty())
         return kNone;
-    static const icu::UnicodeSet space = setOf("[\\ ]");
     const std::size_t limit = clusters(wanted).size() + 8;
-    const std::vector<UnicodeString> words = split(searched, space);
+    const std::vector<std::u32string> words = split(upper(text), U" ");
     std::int64_t best = kNone;
     for (std::size_t first = 0; first < words.size(); ++first) {
-        UnicodeString phrase = words[first];
-        std::size_t last = first;
-        while (clusters(phrase).size() <= limit) {
+        std::u32string phrase = words[first];
+        for (std::size_t last = first; clusters(phrase).size() <= limit;) {
             best = std::min(best, distance(wanted, phrase));
             if (++last == words.size())
                 break;
-            phrase = phrase + " " + words[last];
+            phrase += U" " + words[last];
         }
     }
     return best;
 }
 
-std::vector<std::pair<std::string, std::int64_t>>
-matchKeywords(const std::vector<std::string>& keywords, std::string_view cleaned) {
-    std::vector<std::pair<std::string, std::int64_t>> matches;
-    for (const std::string& keyword : keywords) {
+std::vector<KeywordMatch> matchKeywords(std::span<const std::string_view> keywords,
+                                        std::string_view cleaned) {
+    std::vector<KeywordMatch> matches;
+    for (const std::string_view keyword : keywords) {
         const std::int64_t found = fuzzyDistance(keyword, cleaned);
-        const auto allowed =
-            static_cast<std::int64_t>(static_cast<double>(clusters(toIcu(keyword)).size()) * 0.18);
-        if (allowed <= 1 ? found <= 4 : found < 5 || found <= allowed)
-            matches.emplace_back(keyword, found);
+        // 18 of 100 characters, and 4 in any case.
+        if (found <= 4 ||
+            (found != kNone &&
+             found * 100 <= static_cast<std::int64_t>(clusters(decomposed(keyword)).size()) * 18))
+            matches.push_back({keyword, found});
     }
     return matches;
 }
 
-std::pair<bool, std::string> mrzLikeLines(std::string_view text) {
-    static const icu::UnicodeSet breaks = setOf("[\\u000A-\\u000D\\u0085\\u2028\\u2029]");
-    std::vector<UnicodeString> lines;
-    for (UnicodeString line : split(toIcu(text), breaks)) {
-        line.findAndReplace(" ", "");
-        if (!line.isEmpty())
-            lines.push_back(line);
-    }
+MrzLikeLines mrzLikeLines(std::string_view text) {
+    std::vector<std::u32string> lines = split(units(text), U"\n\v\f\r\u0085\u2028\u2029");
+    for (std::u32string& line : lines)
+        std::erase(line, U' ');
+    std::erase(lines, U"");
     if (lines.size() < 2)
         return {false, "Less than 2 lines OCRed."};
-    const auto isClean = [](const UnicodeString& line) {
-        const UnicodeString capitals = upper(line);
-        for (int32_t index = 0; index < capitals.length(); ++index)
-            if (UnicodeString("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789<").indexOf(capitals[index]) < 0)
-                return false;
-        return true;
+    const auto isClean = [](const std::u32string& line) {
+        return mapped(line, &Sign::upper)
+                   .find_first_not_of(U"ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789<") ==
+               std::u32string::npos;
     };
     for (std::size_t index = 1; index < lines.size(); ++index) {
-        const UnicodeString& a = lines[index - 1];
-        const UnicodeString& b = lines[index];
+        const std::u32string& a = lines[index - 1];
+        const std::u32string& b = lines[index];
         const std::size_t lengthOfA = clusters(a).size();
         const std::size_t lengthOfB = clusters(b).size();
         if (lengthOfA >= 30 && isClean(a) && lengthOfB >= 30 && isClean(b))

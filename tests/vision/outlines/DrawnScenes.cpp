@@ -35,21 +35,25 @@ cv::Mat3b drawnPage() {
     return page;
 }
 
-cv::Mat3b plainWall(cv::Size size, cv::Scalar colour) {
-    cv::Mat3b wall(size);
-    wall.setTo(colour);
-    return wall;
+cv::Mat3b plainWall(cv::Size size, cv::Vec3b colour) {
+    return {size, colour};
+}
+
+// A scene whose colour is a function of the place.
+template <typename Colour>
+cv::Mat3b painted(cv::Size size, const Colour& colour) {
+    cv::Mat3b picture(size);
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x)
+            picture(y, x) = colour(x, y);
+    return picture;
 }
 
 cv::Mat3b gradient(cv::Size size) {
-    cv::Mat3b picture(size);
-    for (int y = 0; y < size.height; ++y) {
-        for (int x = 0; x < size.width; ++x) {
-            const double level = 40.0 + 120.0 * x / size.width + 60.0 * y / size.height;
-            picture(y, x) = cv::Vec3b::all(cv::saturate_cast<std::uint8_t>(level));
-        }
-    }
-    return picture;
+    return painted(size, [&](int x, int y) {
+        const double level = 40.0 + 120.0 * x / size.width + 60.0 * y / size.height;
+        return cv::Vec3b::all(cv::saturate_cast<std::uint8_t>(level));
+    });
 }
 
 cv::Mat3b noise(cv::Size size, double deviation, std::uint64_t seed) {
@@ -62,18 +66,12 @@ cv::Mat3b noise(cv::Size size, double deviation, std::uint64_t seed) {
 cv::Mat3b grain(cv::Size size, std::uint64_t seed) {
     cv::RNG random(seed);
     const double phase = random.uniform(0.0, 6.0);
-    cv::Mat3b picture(size);
-    for (int y = 0; y < size.height; ++y) {
-        for (int x = 0; x < size.width; ++x) {
-            const double bent = y + 9.0 * std::sin(0.004 * x + phase);
-            const double level =
-                1.0 + 0.10 * std::sin(0.21 * bent) + 0.06 * std::sin(0.57 * bent + phase);
-            picture(y, x) = cv::Vec3b(cv::saturate_cast<std::uint8_t>(60 * level),
-                                      cv::saturate_cast<std::uint8_t>(85 * level),
-                                      cv::saturate_cast<std::uint8_t>(120 * level));
-        }
-    }
-    return picture;
+    return painted(size, [&](int x, int y) {
+        const double bent = y + 9.0 * std::sin(0.004 * x + phase);
+        const double level =
+            1.0 + 0.10 * std::sin(0.21 * bent) + 0.06 * std::sin(0.57 * bent + phase);
+        return cv::Vec3b(cv::Vec3d(60, 85, 120) * level);
+    });
 }
 
 cv::Mat3b keys(cv::Size size, int pitch, bool dark) {
@@ -108,17 +106,10 @@ cv::Mat3b laidOn(const cv::Mat3b& desk, const cv::Mat3b& page, const vision::Qua
 
 Bitmap bitmapOf(const cv::Mat3b& bgr, PixelFormat format) {
     cv::Mat converted;
-    switch (format) {
-    case PixelFormat::bgra8:
-        cv::cvtColor(bgr, converted, cv::COLOR_BGR2BGRA);
-        break;
-    case PixelFormat::rgb8:
-        cv::cvtColor(bgr, converted, cv::COLOR_BGR2RGB);
-        break;
-    case PixelFormat::gray8:
-        cv::cvtColor(bgr, converted, cv::COLOR_BGR2GRAY);
-        break;
-    }
+    cv::cvtColor(bgr, converted,
+                 format == PixelFormat::bgra8  ? cv::COLOR_BGR2BGRA
+                 : format == PixelFormat::rgb8 ? cv::COLOR_BGR2RGB
+                                               : cv::COLOR_BGR2GRAY);
     const std::size_t row = static_cast<std::size_t>(converted.cols) * converted.elemSize();
     const std::size_t stride = row + 24;  // rows are seldom packed in camera frames
     const std::size_t size = stride * static_cast<std::size_t>(converted.rows);

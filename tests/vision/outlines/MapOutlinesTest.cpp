@@ -64,46 +64,45 @@ double greatestDistance(const Quad& a, const Quad& b) {
     return least;
 }
 
+bool isAmong(const std::vector<MapOutline>& found, const Quad& quad, double tolerance) {
+    return std::ranges::any_of(found, [&](const MapOutline& outline) {
+        return greatestDistance(outline.quad, quad) < tolerance;
+    });
+}
+
 struct Case {
     const char* name;
     std::vector<Quad> documents;
 };
 
-void PrintTo(const Case& row, std::ostream* out) {
-    *out << row.name;
+TEST(MapOutlinesTest, drawnMapsGiveBackTheQuadrilaterals) {
+    const Case rows[] = {
+        {"nothing", {}},
+        {"upright", {Quad{{{0.2f, 0.3f}, {0.8f, 0.3f}, {0.8f, 0.7f}, {0.2f, 0.7f}}}}},
+        {"diamond", {Quad{{{0.5f, 0.1f}, {0.92f, 0.55f}, {0.5f, 0.92f}, {0.1f, 0.5f}}}}},
+        {"seenFromAside", {Quad{{{0.2f, 0.2f}, {0.7f, 0.3f}, {0.9f, 0.8f}, {0.1f, 0.9f}}}}},
+        {"fillsThePicture", {Quad{{{0.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 1.0f}, {0.0f, 1.0f}}}}},
+        {"twoApart",
+         {Quad{{{0.1f, 0.1f}, {0.4f, 0.1f}, {0.4f, 0.6f}, {0.1f, 0.6f}}},
+          Quad{{{0.6f, 0.3f}, {0.9f, 0.3f}, {0.9f, 0.9f}, {0.6f, 0.9f}}}}},
+        {"twoThatTouch",
+         {Quad{{{0.1f, 0.2f}, {0.5f, 0.2f}, {0.5f, 0.8f}, {0.1f, 0.8f}}},
+          Quad{{{0.5f, 0.2f}, {0.9f, 0.2f}, {0.9f, 0.8f}, {0.5f, 0.8f}}}}}};
+    for (const Case& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto& documents = row.documents;
+        const auto found = outlinesOf(mapsOf(documents));
+        for (const MapOutline& outline : found)
+            EXPECT_TRUE(std::ranges::any_of(documents, [&](const Quad& document) {
+                return greatestDistance(outline.quad, document) < 0.025;
+            }));
+        for (const Quad& document : documents)
+            EXPECT_TRUE(std::ranges::any_of(found, [&](const MapOutline& outline) {
+                return greatestDistance(outline.quad, document) < 0.012 && outline.inside > 0.9 &&
+                       outline.fill > 0.9 && outline.corners > 0.4;
+            }));
+    }
 }
-
-class DrawnMaps : public testing::TestWithParam<Case> {};
-
-TEST_P(DrawnMaps, giveBackTheQuadrilaterals) {
-    const auto& documents = GetParam().documents;
-    const auto found = outlinesOf(mapsOf(documents));
-    for (const MapOutline& outline : found)
-        EXPECT_TRUE(std::ranges::any_of(documents, [&](const Quad& document) {
-            return greatestDistance(outline.quad, document) < 0.025;
-        }));
-    for (const Quad& document : documents)
-        EXPECT_TRUE(std::ranges::any_of(found, [&](const MapOutline& outline) {
-            return greatestDistance(outline.quad, document) < 0.012 && outline.inside > 0.9 &&
-                   outline.fill > 0.9 && outline.corners > 0.4;
-        }));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , DrawnMaps,
-    testing::Values(
-        Case{"nothing", {}},
-        Case{"upright", {Quad{{{0.2f, 0.3f}, {0.8f, 0.3f}, {0.8f, 0.7f}, {0.2f, 0.7f}}}}},
-        Case{"diamond", {Quad{{{0.5f, 0.1f}, {0.92f, 0.55f}, {0.5f, 0.92f}, {0.1f, 0.5f}}}}},
-        Case{"seenFromAside", {Quad{{{0.2f, 0.2f}, {0.7f, 0.3f}, {0.9f, 0.8f}, {0.1f, 0.9f}}}}},
-        Case{"fillsThePicture", {Quad{{{0.0f, 0.0f}, {1.0f, 0.0f}, {1.0f, 1.0f}, {0.0f, 1.0f}}}}},
-        Case{"twoApart",
-             {Quad{{{0.1f, 0.1f}, {0.4f, 0.1f}, {0.4f, 0.6f}, {0.1f, 0.6f}}},
-              Quad{{{0.6f, 0.3f}, {0.9f, 0.3f}, {0.9f, 0.9f}, {0.6f, 0.9f}}}}},
-        Case{"twoThatTouch",
-             {Quad{{{0.1f, 0.2f}, {0.5f, 0.2f}, {0.5f, 0.8f}, {0.1f, 0.8f}}},
-              Quad{{{0.5f, 0.2f}, {0.9f, 0.2f}, {0.9f, 0.8f}, {0.5f, 0.8f}}}}}),
-    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(MapOutlinesTest, aCornerBeyondThePictureIsFoundWhereTheSidesMeet) {
     const Quad cut{{{0.4f, 0.3f}, {1.2f, 0.3f}, {1.2f, 0.8f}, {0.4f, 0.8f}}};
@@ -120,9 +119,7 @@ TEST(MapOutlinesTest, aPageWhosePaleHalfTheMapDoubtsIsAlsoFoundByItsCore) {
     const Quad page{{{0.2f, 0.2f}, {0.8f, 0.2f}, {0.8f, 0.8f}, {0.2f, 0.8f}}};
     OutlineMaps maps = mapsOf({page});
     maps.page(cv::Rect(25, 0, 23, kCells)) *= 0.2f;
-    EXPECT_TRUE(std::ranges::any_of(outlinesOf(maps), [&](const MapOutline& outline) {
-        return greatestDistance(outline.quad, page) < 0.025;
-    }));
+    EXPECT_TRUE(isAmong(outlinesOf(maps), page, 0.025));
 }
 
 TEST(MapOutlinesTest, aBridgeThatTheMapHalfBelievesDoesNotJoinTwoPages) {
@@ -132,9 +129,7 @@ TEST(MapOutlinesTest, aBridgeThatTheMapHalfBelievesDoesNotJoinTwoPages) {
     maps.core.setTo(0.02f);
     maps.page(cv::Rect(19, 15, 10, 10)).setTo(0.6f);
     for (const Quad& page : {left, right})
-        EXPECT_TRUE(std::ranges::any_of(outlinesOf(maps), [&](const MapOutline& outline) {
-            return greatestDistance(outline.quad, page) < 0.02;
-        }));
+        EXPECT_TRUE(isAmong(outlinesOf(maps), page, 0.02));
 }
 
 TEST(MapOutlinesTest, specksAndFaintRegionsGiveNothing) {

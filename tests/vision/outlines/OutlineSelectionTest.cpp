@@ -15,49 +15,44 @@ struct Row {
     std::string name;
     std::vector<OutlineCandidate> candidates;
     std::vector<double> keptConfidences;
-
-    friend void PrintTo(const Row& row, std::ostream* stream) { *stream << row.name; }
 };
 
-class OutlineSelection : public testing::TestWithParam<Row> {};
-
-TEST_P(OutlineSelection, KeepsTheLikely) {
-    std::vector<double> kept;
-    for (const OutlineCandidate& each : selectOutlines(GetParam().candidates, {})) {
-        kept.push_back(each.confidence);
+TEST(OutlineSelection, KeepsTheLikely) {
+    const Row rows[] = {
+        {"nothing", {}, {}},
+        {"nearDuplicates",
+         {candidate({10, 10, 300, 200}, 0.8, 1), candidate({12, 9, 300, 202}, 0.9, 1)},
+         {0.9}},
+        {"frameInsidePage",
+         {candidate({10, 10, 300, 200}, 0.9, 1), candidate({30, 30, 100, 100}, 0.85, 0.3)},
+         {0.9}},
+        {"deskAroundPage",
+         {candidate({60, 60, 200, 140}, 0.9, 0.95), candidate({10, 10, 350, 250}, 0.88, 1)},
+         {0.9}},
+        {"fullPictureAroundPage",
+         {candidate({60, 60, 200, 140}, 0.75, 0.95), candidate({0, 0, 400, 300}, 0.8, 1)},
+         {0.75}},
+        {"pageAroundPanelThatLeavesPrintOut",
+         {candidate({60, 60, 200, 140}, 0.9, 0.5), candidate({10, 10, 350, 250}, 0.85, 1)},
+         {0.9, 0.85}},
+        {"doubtfulElsewhere",
+         {candidate({10, 10, 150, 100}, 0.9, 0.9), candidate({200, 10, 180, 280}, 0.5, 0.1)},
+         {0.9}},
+        {"twoPages",
+         {candidate({10, 10, 150, 100}, 0.9, 0.5), candidate({200, 10, 180, 280}, 0.8, 0.5)},
+         {0.9, 0.8}},
+        {"belowTheFloor", {candidate({10, 10, 150, 100}, 0.39, 1)}, {}},
+        {"tooWide", {candidate({10, 10, 350, 100}, 0.9, 1)}, {}},
+        {"tooHigh", {candidate({10, 10, 100, 250}, 0.9, 1)}, {}}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::vector<double> kept;
+        for (const OutlineCandidate& each : selectOutlines(row.candidates, {})) {
+            kept.push_back(each.confidence);
+        }
+        EXPECT_EQ(kept, row.keptConfidences);
     }
-    EXPECT_EQ(kept, GetParam().keptConfidences);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, OutlineSelection,
-    testing::Values(
-        Row{"nothing", {}, {}},
-        Row{"nearDuplicates",
-            {candidate({10, 10, 300, 200}, 0.8, 1), candidate({12, 9, 300, 202}, 0.9, 1)},
-            {0.9}},
-        Row{"frameInsidePage",
-            {candidate({10, 10, 300, 200}, 0.9, 1), candidate({30, 30, 100, 100}, 0.85, 0.3)},
-            {0.9}},
-        Row{"deskAroundPage",
-            {candidate({60, 60, 200, 140}, 0.9, 0.95), candidate({10, 10, 350, 250}, 0.88, 1)},
-            {0.9}},
-        Row{"fullPictureAroundPage",
-            {candidate({60, 60, 200, 140}, 0.75, 0.95), candidate({0, 0, 400, 300}, 0.8, 1)},
-            {0.75}},
-        Row{"pageAroundPanelThatLeavesPrintOut",
-            {candidate({60, 60, 200, 140}, 0.9, 0.5), candidate({10, 10, 350, 250}, 0.85, 1)},
-            {0.9, 0.85}},
-        Row{"doubtfulElsewhere",
-            {candidate({10, 10, 150, 100}, 0.9, 0.9), candidate({200, 10, 180, 280}, 0.5, 0.1)},
-            {0.9}},
-        Row{"twoPages",
-            {candidate({10, 10, 150, 100}, 0.9, 0.5), candidate({200, 10, 180, 280}, 0.8, 0.5)},
-            {0.9, 0.8}},
-        Row{"belowTheFloor", {candidate({10, 10, 150, 100}, 0.39, 1)}, {}},
-        Row{"tooWide", {candidate({10, 10, 350, 100}, 0.9, 1)}, {}},
-        Row{"tooHigh", {candidate({10, 10, 100, 250}, 0.9, 1)}, {}}),
-    testing::PrintToStringParamName());
 
 }  // namespace
 

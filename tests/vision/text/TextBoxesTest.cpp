@@ -24,40 +24,32 @@ struct BoxRow {
     float probability;
     bool isFound;
 };
-void PrintTo(const BoxRow& row, std::ostream* out) {
-    *out << row.name;
+
+TEST(TextBoxes, GrowsClearCoresToLines) {
+    const BoxRow rows[] = {
+        {"level", {200, 12}, 0, 0.9f, true},      {"climbing", {200, 12}, -20, 0.9f, true},
+        {"upAndDown", {200, 12}, 90, 0.9f, true}, {"faint", {200, 12}, 0, 0.4f, false},
+        {"unmarked", {200, 12}, 0, 0.2f, false},  {"speck", {2, 2}, 0, 0.9f, false}};
+    for (const BoxRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        cv::Mat map = cv::Mat::zeros(320, 320, CV_32FC1);
+        mark(map, cv::RotatedRect({160, 150}, row.core, row.degrees), row.probability);
+        const auto boxes = textBoxes(map);
+        ASSERT_EQ(boxes.size(), row.isFound ? 1u : 0u);
+        if (!row.isFound)
+            continue;
+        const auto [shorter, longer] = std::minmax(boxes[0].size.width, boxes[0].size.height);
+        const float growth =
+            1.6f * row.core.area() / (row.core.width + row.core.height);  // 0.8 of it on each side
+        EXPECT_NEAR(longer, row.core.width + growth, 3.5f);
+        EXPECT_NEAR(shorter, row.core.height + growth, 3.5f);
+        EXPECT_NEAR(boxes[0].center.x, 160, 1.5);
+        EXPECT_NEAR(boxes[0].center.y, 150, 1.5);
+        const float direction =
+            boxes[0].size.width > boxes[0].size.height ? boxes[0].angle : boxes[0].angle + 90.0f;
+        EXPECT_NEAR(std::remainder(direction - row.degrees, 180.0f), 0.0f, 1.5f);
+    }
 }
-
-class TextBoxesOfOneCore : public testing::TestWithParam<BoxRow> {};
-
-TEST_P(TextBoxesOfOneCore, GrowsClearCoresToLines) {
-    const BoxRow& row = GetParam();
-    cv::Mat map = cv::Mat::zeros(320, 320, CV_32FC1);
-    mark(map, cv::RotatedRect({160, 150}, row.core, row.degrees), row.probability);
-    const auto boxes = textBoxes(map);
-    ASSERT_EQ(boxes.size(), row.isFound ? 1u : 0u);
-    if (!row.isFound)
-        return;
-    const auto [shorter, longer] = std::minmax(boxes[0].size.width, boxes[0].size.height);
-    const float growth =
-        1.6f * row.core.area() / (row.core.width + row.core.height);  // 0.8 of it on each side
-    EXPECT_NEAR(longer, row.core.width + growth, 3.5f);
-    EXPECT_NEAR(shorter, row.core.height + growth, 3.5f);
-    EXPECT_NEAR(boxes[0].center.x, 160, 1.5);
-    EXPECT_NEAR(boxes[0].center.y, 150, 1.5);
-    const float direction =
-        boxes[0].size.width > boxes[0].size.height ? boxes[0].angle : boxes[0].angle + 90.0f;
-    EXPECT_NEAR(std::remainder(direction - row.degrees, 180.0f), 0.0f, 1.5f);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, TextBoxesOfOneCore,
-                         testing::Values(BoxRow{"level", {200, 12}, 0, 0.9f, true},
-                                         BoxRow{"climbing", {200, 12}, -20, 0.9f, true},
-                                         BoxRow{"upAndDown", {200, 12}, 90, 0.9f, true},
-                                         BoxRow{"faint", {200, 12}, 0, 0.4f, false},
-                                         BoxRow{"unmarked", {200, 12}, 0, 0.2f, false},
-                                         BoxRow{"speck", {2, 2}, 0, 0.9f, false}),
-                         [](const auto& row) { return row.param.name; });
 
 TEST(TextBoxes, KeepsLinesApartAndTextInsideAFrame) {
     cv::Mat map = cv::Mat::zeros(200, 300, CV_32FC1);
