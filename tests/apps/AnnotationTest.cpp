@@ -39,20 +39,13 @@ bool isGreen(const Image& image, int x, int y) {
 
 // Finds the outlines that it is given, and reads a word that matches four keywords.
 struct Recognition final : RectangleService, TextService {
-    std::optional<RequestError> perform(const Bitmap&, const RectangleRequest&,
-                                        const RequestCompletion& completion) override {
-        completion({.results = found, .error = std::nullopt});
-        return std::nullopt;
-    }
-    std::optional<RequestError> perform(const Bitmap&, const TextRequest&,
-                                        const RequestCompletion& completion) override {
+    RectangleResult perform(const Bitmap&, const RectangleRequest&) override { return found; }
+    TextResult perform(const Bitmap&, const TextRequest&) override {
         if (error)
-            return error;
-        const TextObservation line({}, {{.string = "PASSPORT", .confidence = 1.0f}});
-        completion({.results = std::vector<Observation>{line}, .error = std::nullopt});
-        return std::nullopt;
+            return *error;
+        return std::vector{TextObservation({}, {{.string = "PASSPORT", .confidence = 1.0f}})};
     }
-    std::vector<Observation> found;
+    std::vector<RectangleObservation> found;
     std::optional<RequestError> error;
 };
 

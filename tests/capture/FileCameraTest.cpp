@@ -56,7 +56,7 @@ TEST_F(FileCamera, ShowsAPictureThatSways) {
 }
 
 TEST_F(FileCamera, DeliversNothingInAFormatThatItDoesNotKnow) {
-    CaptureRig rig(picture(640, 480));
+    CaptureRig rig(picture());
     rig.videoOutput->setVideoSettings({.pixelFormat = 0});
     ASSERT_EQ(rig.start(), "");
     ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 3; }));

@@ -1,6 +1,6 @@
 #include "vision/outlines/OutlinePicture.h"
 
-#include "vision/text/ReducedPicture.h"
+#include "vision/ReducedPicture.h"
 
 #include <opencv2/imgproc.hpp>
 

@@ -1,7 +1,7 @@
 #include "vision/text/PageReader.h"
 
+#include "vision/ReducedPicture.h"
 #include "vision/text/QuarterTurns.h"
-#include "vision/text/ReducedPicture.h"
 
 #include <algorithm>
 #include <array>

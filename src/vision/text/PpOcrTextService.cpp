@@ -1,8 +1,8 @@
 #include "vision/text/PpOcrTextService.h"
 
+#include "vision/ReducedPicture.h"
 #include "vision/text/LineCollector.h"
 #include "vision/text/PageReader.h"
-#include "vision/text/ReducedPicture.h"
 
 #include <algorithm>
 #include <exception>

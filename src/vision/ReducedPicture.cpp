@@ -1,4 +1,4 @@
-#include "vision/text/ReducedPicture.h"
+#include "vision/ReducedPicture.h"
 
 #include <opencv2/imgproc.hpp>
 
