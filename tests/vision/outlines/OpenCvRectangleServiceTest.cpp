@@ -128,9 +128,8 @@ TEST(OpenCvRectangleServiceTest, HonoursTheLimitsOfTheRequest) {
     ASSERT_FALSE(found.empty());
     EXPECT_GE(found.front().confidence, RectangleRequest{}.minimumConfidence);
     EXPECT_LE(found.front().confidence, 1.0f);
-    EXPECT_TRUE(rectanglesOf(bitmap, {.maximumObservations = -1}).empty());
-    EXPECT_EQ(rectanglesOf(bitmap, {.maximumObservations = 2, .minimumConfidence = 0.0f}).size(),
-              2u);
+    for (const int most : {0, -1})
+        EXPECT_TRUE(rectanglesOf(bitmap, {.maximumObservations = most}).empty()) << most;
     EXPECT_TRUE(rectanglesOf(bitmap, {.minimumConfidence = 1.1f}).empty());
     const auto isNotThePage = testing::Each(
         testing::Field(&RectangleObservation::boundingBox, testing::Ne(found.front().boundingBox)));
