@@ -1,37 +1,26 @@
 #include "tests/imagefile/BlockPicture.h"
 
+#include "tests/imagefile/FileBytes.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 namespace kestrelid::imagefile {
 
+Bytes pictureFile(const char* name) {
+    const std::string path = std::string(KESTRELID_SOURCE_DIR "/tests/imagefile/data/") + name;
+    std::ifstream file(path, std::ios::binary);
+    const std::string contents(std::istreambuf_iterator<char>(file), {});
+    EXPECT_FALSE(contents.empty()) << path;
+    return bytesOf(contents);
+}
+
 int lumaOf(const Rgb& color) {
     return static_cast<int>(std::lround(0.299 * color[0] + 0.587 * color[1] + 0.114 * color[2]));
-}
-
-Rgb colorAt(const Bitmap& rgb, int x, int y) {
-    const std::byte* pixel = rgb.row(y) + x * 3;
-    return {std::to_integer<int>(pixel[0]), std::to_integer<int>(pixel[1]),
-            std::to_integer<int>(pixel[2])};
-}
-
-Bitmap blockPicture(int block) {
-    const int width = block * kColumns;
-    const int height = block * kRows;
-    const std::size_t size = static_cast<std::size_t>(width) * height * 3;
-    auto pixels = std::make_shared<std::byte[]>(size);
-    std::size_t at = 0;
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            for (const int channel :
-                 kBlockColors[static_cast<std::size_t>(y / block * kColumns + x / block)])
-                pixels[at++] = static_cast<std::byte>(channel);
-        }
-    }
-    return Bitmap::wrap(width, height, width * 3, PixelFormat::rgb8, std::move(pixels), size)
-        .value();
 }
 
 std::string differenceFromBlocks(const Bitmap& bitmap, int tolerance, int opacity) {

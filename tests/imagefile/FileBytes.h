@@ -1,21 +1,23 @@
 #pragma once
 
-#include "tests/imagefile/EncodedPictures.h"
-
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
+#include <vector>
 
 // What tests look for and change in the bytes of a picture file.
 namespace kestrelid::imagefile {
 
+using Bytes = std::vector<std::byte>;
+
+// A file of data/, which its README describes.
+[[nodiscard]] Bytes pictureFile(const char* name);
+
 inline Bytes bytesOf(std::string_view text) {
     const auto* bytes = reinterpret_cast<const std::byte*>(text.data());
     return {bytes, bytes + text.size()};
-}
-
-inline void append(Bytes& to, const Bytes& from) {
-    to.insert(to.end(), from.begin(), from.end());
 }
 
 // Behind the first place of text.
@@ -31,11 +33,6 @@ inline void writeNumber(Bytes& file, std::size_t at, std::uint32_t value, int by
     for (int i = 0; i < bytes; ++i)
         file.at(at + i) =
             static_cast<std::byte>(value >> 8 * (bigEndian ? bytes - 1 - i : i) & 255);
-}
-
-inline void appendNumber(Bytes& to, std::uint32_t value, int bytes, bool bigEndian) {
-    to.resize(to.size() + static_cast<std::size_t>(bytes));
-    writeNumber(to, to.size() - static_cast<std::size_t>(bytes), value, bytes, bigEndian);
 }
 
 }  // namespace kestrelid::imagefile

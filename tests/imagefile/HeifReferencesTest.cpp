@@ -18,22 +18,27 @@ struct Reference {
     std::vector<std::uint32_t> to;
 };
 
+void appendNumber(Bytes& to, std::uint32_t value, int bytes) {
+    to.resize(to.size() + static_cast<std::size_t>(bytes));
+    writeNumber(to, to.size() - static_cast<std::size_t>(bytes), value, bytes, true);
+}
+
 void appendBox(Bytes& bytes, std::string_view type, const Bytes& contents) {
-    appendNumber(bytes, static_cast<std::uint32_t>(8 + contents.size()), 4, true);
-    append(bytes, bytesOf(type));
-    append(bytes, contents);
+    appendNumber(bytes, static_cast<std::uint32_t>(8 + contents.size()), 4);
+    for (const Bytes& part : {bytesOf(type), contents})
+        bytes.insert(bytes.end(), part.begin(), part.end());
 }
 
 // A file of that box alone, with item numbers of itemBytes.
 Bytes referenceBox(const std::vector<Reference>& references, int itemBytes = 2) {
     Bytes contents;
-    appendNumber(contents, itemBytes == 2 ? 0 : 0x01000000, 4, true);
+    appendNumber(contents, itemBytes == 2 ? 0 : 0x01000000, 4);
     for (const Reference& reference : references) {
         Bytes items;
-        appendNumber(items, reference.from, itemBytes, true);
-        appendNumber(items, static_cast<std::uint32_t>(reference.to.size()), 2, true);
+        appendNumber(items, reference.from, itemBytes);
+        appendNumber(items, static_cast<std::uint32_t>(reference.to.size()), 2);
         for (const std::uint32_t to : reference.to)
-            appendNumber(items, to, itemBytes, true);
+            appendNumber(items, to, itemBytes);
         appendBox(contents, reference.type, items);
     }
     Bytes meta(4);
@@ -55,8 +60,6 @@ TEST(HeifReferences, OfRealFilesPass) {
     const std::vector<std::uint32_t> tiles(400, 3);
     const std::vector<std::uint32_t> alphaTiles(400, 5);
     const std::vector<Reference> cases[] = {
-        {},
-        {{"dimg", 1, tiles}},
         // A turned grid with an alpha plane that is a grid, both with previews.
         {{"dimg", 1, {2}},
          {"dimg", 2, tiles},
@@ -69,7 +72,7 @@ TEST(HeifReferences, OfRealFilesPass) {
     };
     for (const auto& references : cases)
         EXPECT_EQ(checkHeifReferences(referenceBox(references)), std::nullopt) << references.size();
-    EXPECT_EQ(checkHeifReferences(committedHeic()), std::nullopt);
+    EXPECT_EQ(checkHeifReferences(pictureFile("blocks.heic")), std::nullopt);
 }
 
 TEST(HeifReferences, WithoutEndAreRefused) {
@@ -109,7 +112,7 @@ TEST(HeifReferences, OfNoSenseAreRefused) {
 
 // libheif would follow this circle with threads until none are left.
 TEST(HeifReferences, InACircleAreNotDecoded) {
-    Bytes file = committedHeic();
+    Bytes file = pictureFile("blocks.heic");
     writeNumber(file, placeOf(file, "dimg") + 4, 2, 2, true);
     EXPECT_EQ(causeOf(decodeImage(file)),
               "damaged HEIC: its pictures refer to each other too often or without end");

@@ -35,27 +35,6 @@ cv::Mat3b drawnPage() {
     return page;
 }
 
-cv::Mat3b plainWall(cv::Size size, cv::Vec3b colour) {
-    return {size, colour};
-}
-
-// A scene whose colour is a function of the place.
-template <typename Colour>
-cv::Mat3b painted(cv::Size size, const Colour& colour) {
-    cv::Mat3b picture(size);
-    for (int y = 0; y < size.height; ++y)
-        for (int x = 0; x < size.width; ++x)
-            picture(y, x) = colour(x, y);
-    return picture;
-}
-
-cv::Mat3b gradient(cv::Size size) {
-    return painted(size, [&](int x, int y) {
-        const double level = 40.0 + 120.0 * x / size.width + 60.0 * y / size.height;
-        return cv::Vec3b::all(cv::saturate_cast<std::uint8_t>(level));
-    });
-}
-
 cv::Mat3b noise(cv::Size size, double deviation, std::uint64_t seed) {
     cv::Mat3b picture(size);
     cv::RNG random(seed);
@@ -66,12 +45,15 @@ cv::Mat3b noise(cv::Size size, double deviation, std::uint64_t seed) {
 cv::Mat3b grain(cv::Size size, std::uint64_t seed) {
     cv::RNG random(seed);
     const double phase = random.uniform(0.0, 6.0);
-    return painted(size, [&](int x, int y) {
-        const double bent = y + 9.0 * std::sin(0.004 * x + phase);
-        const double level =
-            1.0 + 0.10 * std::sin(0.21 * bent) + 0.06 * std::sin(0.57 * bent + phase);
-        return cv::Vec3b(cv::Vec3d(60, 85, 120) * level);
-    });
+    cv::Mat3b picture(size);
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x) {
+            const double bent = y + 9.0 * std::sin(0.004 * x + phase);
+            const double level =
+                1.0 + 0.10 * std::sin(0.21 * bent) + 0.06 * std::sin(0.57 * bent + phase);
+            picture(y, x) = cv::Vec3b(cv::Vec3d(60, 85, 120) * level);
+        }
+    return picture;
 }
 
 cv::Mat3b keys(cv::Size size, int pitch, bool dark) {

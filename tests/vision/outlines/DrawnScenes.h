@@ -14,8 +14,6 @@ namespace kestrelid::test {
 [[nodiscard]] cv::Mat3b drawnPage();
 
 // Scenes without a page; the same seed draws the same scene.
-[[nodiscard]] cv::Mat3b plainWall(cv::Size size, cv::Vec3b colour);
-[[nodiscard]] cv::Mat3b gradient(cv::Size size);
 [[nodiscard]] cv::Mat3b noise(cv::Size size, double deviation, std::uint64_t seed);
 [[nodiscard]] cv::Mat3b grain(cv::Size size, std::uint64_t seed);
 [[nodiscard]] cv::Mat3b keys(cv::Size size, int pitch, bool dark);

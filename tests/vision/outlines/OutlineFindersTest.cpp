@@ -1,6 +1,5 @@
 #include "vision/outlines/FullPageFinder.h"
 #include "vision/outlines/PrintBlockFinder.h"
-#include "vision/outlines/StraightLines.h"
 
 #include "tests/vision/outlines/DrawnScenes.h"
 
@@ -32,7 +31,7 @@ void printLines(cv::Mat3b& picture, const cv::Rect& place, int pitch,
 }
 
 TEST(FullPageFinderTest, AsksForParallelPrintWithMarginsAllOver) {
-    const cv::Mat3b paper = test::plainWall({500, 360}, {210, 220, 215});
+    const cv::Mat3b paper = cv::Mat3b(360, 500, {210, 220, 215});
 
     cv::Mat3b page = paper.clone();
     printLines(page, {40, 20, 420, 320}, 24);
@@ -61,7 +60,7 @@ TEST(FullPageFinderTest, AsksForParallelPrintWithMarginsAllOver) {
 }
 
 TEST(PrintBlockFinderTest, EnclosesABlockOfPrintAndLeavesSingleLinesOut) {
-    cv::Mat3b picture = test::plainWall({512, 400}, {200, 205, 210});
+    cv::Mat3b picture(400, 512, {200, 205, 210});
     const cv::Rect block(120, 140, 200, 130);
     printLines(picture, block, 16);
     printLines(picture, {20, 20, 200, 20}, 14);
@@ -74,33 +73,6 @@ TEST(PrintBlockFinderTest, EnclosesABlockOfPrintAndLeavesSingleLinesOut) {
     EXPECT_TRUE(contains(best->quad, {300, 265}));
     EXPECT_FALSE(contains(best->quad, {60, 35}));
     EXPECT_LT(area(best->quad), 2.0 * block.area());
-}
-
-TEST(StraightLinesTest, MeasuresWhereALineRuns) {
-    cv::Mat3b picture = test::plainWall({400, 300}, {60, 60, 60});
-    cv::rectangle(picture, {80, 70}, {319, 219}, {220, 220, 220}, cv::FILLED);
-    const auto lines = findStraightLines(sceneOf(picture).edges);
-    int sides = 0;
-    int borders = 0;
-    for (const StraightLine& line : lines) {
-        borders += line.border;
-        const bool isTop = !line.border && std::abs(line.point.y - 70.0f) < 2.0f &&
-                           std::abs(line.direction.y) < 0.02f;
-        if (isTop) {
-            ++sides;
-            // Pixels from the line's point: where it comes nearest to the middle of the picture.
-            const float sign = line.direction.x > 0.0f ? 1.0f : -1.0f;
-            const auto along = [&](float x) { return sign * (x - line.point.x); };
-            EXPECT_GT(line.supportBetween(along(85), along(315)), 0.95f);
-            EXPECT_EQ(line.supportBetween(along(85), along(315)),
-                      line.supportBetween(along(315), along(85)));
-            EXPECT_LT(line.supportBetween(along(5), along(70)), 0.1f);
-            EXPECT_EQ(line.supportBetween(along(300), along(900)), 0.0f) << "mostly outside";
-            EXPECT_NEAR(static_cast<double>(line.longestRun), 240.0, 12.0);
-        }
-    }
-    EXPECT_EQ(sides, 1);
-    EXPECT_EQ(borders, 4);
 }
 
 }  // namespace

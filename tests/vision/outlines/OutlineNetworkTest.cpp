@@ -14,8 +14,6 @@
 namespace kestrelid::vision {
 namespace {
 
-using Change = cv::Mat (*)(const cv::Mat&);
-
 cv::Mat mirrored(const cv::Mat& mat) {
     cv::Mat other;
     cv::flip(mat, other, 1);
@@ -52,7 +50,7 @@ TEST(OutlineNetworkTest, eightLooksTurnWithThePicture) {
     const OutlineMaps plain = allWays(picture);
     EXPECT_GT(furthest(plain.page, mirrored(plain.page)), 0.3);  // not the same whatever is done
     EXPECT_LT(furthest(plain.page, network.look(picture).value().page), 0.5);
-    for (const Change change : {&mirrored, &quarterTurned}) {
+    for (const auto change : {&mirrored, &quarterTurned}) {
         const OutlineMaps changed = allWays(change(picture));
         EXPECT_LT(furthest(changed.page, change(plain.page)), 1e-3);
         EXPECT_LT(furthest(changed.core, change(plain.core)), 1e-3);

@@ -11,15 +11,12 @@ OutlineCandidate candidate(cv::Rect2f box, double confidence, double printKept) 
     return {{box.tl(), {end.x, box.y}, end, {box.x, end.y}}, confidence, printKept};
 }
 
-struct Row {
-    std::string name;
-    std::vector<OutlineCandidate> candidates;
-    std::vector<double> keptConfidences;
-};
-
 TEST(OutlineSelection, KeepsTheLikely) {
-    const Row rows[] = {
-        {"nothing", {}, {}},
+    const struct {
+        const char* name;
+        std::vector<OutlineCandidate> candidates;
+        std::vector<double> keptConfidences;
+    } rows[] = {
         {"nearDuplicates",
          {candidate({10, 10, 300, 200}, 0.8, 1), candidate({12, 9, 300, 202}, 0.9, 1)},
          {0.9}},
@@ -44,7 +41,7 @@ TEST(OutlineSelection, KeepsTheLikely) {
         {"belowTheFloor", {candidate({10, 10, 150, 100}, 0.39, 1)}, {}},
         {"tooWide", {candidate({10, 10, 350, 100}, 0.9, 1)}, {}},
         {"tooHigh", {candidate({10, 10, 100, 250}, 0.9, 1)}, {}}};
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         std::vector<double> kept;
         for (const OutlineCandidate& each : selectOutlines(row.candidates, {})) {

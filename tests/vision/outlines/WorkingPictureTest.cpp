@@ -11,7 +11,7 @@ namespace {
 
 TEST(WorkingPictureTest, KeepsProportionsAndNeverEnlarges) {
     const auto sizeOf = [](cv::Size size) {
-        const auto bitmap = test::bitmapOf(test::plainWall(size, {9, 9, 9}), PixelFormat::gray8);
+        const auto bitmap = test::bitmapOf(cv::Mat3b(size, {9, 9, 9}), PixelFormat::gray8);
         return makeWorkingPicture(bitmap, 512).size();
     };
     EXPECT_EQ(sizeOf({1280, 720}), cv::Size(512, 288));
@@ -39,7 +39,7 @@ TEST(WorkingPictureTest, BrightensDimPicturesOnly) {
             makeWorkingPicture(test::bitmapOf(picture, PixelFormat::bgra8), 512).luma)[0];
     };
     EXPECT_NEAR(meanOf(dim), meanOf(test::drawnPage()), 20.0);
-    EXPECT_EQ(meanOf(test::plainWall({64, 64}, {0, 0, 0})), 0.0);
+    EXPECT_EQ(meanOf(cv::Mat3b(64, 64, cv::Vec3b())), 0.0);
 }
 
 }  // namespace

