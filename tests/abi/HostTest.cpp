@@ -72,13 +72,8 @@ TEST(Host, DerivesFromADetector) {
     EXPECT_EQ(own->calls, 1);
     EXPECT_TRUE(dynamic_cast<Named*>(detector.get()));
     EXPECT_TRUE(dynamic_cast<PassportDetector*>(static_cast<Named*>(own.get())));
-}
-
-TEST(Host, AsksForTheTypesOfWhatTheLibraryMade) {
-    const std::shared_ptr<DispatchQueue> queue = makeSerialQueue("host");
-    EXPECT_TRUE(dynamic_cast<DispatchQueue*>(queue.get()));
-    EXPECT_FALSE(dynamic_cast<ManualQueue*>(queue.get()));
-    EXPECT_NE(typeid(*queue), typeid(DispatchQueue));
+    const std::shared_ptr<DispatchQueue> made = makeSerialQueue("host");
+    EXPECT_FALSE(dynamic_cast<ManualQueue*>(made.get()));
 }
 
 // The library asks for the types of what the host made.

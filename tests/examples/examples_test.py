@@ -17,7 +17,7 @@ import screen  # noqa: E402
 
 ROOT = Path(__file__).resolve().parents[2]
 PATIENCE = 200  # seconds; machines that build meanwhile are slow
-PASSPORT, DESK, RECEIPT = "bangladesh-spread.jpg", "desk.jpg", "receipt.jpg"
+PASSPORT, DESK = "bangladesh-spread.jpg", "desk.jpg"
 
 
 def find(name):
@@ -36,19 +36,14 @@ def run(name, *arguments, names=b"", **options):
 
 
 class OnePicture(unittest.TestCase):
-    def check(self, done, status, output, complaint):
-        self.assertEqual((done.returncode, done.stdout.decode().splitlines()[:1]), (status, output), done.stderr)
-        self.assertIn(complaint, done.stderr.decode())
-
-    def test_judge(self):
-        for picture, status, output, complaint in (
-                (PASSPORT, 0, ["a passport"], ""), (DESK, 0, ["not a passport"], ""), ("missing.jpg", 1, [], "missing.jpg: ")):
-            with self.subTest(picture):
-                self.check(run("judge", SAMPLES / picture), status, output, complaint)
-
-    def test_own_camera_sees_a_passport_and_takes_its_photo(self):
-        self.check(run("own-camera", SAMPLES / PASSPORT), 0, ["a passport; photo of 960x1280"], "")
-        self.check(run("own-camera"), 2, [], "usage")
+    def test_judge_and_own_camera(self):
+        for name, picture, status, output, complaint in (
+                ("judge", PASSPORT, 0, ["a passport"], ""), ("judge", "missing.jpg", 1, [], "missing.jpg: "),
+                ("own-camera", PASSPORT, 0, ["a passport; photo of 960x1280"], "")):
+            with self.subTest(name, picture=picture):
+                done = run(name, SAMPLES / picture)
+                self.assertEqual((done.returncode, done.stdout.decode().splitlines()[:1]), (status, output), done.stderr)
+                self.assertIn(complaint, done.stderr.decode())
 
 
 class OwnRecogniser(unittest.TestCase):
@@ -75,9 +70,6 @@ class OwnRecogniser(unittest.TestCase):
         self.assertEqual((status, list(line), len(complaints)), (1, ["file", "error"], 1))
         self.assertIn("install the package tesseract-ocr-eng", complaints[0])
 
-    def test_wrong_usage(self):
-        self.assertEqual(run("own-recogniser", "--json").returncode, 2)
-
 
 class FolderJudge(unittest.TestCase):
     def judged(self, names, *arguments):
@@ -100,18 +92,10 @@ class FolderJudge(unittest.TestCase):
             status, lines = self.judged(file + b"\0", "-0")
         self.assertEqual((status, [bytes.fromhex(line["nameBytes"]) for line in lines.values()]), (0, [file]))
 
-    def test_a_line_comes_before_the_next_name(self):
-        with subprocess.Popen([program("folder-judge"), "--jobs", "1"], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
-            for name in (DESK, RECEIPT):
-                process.stdin.write(os.fsencode(SAMPLES / name) + b"\n")
-                process.stdin.flush()
-                self.assertEqual(json.loads(process.stdout.readline())["name"], str(SAMPLES / name))
-
     def test_exit_status_of_wrong_usage_and_of_lost_output(self):
-        for arguments in (["--jobs"], ["--jobs", "0"], ["--jobs", "65"], ["--jobs", "2x"], ["-1"]):
+        for arguments in (["--jobs"], ["--jobs", "0"], ["-1"]):
             with self.subTest(arguments):
                 self.assertEqual(run("folder-judge", *arguments).returncode, 2)
-        self.assertEqual(run("folder-judge").returncode, 0)
         with open("/dev/full", "wb") as full:
             self.assertEqual(run("folder-judge", names=os.fsencode(SAMPLES / DESK), stdout=full).returncode, 1)
 

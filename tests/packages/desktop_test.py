@@ -40,14 +40,6 @@ class DesktopTest(unittest.TestCase):
         releases = xml.etree.ElementTree.parse(DESKTOP / f"{ID}.metainfo.xml").findall("releases/release")
         self.assertEqual([release.get("version") for release in releases], re.findall(r"^## (\d\S*)", changes, re.M))
 
-    def test_icons_have_the_size_of_their_name(self):
-        icons = sorted(DESKTOP.glob("*.png"))
-        self.assertGreater(len(icons), 2)
-        for icon in icons:
-            header = icon.read_bytes()[16:24]  # of a PNG: width and height, four bytes each
-            size = int(icon.stem.rsplit("-", 1)[1])
-            self.assertEqual((int.from_bytes(header[:4], "big"), int.from_bytes(header[4:], "big")), (size, size), icon)
-
 
 class FlatpakTest(unittest.TestCase):
     def setUp(self):

@@ -64,13 +64,8 @@ class PublicHeaders(unittest.TestCase):
                     for name, (command, forbidden) in (plain | screens).items()})
 
     def test_c(self):
-        compilers = [path for path in (compiler("gcc", "cc"), compiler("clang-14", "clang")) if path]
-        self.check({f"{path} {name}": ([path, "-std=c99"], f"#include <kestrelid/{name}>\nint empty;\n", ".c", OR_QT)
-                    for path in compilers for name in FOR_C})
-
-    def test_a_library_of_the_inside_is_noticed(self):
-        found = compile_alone([compiler("g++", "c++"), "-std=c++20"], "#include <unicode/utypes.h>\n", ".cpp", OR_QT)
-        self.assertIn("/usr/include/unicode/utypes.h", found)
+        self.check({name: ([compiler("clang-14", "clang", "cc"), "-std=c99"], f"#include <kestrelid/{name}>\nint empty;\n", ".c", OR_QT)
+                    for name in FOR_C})
 
 
 if __name__ == "__main__":

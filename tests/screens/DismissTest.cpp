@@ -39,9 +39,9 @@ constexpr auto kLastOfAStack = R"(
 constexpr auto kHostsFunction = "SCREEN; anchors.fill: parent; dismiss: () => ++window.left }";
 
 TEST(Dismiss, ClosesWhatPresentsTheScreen) {
-    for (const auto& [content, isWindowOpen, left] : {Row{kStack, true, 2}, Row{kPopup, true, 0},
-                                                      Row{kLastOfAStack, false, 0},
-                                                      Row{kHostsFunction, true, 1}}) {
+    for (const auto& [content, isWindowOpen, left] :
+         {Row{kStack, true, 2}, Row{kPopup, true, 0}, Row{kLastOfAStack, false, 0},
+          Row{kHostsFunction, true, 1}}) {
         SCOPED_TRACE(content);
         QQmlEngine engine;
         installQmlModule(engine);

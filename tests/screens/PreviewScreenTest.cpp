@@ -110,8 +110,8 @@ TEST(PreviewScreen, EachTapCallsItsOwnClosureOnce) {
         click(screen.item(name));
     QTest::keyClick(&screen.window(), Qt::Key_Return);  // nothing has the focus
     EXPECT_EQ(calls, "");
-    for (const auto key : {Qt::Key_Escape, Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Return, Qt::Key_Tab,
-                           Qt::Key_Space})
+    for (const auto key :
+         {Qt::Key_Escape, Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Return, Qt::Key_Tab, Qt::Key_Space})
         QTest::keyClick(&screen.window(), key);
     EXPECT_EQ(calls, "close retake confirm ");
     EXPECT_TRUE(screen.window().isVisible());
