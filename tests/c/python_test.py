@@ -71,8 +71,6 @@ class WithoutModels(unittest.TestCase):
                 self.detector.judge_file(empty.name)
         with self.assertRaisesRegex(kestrelid.Error, "size does not hold all rows"):
             self.detector.judge_pixels(b"abc", 2, 2, "L")
-        with self.assertRaisesRegex(kestrelid.Error, "outlines is out of range"):
-            kestrelid.Detector(LIBRARY, outlines=9)
         self.detector.close()
         with self.assertRaisesRegex(ValueError, "closed"):
             self.detector.judge_bytes(b"")

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <QCoreApplication>
 #include <QThread>
 #include <thread>
@@ -17,15 +18,13 @@ using namespace std::chrono_literals;
 TEST(QtMainQueue, RunsBlocksOfAnyThreadInOrderOnTheApplicationsThread) {
     const auto queue = makeQtMainQueue();
     std::vector<int> order;
-    std::vector<int> expected;
+    std::vector<int> expected(100);
+    std::iota(expected.begin(), expected.end(), 0);
     bool isOnMain = true;
-    for (int block = 0; block < 100; ++block)
-        expected.push_back(block);
     std::thread([&] {
         for (const int block : expected)
             queue->async([&, block] {
-                isOnMain =
-                    isOnMain && QThread::currentThread() == QCoreApplication::instance()->thread();
+                isOnMain = isOnMain && QThread::currentThread() == qApp->thread();
                 order.push_back(block);
             });
     }).join();
