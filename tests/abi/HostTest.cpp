@@ -19,11 +19,7 @@
 namespace kestrelid::test {
 namespace {
 
-struct Named {
-    virtual ~Named() = default;
-};
-
-class HostDetector final : public PassportDetector, public Named {
+class HostDetector final : public PassportDetector {
 public:
     explicit HostDetector(PlatformServices services)
         : PassportDetector(std::move(services), ValidationEffort::complete) {}
@@ -45,12 +41,6 @@ public:
     [[nodiscard]] bool isMirrored() const override { return false; }
 };
 
-Image greyImage() {
-    constexpr std::size_t kSize = 40 * 30;
-    return Image(
-        *Bitmap::wrap(40, 30, 40, PixelFormat::gray8, std::make_shared<std::byte[]>(kSize), kSize));
-}
-
 TEST(Host, DerivesFromADetector) {
     const auto queue = std::make_shared<ManualQueue>();
     const auto text = std::make_shared<FakeText>(std::vector<std::string>{"PASSPORT"});
@@ -60,7 +50,9 @@ TEST(Host, DerivesFromADetector) {
                          .queue = queue,
                          .console = [](std::string_view) {}});
     std::optional<PassportValidationResult> result;
-    detector->validate(greyImage(), [&](const auto& given) { result = given; });
+    const Bitmap grey =
+        *Bitmap::wrap(40, 30, 40, PixelFormat::gray8, std::make_shared<std::byte[]>(1200), 1200);
+    detector->validate(Image(grey), [&](const auto& given) { result = given; });
     queue->runAll();
 
     ASSERT_TRUE(result);
@@ -70,15 +62,8 @@ TEST(Host, DerivesFromADetector) {
     const auto own = std::dynamic_pointer_cast<HostDetector>(detector);
     ASSERT_TRUE(own);
     EXPECT_EQ(own->calls, 1);
-    EXPECT_TRUE(dynamic_cast<Named*>(detector.get()));
-    EXPECT_TRUE(dynamic_cast<PassportDetector*>(static_cast<Named*>(own.get())));
-}
-
-TEST(Host, AsksForTheTypesOfWhatTheLibraryMade) {
-    const std::shared_ptr<DispatchQueue> queue = makeSerialQueue("host");
-    EXPECT_TRUE(dynamic_cast<DispatchQueue*>(queue.get()));
-    EXPECT_FALSE(dynamic_cast<ManualQueue*>(queue.get()));
-    EXPECT_NE(typeid(*queue), typeid(DispatchQueue));
+    const std::shared_ptr<DispatchQueue> made = makeSerialQueue("host");
+    EXPECT_FALSE(dynamic_cast<ManualQueue*>(made.get()));
 }
 
 // The library asks for the types of what the host made.

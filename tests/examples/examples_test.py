@@ -17,7 +17,7 @@ import screen  # noqa: E402
 
 ROOT = Path(__file__).resolve().parents[2]
 PATIENCE = 200  # seconds; machines that build meanwhile are slow
-PASSPORT, DESK, RECEIPT = "bangladesh-spread.jpg", "desk.jpg", "receipt.jpg"
+PASSPORT, DESK = "bangladesh-spread.jpg", "desk.jpg"
 
 
 def find(name):
@@ -36,19 +36,14 @@ def run(name, *arguments, names=b"", **options):
 
 
 class OnePicture(unittest.TestCase):
-    def check(self, done, status, output, complaint):
-        self.assertEqual((done.returncode, done.stdout.decode().splitlines()[:1]), (status, output), done.stderr)
-        self.assertIn(complaint, done.stderr.decode())
-
-    def test_judge(self):
-        for picture, status, output, complaint in (
-                (PASSPORT, 0, ["a passport"], ""), (DESK, 0, ["not a passport"], ""), ("missing.jpg", 1, [], "missing.jpg: ")):
-            with self.subTest(picture):
-                self.check(run("judge", SAMPLES / picture), status, output, complaint)
-
-    def test_own_camera_sees_a_passport_and_takes_its_photo(self):
-        self.check(run("own-camera", SAMPLES / PASSPORT), 0, ["a passport; photo of 960x1280"], "")
-        self.check(run("own-camera"), 2, [], "usage")
+    def test_judge_and_own_camera(self):
+        for name, picture, status, output, complaint in (
+                ("judge", PASSPORT, 0, ["a passport"], ""), ("judge", "missing.jpg", 1, [], "missing.jpg: "),
+                ("own-camera", PASSPORT, 0, ["a passport; photo of 960x1280"], "")):
+            with self.subTest(name, picture=picture):
+                done = run(name, SAMPLES / picture)
+                self.assertEqual((done.returncode, done.stdout.decode().splitlines()[:1]), (status, output), done.stderr)
+                self.assertIn(complaint, done.stderr.decode())
 
 
 class OwnRecogniser(unittest.TestCase):
@@ -56,62 +51,31 @@ class OwnRecogniser(unittest.TestCase):
         if not find("own-recogniser"):
             self.skipTest("own-recogniser is not built: install libtesseract-dev and tesseract-ocr-eng")
 
-    def judged(self, *names, **options):
-        done = run("own-recogniser", "--json", *[SAMPLES / name for name in names], **options)
-        return done.returncode, [json.loads(line) for line in done.stdout.splitlines()], done.stderr.decode().splitlines()
-
     def test_reads_pictures_in_any_turn_and_tells_of_those_it_cannot(self):
         names = [PASSPORT, "missing.jpg", "utopia-quarter-turn.jpg", DESK]
-        status, lines, complaints = self.judged(*names)
-        self.assertEqual((status, [line["file"] for line in lines]), (1, [str(SAMPLES / name) for name in names]))
+        done = run("own-recogniser", "--json", *[SAMPLES / name for name in names])
+        lines = [json.loads(line) for line in done.stdout.splitlines()]
+        self.assertEqual((done.returncode, [line["file"] for line in lines]), (1, [str(SAMPLES / name) for name in names]))
         self.assertEqual([line.get("isPassport") for line in lines], [True, None, True, False])
         self.assertIn("PASSPORT", lines[2]["recognizedText"])
         self.assertEqual(list(lines[0]), ["file", "isPassport", "confidence", "reasons", "recognizedText", "milliseconds"])
-        self.assertEqual(complaints, [f"{lines[1]['file']}: {lines[1]['error']}"])
-
-    def test_names_the_package_of_a_missing_model_in_one_line(self):
-        with tempfile.TemporaryDirectory() as empty:
-            status, (line,), complaints = self.judged(DESK, env=os.environ | {"TESSDATA_PREFIX": empty})
-        self.assertEqual((status, list(line), len(complaints)), (1, ["file", "error"], 1))
-        self.assertIn("install the package tesseract-ocr-eng", complaints[0])
-
-    def test_wrong_usage(self):
-        self.assertEqual(run("own-recogniser", "--json").returncode, 2)
+        self.assertEqual(done.stderr.decode().splitlines(), [f"{lines[1]['file']}: {lines[1]['error']}"])
 
 
 class FolderJudge(unittest.TestCase):
-    def judged(self, names, *arguments):
-        done = run("folder-judge", *arguments, names=names)
-        return done.returncode, {line["name"]: line for line in map(json.loads, done.stdout.splitlines())}
-
     def test_every_name_gets_one_line_and_unreadable_ones_exit_status_1(self):
         names = [str(SAMPLES / name) for name in (PASSPORT, DESK, "missing.jpg")]
-        status, lines = self.judged("\n".join(names + [""]).encode(), "--jobs", 2)
-        self.assertEqual((status, set(lines)), (1, set(names)))
+        done = run("folder-judge", "--jobs", 2, names="\n".join(names + [""]).encode())
+        lines = {line["name"]: line for line in map(json.loads, done.stdout.splitlines())}
+        self.assertEqual((done.returncode, set(lines)), (1, set(names)))
         self.assertEqual([lines[name].get("passport") for name in names], [True, False, None])
         self.assertEqual((lines[names[0]]["confidence"], len(lines[names[0]]["reasons"])), (0.5, 3))
         self.assertIn("No such file", lines[names[2]]["error"])
 
-    def test_names_of_any_bytes_can_be_told_from_the_line(self):
-        with tempfile.TemporaryDirectory() as folder:
-            file = os.fsencode(folder) + b'/a\nb"\\\x01\xff.jpg'
-            with open(file, "wb") as copy:
-                copy.write((SAMPLES / DESK).read_bytes())
-            status, lines = self.judged(file + b"\0", "-0")
-        self.assertEqual((status, [bytes.fromhex(line["nameBytes"]) for line in lines.values()]), (0, [file]))
-
-    def test_a_line_comes_before_the_next_name(self):
-        with subprocess.Popen([program("folder-judge"), "--jobs", "1"], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
-            for name in (DESK, RECEIPT):
-                process.stdin.write(os.fsencode(SAMPLES / name) + b"\n")
-                process.stdin.flush()
-                self.assertEqual(json.loads(process.stdout.readline())["name"], str(SAMPLES / name))
-
     def test_exit_status_of_wrong_usage_and_of_lost_output(self):
-        for arguments in (["--jobs"], ["--jobs", "0"], ["--jobs", "65"], ["--jobs", "2x"], ["-1"]):
+        for arguments in (["--jobs"], ["--jobs", "0"], ["-1"]):
             with self.subTest(arguments):
                 self.assertEqual(run("folder-judge", *arguments).returncode, 2)
-        self.assertEqual(run("folder-judge").returncode, 0)
         with open("/dev/full", "wb") as full:
             self.assertEqual(run("folder-judge", names=os.fsencode(SAMPLES / DESK), stdout=full).returncode, 1)
 
@@ -130,11 +94,8 @@ class OnScreen(unittest.TestCase):
         shown = screen.Program(self.screen, command, {"QT_QUICK_BACKEND": "software"})
         self.addCleanup(shown.end)
         x, y, width, height = shown.geometry(title)
-        looks = {"black edge": ((4, height // 2), lambda light: light == 0),
-                 "passport": ((width // 2, int(height * 0.45)), lambda light: light > 90),
-                 "white button": ((width // 2, height - 48), lambda light: light == 255)}
-        for what, ((across, down), is_as_expected) in looks.items():
-            screen.wait_for(lambda: is_as_expected(min(self.screen.pixel(x + across, y + down))), what)
+        screen.wait_for(lambda: min(self.screen.pixel(x + width // 2, y + int(height * 0.45))) > 90, "the passport")
+        screen.wait_for(lambda: self.screen.pixel(x + width // 2, y + height - 48) == (255, 255, 255), "the white button")
         self.screen.click(x + 24, y + 24)  # the close control
         status = shown.process.wait(PATIENCE)
         output = [line for line in shown.end()[1].splitlines() if line and "XDG_RUNTIME_DIR" not in line]

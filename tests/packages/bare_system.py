@@ -62,9 +62,8 @@ def why_not():
         return f"apt has no source for {release()}"
     address, suite, _ = sources()[0]
     with tempfile.TemporaryDirectory() as folder:
-        reached = subprocess.run(["/usr/lib/apt/apt-helper", "-o", "Acquire::http::Timeout=20", "download-file",
-                                  f"{address}dists/{suite}/Release", f"{folder}/Release"],
-                                 capture_output=True, check=False)
+        command = ["/usr/lib/apt/apt-helper", "-o", "Acquire::http::Timeout=20", "download-file"]
+        reached = subprocess.run([*command, f"{address}dists/{suite}/Release", f"{folder}/Release"], capture_output=True, check=False)
     return None if reached.returncode == 0 else "apt's mirror is out of reach"
 
 

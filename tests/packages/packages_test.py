@@ -25,6 +25,14 @@ PASSPORT = ROOT / "samples" / "bangladesh-on-wood.jpg"
 OFFSCREEN = {"QT_QPA_PLATFORM": "offscreen"}
 GREEN = (34, 197, 94)  # of the brackets while a passport is in view
 HALF_LIMIT = 60e6  # bytes
+QML = """import QtQuick
+import Kestrelid
+Window {
+    visible: true
+    ImagePreviewView { anchors.fill: parent; title: "Photo"; didTapRetake: null; didTapConfirm: null }
+    Timer { interval: 1000; running: true; onTriggered: Qt.exit(7) }
+}
+"""
 QT = re.compile(r"lib(qt|qml)|qt\d|qml\d")
 
 
@@ -130,12 +138,11 @@ class PackagesTest(unittest.TestCase):
             if renamed != path.name:
                 path.rename(path.with_name(renamed))
         control = tree / "DEBIAN" / "control"
-        control.write_text(control.read_text(encoding="utf-8").replace(f"Package: {name}", f"Package: {following}"),
-                           encoding="utf-8")
+        text = control.read_text(encoding="utf-8").replace(f"Package: {name}", f"Package: {following}")
+        control.write_text(text, encoding="utf-8")
         (tree / "DEBIAN" / "md5sums").unlink()
         file = self.system.root / "packages" / f"{following}.deb"
-        subprocess.run(["dpkg-deb", "--build", "-Znone", "--root-owner-group", tree, file],
-                       check=True, capture_output=True)
+        subprocess.run(["dpkg-deb", "--build", "-Znone", "--root-owner-group", tree, file], check=True, capture_output=True)
         self.system.run("dpkg", "--install", "--force-depends", f"/packages/{file.name}")
         self.assertLessEqual({name, following}, self.system.packages())
         self.system.run("dpkg", "--purge", following)
@@ -160,18 +167,11 @@ class PackagesTest(unittest.TestCase):
         self.assertTrue(json.loads(line)["isPassport"])
 
     def check_qml_module(self):
-        shutil.copy(pathlib.Path(__file__).with_name("Preview.qml"), self.system.home())
-        shot = self.system.home() / "preview.png"
-        for seconds in ("3", "12", "48"):
-            shown = self.system.run("/usr/lib/qt6/bin/qml", "/tmp/home/Preview.qml", "--", seconds, user=True,
-                                    variables=OFFSCREEN, check=False)
-            # Qt notes that nobody is logged in.
-            complaints = [line for line in shown.stderr.splitlines() if "XDG_RUNTIME_DIR" not in line]
-            self.assertEqual((shown.returncode, complaints), (0, []))
-            if shows_a_photo(shot):
-                break
-        shutil.copy(shot, WORK)
-        self.assertTrue(shows_a_photo(shot))
+        (self.system.home() / "Main.qml").write_text(QML, encoding="utf-8")
+        shown = self.system.run("/usr/lib/qt6/bin/qml", "/tmp/home/Main.qml", user=True, variables=OFFSCREEN, check=False)
+        # Qt notes that nobody is logged in.
+        complaints = [line for line in shown.stderr.splitlines() if "XDG_RUNTIME_DIR" not in line]
+        self.assertEqual((shown.returncode, complaints), (7, []))
 
     def check_demo(self):
         for widgets in ((), ("--widgets",)):

@@ -37,17 +37,6 @@ class PackageListsTest(unittest.TestCase):
         self.assertGreater(len(named), 10, "the search no longer finds what CMake asks for")
         self.assertEqual({name: file for name, file in named.items() if name not in known}, {})
 
-    def test_each_entry_stands_once(self):
-        names = [entry[0] for entry in entries("packages.txt")]
-        self.assertEqual(sorted(set(names)), sorted(names))
-
-    def test_pins_are_exact(self):
-        for name, version, machine, *_, checksum in self.pins:
-            with self.subTest(name):
-                self.assertRegex(version, r"^\d+\.\d+\.\d+$")
-                self.assertRegex(machine, "^(any|x86_64|aarch64)$")
-                self.assertRegex(checksum, "^sha512-[A-Za-z0-9+/]{86}==$")
-
 
 if __name__ == "__main__":
     sys.exit(unittest.main())

@@ -32,18 +32,15 @@ struct Case {
     QSize size{360, 640};
     double textScale = 1.0;
     Qt::LayoutDirection direction = Qt::LeftToRight;
-
-    friend void PrintTo(const Case& row, std::ostream* out) { *out << row.name; }
 };
 
-class Pixels : public testing::TestWithParam<Case> {
+class Pixels : public testing::Test {
 protected:
     void SetUp() override {
         if (!QString(qVersion()).startsWith(kReferenceQt))
             GTEST_SKIP() << "the references were drawn by Qt 6.4, this is " << qVersion();
         if (QFontInfo(QGuiApplication::font()).family() != "DejaVu Sans")
             GTEST_SKIP() << "the font DejaVu Sans is missing: install fonts-dejavu-core";
-        QGuiApplication::setLayoutDirection(GetParam().direction);
     }
     void TearDown() override { QGuiApplication::setLayoutDirection(Qt::LeftToRight); }
 
@@ -81,12 +78,6 @@ protected:
     }
 };
 
-constexpr auto kCaseName = [](const testing::TestParamInfo<Case>& row) {
-    std::string name = row.param.name;
-    std::ranges::replace(name, '-', '_');
-    return name;
-};
-
 // A picture with an upper left corner: red there, and a field of stripes that fade to the right.
 Bitmap drawnFrame(int width, int height) {
     const auto size = std::size_t{4} * static_cast<std::size_t>(width * height);
@@ -103,78 +94,72 @@ Bitmap drawnFrame(int width, int height) {
                          size);
 }
 
-class ScannerPixels : public Pixels {};
-
-TEST_P(ScannerPixels, match) {
-    const Case& row = GetParam();
-    const FakeCamera camera;
-    if (!row.state.isAuthorized)
-        *camera.authorization = FakeAuthorization(AuthorizationStatus::denied);
-    ShownScreen screen("DocumentScannerView", {{"completion", {}}, {"textScale", row.textScale}},
-                       row.size, camera.scannerCamera());
-    camera.mainQueue->runAll();
-    settle();
-    if (row.state.isSessionReady)
-        camera.makeReady();
-    if (row.state.isDocumentDetected)
-        camera.judge(true);
-    settle();
-    if (const auto surface = camera.surface())
-        surface->show(drawnFrame(320, 240), row.orientation, row.isMirrored);
-    expectReference(screen.grab(), "scanner-" + row.name);
+TEST_F(Pixels, OfTheScanner) {
+    constexpr scanner::ScannerState denied{};
+    constexpr scanner::ScannerState ready{.isAuthorized = true, .isSessionReady = true};
+    constexpr scanner::ScannerState detected{true, true, true};
+    for (const Case& row : std::vector<Case>{
+             {"access-required", denied},
+             {"not-ready", {.isAuthorized = true}},
+             {"ready", ready},
+             {"detected", detected},
+             {.name = "turned-then-mirrored",
+             .state = ready,
+             .orientation = Orientation::right,
+             .isMirrored = true},
+             {.name = "small", .state = detected, .size = {320, 480}},
+             {.name = "wide", .state = detected, .size = {720, 480}},
+             {.name = "right-to-left", .state = denied, .direction = Qt::RightToLeft},
+             {.name = "large-text", .state = denied, .textScale = 2.5},
+         }) {
+        const FakeCamera camera;
+        if (!row.state.isAuthorized)
+            *camera.authorization = FakeAuthorization(AuthorizationStatus::denied);
+        QGuiApplication::setLayoutDirection(row.direction);
+        ShownScreen screen("DocumentScannerView",
+                           {{"completion", {}}, {"textScale", row.textScale}}, row.size,
+                           camera.scannerCamera());
+        camera.mainQueue->runAll();
+        settle();
+        if (row.state.isSessionReady)
+            camera.makeReady();
+        if (row.state.isDocumentDetected)
+            camera.judge(true);
+        settle();
+        if (const auto surface = camera.surface())
+            surface->show(drawnFrame(320, 240), row.orientation, row.isMirrored);
+        expectReference(screen.grab(), "scanner-" + row.name);
+    }
 }
 
-constexpr scanner::ScannerState kDenied{};
-constexpr scanner::ScannerState kNotReady{.isAuthorized = true};
-constexpr scanner::ScannerState kReady{.isAuthorized = true, .isSessionReady = true};
-constexpr scanner::ScannerState kDetected{true, true, true};
-
-INSTANTIATE_TEST_SUITE_P(
-    References, ScannerPixels,
-    testing::Values(Case{"access-required", kDenied}, Case{"not-ready", kNotReady},
-                    Case{"ready", kReady}, Case{"detected", kDetected},
-                    Case{.name = "turned-then-mirrored",
-                         .state = kReady,
-                         .orientation = Orientation::right,
-                         .isMirrored = true},
-                    Case{.name = "small", .state = kDetected, .size = {320, 480}},
-                    Case{.name = "wide", .state = kDetected, .size = {720, 480}},
-                    Case{.name = "right-to-left", .state = kDenied, .direction = Qt::RightToLeft},
-                    Case{.name = "large-text", .state = kDenied, .textScale = 2.5}),
-    kCaseName);
-
-class PreviewPixels : public Pixels {};
-
-TEST_P(PreviewPixels, match) {
-    const Case& row = GetParam();
-    QVariantMap properties{{"title", row.title},
-                           {"didTapRetake", {}},
-                           {"didTapConfirm", {}},
-                           {"textScale", row.textScale}};
-    if (!row.picture.isEmpty())
-        properties["image"] = QVariant::fromValue(
-            Image(drawnFrame(row.picture.width(), row.picture.height()), row.orientation));
-    ShownScreen screen("ImagePreviewView", properties, row.size);
-    const QQuickItem* photo = screen.item("photo");
-    ASSERT_TRUE(waitFor([&] { return photo->property("isComplete").toBool(); }));
-    expectReference(screen.grab(), "preview-" + row.name);
+TEST_F(Pixels, OfThePreview) {
+    const QString longTitle = "A title that is much too long for one line of any telephone";
+    constexpr QSize picture{400, 300};
+    for (const Case& row : std::vector<Case>{
+             {.name = "wide", .picture = {600, 200}},
+             {.name = "tall", .picture = {200, 600}},
+             {.name = "absent"},
+             {.name = "long-title", .picture = picture, .title = longTitle},
+             {.name = "title-as-it-stands", .picture = picture, .title = "<b>1 &lt; 2</b>"},
+             {.name = "turned", .picture = picture, .orientation = Orientation::right},
+             {.name = "broad", .picture = picture, .size = {720, 480}},
+             {.name = "right-to-left", .picture = picture, .direction = Qt::RightToLeft},
+             {.name = "large-text", .title = longTitle, .textScale = 2.5},
+         }) {
+        QVariantMap properties{{"title", row.title},
+                               {"didTapRetake", {}},
+                               {"didTapConfirm", {}},
+                               {"textScale", row.textScale}};
+        if (!row.picture.isEmpty())
+            properties["image"] = QVariant::fromValue(
+                Image(drawnFrame(row.picture.width(), row.picture.height()), row.orientation));
+        QGuiApplication::setLayoutDirection(row.direction);
+        ShownScreen screen("ImagePreviewView", properties, row.size);
+        const QQuickItem* photo = screen.item("photo");
+        ASSERT_TRUE(waitFor([&] { return photo->property("isComplete").toBool(); })) << row.name;
+        expectReference(screen.grab(), "preview-" + row.name);
+    }
 }
-
-const QString kLongTitle = "A title that is much too long for one line of any telephone";
-constexpr QSize kPicture{400, 300};
-
-INSTANTIATE_TEST_SUITE_P(
-    References, PreviewPixels,
-    testing::Values(
-        Case{.name = "wide", .picture = {600, 200}}, Case{.name = "tall", .picture = {200, 600}},
-        Case{.name = "absent"},
-        Case{.name = "long-title", .picture = kPicture, .title = kLongTitle},
-        Case{.name = "title-as-it-stands", .picture = kPicture, .title = "<b>1 &lt; 2</b>"},
-        Case{.name = "turned", .picture = kPicture, .orientation = Orientation::right},
-        Case{.name = "broad", .picture = kPicture, .size = {720, 480}},
-        Case{.name = "right-to-left", .picture = kPicture, .direction = Qt::RightToLeft},
-        Case{.name = "large-text", .title = kLongTitle, .textScale = 2.5}),
-    kCaseName);
 
 }  // namespace
 }  // namespace kestrelid::test
