@@ -112,6 +112,15 @@ TEST_F(CameraWatchTest, TellsVerdictsAndEachChangeOfTheDocument) {
                                   kYes, kNo, kNo, R"("document","detected":false)"));
 }
 
+TEST_F(CameraWatchTest, EndsWhereThereIsNoCamera) {
+    platform->machine->hasDevice = false;
+    start();
+    pass(1.5);
+    EXPECT_THAT(told, ElementsAre(kAuthorized, R"("session","ready":false,"camera":null)",
+                                  R"("error","error":"no camera")"));
+    EXPECT_THAT(ended, ElementsAre(ExitStatus::inputFailed));
+}
+
 TEST_F(CameraWatchTest, WaitsForThePersonToAnswer) {
     *authorization = FakeAuthorization(AuthorizationStatus::notDetermined);
     start();

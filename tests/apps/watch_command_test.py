@@ -47,15 +47,6 @@ class Watch(CommandLineTest):
                               "height": taken.height})
         self.assertIn(b": passport, ", run("validate", photo).stdout)
 
-    def test_receipt_is_never_a_passport(self):
-        photo = self.folder / "page.png"
-        process = self.watch("--json", "--camera", str(RECEIPT), "--photo", str(photo))
-        written = b"".join(self.read_until(process, b'"isPassport"') for _ in range(4))
-        process.send_signal(signal.SIGINT)
-        self.assertEqual(process.wait(timeout=PATIENCE), 0)
-        self.assertNotRegex(written + process.stdout.read(), b'"isPassport":true|document|photo')
-        self.assertFalse(photo.exists())
-
     def test_photo_that_does_not_come_in_time_is_an_error(self):
         photo = self.folder / "blank.PNG"
         blank = self.write("camera.png", png(640, 480))

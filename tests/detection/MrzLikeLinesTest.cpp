@@ -33,7 +33,7 @@ TEST(DetectMrzLikeLines, SaysWhy) {
         {"lowerCase", "p<utoeriksson<<anna<maria<<<<<<<<<<<<<<<<<<<\n" + kSecond, two(44, 44)},
         {"spacesInside", "P<UTO ERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<\n" + kSecond, two(44, 44)},
         {"carriageReturns", kFirst + "\r\n" + kSecond + "\r\n", two(44, 44)},
-        {"everyLineBreak", "A\vB\fC\u0085D\u2028" + line(30) + "\u2029" + line(30), two(30, 30)},
+        {"shiftOutBreaksNoLine", line(30) + "\x0E" + line(30), kTooFew},
         {"combinedAt66", line(29) + "\n" + line(37), kCombined},
         {"below66", line(29) + "\n" + line(36), kNone},
         {"combinedAsymmetric", line(44) + "\n" + line(22), kCombined},
@@ -52,6 +52,8 @@ TEST(DetectMrzLikeLines, SaysWhy) {
         EXPECT_EQ(answer.reason, row.reason);
         EXPECT_EQ(answer.found, answer.reason.starts_with("Found"));
     }
+    for (const char* lineBreak : {"\v", "\f", "\r", "\u0085", "\u2028", "\u2029"})
+        EXPECT_EQ(detectMRZLikeLines(line(30) + lineBreak + line(35)).reason, two(30, 35));
 }
 
 }  // namespace

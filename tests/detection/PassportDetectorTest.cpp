@@ -53,80 +53,47 @@ struct Bench {
 TEST(PassportDetector, JudgesByOutlineAndKeywords) {
     const std::string noOutline = "No document rectangle found.";
     const std::string large = "Document rectangle detected (area fraction 0.15).";
-    const std::string noKeywords = "No passport keywords found.";
-    const std::string fourMatches =
-        "Keywords matched: PASSPORT (distance 0); PASSEPORT (distance 1); PASAPORTE (distance 2); "
-        "PASSPORT (distance 0)";
+    const std::string justSmall = "Rectangle present but small (area fraction 0.15).";
+    const std::string noArea = "Rectangle present but small (area fraction nan).";
+    const std::string noWords = "No passport keywords found.";
+    const std::string oneWord = "Keywords matched: PERMANENT ADDRESS (distance 0)";
+    const std::string threeWords = "Keywords matched: BANGLADESH (distance 0); BANGLADESHI "
+                                   "(distance 1); BANGLADESH (distance 0)";
+    const std::string fourWords = "Keywords matched: PASSPORT (distance 0); PASSEPORT (distance "
+                                  "1); PASAPORTE (distance 2); PASSPORT (distance 0)";
     const std::string zone = "P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<";
+    const TextObservation unread({}, {});
+    const double nan = std::numeric_limits<double>::quiet_NaN();
     const struct {
-        const char* name;
         Outlines outlines;
         Lines lines;
         double confidence;
         std::string outlineReason;
         std::string keywordReason;
-        std::string recognizedText;
+        std::string text;
     } rows[] = {
-        {"nothing", {}, {}, 0.0, noOutline, noKeywords, ""},
-        {"exactlyHalf",
-         {rectangleOf(0.5, 0.3)},
-         {line("Passport")},
-         0.5,
-         large,
-         fourMatches,
-         "Passport"},
-        {"areaJustBelow",
-         {rectangleOf(0.495, 0.3)},
-         {line("PASSPORT")},
-         0.499,
-         "Rectangle present but small (area fraction 0.15).",
-         fourMatches,
-         "PASSPORT"},
-        {"threeMatches",
-         {rectangleOf(1, 1)},
-         {line("BANGLADESH")},
-         0.5,
-         "Document rectangle detected (area fraction 1.00).",
-         "Keywords matched: BANGLADESH (distance 0); BANGLADESHI (distance 1); BANGLADESH "
-         "(distance 0)",
-         "BANGLADESH"},
-        {"oneMatchAcrossLines",
-         {rectangleOf(0.5, 0.3)},
-         {line("PERMANENT"), line("ADDRESS")},
-         0.1 + 0.4 / 3.0,
-         large,
-         "Keywords matched: PERMANENT ADDRESS (distance 0)",
-         "PERMANENT\nADDRESS"},
-        {"zoneLinesReachTheTestAsOne",
-         {},
-         {line(zone), line(zone)},
-         0.0,
-         noOutline,
-         noKeywords,
-         zone + "\n" + zone},
-        {"observationsWithoutCandidate",
-         {},
-         {TextObservation({}, {}), line("WORLD"), TextObservation({}, {}), line("")},
+        {{}, {}, 0.0, noOutline, noWords, ""},
+        {{rectangleOf(0.5, 0.3)}, {line("Passport")}, 0.5, large, fourWords, "Passport"},
+        {{rectangleOf(0.495, 0.3)}, {line("PASSPORT")}, 0.499, justSmall, fourWords, "PASSPORT"},
+        {{rectangleOf(0.5, 0.3)}, {line("BANGLADESH")}, 0.5, large, threeWords, "BANGLADESH"},
+        {{},
+         {line("PERMANENT"), unread, line("ADDRESS"), line("")},
          0.4 / 3.0,
          noOutline,
-         "Keywords matched: BGD (distance 4)",
-         "WORLD\n"},
+         oneWord,
+         "PERMANENT\nADDRESS\n"},
+        // The lines reach the test for a zone as one.
+        {{}, {line(zone), line(zone)}, 0.0, noOutline, noWords, zone + "\n" + zone},
         // A size that is no number counts as missing: the bound of each minimum takes its place.
-        {"areaIsNoNumber",
-         {rectangleOf(std::numeric_limits<double>::quiet_NaN(), 1)},
-         {},
-         0.1,
-         "Rectangle present but small (area fraction nan).",
-         noKeywords,
-         ""}};
+        {{rectangleOf(nan, 1)}, {}, 0.1, noArea, noWords, ""}};
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(row.outlineReason + row.text);
         const auto answer = Bench(row.outlines, FakeText(row.lines)).judge();
         EXPECT_EQ(answer.isPassport(), row.confidence >= 0.5);
         EXPECT_DOUBLE_EQ(answer.confidence(), row.confidence);
         EXPECT_THAT(answer.reasons(),
                     ElementsAre(row.outlineReason, row.keywordReason, "No MRZ found."));
-        EXPECT_EQ(answer.recognizedText(), row.recognizedText);
+        EXPECT_EQ(answer.recognizedText(), row.text);
     }
 }
 
