@@ -64,21 +64,12 @@ TEST(FuzzyDistance, ComparesWithNoRunLongerThanTheKeywordAndEight) {
     EXPECT_EQ(fuzzyDistance("BGD", ""), kNoDistance);
 }
 
-TEST(FuzzyDistance, CountsAPhraseAsItStands) {
-    // The sign U+09BE is a character by itself at the start of a text, and part of the space before
-    // it elsewhere: the phrase "AB" space sign has three characters.
-    EXPECT_EQ(fuzzyDistance("AB", "AB \u09BE"), 0);
-    EXPECT_EQ(fuzzyDistance("AB \u09BE", "XX \u09BE"), 2);
-    EXPECT_EQ(fuzzyDistance("\u09BE", "AB \u09BE"), 0);
-}
-
 TEST(EditDistance, ComparesCharactersByCanonicalEquivalence) {
     EXPECT_EQ(editDistance("", ""), 0);
     EXPECT_EQ(editDistance("", "\U0001F469\u0301\u200D\U0001F467"), 1);  // a mark before the joiner
     EXPECT_EQ(editDistance("", "\U0001F469x\u200D\U0001F467"), 3);
     EXPECT_EQ(editDistance("ab", ""), 2);
     EXPECT_EQ(editDistance("caf\u00E9", "cafe\u0301"), 0);
-    EXPECT_EQ(editDistance("cafe", "cafe\u0301"), 1);
     EXPECT_EQ(editDistance(std::string(63, 'a'), std::string(65, 'a')), 2);
     EXPECT_EQ(editDistance(std::string(130, 'a') + "b", "c" + std::string(130, 'a')), 2);
 }
