@@ -1,5 +1,4 @@
 #include "apps/cli/CameraWatch.h"
-
 #include "apps/cli/WatchLog.h"
 #include "tests/support/FakeCapture.h"
 #include "tests/support/ManualQueue.h"

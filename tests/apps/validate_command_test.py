@@ -3,7 +3,6 @@
 import os
 import pty
 import shutil
-import signal
 import subprocess
 import unittest
 

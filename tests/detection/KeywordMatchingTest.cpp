@@ -34,14 +34,11 @@ TEST(Normalize, Cleans) {
     }
 }
 
-TEST(KeywordTable, HasMisspeltAndRepeatedEntries) {
+TEST(MatchKeywords, ListsMisspeltAndRepeatedEntriesInTableOrder) {
     EXPECT_EQ(passportKeywords().size(), 30u);
     EXPECT_THAT(passportKeywords(), Contains("DATE OF ISSUEx"));
     for (const char* repeated : {"PASSPORT", "BANGLADESH", "DATE OF BIRTH", "NATIONALITY"})
         EXPECT_THAT(passportKeywords(), Contains(repeated).Times(2));
-}
-
-TEST(MatchKeywords, ListsRepeatedEntriesInTableOrder) {
     EXPECT_THAT(matchKeywords(passportKeywords(), "PASSPORT"),
                 ElementsAre(KeywordMatch{"PASSPORT", 0}, KeywordMatch{"PASSEPORT", 1},
                             KeywordMatch{"PASAPORTE", 2}, KeywordMatch{"PASSPORT", 0}));
