@@ -1,5 +1,4 @@
 #include "apps/cli/CameraWatch.h"
-
 #include "apps/cli/WatchLog.h"
 #include "tests/support/FakeCapture.h"
 #include "tests/support/ManualQueue.h"
@@ -67,16 +66,12 @@ struct CameraWatchTest : testing::Test {
         queue->runAll();
     }
 
-    void giveFrame() {
-        time += 0.5;
-        platform->videoOutput.lock()->deliver(
-            std::make_shared<test::FakePixelBuffer>(test::blankBitmap(8, 8)));
-        queue->runAll();
-    }
-
     void judge(std::initializer_list<bool> verdicts) {
         for (const bool isPassport : verdicts) {
-            giveFrame();
+            time += 0.5;
+            platform->videoOutput.lock()->deliver(
+                std::make_shared<test::FakePixelBuffer>(test::blankBitmap(8, 8)));
+            queue->runAll();
             detector->answer(detector->completions.size() - 1, isPassport, isPassport ? 0.5 : 0.1);
             queue->runAll();
         }
@@ -106,7 +101,7 @@ struct CameraWatchTest : testing::Test {
     }
 };
 
-TEST_F(CameraWatchTest, TellsVerdictsAndEachChangeOfTheDocumentUntilItsEnd) {
+TEST_F(CameraWatchTest, TellsVerdictsAndEachChangeOfTheDocument) {
     start();
     pass(1.2);
     judge({false, true, true, false, false});
@@ -114,66 +109,15 @@ TEST_F(CameraWatchTest, TellsVerdictsAndEachChangeOfTheDocumentUntilItsEnd) {
     constexpr const char* kNo = R"("verdict","isPassport":false,"confidence":0.1)";
     EXPECT_THAT(told, ElementsAre(kAuthorized, kReady, kNo, kYes, R"("document","detected":true)",
                                   kYes, kNo, kNo, R"("document","detected":false)"));
-    EXPECT_TRUE(ended.empty());
-    giveFrame();
-    watch->stop();
-    detector->answer(detector->completions.size() - 1, true, 0.5);
-    queue->runAll();
-    EXPECT_EQ(told.size(), 9u);
 }
 
-TEST_F(CameraWatchTest, EndsWithTheReasonWhereThereIsNothingToWatch) {
-    struct Row {
-        const char* name;
-        std::function<void(CameraWatchTest&)> prepare;
-        std::vector<std::string> told;
-    };
-    const std::string notReady = R"("session","ready":false,"camera":"Fake camera")";
-    for (
-        const Row& row : std::vector<Row>{
-            {"denied",
-             [](auto& t) { *t.authorization = FakeAuthorization(AuthorizationStatus::denied); },
-             {R"("authorized","authorized":false)", R"("error","error":"denied")"}},
-            {"no camera",
-             [](auto& t) { t.platform->machine->hasDevice = false; },
-             {kAuthorized, R"("session","ready":false,"camera":null)",
-              R"("error","error":"no camera")"}},
-            {"busy",
-             [](auto& t) { t.platform->machine->deviceOpens = false; },
-             {kAuthorized, notReady,
-              R"("error","error":"Fake camera: in use by another program")"}},
-            {"no frames",
-             [](auto& t) { t.platform->machine->starts = false; },
-             {kAuthorized, notReady,
-              R"("error","error":"Fake camera: opened, but gives no pictures; another program may be using it")"}},
-        }) {
-        SCOPED_TRACE(row.name);
-        platform = std::make_shared<FakePlatform>();
-        *authorization = FakeAuthorization(AuthorizationStatus::authorized);
-        row.prepare(*this);
-        told.clear();
-        ended.clear();
-        start();
-        pass(1.5);
-        EXPECT_EQ(told, row.told);
-        EXPECT_THAT(ended, ElementsAre(ExitStatus::inputFailed));
-        EXPECT_TRUE(platform->session.expired());
-    }
-}
-
-TEST_F(CameraWatchTest, NoticesALostCameraSoonAndCallsItAsThePersonDoes) {
-    for (const std::string camera : {"", "pictures/page.jpg"}) {
-        const std::string name = camera.empty() ? "Fake camera" : camera;
-        WatchPlan plan;
-        plan.camera = camera;
-        start(plan);
-        pass(1.2);
-        EXPECT_EQ(told.back(), R"("session","ready":true,"camera":")" + name + '"');
-        platform->session.lock()->lose();
-        pass(0.3);
-        EXPECT_EQ(told.back(), R"("error","error":")" + name + R"(: the camera was lost")");
-        EXPECT_EQ(ended.back(), ExitStatus::inputFailed);
-    }
+TEST_F(CameraWatchTest, EndsWhereThereIsNoCamera) {
+    platform->machine->hasDevice = false;
+    start();
+    pass(1.5);
+    EXPECT_THAT(told, ElementsAre(kAuthorized, R"("session","ready":false,"camera":null)",
+                                  R"("error","error":"no camera")"));
+    EXPECT_THAT(ended, ElementsAre(ExitStatus::inputFailed));
 }
 
 TEST_F(CameraWatchTest, WaitsForThePersonToAnswer) {
@@ -239,17 +183,12 @@ TEST_F(CameraWatchTest, PhotoAfterSecondsWaitsForNoPassportAndTheEndForThePhoto)
 }
 
 TEST_F(CameraWatchTest, MissedPhotoIsAnError) {
-    start(photoPlan({}, 3.0));
-    pass(3.3);
-    EXPECT_THAT(told.back(), HasSubstr(".jpg: no photo: no passport"));
-    EXPECT_THAT(ended, ElementsAre(ExitStatus::inputFailed));
-
     start(photoPlan(0.0));
     pass(1.2);
     platform->photoOutput.lock()->finish({}, CaptureError{"gone"});
     queue->runAll();
     EXPECT_THAT(told.back(), HasSubstr(".jpg: the camera gave no photo"));
-    EXPECT_EQ(ended.back(), ExitStatus::inputFailed);
+    EXPECT_THAT(ended, ElementsAre(ExitStatus::inputFailed));
 }
 
 TEST_F(CameraWatchTest, FileThatAppearsMeanwhileIsReplacedOnlyByForce) {

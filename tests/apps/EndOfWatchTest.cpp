@@ -4,22 +4,9 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <thread>
 
 namespace kestrelid::cli {
 namespace {
-
-TEST(EndOfWatchTest, GivesWhatAnotherThreadAnnouncesAndLeavesSignalsAsTheyWere) {
-    {
-        EndOfWatch end;
-        const std::jthread other([&] { end.announce(ExitStatus::inputFailed); });
-        EXPECT_EQ(end.wait(), ExitStatus::inputFailed);
-    }
-    sigset_t blocked;
-    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-    EXPECT_EQ(sigismember(&blocked, SIGINT), 0);
-    EXPECT_EQ(sigismember(&blocked, SIGTERM), 0);
-}
 
 TEST(EndOfWatchDeathTest, FirstSignalIsAnEndAndTheSecondKills) {
     for (const int number : {SIGINT, SIGTERM}) {

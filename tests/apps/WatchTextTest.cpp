@@ -20,8 +20,6 @@ TEST(WatchLogTest, LinesBeginWithLocalTime) {
     const WallTime time{std::chrono::duration<double>(1'790'000'000.0625)};
     const std::string start = "2026-09-21T19:43:20.062+05:30";
     EXPECT_EQ(eventAsText(time, DocumentChanged{true}), start + "  document    in view\n");
-    EXPECT_EQ(eventAsText(time, FrameJudged{false, 0.4994}),
-              start + "  verdict     not a passport, confidence 0.499\n");
     EXPECT_EQ(eventAsJson(time, DocumentChanged{true}),
               R"({"time":")" + start + R"(","event":"document","detected":true})" + "\n");
     setTimeZone("NST3:30");  // west, and before the first second of 1970
@@ -30,10 +28,9 @@ TEST(WatchLogTest, LinesBeginWithLocalTime) {
 }
 
 TEST(WatchLogTest, WhatTheErrorTellsIsNoLineOfText) {
-    EXPECT_EQ(eventAsText({}, SessionKnown{}), "");
-    EXPECT_EQ(eventAsText({}, AuthorizationKnown{}), "");
-    EXPECT_EQ(eventAsText({}, WatchFailed{"gone"}), "");
-    EXPECT_NE(eventAsJson({}, WatchFailed{"gone"}).find(R"("error":"gone")"), std::string::npos);
+    for (const WatchEvent& event : {WatchEvent(SessionKnown{}), WatchEvent(AuthorizationKnown{}),
+                                    WatchEvent(WatchFailed{"gone"})})
+        EXPECT_EQ(eventAsText({}, event), "");
 }
 
 TEST(WatchLogTest, HostileNamesReachNoTerminal) {
@@ -56,7 +53,6 @@ TEST(CameraListTest, NamesFormatsOrSaysThatThereIsNone) {
     EXPECT_EQ(camerasAsText(cameras), "Front\n    1920x1080, 30 frames/s, jpeg\n"
                                       "    640x480, 7.5 frames/s, raw\nBack\n");
     EXPECT_EQ(camerasAsJson({cameras[1]}), "{\"cameras\":[{\"name\":\"Back\",\"formats\":[]}]}\n");
-    EXPECT_EQ(camerasAsJson({}), "{\"cameras\":[]}\n");
     EXPECT_EQ(whyNoCamera("Side", cameras),
               "Side: neither a file nor a camera; the cameras are: Front, Back");
     for (const std::string& line : {camerasAsText({}), whyNoCamera("", {})})

@@ -74,7 +74,6 @@ class Evaluate(unittest.TestCase):
         written = json.loads(output.read_text())
         complete, verdict, other = written["combinations"]
         self.assertEqual(complete["others"], {"other-id": {"calledPassport": 1, "judged": 1}})
-        self.assertEqual((complete["medianMilliseconds"], complete["p90Milliseconds"], complete["noVerdict"]), (20, 30, 1))
         self.assertGreater(complete["peakMemoryMiB"], 4)
         hit = complete["pictures"][0]
         self.assertAlmostEqual(hit["overlap"], 1)
@@ -89,8 +88,6 @@ class Evaluate(unittest.TestCase):
             result = self.run_on(self.write("judge", f"#!/bin/sh\n{script}\n"))
             self.assertEqual((result.returncode, result.stdout), (1, ""))
             self.assertRegex(result.stderr, rf"^evaluate: [^\n]*{cause}[^\n]*\n$")
-        wrong = self.run_on("judge", "--jobs", "0")
-        self.assertEqual((wrong.returncode, wrong.stderr.count("\n")), (2, 1))
 
     def test_manifest_errors_name_the_line(self):
         for text, line in [("", 1), ("\nname\tkind\nx\ty\n", 2), ("file\tkind\na.jpg\tother\n\tother\n", 3), ("file\tkind\na\n", 2),

@@ -63,12 +63,12 @@ class Cameras(CommandLineTest):
         self.assertIn(b": passport, ", run("validate", photo).stdout)
 
     def test_failures_are_one_line_with_the_name(self):
-        for failure in ["open", "busy", "start"]:
-            with self.subTest(failure):
-                self.describe("device Desk", f"fail {failure}")
-                result = self.kestrelid("watch", "--camera", "Desk")
-                self.assertEqual(result.returncode, 1)
-                self.assert_error_lines(result, ["kestrelid: Desk: "])
+        for failure, cause in [("open", "does not open"), ("busy", "gives no pictures")]:
+            self.describe("device Desk", f"fail {failure}")
+            result = self.kestrelid("watch", "--camera", "Desk")
+            self.assertEqual(result.returncode, 1)
+            self.assert_error_lines(result, ["kestrelid: Desk: "])
+            self.assertIn(cause, result.stderr.decode())
 
     def test_loss_ends_the_watch(self):
         for line in ["unplugged", "unplugged error", "stall-after 60"]:

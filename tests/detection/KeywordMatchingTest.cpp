@@ -2,7 +2,6 @@
 #include "detection/KeywordTable.h"
 #include "detection/NormalizedText.h"
 #include "detection/PassportKeywords.h"
-#include "detection/Scoring.h"
 
 #include <gmock/gmock.h>
 #include <string>
@@ -13,74 +12,36 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 
-struct TextRow {
-    const char* name;
-    std::string raw;
-    std::string cleaned;
-};
-
 TEST(Normalize, Cleans) {
-    const TextRow rows[] = {{"empty", "", ""},
-                            {"onlySpaces", " \n  \n", ""},
-                            {"lineFeedsBecomeSingleSpaces", "Date\n\nof  Birth\n", "DATE OF BIRTH"},
-                            {"punctuationVanishesWithoutGap", "SUR-NAME P.A.S.S", "SURNAME PASS"},
-                            {"spacesAroundDroppedCharactersMeet", "A - B", "A B"},
-                            {"tabAndCarriageReturnVanish", "PASS\tPORT\r\nNO", "PASSPORT NO"},
-                            {"noBreakSpaceVanishes", "A\u00A0B", "AB"},
-                            {"zoneCharactersStay", "p<utoo'neil>>", "P<UTOO'NEIL>>"},
-                            {"composedAccentFolds", "R\u00C9PUBLIQUE", "REPUBLIQUE"},
-                            {"combiningAccentFolds", "RE\u0301PUBLIQUE", "REPUBLIQUE"},
-                            {"sharpSGrows", "Stra\u00DFe", "STRASSE"},
-                            {"ligatureGrows", "\uFB01n", "FIN"},
-                            {"bengaliKeepsItsSigns",
-                             "\u099C\u09A8\u09B8\u0982\u0996\u09CD\u09AF\u09BE",
-                             "\u099C\u09A8\u09B8\u0982\u0996\u09CD\u09AF\u09BE"},
-                            {"emojiVanishes", "A\U0001F600B", "AB"},
-                            {"digitsOfOtherScriptsStay", "\u09E7\u0663", "\u09E7\u0663"},
-                            {"illFormedBytesDoNotMeet", "I\xCD\xCD\x91\xA9", "I"},
-                            {"illFormedBytesVanish",
-                             "A\xFF\xC3"
-                             "B",
-                             "AB"}};
-    for (const TextRow& row : rows) {
+    const struct {
+        const char* name;
+        std::string raw;
+        std::string cleaned;
+    } rows[] = {{"empty", "", ""},
+                {"lineFeedsBecomeSingleSpaces", "Date\n\nof  Birth\n", "DATE OF BIRTH"},
+                {"punctuationVanishesWithoutGap", "SUR-NAME P.A.S.S", "SURNAME PASS"},
+                {"tabAndCarriageReturnVanish", "PASS\tPORT\r\nNO", "PASSPORT NO"},
+                {"zoneCharactersStay", "p<utoo'neil>>", "P<UTOO'NEIL>>"},
+                {"composedAccentFolds", "R\u00C9PUBLIQUE", "REPUBLIQUE"},
+                {"illFormedBytesDoNotMeet", "I\xCD\xCD\x91\xA9", "I"},
+                {"illFormedBytesVanish",
+                 "A\xFF\xC3"
+                 "B",
+                 "AB"}};
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(normalize(row.raw), row.cleaned);
     }
 }
 
-TEST(KeywordTable, IsOneSharedListOfThirty) {
+TEST(MatchKeywords, ListsMisspeltAndRepeatedEntriesInTableOrder) {
     EXPECT_EQ(passportKeywords().size(), 30u);
-    EXPECT_EQ(passportKeywords().data(), passportKeywords().data());
     EXPECT_THAT(passportKeywords(), Contains("DATE OF ISSUEx"));
     for (const char* repeated : {"PASSPORT", "BANGLADESH", "DATE OF BIRTH", "NATIONALITY"})
         EXPECT_THAT(passportKeywords(), Contains(repeated).Times(2));
-}
-
-TEST(MatchKeywords, ListsRepeatedEntriesInTableOrder) {
     EXPECT_THAT(matchKeywords(passportKeywords(), "PASSPORT"),
                 ElementsAre(KeywordMatch{"PASSPORT", 0}, KeywordMatch{"PASSEPORT", 1},
                             KeywordMatch{"PASAPORTE", 2}, KeywordMatch{"PASSPORT", 0}));
-    EXPECT_THAT(matchKeywords(passportKeywords(), "PASSP0RT"),
-                ElementsAre(KeywordMatch{"PASSPORT", 1}, KeywordMatch{"PASSEPORT", 2},
-                            KeywordMatch{"PASAPORTE", 3}, KeywordMatch{"PASSPORT", 1}));
-}
-
-TEST(MatchKeywords, MatchesRunsOfWords) {
-    const auto issued = matchKeywords(passportKeywords(), "DATE OF ISSUE");
-    EXPECT_THAT(issued, Contains(KeywordMatch{"DATE OF ISSUEx", 1}));
-    EXPECT_THAT(issued, Contains(KeywordMatch{"BGD", 3}));
-
-    const auto republic = matchKeywords(passportKeywords(), "PEOPLES REPUBLIC OF BANGLADESH");
-    EXPECT_THAT(republic, Contains(KeywordMatch{"PEOPLE'S REPUBLIC OF BANGLADESH", 1}));
-    EXPECT_THAT(republic, Contains(KeywordMatch{"REPUBLIC OF BANGLADESH", 0}));
-    EXPECT_THAT(republic, Contains(KeywordMatch{"PEOPLE REUBLIC OF BANGLADESH", 2}));
-    EXPECT_THAT(republic, Contains(KeywordMatch{"BANGLADESH", 0}).Times(2));
-}
-
-TEST(MatchKeywords, ShortEntryMatchesAlmostAnyShortWord) {
-    EXPECT_EQ(keywordReason(matchKeywords(passportKeywords(), "HELLO WORLD")),
-              "Keywords matched: BGD (distance 4)");
-    EXPECT_EQ(keywordReason(matchKeywords(passportKeywords(), "")), "No passport keywords found.");
 }
 
 TEST(MatchKeywords, LongEntriesTolerateMore) {
@@ -100,23 +61,12 @@ TEST(FuzzyDistance, ComparesWithNoRunLongerThanTheKeywordAndEight) {
     EXPECT_EQ(fuzzyDistance("BGD", ""), kNoDistance);
 }
 
-TEST(FuzzyDistance, CountsAPhraseAsItStands) {
-    // The sign U+09BE is a character by itself at the start of a text, and part of the space before
-    // it elsewhere: the phrase "AB" space sign has three characters.
-    EXPECT_EQ(fuzzyDistance("AB", "AB \u09BE"), 0);
-    EXPECT_EQ(fuzzyDistance("AB \u09BE", "XX \u09BE"), 2);
-    EXPECT_EQ(fuzzyDistance("\u09BE", "AB \u09BE"), 0);
-}
-
 TEST(EditDistance, ComparesCharactersByCanonicalEquivalence) {
     EXPECT_EQ(editDistance("", ""), 0);
-    EXPECT_EQ(editDistance("", "ab"), 2);
     EXPECT_EQ(editDistance("", "\U0001F469\u0301\u200D\U0001F467"), 1);  // a mark before the joiner
     EXPECT_EQ(editDistance("", "\U0001F469x\u200D\U0001F467"), 3);
     EXPECT_EQ(editDistance("ab", ""), 2);
-    EXPECT_EQ(editDistance("kitten", "sitting"), 3);
     EXPECT_EQ(editDistance("caf\u00E9", "cafe\u0301"), 0);
-    EXPECT_EQ(editDistance("cafe", "cafe\u0301"), 1);
     EXPECT_EQ(editDistance(std::string(63, 'a'), std::string(65, 'a')), 2);
     EXPECT_EQ(editDistance(std::string(130, 'a') + "b", "c" + std::string(130, 'a')), 2);
 }

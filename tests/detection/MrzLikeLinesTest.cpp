@@ -21,44 +21,36 @@ std::string line(std::size_t length) {
     return std::string(length, 'A');
 }
 
-struct Row {
-    const char* name;
-    std::string text;
-    std::string reason;
-};
-
 TEST(DetectMrzLikeLines, SaysWhy) {
-    const Row rows[] = {
+    const struct {
+        const char* name;
+        std::string text;
+        std::string reason;
+    } rows[] = {
         {"empty", "", kTooFew},
-        {"oneLine", kFirst, kTooFew},
         {"secondLineOnlySpaces", kFirst + "\n   ", kTooFew},
-        {"passport", kFirst + "\n" + kSecond, two(44, 44)},
         {"blankLineBetween", kFirst + "\n  \n" + kSecond, two(44, 44)},
         {"lowerCase", "p<utoeriksson<<anna<maria<<<<<<<<<<<<<<<<<<<\n" + kSecond, two(44, 44)},
         {"spacesInside", "P<UTO ERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<\n" + kSecond, two(44, 44)},
-        {"carriageReturns", kFirst + "\r\n" + kSecond + "\r\n", two(44, 44)},
-        {"everyLineBreak", "A\vB\fC\u0085D\u2028" + line(30) + "\u2029" + line(30), two(30, 30)},
-        {"thirtyAndThirty", line(30) + "\n" + line(30), two(30, 30)},
-        {"thirtyAndThirtyFive", line(30) + "\n" + line(35), two(30, 35)},
+        {"shiftOutBreaksNoLine", line(30) + "\x0E" + line(30), kTooFew},
         {"combinedAt66", line(29) + "\n" + line(37), kCombined},
         {"below66", line(29) + "\n" + line(36), kNone},
-        {"combinedAsymmetric", line(44) + "\n" + line(22), kCombined},
         {"twoLinesBeforeCombined", line(36) + "\n" + line(30), two(36, 30)},
         {"laterPair", "SURNAME\n" + kFirst + "\n" + kSecond, two(44, 44)},
         {"firstPairDecides", line(44) + "\n" + line(22) + "\n" + line(44), kCombined},
-        {"dash", line(43) + "-\n" + line(44), kNone},
         {"tab", line(43) + "\t\n" + line(44), kNone},
-        {"noBreakSpace", line(43) + "\u00A0\n" + line(44), kNone},
         {"accent", line(43) + "\u00C9\n" + line(44), kNone},
         // Two clusters of length, "SS" in capitals: the lengths are those before upper-casing.
         {"sharpS", "\u00DF" + line(29) + "\n" + line(30), two(30, 30)},
         {"ligatureCountsOnce", "\uFB01" + line(28) + "\n" + line(30), kNone}};
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const MrzLikeLines answer = detectMRZLikeLines(row.text);
         EXPECT_EQ(answer.reason, row.reason);
         EXPECT_EQ(answer.found, answer.reason.starts_with("Found"));
     }
+    for (const char* lineBreak : {"\v", "\f", "\r", "\u0085", "\u2028", "\u2029"})
+        EXPECT_EQ(detectMRZLikeLines(line(30) + lineBreak + line(35)).reason, two(30, 35));
 }
 
 }  // namespace

@@ -74,33 +74,24 @@ TEST(PassportDetectorThreads, ReleaseAtAnyMomentLeavesNothingBehind) {
     }
 }
 
-// Reads until the detector is about to be released, and some time longer.
-class LongText final : public TextService {
-public:
-    TextResult perform(const Bitmap&, const TextRequest&) override {
-        isReading = true;
-        isReading.notify_one();
-        isReleasing.wait(false);
-        for (int turn = 0; turn < 1000; ++turn)
-            std::this_thread::yield();
-        return {};
-    }
-
-    std::atomic<bool> isReading = false;
-    std::atomic<bool> isReleasing = false;
-};
-
 TEST(PassportDetectorThreads, ReleaseWaitsForTextThatIsBeingRead) {
     // Otherwise a program could end while its libraries are still at work.
     std::atomic<bool> isAnswered = false;
-    const auto text = std::make_shared<LongText>();
+    std::latch isReading(1);
+    std::latch isReleasing(1);
+    const auto text = std::make_shared<test::FakeText>();
+    text->duringRequest = [&] {
+        isReading.count_down();
+        isReleasing.wait();
+        for (int turn = 0; turn < 1000; ++turn)
+            std::this_thread::yield();
+    };
     PlatformServices withText = services(2);
     withText.text = text;
     auto detector = PassportDetector::create(std::move(withText));
     detector->validate(Image(test::blankBitmap(60, 60)), [&](const auto&) { isAnswered = true; });
-    text->isReading.wait(false);
-    text->isReleasing = true;
-    text->isReleasing.notify_one();
+    isReading.wait();
+    isReleasing.count_down();
     detector.reset();
     EXPECT_TRUE(isAnswered);
 }

@@ -74,18 +74,4 @@ std::string randomText(std::mt19937& engine, std::size_t words) {
     return text;
 }
 
-std::string randomZoneText(std::mt19937& engine) {
-    constexpr std::array<std::string_view, 7> kBreaks{"\n",  "\n\n", "\r\n",  "\u2028",
-                                                      " \n", "\v",   "\u0085"};
-    std::string text;
-    for (std::size_t lines = below(engine, 5); lines > 0; --lines) {
-        for (std::size_t length = 20 + below(engine, 30); length > 0; --length)
-            text += below(engine, 3) == 0 ? '<' : static_cast<char>('0' + below(engine, 10));
-        if (below(engine, 6) == 0)
-            text += kOddPieces[below(engine, kOddPieces.size())];
-        text += kBreaks[below(engine, kBreaks.size())];
-    }
-    return text;
-}
-
 }  // namespace kestrelid::test

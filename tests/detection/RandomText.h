@@ -11,8 +11,4 @@ namespace kestrelid::test {
 // for an engine's state.
 [[nodiscard]] std::string randomText(std::mt19937& engine, std::size_t words);
 
-// A line break, a space or nothing in between lines that look like a machine-readable zone, more or
-// less.
-[[nodiscard]] std::string randomZoneText(std::mt19937& engine);
-
 }  // namespace kestrelid::test

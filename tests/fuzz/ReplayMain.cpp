@@ -1,6 +1,4 @@
-// Runs a fuzz target over files: the same check as libFuzzer's programs make, for compilers without
-// libFuzzer.
-#include <algorithm>
+// Runs a fuzz target over the files of a folder, or over one: for compilers without libFuzzer.
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -13,44 +11,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace {
 
-namespace fs = std::filesystem;
-
-std::vector<fs::path> filesOf(const fs::path& place) {
-    if (!fs::is_directory(place))
-        return {place};
-    std::vector<fs::path> files;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(place))
-        if (entry.is_regular_file())
-            files.push_back(entry.path());
-    std::sort(files.begin(), files.end());
-    return files;
+bool replay(const std::filesystem::path& file) {
+    std::cout << file.string() << std::endl;  // first: after a crash it names the input
+    std::ifstream stream(file, std::ios::binary);
+    const std::vector<char> bytes(std::istreambuf_iterator<char>(stream), {});
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    return stream.good() || stream.eof();
 }
 
 }  // namespace
 
-// usage: PROGRAM FILE-OR-FOLDER...; exit status 1 where a place holds no readable file.
+// usage: PROGRAM FILE-OR-FOLDER; exit status 1 where there is nothing to read.
 int main(int argumentCount, char** arguments) {
-    std::size_t replayed = 0;
-    for (int index = 1; index < argumentCount; ++index) {
-        const std::vector<fs::path> files = filesOf(arguments[index]);
-        if (files.empty()) {
-            std::cerr << arguments[index] << ": no files to replay\n";
-            return 1;
-        }
-        for (const fs::path& file : files) {
-            // Said first: after a crash the last line names the input.
-            std::cout << file.string() << std::endl;
-            std::ifstream stream(file, std::ios::binary);
-            if (!stream) {
-                std::cerr << file.string() << ": cannot be read\n";
-                return 1;
-            }
-            const std::vector<char> bytes(std::istreambuf_iterator<char>(stream), {});
-            LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                                   bytes.size());
-            ++replayed;
-        }
-    }
-    std::cout << replayed << " inputs replayed\n";
-    return replayed > 0 ? 0 : 1;
+    namespace fs = std::filesystem;
+    if (argumentCount != 2)
+        return 1;
+    if (!fs::is_directory(arguments[1]))
+        return replay(arguments[1]) ? 0 : 1;
+    bool isGood = !fs::is_empty(arguments[1]);
+    for (const fs::directory_entry& entry : fs::directory_iterator(arguments[1]))
+        isGood = replay(entry.path()) && isGood;
+    return isGood ? 0 : 1;
 }

@@ -61,7 +61,7 @@ const Sign* signOf(char32_t scalar) {
              {.isKept = true}},
             {U"\u0301\u0307\u0308",
              {.kind = Kind::extend, .isKept = true, .isAccent = true, .order = 230}},
-            {U"\u0085\u2028\u2029", {.kind = Kind::control}},
+            {U"\u2028", {.kind = Kind::control}},
             {U"\U0001F467\U0001F468\U0001F469", {.kind = Kind::pictograph}},
             {U"\U0001F1E7\U0001F1E9", {.kind = Kind::flag}}};
         for (const auto& [members, sign] : groups)
@@ -193,26 +193,13 @@ std::int64_t distance(std::u32string_view a, std::u32string_view b) {
                                                  std::vector<std::int64_t>(columns.size() + 1));
     for (std::size_t row = 0; row <= rows.size(); ++row)
         for (std::size_t column = 0; column <= columns.size(); ++column) {
-            if (row == 0 || column == 0) {
-                table[row][column] = static_cast<std::int64_t>(row + column);
-                continue;
-            }
-            const bool isEqual = rows[row - 1] == columns[column - 1];
-            table[row][column] = std::min({table[row - 1][column - 1] + (isEqual ? 0 : 1),
-                                           table[row - 1][column] + 1, table[row][column - 1] + 1});
+            std::int64_t& least = table[row][column] = static_cast<std::int64_t>(row + column);
+            if (row > 0 && column > 0)
+                least =
+                    std::min({table[row - 1][column] + 1, table[row][column - 1] + 1,
+                              table[row - 1][column - 1] + (rows[row - 1] != columns[column - 1])});
         }
     return table[rows.size()][columns.size()];
-}
-
-std::vector<std::u32string> split(const std::u32string& text, std::u32string_view separators) {
-    std::vector<std::u32string> parts(1);
-    for (const char32_t scalar : text) {
-        if (separators.find(scalar) != std::u32string_view::npos)
-            parts.emplace_back();
-        else
-            parts.back() += scalar;
-    }
-    return parts;
 }
 
 }  // namespace
@@ -238,17 +225,15 @@ std::int64_t fuzzyDistance(std::string_view keyword, std::string_view text) {
     if (wanted.empty() || text.empty())
         return kNone;
     const std::size_t limit = clusters(wanted).size() + 8;
-    const std::vector<std::u32string> words = split(upper(text), U" ");
+    const std::u32string whole = U" " + upper(text) + U" ";
     std::int64_t best = kNone;
-    for (std::size_t first = 0; first < words.size(); ++first) {
-        std::u32string phrase = words[first];
-        for (std::size_t last = first; clusters(phrase).size() <= limit;) {
-            best = std::min(best, distance(wanted, phrase));
-            if (++last == words.size())
+    for (std::size_t first = 0; first + 1 < whole.size(); first = whole.find(U' ', first + 1))
+        for (std::size_t end = first; (end = whole.find(U' ', end + 1)) != std::u32string::npos;) {
+            const std::u32string phrase = whole.substr(first + 1, end - first - 1);
+            if (clusters(phrase).size() > limit)
                 break;
-            phrase += U" " + words[last];
+            best = std::min(best, distance(wanted, phrase));
         }
-    }
     return best;
 }
 
@@ -264,32 +249,6 @@ std::vector<KeywordMatch> matchKeywords(std::span<const std::string_view> keywor
             matches.push_back({keyword, found});
     }
     return matches;
-}
-
-MrzLikeLines mrzLikeLines(std::string_view text) {
-    std::vector<std::u32string> lines = split(units(text), U"\n\v\f\r\u0085\u2028\u2029");
-    for (std::u32string& line : lines)
-        std::erase(line, U' ');
-    std::erase(lines, U"");
-    if (lines.size() < 2)
-        return {false, "Less than 2 lines OCRed."};
-    const auto isClean = [](const std::u32string& line) {
-        return mapped(line, &Sign::upper)
-                   .find_first_not_of(U"ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789<") ==
-               std::u32string::npos;
-    };
-    for (std::size_t index = 1; index < lines.size(); ++index) {
-        const std::u32string& a = lines[index - 1];
-        const std::u32string& b = lines[index];
-        const std::size_t lengthOfA = clusters(a).size();
-        const std::size_t lengthOfB = clusters(b).size();
-        if (lengthOfA >= 30 && isClean(a) && lengthOfB >= 30 && isClean(b))
-            return {true, "Found two MRZ-like lines of lengths " + std::to_string(lengthOfA) +
-                              ", " + std::to_string(lengthOfB) + "."};
-        if (lengthOfA + lengthOfB >= 66 && isClean(a + b))
-            return {true, "Found combined MRZ-like content."};
-    }
-    return {false, "No MRZ-like pattern."};
 }
 
 }  // namespace kestrelid::reference
