@@ -1,5 +1,4 @@
-#include "tests/capture/provider/ControlFile.h"
-#include "tests/capture/provider/TestCameraSource.h"
+#include "tests/capture/provider/TestCamera.h"
 
 #include <algorithm>
 #include <chrono>
@@ -110,13 +109,6 @@ Watch*& watchOf(gpointer provider) {
     return static_cast<Provider*>(provider)->watch;
 }
 
-GList* probe(GstDeviceProvider*) {
-    GList* devices = nullptr;
-    for (const auto& camera : pluggedCameras())
-        devices = g_list_append(devices, gst_object_ref_sink(makeDevice(camera)));
-    return devices;
-}
-
 gboolean start(GstDeviceProvider* provider) {
     watchOf(provider) = new Watch(provider);
     return TRUE;
@@ -130,7 +122,6 @@ void kestrel_test_camera_provider_init(Provider*) {}
 
 void kestrel_test_camera_provider_class_init(ProviderClass* type) {
     auto* provider = GST_DEVICE_PROVIDER_CLASS(type);
-    provider->probe = probe;
     provider->start = start;
     provider->stop = stop;
     gst_device_provider_class_set_static_metadata(provider, "Test cameras", "Source/Video",
