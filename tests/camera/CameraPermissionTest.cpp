@@ -61,17 +61,6 @@ TEST(CameraPermission, QuestionUnderWayKeepsTheManager) {
     EXPECT_THAT(camera.announced(), ElementsAre("isAuthorized = false"));
 }
 
-TEST(CameraPermission, PermissionTakenAwayIsSeenAtTheNextCheck) {
-    CameraHarness camera;
-    camera.becomeReady();
-    camera.authorization->answer(false);
-    camera.announcements.clear();
-    camera.manager->checkAuthorization();
-    camera.settle();
-    EXPECT_THAT(camera.announced(), ElementsAre("isAuthorized = false"));
-    EXPECT_TRUE(camera.platform->session.lock()->isRunning()) << "nothing stops a session";
-}
-
 TEST(CameraManagerCreation, NeedsEveryService) {
     CameraHarness camera;
     const CameraServices complete{

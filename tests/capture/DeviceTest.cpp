@@ -57,10 +57,6 @@ TEST(Device, ShowsOneFormatAndTakesPhotosInTheLargest) {
          "caps image/jpeg,width=1920,height=1080,framerate=15/1\n",
          640,
          {1920, 1080}},
-        {"one size",
-         "caps video/x-raw,format=BGRx,width=640,height=480,framerate=30/1\n",
-         640,
-         {640, 480}},
     };
     for (const FormatCase& row : cases) {
         SCOPED_TRACE(row.name);

@@ -19,31 +19,27 @@ using namespace std::chrono_literals;
 using Reply = PortalBehaviour::Reply;
 
 // Requests access and keeps what that was answered.
-class Answer {
-public:
+struct Answer {
     explicit Answer(CameraAuthorization& authorization) {
-        authorization.requestAccess([state = state_](bool granted) {
+        authorization.requestAccess([state = state](bool granted) {
             if (state->count++ == 0)
                 state->granted.set_value(granted);
         });
     }
 
     // Absent where none came in time.
-    std::optional<bool> wait() {
-        if (future_.wait_for(30s) != std::future_status::ready)
-            return std::nullopt;
-        return future_.get();
+    std::optional<bool> wait() const {
+        auto future = state->granted.get_future();
+        const bool came = future.wait_for(30s) == std::future_status::ready;
+        return came ? std::optional(future.get()) : std::nullopt;
     }
+    int count() const { return state->count; }
 
-    [[nodiscard]] int count() const { return state_->count; }
-
-private:
     struct State {
         std::promise<bool> granted;
         std::atomic<int> count = 0;
     };
-    std::shared_ptr<State> state_ = std::make_shared<State>();
-    std::future<bool> future_ = state_->granted.get_future();
+    const std::shared_ptr<State> state = std::make_shared<State>();
 };
 
 class PortalAuthorization : public testing::Test {
@@ -184,9 +180,7 @@ TEST_F(PortalAuthorization, MayBeUsedAndReleasedByItsOwnAnswer) {
         status.set_value(last->status());
     });
     handedOver.set_value(std::exchange(authorization, nullptr));
-    auto result = status.get_future();
-    ASSERT_EQ(result.wait_for(30s), std::future_status::ready);
-    EXPECT_EQ(result.get(), AuthorizationStatus::authorized);
+    EXPECT_EQ(status.get_future().get(), AuthorizationStatus::authorized);
 }
 
 TEST_F(PortalAuthorization, ANodeThatOpensNeedsNoQuestion) {

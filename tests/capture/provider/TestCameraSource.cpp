@@ -83,9 +83,7 @@ struct Source {
     Camera* camera;
 };
 
-struct SourceClass {
-    GstPushSrcClass parent;
-};
+using SourceClass = GstPushSrcClass;
 
 G_DEFINE_TYPE(Source, kestrel_test_camera_source, GST_TYPE_PUSH_SRC)
 
