@@ -52,7 +52,7 @@ TEST(CameraSession, EndsIn) {
          without({"setVideoSettings", "setSampleBufferDelegate", "addOutput video"}),
          {},
          ready},
-        {"does not start, or is lost in that second", &FakeMachine::starts, kStarted, {}, notReady},
+        {"does not start", &FakeMachine::starts, kStarted, {}, notReady},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
@@ -107,6 +107,15 @@ TEST(CameraSession, CameraThatComesBackIsSetUpAgain) {
     EXPECT_THAT(camera.announced(), ElementsAre("isAuthorized = true", "isSessionReady = true"));
     camera.judge(false, 0.0);
     EXPECT_TRUE(camera.manager->isDocumentDetected().value()) << "verdicts outlast a session";
+}
+
+TEST(CameraSession, LostWithinTheFirstSecondIsNotReady) {
+    CameraHarness camera;
+    camera.manager->setupSession();
+    camera.settle();
+    camera.platform->session.lock()->lose();
+    camera.mainQueue->advance(1.0);
+    EXPECT_THAT(camera.announced(), ElementsAre("isSessionReady = false"));
 }
 
 TEST(CameraSession, ReleasedWithItsManagerAfterTheReadinessCheck) {
