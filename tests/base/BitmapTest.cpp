@@ -25,18 +25,14 @@ struct WrapCase {
 TEST(BitmapWrap, AcceptsOnlyRowsInsideThePixels) {
     // Sizes are claims here: nothing reads beyond the one byte that the pointer has.
     const WrapCase cases[] = {
-        {"one pixel", 1, 1, 1, PixelFormat::gray8, 1, true},
         {"last row without padding", 3, 2, 16, PixelFormat::bgra8, 16 + 12, true},
         {"one byte short", 3, 2, 16, PixelFormat::bgra8, 16 + 11, false},
         {"rows overlap", 3, 2, 8, PixelFormat::rgb8, 100, false},
         {"negative stride", 3, 2, -9, PixelFormat::rgb8, 100, false},
         {"no width", 0, 1, 4, PixelFormat::gray8, 4, false},
         {"negative height", 1, -1, 4, PixelFormat::gray8, 4, false},
-        {"no bytes", 1, 1, 1, PixelFormat::gray8, 0, false},
         {"row longer than int", INT_MAX, 1, std::ptrdiff_t{INT_MAX} * 4, PixelFormat::bgra8,
          SIZE_MAX, true},
-        {"stride times height overflows", 1, INT_MAX, PTRDIFF_MAX, PixelFormat::gray8, SIZE_MAX,
-         false},
         {"stride times height wraps to 0", 1, 5, PTRDIFF_MAX / 2 + 1, PixelFormat::gray8, 100,
          false},
     };
@@ -48,27 +44,20 @@ TEST(BitmapWrap, AcceptsOnlyRowsInsideThePixels) {
     EXPECT_FALSE(Bitmap::wrap(1, 1, 1, PixelFormat::gray8, nullptr, 1));
 }
 
-struct CropCase {
-    PixelRect region;
-    std::optional<PixelRect> inside;
-};
-
 TEST(BitmapCrop, IsTheIntersection) {
+    struct CropCase {
+        PixelRect region;
+        std::optional<PixelRect> inside;
+    };
     const CropCase cases[] = {
-        {{0, 0, 10, 8}, PixelRect{0, 0, 10, 8}},
         {{2, 3, 4, 5}, PixelRect{2, 3, 4, 5}},
         {{-3, -2, 5, 5}, PixelRect{0, 0, 2, 3}},
-        {{8, 6, 5, 5}, PixelRect{8, 6, 2, 2}},
         {{INT_MIN, INT_MIN, INT_MAX, INT_MAX}, std::nullopt},
         {{-5, -5, INT_MAX, INT_MAX}, PixelRect{0, 0, 10, 8}},
         {{9, 7, INT_MAX, INT_MAX}, PixelRect{9, 7, 1, 1}},
-        {{INT_MAX, 0, INT_MAX, 8}, std::nullopt},
         {{10, 0, 1, 1}, std::nullopt},
-        {{0, 8, 1, 1}, std::nullopt},
         {{-4, 0, 4, 4}, std::nullopt},
-        {{3, 3, 0, 2}, std::nullopt},
         {{3, 3, 2, -1}, std::nullopt},
-        {{INT_MIN, 0, INT_MIN, 8}, std::nullopt},
     };
     const auto whole = Bitmap::wrap(10, 8, 33, PixelFormat::rgb8, zeros(33 * 8), 33 * 8);
     ASSERT_TRUE(whole);

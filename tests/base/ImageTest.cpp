@@ -8,28 +8,12 @@
 namespace kestrelid::base {
 namespace {
 
-// Where the pixel shown at x, y stands in stored rows of w
-// x h pixels: written out for each value of the EXIF tag.
-std::pair<int, int> storedPlace(Orientation orientation, int x, int y, int w, int h) {
-    switch (orientation) {
-    case Orientation::up:
-        return {x, y};
-    case Orientation::upMirrored:
-        return {w - 1 - x, y};
-    case Orientation::down:
-        return {w - 1 - x, h - 1 - y};
-    case Orientation::downMirrored:
-        return {x, h - 1 - y};
-    case Orientation::leftMirrored:
-        return {y, x};
-    case Orientation::right:
-        return {y, h - 1 - x};
-    case Orientation::rightMirrored:
-        return {w - 1 - y, h - 1 - x};
-    case Orientation::left:
-        return {w - 1 - y, x};
-    }
-    return {0, 0};
+// Where the pixel shown at x, y stands in stored rows of w x h pixels, for a value of the EXIF tag.
+std::pair<int, int> storedPlace(int tag, int x, int y, int w, int h) {
+    const std::pair<int, int> places[] = {
+        {x, y}, {w - 1 - x, y}, {w - 1 - x, h - 1 - y}, {x, h - 1 - y},
+        {y, x}, {y, h - 1 - x}, {w - 1 - y, h - 1 - x}, {w - 1 - y, x}};
+    return places[tag - 1];
 }
 
 // Every byte differs from its neighbours; a crop, so that rows are longer than the picture is wide.
@@ -51,8 +35,7 @@ TEST(ImageUpright, MovesEveryPixelWhereTheOrientationSays) {
         for (const auto& [width, height] : sizes) {
             const Bitmap from = stored(width, height, format);
             for (int tag = 1; tag <= 8; ++tag) {
-                const auto orientation = static_cast<Orientation>(tag);
-                const Image shown = Image(from, orientation).upright();
+                const Image shown = Image(from, static_cast<Orientation>(tag)).upright();
                 ASSERT_TRUE(shown.bitmap());
                 EXPECT_EQ(shown.orientation(), Orientation::up);
                 const Bitmap& to = *shown.bitmap();
@@ -61,11 +44,10 @@ TEST(ImageUpright, MovesEveryPixelWhereTheOrientationSays) {
                 ASSERT_EQ(to.height(), tag >= 5 ? width : height) << tag;
                 for (int y = 0; y < to.height(); ++y) {
                     for (int x = 0; x < to.width(); ++x) {
-                        const auto [u, v] = storedPlace(orientation, x, y, width, height);
-                        ASSERT_EQ(
-                            std::memcmp(to.row(y) + x * pixel, from.row(v) + u * pixel, pixel), 0)
-                            << "orientation " << tag << ", " << pixel << " bytes a pixel, at " << x
-                            << "," << y;
+                        const auto [u, v] = storedPlace(tag, x, y, width, height);
+                        const auto* place = from.row(v) + u * pixel;
+                        ASSERT_EQ(std::memcmp(to.row(y) + x * pixel, place, pixel), 0)
+                            << "orientation " << tag << " at " << x << "," << y;
                     }
                 }
             }

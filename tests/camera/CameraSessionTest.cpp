@@ -15,39 +15,46 @@ using Operations = std::vector<std::string>;
 
 const Operations kFailed{"beginConfiguration", "setSessionPreset photo", "commitConfiguration"};
 
-// Where the camera opens.
-Operations operations(bool withPhotos, bool withVideo) {
-    Operations all{"beginConfiguration", "setSessionPreset photo", "addInput"};
-    if (withPhotos)
-        all.insert(all.end(), {"addOutput photo"});
-    if (withVideo)
-        all.insert(all.end(), {"setVideoSettings", "setSampleBufferDelegate", "addOutput video"});
-    all.insert(all.end(), {"commitConfiguration", "startRunning"});
-    return all;
+const Operations kStarted{"beginConfiguration", "setSessionPreset photo", "addInput",
+                          "addOutput photo",    "setVideoSettings",       "setSampleBufferDelegate",
+                          "addOutput video",    "commitConfiguration",    "startRunning"};
+
+Operations without(const std::vector<std::string>& skipped) {
+    Operations rest = kStarted;
+    for (const auto& operation : skipped)
+        std::erase(rest, operation);
+    return rest;
 }
 
-// A row of the session table in docs/camera.md.
-struct SessionCase {
-    const char* name;
-    bool FakeMachine::*lacks;
-    Operations operations;
-    Operations atOnce;  // published before the second is over
-    Operations afterASecond;
-};
-
+// A row: one of the session table in docs/camera.md.
 TEST(CameraSession, EndsIn) {
+    struct Case {
+        const char* name;
+        bool FakeMachine::*lacks;
+        Operations operations;
+        Operations atOnce;  // published before the second is over
+        Operations afterASecond;
+    };
     const Operations ready{"isSessionReady = true"};
     const Operations notReady{"isSessionReady = false"};
-    const SessionCase cases[] = {
-        {"starts", nullptr, operations(true, true), {}, ready},
+    const Case cases[] = {
+        {"starts", nullptr, kStarted, {}, ready},
         {"no camera", &FakeMachine::hasDevice, kFailed, notReady, {}},
         {"camera does not open", &FakeMachine::deviceOpens, kFailed, notReady, {}},
         {"input refused", &FakeMachine::takesInput, kFailed, notReady, {}},
-        {"no photo output", &FakeMachine::takesPhotoOutput, operations(false, true), {}, ready},
-        {"no video output", &FakeMachine::takesVideoOutput, operations(true, false), {}, ready},
-        {"does not start", &FakeMachine::starts, operations(true, true), {}, notReady},
+        {"no photo output",
+         &FakeMachine::takesPhotoOutput,
+         without({"addOutput photo"}),
+         {},
+         ready},
+        {"no video output",
+         &FakeMachine::takesVideoOutput,
+         without({"setVideoSettings", "setSampleBufferDelegate", "addOutput video"}),
+         {},
+         ready},
+        {"does not start", &FakeMachine::starts, kStarted, {}, notReady},
     };
-    for (const SessionCase& row : cases) {
+    for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
         CameraHarness camera;
         if (row.lacks)
@@ -56,6 +63,11 @@ TEST(CameraSession, EndsIn) {
         EXPECT_THAT(camera.machine().log, IsEmpty()) << "configured on the caller's thread";
         camera.settle();
         EXPECT_EQ(camera.machine().log, row.operations);
+        EXPECT_EQ(camera.queues.count("camera.session.queue"), 1u);
+        if (const auto output = camera.platform->videoOutput.lock(); output && output->settings) {
+            EXPECT_EQ(output->settings->pixelFormat, 0x42475241u) << "BGRA";
+            EXPECT_EQ(output->queue, camera.queues.at("video.frame.queue"));
+        }
         camera.mainQueue->advance(0.999);
         EXPECT_EQ(camera.announced(), row.atOnce);
         camera.mainQueue->advance(0.001);
@@ -81,6 +93,7 @@ TEST(CameraSession, SecondSetupIsRefusedAndTheSessionRunsOn) {
 TEST(CameraSession, CameraThatComesBackIsSetUpAgain) {
     CameraHarness camera;
     camera.becomeReady();
+    camera.judge(true, 1.0);
     camera.platform->session.lock()->lose();
     EXPECT_TRUE(camera.manager->isSessionReady().value()) << "a loss alone publishes nothing";
     camera.announcements.clear();
@@ -92,9 +105,11 @@ TEST(CameraSession, CameraThatComesBackIsSetUpAgain) {
                             "commitConfiguration", "startRunning"))
         << "the outputs are still there";
     EXPECT_THAT(camera.announced(), ElementsAre("isAuthorized = true", "isSessionReady = true"));
+    camera.judge(false, 0.0);
+    EXPECT_TRUE(camera.manager->isDocumentDetected().value()) << "verdicts outlast a session";
 }
 
-TEST(CameraSession, SessionLostWithinTheFirstSecondIsNotReady) {
+TEST(CameraSession, LostWithinTheFirstSecondIsNotReady) {
     CameraHarness camera;
     camera.manager->setupSession();
     camera.settle();
@@ -111,17 +126,6 @@ TEST(CameraSession, ReleasedWithItsManagerAfterTheReadinessCheck) {
     EXPECT_FALSE(camera.platform->session.expired()) << "the check one second later still needs it";
     camera.mainQueue->advance(1.0);
     EXPECT_TRUE(camera.platform->session.expired());
-    EXPECT_TRUE(camera.platform->videoOutput.expired());
-}
-
-TEST(CameraSession, AsksForBgraOnQueuesOfItsOwn) {
-    CameraHarness camera;
-    camera.becomeReady();
-    const auto output = camera.platform->videoOutput.lock();
-    EXPECT_EQ(output->settings->pixelFormat, 0x42475241u);
-    EXPECT_EQ(output->queue, camera.queues.at("video.frame.queue"));
-    EXPECT_EQ(camera.queues.count("camera.session.queue"), 1u);
-    EXPECT_EQ(camera.queues.size(), 2u);
 }
 
 }  // namespace

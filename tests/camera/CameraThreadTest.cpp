@@ -84,33 +84,31 @@ std::jthread deliverFrames(const std::shared_ptr<test::FakeVideoOutput>& output)
 }
 
 TEST(CameraThreads, FramesVerdictsAndPhotosMeetOnTheMainQueue) {
-    constexpr int kPhotos = 50;
     LiveCamera camera;
     std::promise<void> ready;
-    std::latch photos(kPhotos);
+    std::latch photos(50);
     std::latch verdicts(100);
-    std::thread::id mainThread;
     std::vector<Subscription> subscriptions;
     camera.onMain([&] {
-        mainThread = std::this_thread::get_id();
-        camera.manager->onPhotoCapture = [&](const std::optional<Image>&) {
-            EXPECT_EQ(std::this_thread::get_id(), mainThread);
+        camera.manager->onPhotoCapture = [&, main = std::this_thread::get_id()](const auto&) {
+            EXPECT_EQ(std::this_thread::get_id(), main);
             photos.count_down();
         };
         subscriptions.push_back(camera.manager->isSessionReady().didChange([&](bool isReady) {
             if (isReady)
                 ready.set_value();
         }));
-        subscriptions.push_back(camera.manager->detectionConfidence().didChange([&](float) {
-            EXPECT_EQ(std::this_thread::get_id(), mainThread);
-            if (!verdicts.try_wait())
-                verdicts.count_down();
-        }));
+        subscriptions.push_back(camera.manager->detectionConfidence().didChange(
+            [&, main = std::this_thread::get_id()](float) {
+                EXPECT_EQ(std::this_thread::get_id(), main);
+                if (!verdicts.try_wait())
+                    verdicts.count_down();
+            }));
         camera.manager->checkAuthorization();
     });
     ready.get_future().wait();
     const std::jthread frames = deliverFrames(camera.platform->videoOutput.lock());
-    for (int tap = 0; tap < kPhotos; ++tap)
+    for (int tap = 0; tap < 50; ++tap)
         camera.onMain([&] { camera.manager->capturePhoto(); });
     photos.wait();
     verdicts.wait();

@@ -9,22 +9,22 @@
 namespace kestrelid::test {
 namespace {
 
-class PhotoListener final : public PhotoCaptureDelegate {
-public:
-    PhotoListener(std::shared_ptr<PhotoAnswers> answers, int number)
-        : answers_(std::move(answers)), number_(number) {}
+struct PhotoListener final : PhotoCaptureDelegate {
+    PhotoListener(std::shared_ptr<PhotoAnswers> given, int index)
+        : answers(std::move(given)), number(index) {}
     void didFinishProcessingPhoto(const CapturedPhoto& photo,
                                   const std::optional<CaptureError>& error) override {
-        const std::lock_guard lock(answers_->mutex);
-        answers_->log.push_back(
-            {.number = number_,
+        if (answers->onAnswer)
+            answers->onAnswer();
+        const std::lock_guard lock(answers->mutex);
+        answers->log.push_back(
+            {.number = number,
              .file = photo.fileDataRepresentation.value_or(std::vector<std::byte>{}),
              .error = error ? error->description : std::string()});
     }
 
-private:
-    const std::shared_ptr<PhotoAnswers> answers_;
-    const int number_;
+    const std::shared_ptr<PhotoAnswers> answers;
+    const int number;
 };
 
 }  // namespace

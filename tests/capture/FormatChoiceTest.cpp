@@ -27,26 +27,23 @@ VideoFormat jpeg(int width, int height, int framesPerSecond) {
     return format;
 }
 
-struct ChoiceCase {
-    const char* name;
-    std::vector<VideoFormat> formats;
-    VideoFormat live;
-    std::optional<VideoFormat> still = {};  // absent: the live one
-    PhotoDimensions bound{};
-};
-
 TEST(FormatChoice, TakesALiveAndAStillFormat) {
+    struct ChoiceCase {
+        const char* name;
+        std::vector<VideoFormat> formats;
+        VideoFormat live;
+        std::optional<VideoFormat> still = {};  // absent: the live one
+        PhotoDimensions bound{};
+    };
     const VideoFormat vga = raw(640, 480, 30);
     const VideoFormat hd = raw(1280, 720, 30);
     const ChoiceCase cases[] = {
-        {"only one", {vga}, vga},
         {"the live size among others", {vga, hd, raw(1920, 1080, 30)}, hd, raw(1920, 1080, 30)},
         {"raw is slow where motion JPEG is not",
          {vga, raw(1280, 720, 10), raw(1920, 1080, 5), jpeg(1280, 720, 30), jpeg(1920, 1080, 30)},
          jpeg(1280, 720, 30),
          jpeg(1920, 1080, 30)},
         {"raw and motion JPEG alike", {hd, jpeg(1280, 720, 30)}, hd},
-        {"nearest above", {vga, jpeg(1920, 1080, 30)}, jpeg(1920, 1080, 30)},
         {"smooth but too small to read",
          {raw(160, 120, 30), raw(1280, 720, 15)},
          raw(1280, 720, 15)},
@@ -77,26 +74,20 @@ TEST(FormatChoice, TakesALiveAndAStillFormat) {
 }
 
 TEST(FormatChoice, ScalesWithoutDistortion) {
-    struct Case {
-        PhotoDimensions size, bound, expected;
-    };
-    for (const Case& row :
-         {Case{{4000, 3000}, {}, {4000, 3000}}, Case{{4000, 3000}, {2000, 2000}, {2000, 1500}},
-          Case{{3000, 4000}, {2000, 2000}, {1500, 2000}}, Case{{640, 480}, {2000, 0}, {640, 480}},
-          Case{{4001, 11}, {100, 100}, {100, 2}}})
-        EXPECT_EQ(scaledInto(row.size, row.bound), row.expected) << row.size.width;
-    EXPECT_EQ(liveDimensions({4000, 2250}), (PhotoDimensions{1280, 720}));
+    EXPECT_EQ(scaledInto({4000, 3000}, {}), (PhotoDimensions{4000, 3000}));
+    EXPECT_EQ(scaledInto({3000, 4000}, {2000, 2000}), (PhotoDimensions{1500, 2000}));
+    EXPECT_EQ(scaledInto({640, 480}, {2000, 0}), (PhotoDimensions{640, 480}));
+    EXPECT_EQ(scaledInto({4001, 11}, {100, 100}), (PhotoDimensions{100, 2}));
     EXPECT_EQ(liveDimensions({4000, 3000}), (PhotoDimensions{1108, 832}));
     EXPECT_EQ(liveDimensions({300, 200}), (PhotoDimensions{300, 200}));
 }
 
-struct CapsCase {
-    const char* caps;
-    std::set<std::string> formats;  // "1280x720@30/1 YUY2"
-};
-
 TEST(CapsFormats, AreReadFromAnyWayOfStatingThem) {
     ASSERT_TRUE(startGStreamer());
+    struct CapsCase {
+        const char* caps;
+        std::set<std::string> formats;  // "1280x720@30/1 YUY2"
+    };
     const CapsCase cases[] = {
         {"image/jpeg,width=1280,height=720,framerate=30/1", {"1280x720@30/1 jpeg"}},
         {"video/x-raw,format={YUY2,NV12},width=640,height=480,framerate={30/1,15/2}",
@@ -108,15 +99,9 @@ TEST(CapsFormats, AreReadFromAnyWayOfStatingThem) {
          {"640x480@30/1 YUY2"}},
         {"video/x-raw,format=YUY2,width=[16,1280,16],height=[16,720,16],framerate=30/1",
          {"640x480@30/1 YUY2", "1280x720@30/1 YUY2"}},
-        {"video/x-raw,format=YUY2,width=[1,max],height=[1,max],framerate=5/1",
-         {"640x480@5/1 YUY2", "800x600@5/1 YUY2", "960x540@5/1 YUY2", "1280x720@5/1 YUY2",
-          "1280x960@5/1 YUY2", "1600x1200@5/1 YUY2", "1920x1080@5/1 YUY2", "2592x1944@5/1 YUY2",
-          "3840x2160@5/1 YUY2", "4032x3024@5/1 YUY2"}},
         {"video/x-raw(memory:DMABuf),format=YUY2,width=640,height=480,framerate=30/1", {}},
         {"video/x-h264,width=640,height=480,framerate=30/1", {}},
-        {"video/x-raw,format=ENCODED,width=640,height=480,framerate=30/1", {}},
         {"video/x-raw,width=640,height=480,framerate=30/1", {}},
-        {"EMPTY", {}},
         {"ANY", {}},
     };
     for (const CapsCase& row : cases) {
@@ -143,23 +128,18 @@ TEST(CameraNames, AreUniqueAndEachCameraStandsOnce) {
                      {"", "", "pipewire"},
                      {"Webcam", "", "pipewire"},
                      {"Webcam 2", "/dev/video4", "v4l2"}});
-    std::vector<std::string> names;
-    std::vector<std::size_t> indices;
-    for (const NamedCamera& camera : named) {
-        names.push_back(camera.name);
-        indices.push_back(camera.index);
-    }
-    EXPECT_EQ(names,
-              (std::vector<std::string>{"Webcam", "Webcam 2", "Camera", "Webcam 3", "Webcam 2 2"}));
-    EXPECT_EQ(indices, (std::vector<std::size_t>{0, 1, 3, 4, 5}));
+    std::string names;
+    for (const NamedCamera& camera : named)
+        names += std::to_string(camera.index) + " " + camera.name + ", ";
+    EXPECT_EQ(names, "0 Webcam, 1 Webcam 2, 3 Camera, 4 Webcam 3, 5 Webcam 2 2, ");
 }
 
 TEST(CameraNames, MountingComesFromLibcamera) {
-    EXPECT_EQ(mountingFrom("", "").orientation, Orientation::up);
     EXPECT_EQ(mountingFrom("back", "90").orientation, Orientation::left);
     EXPECT_EQ(mountingFrom("back", "180").orientation, Orientation::down);
     EXPECT_EQ(mountingFrom("back", "270").orientation, Orientation::right);
-    EXPECT_FALSE(mountingFrom("back", "0").isMirrored);
+    EXPECT_FALSE(mountingFrom("back", "").isMirrored);
+    EXPECT_EQ(mountingFrom("front", "0").orientation, Orientation::up);
     EXPECT_TRUE(mountingFrom("front", "0").isMirrored);
 }
 

@@ -1,8 +1,8 @@
 #include "tests/capture/CaptureRig.h"
-#include "tests/capture/ProcessCounts.h"
 #include "tests/capture/TestCamera.h"
 
 #include "base/AsioQueue.h"
+#include "capture/gstreamer/FramePool.h"
 
 #include <gtest/gtest.h>
 
@@ -14,21 +14,9 @@ namespace {
 
 using namespace test;
 
-class ReleasingDelegate final : public PhotoCaptureDelegate {
-public:
-    explicit ReleasingDelegate(std::function<void()> release) : release_(std::move(release)) {}
-    void didFinishProcessingPhoto(const CapturedPhoto& /*photo*/,
-                                  const std::optional<CaptureError>& /*error*/) override {
-        release_();
-    }
-
-private:
-    const std::function<void()> release_;
-};
-
 TEST(Release, LetsTheDeviceGoFromAnyThreadAndNoCallComesAfterwards) {
     for (const std::string releaser :
-         {"main", "session queue", "frame queue", "preview surface", "photo delegate"}) {
+         {"main", "frame queue", "preview surface", "photo delegate"}) {
         SCOPED_TRACE(releaser);
         for (int round = 0; round < 5; ++round) {
             const test::TestCamera camera;
@@ -47,19 +35,18 @@ TEST(Release, LetsTheDeviceGoFromAnyThreadAndNoCallComesAfterwards) {
             };
             if (releaser == "frame queue")
                 rig.taken->onFrame = release;
+            if (releaser == "photo delegate")
+                rig.answers->onAnswer = release;
             if (releaser == "preview surface")
                 rig.shown->onFrame = release;
             ASSERT_EQ(rig.start(), "");
             ASSERT_TRUE(
                 eventually([&] { return rig.taken->count() > 0 && rig.shown->count() > 0; }));
-            base::AsioQueue sessionQueue("test.session", 1);
             wanted = true;
             if (releaser == "main")
                 release();
-            else if (releaser == "session queue")
-                sessionQueue.async(release);
             else if (releaser == "photo delegate")
-                rig.photoOutput->capturePhoto({}, std::make_shared<ReleasingDelegate>(release));
+                rig.takePhotos(1);
             ASSERT_TRUE(eventually([&] { return released.load(); }));
             ASSERT_TRUE(camera.waitUntilClosed());
             EXPECT_EQ(rig.shown->count(), shownThen);
@@ -68,25 +55,23 @@ TEST(Release, LetsTheDeviceGoFromAnyThreadAndNoCallComesAfterwards) {
     }
 }
 
-TEST(SlowDelegate, HasFramesDroppedAndMemoryStaysFlat) {
+TEST(SlowDelegate, HasFramesDroppedAndNoMoreMemoryThanThreePictures) {
     const test::TestCamera camera;
     CaptureRig rig({});
+    rig.taken->keeps = 100;
     std::promise<void> go;
     const std::shared_future<void> gone = go.get_future().share();
     rig.taken->onFrame = [gone] { gone.wait(); };
     ASSERT_EQ(rig.start(), "");
-    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 10; }));
-    [[maybe_unused]] const long before = test::residentKilobytes();
-    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 70; }));
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 20; }));
     EXPECT_EQ(rig.taken->count(), 1) << "the queue is still busy with the first";
-#ifndef __SANITIZE_ADDRESS__  // which keeps what was freed for a while
-    EXPECT_LT(test::residentKilobytes() - before, 3 * 1280 * 720 * 4 / 1024);
-#endif
     go.set_value();
-    EXPECT_TRUE(eventually([&] { return rig.taken->count() > 3; }));
+    EXPECT_TRUE(eventually([&] { return rig.taken->count() > 10; }));
+    rig.session.reset();
+    EXPECT_EQ(rig.taken->kept().size(), std::size_t{FramePool::kBitmaps});
 }
 
-TEST(Consumers, MayComeAndGoWhileTheSessionRuns) {
+TEST(Consumers, MayComeWhileTheSessionRuns) {
     const test::TestCamera camera;
     CaptureRig rig({});
     rig.shown.reset();
@@ -96,10 +81,9 @@ TEST(Consumers, MayComeAndGoWhileTheSessionRuns) {
     EXPECT_TRUE(rig.session->isRunning()) << "nobody looks";
     const auto late = std::make_shared<ShownFrames>();
     rig.session->addPreviewSurface(late);
-    EXPECT_TRUE(eventually([&] { return late->count() > 0; }));
     rig.videoOutput->setSampleBufferDelegate(rig.taken,
                                              std::make_shared<base::AsioQueue>("test", 1));
-    EXPECT_TRUE(eventually([&] { return rig.taken->count() > 1; }));
+    EXPECT_TRUE(eventually([&] { return late->count() > 0 && rig.taken->count() > 1; }));
 }
 
 TEST(Configuration, TakesEffectWhenItIsCommittedAndOneOfEachKindFits) {

@@ -47,11 +47,8 @@ class Stack:
     def wait_for_node(self, wanted):
         deadline = time.monotonic() + PATIENCE
         while time.monotonic() < deadline:
-            try:
-                listed = subprocess.run(["pw-cli", "list-objects", "Node"], env=self.environment, capture_output=True,
-                                        text=True, timeout=PATIENCE)
-            except subprocess.TimeoutExpired:
-                break
+            listed = subprocess.run(["timeout", str(PATIENCE), "pw-cli", "list-objects", "Node"], env=self.environment,
+                                    capture_output=True, text=True)
             if listed.returncode == 0 and wanted in listed.stdout:
                 return
             time.sleep(0.1)
@@ -74,12 +71,8 @@ class Stack:
 
     def __exit__(self, *_):
         for process in reversed(self.processes):
-            process.terminate()
-            try:
-                process.wait(timeout=PATIENCE)
-            except subprocess.TimeoutExpired:
-                process.kill()
-                process.wait()
+            process.kill()
+            process.wait()
 
     def sandbox(self):
         """What a program inside one sees: no socket of PipeWire, but the portal."""
@@ -98,12 +91,9 @@ class Stack:
 def watch(environment, *arguments):
     """The program's events."""
     command = [KESTRELID, "watch", "--json", *arguments]
-    try:
-        result = subprocess.run(command, env=environment, capture_output=True, text=True, timeout=2 * PATIENCE)
-    except subprocess.TimeoutExpired as late:
-        raise AssertionError(f"{command} did not end within {2 * PATIENCE} s\n{late.stdout}\n{late.stderr}") from None
+    result = subprocess.run(["timeout", str(2 * PATIENCE), *command], env=environment, capture_output=True, text=True)
     told = f"{command}: exit code {result.returncode}\n{result.stdout}{result.stderr}"
-    if result.returncode < 0:
+    if result.returncode < 0 or result.returncode > 128:
         raise EndedBySignal(told)
     assert result.returncode == 0, told
     return [json.loads(line) for line in result.stdout.splitlines()]

@@ -49,7 +49,6 @@ struct FakeMachine {
     std::vector<CaptureConnection> connections{{.isEnabled = true}};
     std::vector<std::string> codecs{kPhotoCodecHevc, kPhotoCodecJpeg};
     std::vector<FlashMode> flashModes{FlashMode::off, FlashMode::on};
-    PhotoDimensions photoDimensions{.width = 4032, .height = 3024};
     // Takes photos in place of the test; empty: requests wait in FakePhotoOutput.
     std::function<void(std::shared_ptr<PhotoCaptureDelegate>)> takePhoto;
 
@@ -58,14 +57,11 @@ struct FakeMachine {
     void note(std::string operation) { log.push_back(std::move(operation)); }
 };
 
-class FakeDevice final : public CaptureDevice {
-public:
+struct FakeDevice final : CaptureDevice {
     [[nodiscard]] std::string name() const override { return "Fake camera"; }
     [[nodiscard]] Orientation orientation() const override { return Orientation::up; }
     [[nodiscard]] bool isMirrored() const override { return false; }
 };
-
-class FakeInput final : public CaptureInput {};
 
 struct FakePixelBuffer final : PixelBuffer {
     explicit FakePixelBuffer(std::optional<Bitmap> given) : bitmap(std::move(given)) {}
@@ -126,7 +122,7 @@ public:
         return machine_->flashModes;
     }
     [[nodiscard]] PhotoDimensions maxPhotoDimensions() const override {
-        return machine_->photoDimensions;
+        return {.width = 4032, .height = 3024};
     }
     void capturePhoto(const PhotoSettings& settings,
                       std::shared_ptr<PhotoCaptureDelegate> delegate) override {
@@ -220,7 +216,7 @@ public:
     makeInput(std::shared_ptr<CaptureDevice>) override {
         if (!machine->deviceOpens)
             return CaptureError{"in use by another program"};
-        return std::make_shared<FakeInput>();
+        return std::make_shared<CaptureInput>();
     }
 
     const std::shared_ptr<FakeMachine> machine = std::make_shared<FakeMachine>();

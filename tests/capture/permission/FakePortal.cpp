@@ -121,7 +121,13 @@ void FakePortal::serve() {
     GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(kInterfaces, nullptr);
     const GDBusInterfaceVTable table{
         [](auto*, auto*, auto*, auto*, const gchar* method, auto*, auto* invocation,
-           gpointer self) { static_cast<FakePortal*>(self)->call(method, invocation); },
+           gpointer self) {
+            const auto answer = std::string_view(method) == "Lookup" ? &FakePortal::lookup
+                                : std::string_view(method) == "OpenPipeWireRemote"
+                                    ? &FakePortal::openRemote
+                                    : &FakePortal::accessCamera;
+            (static_cast<FakePortal*>(self)->*answer)(invocation);
+        },
         [](auto*, auto*, auto*, auto*, auto*, auto*, gpointer self) {
             return g_variant_new_boolean(static_cast<FakePortal*>(self)->behaviour_.hasCamera);
         },
@@ -137,15 +143,6 @@ void FakePortal::serve() {
     ownName(connection_.get(), "org.freedesktop.portal.Desktop");
     if (behaviour_.hasStore)
         ownName(connection_.get(), "org.freedesktop.impl.portal.PermissionStore");
-}
-
-void FakePortal::call(const std::string& method, GDBusMethodInvocation* invocation) {
-    if (method == "Lookup")
-        lookup(invocation);
-    else if (method == "OpenPipeWireRemote")
-        openRemote(invocation);
-    else
-        accessCamera(invocation);
 }
 
 void FakePortal::lookup(GDBusMethodInvocation* invocation) {

@@ -70,7 +70,6 @@ public:
 
 private:
     void serve();
-    void call(const std::string& method, GDBusMethodInvocation* invocation);
     void lookup(GDBusMethodInvocation* invocation);
     void openRemote(GDBusMethodInvocation* invocation);
     void accessCamera(GDBusMethodInvocation* invocation);

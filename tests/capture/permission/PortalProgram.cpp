@@ -2,26 +2,21 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <utility>
 
 // A portal on the session bus that grants the camera and hands out connections to the PipeWire at
 // the socket named on the command line. Ends with its standard input.
 namespace {
 
 kestrelid::base::OwnedDescriptor connectTo(const std::string& socketPath) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (socketPath.size() >= sizeof address.sun_path)
-        return {};
-    std::memcpy(address.sun_path, socketPath.c_str(), socketPath.size());
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    socketPath.copy(address.sun_path, sizeof address.sun_path - 1);
     kestrelid::base::OwnedDescriptor connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (!connection.isOpen() ||
-        ::connect(connection.number(), reinterpret_cast<const sockaddr*>(&address),
-                  sizeof address) != 0)
-        return {};
-    return connection;
+    const auto* named = reinterpret_cast<const sockaddr*>(&address);
+    const bool isThere = ::connect(connection.number(), named, sizeof address) == 0;
+    return isThere ? std::move(connection) : kestrelid::base::OwnedDescriptor();
 }
 
 }  // namespace

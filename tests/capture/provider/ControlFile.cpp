@@ -1,4 +1,4 @@
-#include "tests/capture/provider/ControlFile.h"
+#include "tests/capture/provider/TestCamera.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -7,18 +7,15 @@
 namespace kestrelid::testcamera {
 namespace {
 
-const std::vector<std::string>& usualCaps() {
-    static const std::vector<std::string> caps = {
-        "video/x-raw,format=YUY2,width=640,height=480,framerate=30/1",
-        "video/x-raw,format=YUY2,width=1280,height=720,framerate=30/1",
-        "video/x-raw,format=NV12,width=1280,height=720,framerate=30/1",
-        "video/x-raw,format=I420,width=640,height=480,framerate=30/1",
-        "video/x-raw,format=YUY2,width=1920,height=1080,framerate=5/1",
-        "image/jpeg,width=1280,height=720,framerate=30/1",
-        "image/jpeg,width=1920,height=1080,framerate=30/1",
-    };
-    return caps;
-}
+const char* const kUsualCaps[] = {
+    "video/x-raw,format=YUY2,width=640,height=480,framerate=30/1",
+    "video/x-raw,format=YUY2,width=1280,height=720,framerate=30/1",
+    "video/x-raw,format=NV12,width=1280,height=720,framerate=30/1",
+    "video/x-raw,format=I420,width=640,height=480,framerate=30/1",
+    "video/x-raw,format=YUY2,width=1920,height=1080,framerate=5/1",
+    "image/jpeg,width=1280,height=720,framerate=30/1",
+    "image/jpeg,width=1920,height=1080,framerate=30/1",
+};
 
 std::string controlFile() {
     const char* path = std::getenv("KESTRELID_TEST_CAMERA");
@@ -37,8 +34,6 @@ void apply(CameraEntry& camera, const std::string& word, const std::string& rest
         camera.failure = rest;
     else if (word == "stall-after")
         camera.stallAfter = std::stoull(rest);
-    else if (word == "error-after")
-        camera.errorAfter = std::stoull(rest);
     else if (word == "unplugged") {
         camera.isUnplugged = true;
         camera.tellsUnplugging = rest == "error";
@@ -68,7 +63,7 @@ std::vector<CameraEntry> readControlFile() {
     }
     for (auto& camera : cameras) {
         if (camera.caps.empty())
-            camera.caps = usualCaps();
+            camera.caps.assign(std::begin(kUsualCaps), std::end(kUsualCaps));
     }
     return cameras;
 }

@@ -1,5 +1,4 @@
-#include "tests/capture/provider/ControlFile.h"
-#include "tests/capture/provider/TestCameraSource.h"
+#include "tests/capture/provider/TestCamera.h"
 
 #include <algorithm>
 #include <chrono>
@@ -14,13 +13,8 @@
 namespace kestrelid::testcamera {
 namespace {
 
-struct Device {
-    GstDevice parent;
-};
-
-struct DeviceClass {
-    GstDeviceClass parent;
-};
+using Device = GstDevice;
+using DeviceClass = GstDeviceClass;
 
 G_DEFINE_TYPE(Device, kestrel_test_camera_device, GST_TYPE_DEVICE)
 
@@ -35,7 +29,7 @@ GstElement* createElement(GstDevice* device, const gchar* name) {
 void kestrel_test_camera_device_init(Device*) {}
 
 void kestrel_test_camera_device_class_init(DeviceClass* type) {
-    GST_DEVICE_CLASS(type)->create_element = createElement;
+    type->create_element = createElement;
 }
 
 GstDevice* makeDevice(const CameraEntry& camera) {
@@ -100,21 +94,12 @@ struct Provider {
     Watch* watch;
 };
 
-struct ProviderClass {
-    GstDeviceProviderClass parent;
-};
+using ProviderClass = GstDeviceProviderClass;
 
 G_DEFINE_TYPE(Provider, kestrel_test_camera_provider, GST_TYPE_DEVICE_PROVIDER)
 
 Watch*& watchOf(gpointer provider) {
     return static_cast<Provider*>(provider)->watch;
-}
-
-GList* probe(GstDeviceProvider*) {
-    GList* devices = nullptr;
-    for (const auto& camera : pluggedCameras())
-        devices = g_list_append(devices, gst_object_ref_sink(makeDevice(camera)));
-    return devices;
 }
 
 gboolean start(GstDeviceProvider* provider) {
@@ -129,11 +114,9 @@ void stop(GstDeviceProvider* provider) {
 void kestrel_test_camera_provider_init(Provider*) {}
 
 void kestrel_test_camera_provider_class_init(ProviderClass* type) {
-    auto* provider = GST_DEVICE_PROVIDER_CLASS(type);
-    provider->probe = probe;
-    provider->start = start;
-    provider->stop = stop;
-    gst_device_provider_class_set_static_metadata(provider, "Test cameras", "Source/Video",
+    type->start = start;
+    type->stop = stop;
+    gst_device_provider_class_set_static_metadata(type, "Test cameras", "Source/Video",
                                                   "Cameras without hardware", "Kestrelid");
 }
 

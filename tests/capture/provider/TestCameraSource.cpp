@@ -1,13 +1,62 @@
-#include "tests/capture/provider/TestCameraSource.h"
-
-#include "tests/capture/provider/ControlFile.h"
-#include "tests/capture/provider/FramePainter.h"
+#include "tests/capture/provider/TestCamera.h"
 
 #include <atomic>
 #include <gst/base/gstpushsrc.h>
+#include <gst/video/video.h>
+#include <memory>
 
 namespace kestrelid::testcamera {
 namespace {
+
+struct ReleaseBuffer {
+    void operator()(GstBuffer* buffer) const { gst_buffer_unref(buffer); }
+};
+using Buffers = std::vector<std::unique_ptr<GstBuffer, ReleaseBuffer>>;
+
+// What follows the drawing in a pipeline.
+std::string conversionTo(const GstVideoInfo& format) {
+    const bool isJpeg = GST_VIDEO_INFO_FORMAT(&format) == GST_VIDEO_FORMAT_ENCODED;
+    GstVideoInfo raw = format;
+    if (isJpeg) {
+        gst_video_info_set_format(&raw, GST_VIDEO_FORMAT_I420, guint(format.width),
+                                  guint(format.height));
+        gst_video_colorimetry_from_string(&raw.colorimetry, "1:4:0:0");  // as JFIF has it
+    }
+    raw.fps_n = 30;
+    raw.fps_d = 1;
+    GstCaps* caps = gst_video_info_to_caps(&raw);
+    gchar* text = gst_caps_to_string(caps);
+    const std::string conversion = std::string(" ! videoconvert ! videoscale add-borders=true ! ") +
+                                   text + (isJpeg ? " ! jpegenc" : "");
+    g_free(text);
+    gst_caps_unref(caps);
+    return conversion;
+}
+
+// Of a PNG or JPEG file, shown whole on black, or of colour bars that move. Empty where that fails.
+Buffers paintFrames(const GstVideoInfo& format, const std::string& picture) {
+    const std::string drawing =
+        picture.empty() ? "videotestsrc num-buffers=4 horizontal-speed=16"
+                        : "filesrc location=\"" + picture +
+                              "\" ! decodebin ! videoconvert ! imagefreeze num-buffers=4";
+    GstElement* pipeline = gst_parse_launch(
+        (drawing + conversionTo(format) + " ! appsink name=sink sync=false").c_str(), nullptr);
+    if (!pipeline)
+        return {};
+    GstElement* sink = gst_bin_get_by_name(GST_BIN(pipeline), "sink");
+    gst_element_set_state(pipeline, GST_STATE_PLAYING);
+    Buffers frames;
+    for (GstSample* sample = nullptr;; gst_sample_unref(sample)) {
+        g_signal_emit_by_name(sink, "try-pull-sample", 10 * GST_SECOND, &sample);
+        if (!sample)
+            break;
+        frames.emplace_back(gst_buffer_copy(gst_sample_get_buffer(sample)));
+    }
+    gst_element_set_state(pipeline, GST_STATE_NULL);
+    gst_object_unref(sink);
+    gst_object_unref(pipeline);
+    return frames;
+}
 
 struct Camera {
     std::string device;
@@ -34,9 +83,7 @@ struct Source {
     Camera* camera;
 };
 
-struct SourceClass {
-    GstPushSrcClass parent;
-};
+using SourceClass = GstPushSrcClass;
 
 G_DEFINE_TYPE(Source, kestrel_test_camera_source, GST_TYPE_PUSH_SRC)
 
@@ -96,10 +143,6 @@ GstCaps* getCaps(GstBaseSrc* source, GstCaps* filter) {
 gboolean setCaps(GstBaseSrc* source, GstCaps* caps) {
     auto& camera = cameraOf(source);
     const auto entry = camera.entry();
-    if (entry && entry->failure == "busy") {
-        GST_ELEMENT_ERROR(source, RESOURCE, BUSY, ("The camera is busy."), (nullptr));
-        return FALSE;
-    }
     if (!entry || !gst_video_info_from_caps(&camera.format, caps) || camera.format.fps_n <= 0)
         return FALSE;
     camera.frameDuration =
@@ -153,8 +196,7 @@ GstFlowReturn awaitFrame(GstPushSrc* source, Camera& camera) {
     for (;;) {
         const auto entry = camera.entry();
         const bool isGone = !entry || entry->isUnplugged;
-        if (entry && ((isGone && entry->tellsUnplugging) ||
-                      (entry->errorAfter && camera.frames >= *entry->errorAfter))) {
+        if (entry && isGone && entry->tellsUnplugging) {
             GST_ELEMENT_ERROR(source, RESOURCE, READ, ("The camera gives no frames."), (nullptr));
             return GST_FLOW_ERROR;
         }

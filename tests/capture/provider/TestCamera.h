@@ -17,7 +17,6 @@ struct CameraEntry {
     std::string picture;
     std::string failure;
     std::optional<std::uint64_t> stallAfter;  // frames since it was opened
-    std::optional<std::uint64_t> errorAfter;
     bool isUnplugged = false;
     bool tellsUnplugging = false;  // by an error message
 
@@ -26,10 +25,13 @@ struct CameraEntry {
 
 // What the file that KESTRELID_TEST_CAMERA names says; empty where it is missing.
 std::vector<CameraEntry> readControlFile();
-
 std::optional<CameraEntry> findCamera(const std::string& name);
 
 // Adds a line to the journal beside the control file.
 void writeJournal(const std::string& line);
+
+// The element kestreltestcamerasrc: live frames of the camera that its property `device` names.
+GType testCameraSourceType();
+inline constexpr const char* kSourceName = "kestreltestcamerasrc";
 
 }  // namespace kestrelid::testcamera
