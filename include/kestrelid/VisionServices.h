@@ -113,6 +113,7 @@ class KESTRELID_EXPORT RectangleService {
 public:
     virtual ~RectangleService();
 
+    /// The outlines in bitmap that request asks for.
     [[nodiscard]] virtual RectangleResult perform(const Bitmap& bitmap,
                                                   const RectangleRequest& request) = 0;
 };
@@ -123,6 +124,7 @@ class KESTRELID_EXPORT TextService {
 public:
     virtual ~TextService();
 
+    /// The lines in bitmap.
     [[nodiscard]] virtual TextResult perform(const Bitmap& bitmap, const TextRequest& request) = 0;
 };
 
