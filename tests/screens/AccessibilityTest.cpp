@@ -45,6 +45,8 @@ protected:
 TEST_F(Accessibility, ScannerInEachState) {
     FakeCamera camera;
     camera.authorization = std::make_shared<FakeAuthorization>(AuthorizationStatus::notDetermined);
+    int photos = 0;
+    camera.machine().takePhoto = [&](const auto&) { ++photos; };  // lets go of who asks
     int closings = 0;
     ShownScreen screen(
         QStringLiteral("DocumentScannerView"),
@@ -72,7 +74,7 @@ TEST_F(Accessibility, ScannerInEachState) {
 
     press(screen.item("captureArea"));
     camera.pass();
-    EXPECT_EQ(camera.count("capturePhoto"), 1);
+    EXPECT_EQ(photos, 1);
     press(screen.item("closeArea"));
     EXPECT_EQ(closings, 1);
     camera.judge(false);
