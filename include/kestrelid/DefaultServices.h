@@ -27,10 +27,14 @@ struct DefaultServicesOptions {
     OutlineFinder outlines = OutlineFinder::networkFirst;
 
     int textThreads = 2;  ///< threads that one text request may use, the calling one included
+
+    friend bool operator==(const DefaultServicesOptions&, const DefaultServicesOptions&) = default;
 };
 
 /// The services of this machine. Nothing is loaded before the first request needs it; what is
-/// missing becomes an error of that request. Thread: any.
+/// missing becomes an error of that request. Calls with equal options give the same services, with
+/// one set of models and threads, for as long as anybody owns them; a host that wants its own makes
+/// its own. All are null if there is no memory for them. Thread: any.
 [[nodiscard]] KESTRELID_EXPORT PlatformServices
 defaultServices(const DefaultServicesOptions& options = {});
 

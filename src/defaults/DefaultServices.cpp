@@ -7,6 +7,9 @@
 #include "vision/text/PpOcrTextService.h"
 
 #include <algorithm>
+#include <list>
+#include <mutex>
+#include <new>
 #include <thread>
 
 namespace kestrelid {
@@ -33,14 +36,56 @@ std::shared_ptr<RectangleService> makeRectangleService(const DefaultServicesOpti
     return makeNetworkRectangleService(options);
 }
 
+// The services of one set of options, as long as somebody owns them.
+struct SharedServices {
+    DefaultServicesOptions options;
+    std::weak_ptr<RectangleService> rectangles;
+    std::weak_ptr<TextService> text;
+    std::weak_ptr<DispatchQueue> queue;
+};
+
+template <typename Service>
+std::shared_ptr<Service> owned(std::weak_ptr<Service>& shared, const auto& make) {
+    std::shared_ptr<Service> service = shared.lock();
+    if (!service)
+        shared = service = make();
+    return service;
+}
+
+std::shared_ptr<DispatchQueue> makeQueue() {
+    // Two at least, so that one picture's outline is found while another's text is read.
+    const int threads = static_cast<int>(std::max(2u, std::thread::hardware_concurrency()));
+    return std::make_shared<base::AsioQueue>("kestrelid.user", threads);
+}
+
+PlatformServices sharedServices(const DefaultServicesOptions& options) {
+    static std::mutex mutex;
+    // Never destroyed: a worker may make a detector while the process ends.
+    static auto& all = *new std::list<SharedServices>;
+    const std::lock_guard lock(mutex);
+    std::erase_if(all, [](const SharedServices& services) {
+        return services.rectangles.expired() && services.text.expired() && services.queue.expired();
+    });
+    auto found = std::ranges::find(all, options, &SharedServices::options);
+    if (found == all.end())
+        found = all.insert(all.end(), {.options = options, .rectangles{}, .text{}, .queue{}});
+    return {
+        .rectangles = owned(found->rectangles, [&] { return makeRectangleService(options); }),
+        .text = owned(
+            found->text,
+            [&] { return std::make_shared<vision::PpOcrTextService>(ppOcrOptions(options)); }),
+        .queue = owned(found->queue, makeQueue),
+    };
+}
+
 }  // namespace
 
 PlatformServices defaultServices(const DefaultServicesOptions& options) {
-    // Two at least, so that one picture's outline is found while another's text is read.
-    const int threads = static_cast<int>(std::max(2u, std::thread::hardware_concurrency()));
-    return {.rectangles = makeRectangleService(options),
-            .text = std::make_shared<vision::PpOcrTextService>(ppOcrOptions(options)),
-            .queue = std::make_shared<base::AsioQueue>("kestrelid.user", threads)};
+    try {
+        return sharedServices(options);
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
 }
 
 std::vector<ServiceStatus> diagnose(const DefaultServicesOptions& options) {

@@ -26,9 +26,8 @@ struct ScannerCamera {
     /// Which camera; DocumentScannerView.camera, if it is set, replaces options.camera.
     CameraOptions options;
 
-    /// Models that the screens share, about 300 MB once loaded: give the same to all screens of a
-    /// program. If it is empty, each owner of this ScannerCamera makes its own when its first
-    /// screen opens.
+    /// Models that the screens share, about 300 MB once loaded. If it is empty, defaultServices()
+    /// when the first screen opens. A program that keeps them opens its next screen faster.
     std::optional<PlatformServices> recognition;
 
     /// Called once for each screen, when it is first shown. Empty: defaultCameraServices().
