@@ -2,7 +2,6 @@
 #include <kestrelid/ImageFile.h>
 
 #include <benchmark/benchmark.h>
-#include <future>
 #include <string>
 
 // One passport frame of the samples from decoded bitmap to verdict.
@@ -22,11 +21,9 @@ PlatformServices services() {
 void validate(benchmark::State& state, ValidationEffort effort) {
     const auto detector = PassportDetector::create(services(), effort);
     const auto judge = [&] {
-        std::promise<bool> verdict;
-        detector->validate(frame(), [&](const PassportValidationResult& result) {
-            verdict.set_value(result.isPassport());
-        });
-        return verdict.get_future().get();
+        const Judgement judgement = detector->judge(frame());
+        const auto* result = std::get_if<PassportValidationResult>(&judgement);
+        return result && result->isPassport();
     };
     if (!judge())  // loads the models
         state.SkipWithError("the frame is not judged a passport");

@@ -39,6 +39,10 @@ void CameraWatch::start(CameraServices services) {
             });
         });
     manager_ = CameraManager::create(std::move(services));
+    if (!manager_) {
+        callbacks_.tell(WatchFailed{"there is not enough memory for a camera"});
+        return callbacks_.onEnd(ExitStatus::inputFailed);
+    }
     observe();
     tickLater();
     const auto manager = manager_;  // a refusal releases the other reference

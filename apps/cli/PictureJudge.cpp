@@ -3,18 +3,12 @@
 #include "apps/cli/OutlineRecorder.h"
 
 #include <chrono>
-#include <future>
 #include <utility>
 
 namespace kestrelid::cli {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-struct Verdict {
-    PassportValidationResult result;
-    Clock::time_point reached;
-};
 
 }  // namespace
 
@@ -48,14 +42,11 @@ JudgeResult PictureJudge::decodeAndJudge(const std::function<ImageResult()>& dec
         return JudgeError{std::move(error->cause)};
     Image image = std::get<Image>(std::exchange(decoded, Image())).upright();
 
-    // Shared with the completion, which may still be returning when this thread has already got the
-    // verdict.
-    const auto promise = std::make_shared<std::promise<Verdict>>();
-    std::future<Verdict> verdict = promise->get_future();
-    detector_->validate(image, [promise](const PassportValidationResult& result) {
-        promise->set_value({result, Clock::now()});
-    });
-    Verdict reached = verdict.get();
+    constexpr std::chrono::minutes kPatience{10};  // with one picture, on the slowest machine
+    const Judgement judgement = detector_->judge(image, kPatience);
+    const std::chrono::duration<double, std::milli> taken = Clock::now() - start;
+    if (const auto* none = std::get_if<NoVerdict>(&judgement))
+        return JudgeError{std::string(none->cause)};
 
     std::vector<std::string> failures;
     {
@@ -64,9 +55,8 @@ JudgeResult PictureJudge::decodeAndJudge(const std::function<ImageResult()>& dec
     }
     if (!failures.empty())
         return JudgeError{std::move(failures.front())};
-    const std::chrono::duration<double, std::milli> taken = reached.reached - start;
-    return JudgedPicture{std::move(image), std::move(reached.result), recorder_->take(),
-                         taken.count()};
+    return JudgedPicture{std::move(image), std::get<PassportValidationResult>(judgement),
+                         recorder_->take(), taken.count()};
 }
 
 }  // namespace kestrelid::cli

@@ -9,11 +9,9 @@
 #include <kestrelid/DefaultCamera.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <future>
 #include <memory>
 #include <string_view>
-#include <thread>
 #include <utility>
 
 namespace kestrelid::cli {
@@ -69,15 +67,6 @@ void drain(DispatchQueue& queue) {
     drained.get_future().wait();
 }
 
-// Whether the last pictures have been judged. They hold the recognition's queue.
-bool isIdle(const PlatformServices& recognition) {
-    constexpr auto kPatience = std::chrono::milliseconds(300);
-    const auto end = std::chrono::steady_clock::now() + kPatience;
-    while (recognition.queue.use_count() > 1 && std::chrono::steady_clock::now() < end)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    return recognition.queue.use_count() == 1;
-}
-
 ExitStatus watchCamera(const WatchOptions& options) {
     EndOfWatch end;
     const auto queue = makeSerialQueue("main");
@@ -103,16 +92,14 @@ ExitStatus watchCamera(const WatchOptions& options) {
     };
     queue->async(
         [&] { watch->start(defaultCameraServices(queue, cameraOf(options), recognition)); });
-    ExitStatus status = end.wait();
-    queue->async([&] { watch->stop(); });
+    const ExitStatus status = end.wait();
+    // Released on its queue, so that no block of it runs once `end` is gone.
+    queue->async([&] {
+        watch->stop();
+        watch.reset();
+    });
     drain(*queue);
-    watch.reset();
-    status = graver(status, outputStatus());
-    // A picture may take seconds, and nobody waits for its verdict any more. Returning from main()
-    // would destroy the recogniser's statics while its threads still use them.
-    if (!isIdle(recognition))
-        std::_Exit(static_cast<int>(status));
-    return status;
+    return graver(status, outputStatus());
 }
 
 }  // namespace

@@ -7,11 +7,9 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <QApplication>
 #include <QFileInfo>
 #include <QTimer>
-#include <thread>
 
 namespace kestrelid::demo {
 
@@ -37,15 +35,6 @@ void loadModels(const PlatformServices& recognition) {
         (void)text->perform(*picture, {});
         (void)rectangles->perform(*picture, {});
     });
-}
-
-// Whether nobody else holds the services any more, after a short wait.
-bool isIdle(const PlatformServices& recognition) {
-    constexpr auto kPatience = std::chrono::milliseconds(300);
-    const auto end = std::chrono::steady_clock::now() + kPatience;
-    while (recognition.queue.use_count() > 1 && std::chrono::steady_clock::now() < end)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    return recognition.queue.use_count() == 1;
 }
 
 void takeScreenshot(const DemoOptions& options, Host& host) {
@@ -98,13 +87,7 @@ int run(int argc, char** argv) {
     QApplication application(argc, argv);
     QApplication::setApplicationName("kestrelid-demo");
     QGuiApplication::setDesktopFileName("org.kestrelid.Demo");
-    const int status = show(options, recognition);
-    // A camera that is being set up still holds the services for some seconds, and this does not
-    // wait for it. Returning from main() would destroy the recogniser's statics while its workers
-    // use them.
-    if (!isIdle(recognition))
-        std::_Exit(status);
-    return status;  // waits for what is still judged
+    return show(options, recognition);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <future>
 #include <kestrelid/DefaultServices.h>
 #include <kestrelid/ImageFile.h>
 #include <memory>
@@ -27,16 +26,13 @@ public:
         const auto picture = kestrelid::readImage(file, {.sufficientSide = 1920});
         if (const auto* error = std::get_if<kestrelid::ImageError>(&picture))
             return error->cause;
-        // Shared: the worker may still be inside set_value() when the verdict is here already.
-        const auto verdict = std::make_shared<std::promise<kestrelid::PassportValidationResult>>();
-        auto reached = verdict->get_future();
-        detector_->validate(std::get<kestrelid::Image>(picture).upright(),
-                            [verdict](const auto& result) { verdict->set_value(result); });
-        auto result = reached.get();
+        const auto judgement = detector_->judge(std::get<kestrelid::Image>(picture).upright());
         const std::lock_guard lock(failure_->mutex);
         if (failure_->line)
             return *std::exchange(failure_->line, std::nullopt);
-        return result;
+        if (const auto* none = std::get_if<kestrelid::NoVerdict>(&judgement))
+            return std::string(none->cause);
+        return std::get<kestrelid::PassportValidationResult>(judgement);
     }
 
 private:

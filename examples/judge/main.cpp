@@ -1,4 +1,3 @@
-#include <future>
 #include <iostream>
 #include <kestrelid/ImageFile.h>
 #include <kestrelid/PassportDetector.h>
@@ -7,9 +6,8 @@ int main(int, char** arguments) {
     const auto picture = kestrelid::readImage(arguments[1]);
     if (const auto* error = std::get_if<kestrelid::ImageError>(&picture))
         return std::cerr << arguments[1] << ": " << error->cause << '\n', 1;
-    std::promise<bool> verdict;
     const auto detector = kestrelid::PassportDetector::create();
-    detector->validate(std::get<kestrelid::Image>(picture).upright(),
-                       [&](const auto& result) { verdict.set_value(result.isPassport()); });
-    std::cout << (verdict.get_future().get() ? "a passport\n" : "not a passport\n");
+    const auto verdict = detector->judge(std::get<kestrelid::Image>(picture).upright());
+    const auto* result = std::get_if<kestrelid::PassportValidationResult>(&verdict);
+    std::cout << (result && result->isPassport() ? "a passport\n" : "not a passport\n");
 }

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
-#include <future>
 #include <iostream>
 #include <kestrelid/DefaultServices.h>
 #include <kestrelid/ImageFile.h>
@@ -14,7 +13,6 @@
 using namespace kestrelid;
 using Json = nlohmann::ordered_json;
 using Clock = std::chrono::steady_clock;
-using Verdict = std::pair<PassportValidationResult, Clock::time_point>;
 
 constexpr const char* kUsage =
     "usage: own-recogniser [--json] PICTURE...\n"
@@ -54,19 +52,18 @@ int main(int count, char** arguments) {
         if (const auto* error = std::get_if<ImageError>(&picture)) {
             failure = error->cause;
         } else {
-            // Shared: the worker may still be inside set_value() when the verdict is here already.
-            const auto verdict = std::make_shared<std::promise<Verdict>>();
-            detector->validate(std::get<Image>(picture).upright(),
-                               [verdict](const PassportValidationResult& result) {
-                                   verdict->set_value({result, Clock::now()});
-                               });
-            const auto [result, reached] = verdict->get_future().get();
-            const std::chrono::duration<double, std::milli> taken = reached - start;
-            object["isPassport"] = result.isPassport();
-            object["confidence"] = result.confidence();
-            object["reasons"] = result.reasons();
-            object["recognizedText"] = result.recognizedText();
-            object["milliseconds"] = std::round(taken.count() * 10.0) / 10.0;
+            const Judgement judgement = detector->judge(std::get<Image>(picture).upright());
+            const std::chrono::duration<double, std::milli> taken = Clock::now() - start;
+            if (const auto* none = std::get_if<NoVerdict>(&judgement)) {
+                failure = none->cause;
+            } else {
+                const auto& result = std::get<PassportValidationResult>(judgement);
+                object["isPassport"] = result.isPassport();
+                object["confidence"] = result.confidence();
+                object["reasons"] = result.reasons();
+                object["recognizedText"] = result.recognizedText();
+                object["milliseconds"] = std::round(taken.count() * 10.0) / 10.0;
+            }
         }
         if (!failure.empty()) {
             object = {{"file", file}, {"error", failure}};

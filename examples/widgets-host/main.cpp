@@ -7,7 +7,6 @@
 #include <QLabel>
 #include <QPointer>
 #include <QStackedWidget>
-#include <QThread>
 #include <QTranslator>
 
 using namespace kestrelid;
@@ -69,18 +68,9 @@ int main(int argc, char** argv) {
     QTranslator translator;
     if (translator.load(QLocale(), "kestrelid", "_", KESTRELID_TRANSLATIONS))
         QApplication::installTranslator(&translator);
-    const PlatformServices recognition = defaultServices();
-    int status = 0;
-    {
-        Host host(recognition, QApplication::arguments().value(1));
-        host.setWindowTitle("Your passport, please");
-        host.resize(390, 760);
-        host.show();
-        status = QApplication::exec();
-    }
-    // A camera that is being set up holds them for a moment; letting go of them last waits for what
-    // is still judged.
-    while (recognition.queue.use_count() > 1)
-        QThread::msleep(10);
-    return status;
+    Host host(defaultServices(), QApplication::arguments().value(1));
+    host.setWindowTitle("Your passport, please");
+    host.resize(390, 760);
+    host.show();
+    return QApplication::exec();
 }

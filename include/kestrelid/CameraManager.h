@@ -88,6 +88,8 @@ public:
 private:
     explicit CameraManager(CameraServices services);
 
+    void askForAccess();                                            // main queue
+    void publishNotReadyLater();                                    // any thread
     void configureSession();                                        // session queue
     bool addDefaultDevice();                                        // session queue
     void addVideoOutput();                                          // session queue

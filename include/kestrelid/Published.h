@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <map>
 #include <memory>
@@ -15,8 +16,9 @@ using Subscription = std::shared_ptr<const void>;
 /// A value whose changes are announced: to every observer of willChange() while the old value still
 /// stands, then, once the new one stands, to every observer of didChange(). Every assignment is
 /// announced, also of an equal value. Observers are called in the order in which they were
-/// registered; they may register and drop observers, also themselves. Thread: one, that of its
-/// owner (a CameraManager: main queue).
+/// registered; they may register and drop observers, also themselves. One that throws keeps neither
+/// the value from standing nor the others from being told. Thread: one, that of its owner (a
+/// CameraManager: main queue).
 template <typename Value>
 class Published {
 public:
@@ -40,16 +42,19 @@ public:
         return didChange_->add(std::move(observer));
     }
 
-    /// For the owner.
+    /// For the owner. Throws what the first observer has thrown, once all are told.
     void publish(Value newValue) {
         const auto will = willChange_;
         const auto did = didChange_;
         const Value announced = newValue;
-        will->tell(announced);
-        if (will.use_count() == 1)
-            return;  // an observer has released the owner, and this field with it
-        value_ = std::move(newValue);
-        did->tell(announced);
+        std::exception_ptr thrown;
+        will->tell(announced, thrown);
+        if (will.use_count() > 1) {  // no observer has released the owner, and this field with it
+            value_ = std::move(newValue);
+            did->tell(announced, thrown);
+        }
+        if (thrown)
+            std::rethrow_exception(thrown);
     }
 
 private:
@@ -64,12 +69,17 @@ private:
             });
         }
 
-        void tell(const Value& value) const {
+        void tell(const Value& value, std::exception_ptr& thrown) const {
             const std::uint64_t end = next_;  // those added meanwhile wait for the next change
             for (auto at = observers_.begin(); at != observers_.end() && at->first < end;) {
                 const std::uint64_t number = at->first;
                 const std::shared_ptr<const Observer> observer = at->second;
-                (*observer)(value);
+                try {
+                    (*observer)(value);
+                } catch (...) {
+                    if (!thrown)
+                        thrown = std::current_exception();
+                }
                 at = observers_.upper_bound(number);
             }
         }

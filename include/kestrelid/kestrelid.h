@@ -39,8 +39,8 @@ typedef struct KestrelidError KestrelidError;
 // KESTRELID_OK for NULL.
 KESTRELID_EXPORT KestrelidStatus kestrelid_error_status(const KestrelidError* error);
 
-// The cause in one line for a person, after the file's name, as it was given, if there is one. Ends
-// in a zero byte; lives as long as the error. "" for NULL.
+// The cause in one line for a person, after the file's name if there is one; control characters, of
+// the name too, are spaces. Ends in a zero byte; lives as long as the error. "" for NULL.
 KESTRELID_EXPORT const char* kestrelid_error_text(const KestrelidError* error);
 
 KESTRELID_EXPORT void kestrelid_error_free(KestrelidError* error);
@@ -150,8 +150,9 @@ typedef struct KestrelidDetectorOptions {
     int32_t effort;        // KestrelidEffort
     int32_t text_threads;  // that one picture's text may use, 1 to 64; 0: two
 
-    // Takes models and threads from another detector, which may be released before this one; all
-    // above but effort, and console too, must then be zero. Models take about 300 MB.
+    // Takes models, threads and console from another detector, which may be released before this
+    // one; all above but effort, and console too, must then be zero. Detectors whose resources,
+    // outlines and text_threads are equal share models and threads anyway, about 300 MB.
     const struct KestrelidDetector* share;
 
     // Gets a line, size bytes and a zero byte, if recognition fails. It says what is missing on the
@@ -167,10 +168,9 @@ KESTRELID_EXPORT KestrelidStatus kestrelid_detector_create(const KestrelidDetect
                                                            KestrelidDetector** detector,
                                                            KestrelidError** error);
 
-// Gives up the calls whose outline is not found yet; those whose text is being read still answer.
-// If no other detector shares the threads, it waits until those calls have answered, so that a
-// program may end right after; that takes as long as reading their text. Inside a completion it
-// waits for nothing.
+// Waits for nothing. Gives up the calls whose outline is not found yet; those whose text is being
+// read still answer, on their thread. A program may end at any moment: nothing is answered any more
+// once it does. Allowed inside a completion.
 KESTRELID_EXPORT void kestrelid_detector_release(KestrelidDetector* detector);
 
 // result: for the time of the call; kestrelid_result_copy() keeps it. Must not throw or jump out.
@@ -185,8 +185,8 @@ KESTRELID_EXPORT KestrelidStatus kestrelid_detector_validate(
     KestrelidDetector* detector, const KestrelidImage* image, KestrelidCompletion completion,
     void* user, void (*dispose)(void* user), KestrelidError** error);
 
-// The same, but waits for the verdict, which the caller releases. Never call it inside a
-// completion: it would wait for its own thread.
+// The same, but waits for the verdict, which the caller releases; KESTRELID_FAILED if none comes
+// within ten minutes. Never call it inside a completion: it would wait for its own thread.
 KESTRELID_EXPORT KestrelidStatus kestrelid_detector_validate_wait(KestrelidDetector* detector,
                                                                   const KestrelidImage* image,
                                                                   KestrelidResult** result,

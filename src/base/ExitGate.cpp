@@ -1,36 +1,100 @@
-#include "vision/onnx/ExitGate.h"
+#include "base/ExitGate.h"
 
-#include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <cstdlib>
 #include <mutex>
+#include <new>
+#include <utility>
+#include <vector>
 
-namespace kestrelid::vision {
+namespace kestrelid::base {
+
 namespace {
 
 struct Gate {
-    std::shared_mutex inside;
-    std::atomic<bool> isClosed = false;
+    std::mutex mutex;
+    std::condition_variable left;
+    ExitGate::Pass* first = nullptr;
+    std::size_t inside = 0;  // passes
+    std::vector<std::shared_ptr<const void>> kept;
+    bool isClosed = false;
 
-    // Never destroyed: workers may come until the last moment.
-    static Gate& only() {
-        static auto* const gate = new Gate;
-        return *gate;
-    }
+    static Gate& only();
 };
 
-void close() {
-    Gate& gate = Gate::only();
-    gate.isClosed = true;
-    const std::unique_lock everyoneLeft(gate.inside);
+// Never destroyed: workers may come until the last moment.
+union Forever {
+    Gate gate{};
+    ~Forever() {}
+};
+
+Gate& Gate::only() {
+    static Forever forever;
+    return forever.gate;
 }
+
+thread_local std::size_t passesOfThisThread = 0;
 
 }  // namespace
 
 void ExitGate::guard() {
     // A refused registration leaves the process to end as it would without the gate.
-    [[maybe_unused]] static const int refused = std::atexit(close);
+    (void)std::atexit(close);
 }
 
-ExitGate::Pass::Pass() : lock_(Gate::only().inside), isInside_(!Gate::only().isClosed) {}
+bool ExitGate::isClosed() noexcept {
+    Gate& gate = Gate::only();
+    const std::lock_guard lock(gate.mutex);
+    return gate.isClosed;
+}
 
-}  // namespace kestrelid::vision
+void ExitGate::keep(std::shared_ptr<const void> owned) noexcept {
+    Gate& gate = Gate::only();
+    const std::lock_guard lock(gate.mutex);
+    try {
+        gate.kept.push_back(std::move(owned));
+    } catch (const std::bad_alloc&) {
+        // Released after all, which mostly goes well.
+    }
+}
+
+void ExitGate::close() {
+    constexpr std::chrono::seconds kPatience{5};
+    Gate& gate = Gate::only();
+    std::unique_lock lock(gate.mutex);
+    gate.isClosed = true;
+    for (const Pass* pass = gate.first; pass; pass = pass->after_)
+        if (pass->interrupt_)
+            pass->interrupt_();
+    // A worker that ends the process from within would wait for itself.
+    gate.left.wait_for(lock, kPatience, [&] { return gate.inside <= passesOfThisThread; });
+}
+
+ExitGate::Pass::Pass(std::function<void()> interrupt) noexcept : interrupt_(std::move(interrupt)) {
+    Gate& gate = Gate::only();
+    const std::lock_guard lock(gate.mutex);
+    isInside_ = !gate.isClosed;
+    if (!isInside_)
+        return;
+    after_ = std::exchange(gate.first, this);
+    if (after_)
+        after_->before_ = this;
+    ++gate.inside;
+    ++passesOfThisThread;
+}
+
+ExitGate::Pass::~Pass() {
+    if (!isInside_)
+        return;
+    Gate& gate = Gate::only();
+    const std::lock_guard lock(gate.mutex);
+    (before_ ? before_->after_ : gate.first) = after_;
+    if (after_)
+        after_->before_ = before_;
+    --gate.inside;
+    --passesOfThisThread;
+    gate.left.notify_all();
+}
+
+}  // namespace kestrelid::base

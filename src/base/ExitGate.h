@@ -1,30 +1,49 @@
 #pragma once
 
-#include <shared_mutex>
+#include <functional>
+#include <memory>
 
-namespace kestrelid::vision {
+namespace kestrelid::base {
 
-// Keeps a process that ends from destroying ONNX Runtime's own statics under a worker that is
-// still inside. The end waits for that one call; later calls are refused.
+// Lets a process end while workers are inside a library whose statics end with the process, ONNX
+// Runtime for one. The end waits until they have left, 5 s at most; who comes later is turned away.
 //
-// Only the process itself knows when it ends, so the gate is one for all runtimes. Thread: any.
+// Only the process itself knows when it ends, so there is one gate. Thread: any.
 class ExitGate {
 public:
-    // Call once the library has made its statics: what is registered last happens first at the end.
-    // Those that a first session makes are not covered while it is made.
+    // Call once the statics that workers use are made: what is registered last happens first at the
+    // end. May be called several times.
     static void guard();
 
-    // Inside as long as it lives.
+    // The process is ending: failures come from that, and nobody waits for results.
+    [[nodiscard]] static bool isClosed() noexcept;
+
+    // For a worker that was turned away: what it owns is never released.
+    static void keep(std::shared_ptr<const void> owned) noexcept;
+
+    // Inside as long as it lives; one thread may hold several.
     class Pass {
     public:
-        Pass();
-        // False: the process is ending.
+        // interrupt: called once, on another thread, if the process begins to end meanwhile; must
+        // neither block nor throw.
+        explicit Pass(std::function<void()> interrupt = {}) noexcept;
+        Pass(const Pass&) = delete;
+        Pass& operator=(const Pass&) = delete;
+        ~Pass();
+        // False: turned away.
         explicit operator bool() const noexcept { return isInside_; }
 
     private:
-        std::shared_lock<std::shared_mutex> lock_;
+        friend ExitGate;
+
+        std::function<void()> interrupt_;
         bool isInside_;
+        Pass* before_ = nullptr;  // the passes inside are a list, which takes no memory
+        Pass* after_ = nullptr;
     };
+
+private:
+    static void close();
 };
 
-}  // namespace kestrelid::vision
+}  // namespace kestrelid::base

@@ -1,5 +1,7 @@
 #include "c/Border.h"
 
+#include "base/Failures.h"
+
 #include <algorithm>
 
 struct KestrelidError {
@@ -28,7 +30,7 @@ void checkStruct(const void* given, std::size_t givenSize, std::size_t firstSize
 KestrelidStatus report(KestrelidError** error, KestrelidStatus status, const char* text) noexcept {
     if (error) {
         try {
-            *error = new KestrelidError{status, text ? text : ""};
+            *error = new KestrelidError{status, base::oneLine(text ? text : "")};
         } catch (...) {
             *error = nullptr;
         }

@@ -37,11 +37,11 @@ KestrelidStatus guarded(KestrelidError** error, const Body& body) noexcept {
     } catch (const Failure& failure) {
         return report(error, failure.status, failure.text.c_str());
     } catch (const std::bad_alloc&) {
-        return report(error, KESTRELID_OUT_OF_MEMORY, "memory is too short");
+        return report(error, KESTRELID_OUT_OF_MEMORY, "not enough memory");
     } catch (const std::exception& exception) {
         return report(error, KESTRELID_FAILED, exception.what());
     } catch (...) {
-        return report(error, KESTRELID_FAILED, "an unknown failure");
+        return report(error, KESTRELID_FAILED, "unknown exception");
     }
 }
 

@@ -2,13 +2,13 @@
 #include "c/Handles.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstring>
-#include <exception>
-#include <future>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 
 namespace {
 
@@ -28,6 +28,8 @@ static_assert(same(KESTRELID_NETWORK_FIRST, kestrelid::OutlineFinder::networkFir
               same(KESTRELID_CLASSICAL, kestrelid::OutlineFinder::classical) &&
               same(KESTRELID_COMPLETE, kestrelid::ValidationEffort::complete) &&
               same(KESTRELID_VERDICT_ONLY, kestrelid::ValidationEffort::verdictOnly));
+
+constexpr std::chrono::minutes kLongestWait{10};
 
 void checkRange(int32_t value, int32_t last, const char* name) {
     if (value < 0 || value > last)
@@ -87,6 +89,8 @@ KestrelidStatus kestrelid_detector_create(const KestrelidDetectorOptions* given,
         made->services = services(options);
         made->detector = kestrelid::PassportDetector::create(
             made->services, static_cast<kestrelid::ValidationEffort>(options.effort));
+        if (!made->detector)
+            throw std::bad_alloc();
         *detector = made.release();
     });
 }
@@ -122,16 +126,10 @@ KestrelidStatus kestrelid_detector_validate_wait(KestrelidDetector* detector,
         require(result, "result");
         *result = nullptr;
         require(detector, "detector");
-        const auto answer = std::make_shared<std::promise<Result>>();
-        std::future<Result> verdict = answer->get_future();
-        detector->detector->validate(image ? image->image : kestrelid::Image(),
-                                     [answer](const Result& given) {
-                                         try {
-                                             answer->set_value(given);
-                                         } catch (...) {
-                                             answer->set_exception(std::current_exception());
-                                         }
-                                     });
-        *result = new KestrelidResult{.own = verdict.get()};
+        kestrelid::Judgement judgement =
+            detector->detector->judge(image ? image->image : kestrelid::Image(), kLongestWait);
+        if (const auto* none = std::get_if<kestrelid::NoVerdict>(&judgement))
+            throw Failure{KESTRELID_FAILED, std::string(none->cause)};
+        *result = new KestrelidResult{.own = std::get<Result>(std::move(judgement))};
     });
 }

@@ -1,5 +1,7 @@
 #include <kestrelid/CameraManager.h>
 
+#include "base/Failures.h"
+
 #include <kestrelid/ImageFile.h>
 
 #include <algorithm>
@@ -27,6 +29,18 @@ CameraServices withClock(CameraServices services) {
     if (!services.now)
         services.now = systemTime;
     return services;
+}
+
+// Has the queue run a block, which tells what the host's own callbacks throw in it. False: the
+// queue cannot take it.
+template <typename Block>
+bool submit(DispatchQueue& queue, Block block) noexcept {
+    try {
+        queue.async([block = std::move(block)] { base::runBlock("camera", block); });
+        return true;
+    } catch (...) {
+        return false;
+    }
 }
 
 void countUp(std::int64_t& run) {
@@ -59,7 +73,11 @@ std::shared_ptr<CameraManager> CameraManager::create(CameraServices services) {
     if (!services.authorization || !services.capture || !services.detector || !services.mainQueue ||
         !services.makeSerialQueue)
         return nullptr;
-    return std::shared_ptr<CameraManager>(new CameraManager(withClock(std::move(services))));
+    try {
+        return std::shared_ptr<CameraManager>(new CameraManager(withClock(std::move(services))));
+    } catch (...) {
+        return nullptr;
+    }
 }
 
 CameraManager::CameraManager(CameraServices services)
@@ -72,38 +90,50 @@ CameraManager::CameraManager(CameraServices services)
 CameraManager::~CameraManager() = default;
 
 void CameraManager::checkAuthorization() {
+    const auto publish = [this](bool isAuthorized) {
+        base::runBlock("camera", [&] { isAuthorized_.publish(isAuthorized); });
+    };
     switch (services_.authorization->status()) {
     case AuthorizationStatus::authorized:
-        isAuthorized_.publish(true);
+        publish(true);
         setupSession();
         break;
     case AuthorizationStatus::notDetermined:
-        services_.authorization->requestAccess([self = shared_from_this()](bool granted) {
-            self->services_.mainQueue->async([self, granted] {
-                self->isAuthorized_.publish(granted);
-                if (granted)
-                    self->setupSession();
-            });
-        });
+        base::runBlock("camera", [this] { askForAccess(); });
         break;
     case AuthorizationStatus::restricted:
     case AuthorizationStatus::denied:
-        isAuthorized_.publish(false);
+        publish(false);
         break;
     }
 }
 
-void CameraManager::setupSession() {
-    sessionQueue_->async([self = shared_from_this()] { self->configureSession(); });
+void CameraManager::askForAccess() {
+    services_.authorization->requestAccess([self = shared_from_this()](bool granted) {
+        submit(*self->services_.mainQueue, [self, granted] {
+            self->isAuthorized_.publish(granted);
+            if (granted)
+                self->setupSession();
+        });
+    });
 }
 
-void CameraManager::configureSession() {
+void CameraManager::setupSession() {
+    if (!submit(*sessionQueue_, [self = shared_from_this()] { self->configureSession(); }))
+        publishNotReadyLater();
+}
+
+void CameraManager::publishNotReadyLater() {
+    submit(*services_.mainQueue,
+           [self = shared_from_this()] { self->isSessionReady_.publish(false); });
+}
+
+void CameraManager::configureSession() try {
     session_->beginConfiguration();
     session_->setSessionPreset(SessionPreset::photo);
     if (!addDefaultDevice()) {
         session_->commitConfiguration();
-        services_.mainQueue->async(
-            [self = shared_from_this()] { self->isSessionReady_.publish(false); });
+        publishNotReadyLater();
         return;
     }
     if (session_->canAddOutput(photoOutput_))
@@ -113,8 +143,11 @@ void CameraManager::configureSession() {
     session_->commitConfiguration();
     session_->startRunning();
     services_.mainQueue->asyncAfter(kReadinessCheckDelay, [self = shared_from_this()] {
-        self->isSessionReady_.publish(self->session_->isRunning());
+        base::runBlock("camera",
+                       [&] { self->isSessionReady_.publish(self->session_->isRunning()); });
     });
+} catch (...) {
+    publishNotReadyLater();
 }
 
 bool CameraManager::addDefaultDevice() {
@@ -136,7 +169,7 @@ void CameraManager::addVideoOutput() {
     session_->addOutput(videoOutput_);
 }
 
-void CameraManager::didOutput(const SampleBuffer& sampleBuffer) {
+void CameraManager::didOutput(const SampleBuffer& sampleBuffer) try {
     const WallTime now = services_.now();
     if (now - lastDetectionTime_ < detectionInterval_)
         return;
@@ -155,11 +188,13 @@ void CameraManager::didOutput(const SampleBuffer& sampleBuffer) {
                 return;
             const std::shared_ptr<DispatchQueue> mainQueue = self->services_.mainQueue;
             // Moved, so that this worker, which may belong to the manager, does not release it.
-            mainQueue->async([self = std::move(self), isPassport = result.isPassport(),
-                              confidence = static_cast<float>(result.confidence())] {
+            submit(*mainQueue, [self = std::move(self), isPassport = result.isPassport(),
+                                confidence = static_cast<float>(result.confidence())] {
                 self->handleDetectionResult(isPassport, confidence);
             });
         });
+} catch (...) {
+    // A frame that memory is too short for is dropped; another one follows.
 }
 
 void CameraManager::handleDetectionResult(bool isPassport, float confidence) {
@@ -178,19 +213,22 @@ void CameraManager::handleDetectionResult(bool isPassport, float confidence) {
 }
 
 void CameraManager::capturePhoto() {
-    if (isSessionReady_.value() && session_->isRunning())
-        sessionQueue_->async([self = shared_from_this()] { self->performCapture(); });
-    else
+    const bool isTaken =
+        isSessionReady_.value() && session_->isRunning() &&
+        submit(*sessionQueue_, [self = shared_from_this()] { self->performCapture(); });
+    if (!isTaken)
         deliverLater(std::nullopt);
 }
 
-void CameraManager::performCapture() {
+void CameraManager::performCapture() try {
     if (!session_->isRunning())
         return deliverLater(std::nullopt);
     const std::vector<CaptureConnection> connections = photoOutput_->connections();
     if (connections.empty() || !connections.front().isEnabled)
         return deliverLater(std::nullopt);
     photoOutput_->capturePhoto(settingsFor(*photoOutput_), shared_from_this());
+} catch (...) {
+    deliverLater(std::nullopt);
 }
 
 void CameraManager::didFinishProcessingPhoto(const CapturedPhoto& photo,
@@ -205,8 +243,10 @@ void CameraManager::didFinishProcessingPhoto(const CapturedPhoto& photo,
 }
 
 void CameraManager::deliverLater(std::optional<Image> photo) {
-    services_.mainQueue->async(
-        [self = shared_from_this(), photo = std::move(photo)] { self->deliver(photo); });
+    const auto self = shared_from_this();
+    if (submit(*services_.mainQueue, [self, photo = std::move(photo)] { self->deliver(photo); }))
+        return;
+    submit(*services_.mainQueue, [self] { self->deliver(std::nullopt); });
 }
 
 void CameraManager::deliver(const std::optional<Image>& photo) {

@@ -1,18 +1,14 @@
 #pragma once
 
+#include "base/Failures.h"
+#include "detection/Console.h"
+
 #include <kestrelid/VisionServices.h>
 
-#include <exception>
-#include <functional>
-#include <string>
-#include <string_view>
 #include <utility>
 #include <variant>
-#include <vector>
 
 namespace kestrelid::detection {
-
-using ConsoleSink = std::function<void(std::string_view line)>;
 
 // What stands before a failure on the console.
 struct FailureLabels {
@@ -24,21 +20,18 @@ struct FailureLabels {
 // whatever perform() throws.
 template <typename Perform>
 [[nodiscard]] auto findings(const Perform& perform, const FailureLabels& labels,
-                            const ConsoleSink& console) {
+                            const Console& console) {
     using Result = decltype(perform());
     Result result = [&]() -> Result {
         try {
             return perform();
-        } catch (const std::exception& exception) {
-            return RequestError{exception.what()};
         } catch (...) {
-            return RequestError{"unknown exception"};
+            return RequestError{base::caughtFailure()};
         }
     }();
     if (const auto* error = std::get_if<RequestError>(&result)) {
         const bool isReported = error->kind == RequestError::Kind::reported;
-        console(std::string(isReported ? labels.reported : labels.notPerformed) + " " +
-                error->description);
+        console.tell(isReported ? labels.reported : labels.notPerformed, error->description);
         return std::variant_alternative_t<0, Result>{};
     }
     return std::get<0>(std::move(result));

@@ -1,5 +1,7 @@
 #include <kestrelid/detection/PassportDetector.h>
 
+#include "base/ExitGate.h"
+#include "detection/Console.h"
 #include "detection/KeywordTable.h"
 #include "detection/MrzLikeLines.h"
 #include "detection/NormalizedText.h"
@@ -9,26 +11,13 @@
 #include "detection/TextStage.h"
 #include "detection/VerdictNumbers.h"
 
-#include <cstdio>
+#include <algorithm>
+#include <chrono>
+#include <future>
+#include <new>
 #include <utility>
 
 namespace kestrelid {
-
-namespace {
-
-void printToStandardOutput(std::string_view line) {
-    const std::string whole = std::string(line) + "\n";
-    std::fwrite(whole.data(), 1, whole.size(), stdout);
-    std::fflush(stdout);
-}
-
-PlatformServices withConsole(PlatformServices services) {
-    if (!services.console)
-        services.console = printToStandardOutput;
-    return services;
-}
-
-}  // namespace
 
 PassportValidationResult::PassportValidationResult(bool isPassport, double confidence,
                                                    std::vector<std::string> reasons,
@@ -36,16 +25,41 @@ PassportValidationResult::PassportValidationResult(bool isPassport, double confi
     : isPassport_(isPassport), confidence_(confidence), reasons_(std::move(reasons)),
       recognizedText_(std::move(recognizedText)) {}
 
-// One validation. It owns neither the detector nor the queue: their last owner would then be a
-// worker of that queue, whose threads nobody could wait for when the process ends.
-struct PassportDetector::Call {
+namespace {
+
+constexpr std::string_view kRectangleRequestFailed = "Rectangle request failed:";
+constexpr std::string_view kTextRequestFailed = "Text request failed:";
+constexpr std::string_view kCompletionFailed = "Completion failed:";
+
+}  // namespace
+
+// One validation, which goes from block to block. It holds the detector weakly, since a released
+// detector owes no answer, and the queue too, since a queue that never runs its blocks would hold
+// itself.
+struct [[gnu::visibility("hidden")]] PassportDetector::Call {
     std::weak_ptr<const PassportDetector> detector;
     std::weak_ptr<DispatchQueue> queue;
+    std::shared_ptr<RectangleService> rectangles;
     std::shared_ptr<TextService> text;
-    detection::ConsoleSink console;
+    std::shared_ptr<const detection::Console> console;
     ValidationEffort effort;
     Bitmap bitmap;
+    detection::RectangleEvidence outline;  // none until one is found
     Completion completion;
+
+    // The two blocks. What is thrown inside counts as a failure of the request. They let go of the
+    // call, which may be the last owner of the services, before a process that ends may go on.
+    static void findOutline(std::shared_ptr<Call> given) noexcept;
+    static void readText(std::shared_ptr<Call> given) noexcept;
+
+    static void readTextLater(const std::shared_ptr<Call>& call) noexcept;
+
+    [[nodiscard]] PassportValidationResult verdict(std::string recognizedText) const;
+    // What make() gives; if it throws, for want of memory, the poorest of verdicts.
+    static PassportValidationResult orNothing(const detection::Console& console,
+                                              const auto& make) noexcept;
+    static void answer(const Completion& completion, const PassportValidationResult& result,
+                       const detection::Console& console) noexcept;
 };
 
 PassportDetector::PassportDetector(PlatformServices services, ValidationEffort effort)
@@ -55,8 +69,10 @@ PassportDetector::PassportDetector(PlatformServices services, ValidationEffort e
       rectangleAreaThreshold_(detection::kRectangleAreaThreshold),
       mrzConfidenceWeight_(detection::kMrzConfidenceWeight),
       keywordConfidenceWeight_(detection::kKeywordConfidenceWeight),
-      rectConfidenceWeight_(detection::kRectConfidenceWeight),
-      services_(withConsole(std::move(services))), effort_(effort) {}
+      rectConfidenceWeight_(detection::kRectConfidenceWeight), services_(std::move(services)),
+      effort_(effort), console_(std::make_shared<const detection::Console>(services_.console)) {
+    [[maybe_unused]] static const bool isGuarded = (base::ExitGate::guard(), true);
+}
 
 PassportDetector::~PassportDetector() = default;
 
@@ -64,7 +80,11 @@ std::shared_ptr<PassportDetector> PassportDetector::create(PlatformServices serv
                                                            ValidationEffort effort) {
     if (!services.rectangles || !services.text || !services.queue)
         return nullptr;
-    return std::shared_ptr<PassportDetector>(new PassportDetector(std::move(services), effort));
+    try {
+        return std::shared_ptr<PassportDetector>(new PassportDetector(std::move(services), effort));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 PassportValidationResult PassportDetector::makeResult(bool isPassport, double confidence,
@@ -76,37 +96,139 @@ PassportValidationResult PassportDetector::makeResult(bool isPassport, double co
 void PassportDetector::validate(const Image& image, Completion completion) {
     if (!completion)
         completion = [](const PassportValidationResult&) {};
-    if (!image.bitmap()) {
-        completion(makeResult(false, 0.0, {"Invalid image"}, ""));
-        return;
+    if (!image.bitmap())
+        return Call::answer(
+            completion,
+            Call::orNothing(*console_,
+                            [] { return makeResult(false, 0.0, {"Invalid image"}, ""); }),
+            *console_);
+    std::shared_ptr<Call> call;
+    try {
+        call = std::make_shared<Call>(
+            Call{.detector = weak_from_this(),
+                 .queue = services_.queue,
+                 .rectangles = services_.rectangles,
+                 .text = services_.text,
+                 .console = console_,
+                 .effort = effort_,
+                 .bitmap = *image.bitmap(),
+                 .outline = detection::evaluateRectangle(std::nullopt, *image.bitmap()),
+                 .completion = {}});
+        call->completion = completion;
+        services_.queue->async([call]() mutable { Call::findOutline(std::move(call)); });
+    } catch (...) {
+        console_->tellCaught(kRectangleRequestFailed);
+        // No block will ever run: there is only this thread to answer on.
+        Call::answer(completion,
+                     Call::orNothing(*console_,
+                                     [&call] {
+                                         return call ? call->verdict({})
+                                                     : makeResult(false, 0.0, {}, {});
+                                     }),
+                     *console_);
     }
-    const auto call = std::make_shared<const Call>(Call{weak_from_this(), services_.queue,
-                                                        services_.text, services_.console, effort_,
-                                                        *image.bitmap(), std::move(completion)});
-    services_.queue->async([call, rectangles = services_.rectangles] {
-        const auto rectangle = detection::findRectangle(*rectangles, call->console, call->bitmap);
-        if (!call->detector.expired())
-            readText(call, rectangle);
-    });
 }
 
-void PassportDetector::readText(const std::shared_ptr<const Call>& call,
-                                const std::optional<RectangleObservation>& rectangle) {
-    const auto read = [call, evidence = detection::evaluateRectangle(rectangle, call->bitmap)] {
-        std::string recognizedText =
-            detection::readText(*call->text, call->console, evidence.textBitmap,
-                                call->effort == ValidationEffort::verdictOnly);
-        const std::string cleaned = detection::normalize(recognizedText);
-        detection::Score score = detection::combine(
-            evidence.score, evidence.reason, detection::KeywordTable::passport().matches(cleaned),
-            detection::detectMRZLikeLines(cleaned));
-        call->completion(makeResult(score.isPassport, score.confidence, std::move(score.reasons),
-                                    std::move(recognizedText)));
-    };
-    if (const auto queue = call->queue.lock())
-        queue->async(read);
-    else
-        read();  // the queue is ending, and waits for its blocks
+Judgement PassportDetector::judge(const Image& image, std::chrono::duration<double> timeout) {
+    using Seconds = std::chrono::duration<double>;
+    constexpr Seconds kLongest{1e8};  // every clock can count as far
+    const Seconds patience = timeout > Seconds::zero() ? std::min(timeout, kLongest) : Seconds();
+    using Reason = NoVerdict::Reason;
+    try {
+        // Owned by the completion alone: destroyed without a call, it breaks its promise.
+        auto answer = std::make_shared<std::promise<PassportValidationResult>>();
+        std::future<PassportValidationResult> verdict = answer->get_future();
+        validate(image, [answer = std::move(answer)](const PassportValidationResult& result) {
+            try {
+                answer->set_value(result);
+            } catch (const std::future_error&) {
+                // A derived detector has answered twice.
+            }
+        });
+        if (verdict.wait_for(patience) == std::future_status::ready)
+            return verdict.get();
+        return NoVerdict{Reason::timedOut, "no verdict came in time"};
+    } catch (const std::future_error&) {
+        return NoVerdict{Reason::abandoned, "the detector gave the picture up"};
+    } catch (...) {
+        return NoVerdict{Reason::failed, "not enough memory to wait for the verdict"};
+    }
+}
+
+void PassportDetector::Call::findOutline(std::shared_ptr<Call> given) noexcept {
+    const base::ExitGate::Pass pass;
+    if (!pass)
+        return base::ExitGate::keep(std::move(given));
+    const auto call = std::move(given);
+    if (call->detector.expired())
+        return;
+    try {
+        const auto found =
+            detection::findRectangle(*call->rectangles, *call->console, call->bitmap);
+        if (call->detector.expired())
+            return;
+        call->outline = detection::evaluateRectangle(found, call->bitmap);
+    } catch (...) {
+        call->console->tellCaught(kRectangleRequestFailed);
+    }
+    readTextLater(call);
+}
+
+void PassportDetector::Call::readTextLater(const std::shared_ptr<Call>& call) noexcept {
+    try {
+        if (const auto queue = call->queue.lock())
+            return queue->async([call]() mutable { readText(std::move(call)); });
+    } catch (...) {
+        // This worker will do.
+    }
+    readText(call);
+}
+
+void PassportDetector::Call::readText(std::shared_ptr<Call> given) noexcept {
+    const base::ExitGate::Pass pass;
+    if (!pass)
+        return base::ExitGate::keep(std::move(given));
+    const auto call = std::move(given);
+    std::string recognizedText;
+    try {
+        recognizedText = detection::readText(*call->text, *call->console, call->outline.textBitmap,
+                                             call->effort == ValidationEffort::verdictOnly);
+    } catch (...) {
+        call->console->tellCaught(kTextRequestFailed);
+    }
+    answer(call->completion,
+           orNothing(*call->console, [&] { return call->verdict(std::move(recognizedText)); }),
+           *call->console);
+}
+
+PassportValidationResult PassportDetector::Call::verdict(std::string recognizedText) const {
+    const std::string cleaned = detection::normalize(recognizedText);
+    detection::Score score = detection::combine(
+        outline.score, outline.reason, detection::KeywordTable::passport().matches(cleaned),
+        detection::detectMRZLikeLines(cleaned));
+    return makeResult(score.isPassport, score.confidence, std::move(score.reasons),
+                      std::move(recognizedText));
+}
+
+PassportValidationResult PassportDetector::Call::orNothing(const detection::Console& console,
+                                                           const auto& make) noexcept {
+    try {
+        return make();
+    } catch (...) {
+        console.tellCaught(kTextRequestFailed);
+        return makeResult(false, 0.0, {}, {});
+    }
+}
+
+void PassportDetector::Call::answer(const Completion& completion,
+                                    const PassportValidationResult& result,
+                                    const detection::Console& console) noexcept {
+    try {
+        if (!base::ExitGate::isClosed())
+            completion(result);
+    } catch (...) {
+        console.tellCaught(kCompletionFailed);
+    }
 }
 
 }  // namespace kestrelid

@@ -40,8 +40,8 @@ PixelRect pixelBox(const NormalizedRect& box, const Bitmap& bitmap) {
 
 }  // namespace
 
-std::optional<RectangleObservation>
-findRectangle(RectangleService& service, const ConsoleSink& console, const Bitmap& bitmap) {
+std::optional<RectangleObservation> findRectangle(RectangleService& service, const Console& console,
+                                                  const Bitmap& bitmap) {
     const std::vector<RectangleObservation> rectangles = findings(
         [&] { return service.perform(bitmap, {}); },
         {.reported = "Rect detect error:", .notPerformed = "Rectangle request failed:"}, console);

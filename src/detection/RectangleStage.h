@@ -19,7 +19,7 @@ struct RectangleEvidence {
 // The outline whose bounding box has the largest area, of equal ones the first. Failures go to the
 // console and count as nothing found.
 [[nodiscard]] std::optional<RectangleObservation>
-findRectangle(RectangleService& service, const ConsoleSink& console, const Bitmap& bitmap);
+findRectangle(RectangleService& service, const Console& console, const Bitmap& bitmap);
 
 [[nodiscard]] RectangleEvidence
 evaluateRectangle(const std::optional<RectangleObservation>& rectangle, const Bitmap& bitmap);

@@ -4,6 +4,8 @@
 #include "detection/NormalizedText.h"
 #include "detection/VerdictNumbers.h"
 
+#include <memory>
+#include <mutex>
 #include <vector>
 
 namespace kestrelid::detection {
@@ -16,6 +18,7 @@ namespace {
 class EntriesMatchedByLines {
 public:
     bool isEnoughAfter(std::string_view line) {
+        const std::lock_guard lock(mutex_);
         const KeywordTable& table = KeywordTable::passport();
         const std::vector<std::int64_t> distances = table.distances(normalize(line));
         matched_.resize(distances.size());
@@ -28,6 +31,7 @@ public:
     }
 
 private:
+    std::mutex mutex_;
     std::vector<bool> matched_;
 };
 
@@ -48,14 +52,13 @@ std::string joinedLines(const std::vector<TextObservation>& lines) {
 
 }  // namespace
 
-std::string readText(TextService& service, const ConsoleSink& console, const Bitmap& bitmap,
+std::string readText(TextService& service, const Console& console, const Bitmap& bitmap,
                      bool onlyUntilDecided) {
     TextRequest request;  // accurate, with language correction, English
-    EntriesMatchedByLines matched;
     if (onlyUntilDecided)
-        request.isEnough = [&matched](std::string_view line) {
-            return matched.isEnoughAfter(line);
-        };
+        // Shared: a service may keep the request and ask once more after its answer.
+        request.isEnough = [matched = std::make_shared<EntriesMatchedByLines>()](
+                               std::string_view line) { return matched->isEnoughAfter(line); };
     return joinedLines(findings(
         [&] { return service.perform(bitmap, request); },
         {.reported = "Text recognition error:", .notPerformed = "Text request failed:"}, console));

@@ -6,10 +6,12 @@
 #include <atomic>
 #include <chrono>
 #include <deque>
+#include <exception>
 #include <mutex>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QObject>
+#include <QtGlobal>
 #include <QTimer>
 #include <utility>
 
@@ -22,11 +24,22 @@ using Seconds = std::chrono::duration<double>;
 
 constexpr Seconds kLongestTimer{1'000'000.0};  // QTimer counts milliseconds in an int
 
+// Qt's event loop does not survive an exception: what a host's callback throws is told.
+void run(const DispatchQueue::Block& block) noexcept {
+    try {
+        block();
+    } catch (const std::exception& exception) {
+        qWarning("kestrelid: main queue: %s", exception.what());
+    } catch (...) {
+        qWarning("kestrelid: main queue: unknown exception");
+    }
+}
+
 // Thread: the receiver's.
 void runAt(Clock::time_point due, std::shared_ptr<QObject> receiver, DispatchQueue::Block block) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - Clock::now());
     if (left.count() <= 0)
-        return block();
+        return run(block);
     QObject* context = receiver.get();
     QTimer::singleShot(left, Qt::PreciseTimer, context,
                        [due, receiver = std::move(receiver), block = std::move(block)]() mutable {
@@ -79,7 +92,7 @@ protected:
             if (waiting_.empty())
                 self_.reset();
         }
-        block();
+        run(block);
         return true;
     }
 

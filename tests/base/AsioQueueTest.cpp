@@ -11,13 +11,25 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(AsioQueue, OneThreadRunsBlocksInOrder) {
+// Until a block has run that sets done.
+void await(std::promise<void>& done) {
+    ASSERT_EQ(done.get_future().wait_for(60s), std::future_status::ready);
+}
+
+TEST(AsioQueue, OneThreadRunsBlocksInOrderAlsoAfterTheReleaseAndAfterOneThatThrows) {
     std::vector<int> order;
+    std::promise<void> released;
+    std::promise<void> done;
     {
         AsioQueue queue("serial", 1);
+        queue.async([&] { await(released); });
+        queue.async([] { throw 42; });
         for (int block = 0; block < 1000; ++block)
             queue.async([&order, block] { order.push_back(block); });
+        queue.async([&] { done.set_value(); });
     }
+    released.set_value();  // a release that waited would wait for this
+    await(done);
     ASSERT_EQ(order.size(), 1000u);
     EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
 }
@@ -31,18 +43,21 @@ TEST(AsioQueue, SeveralThreadsRunBlocksAtOnce) {
         both.arrive_and_wait();
         done.set_value();
     });
-    EXPECT_EQ(done.get_future().wait_for(30s), std::future_status::ready);
+    await(done);
 }
 
 TEST(AsioQueue, DelaysInOrderOfTheirDeadlines) {
     std::vector<int> order;
+    std::promise<void> done;
     const auto start = std::chrono::steady_clock::now();
-    {
-        AsioQueue queue("serial", 1);
-        queue.asyncAfter(40ms, [&] { order.push_back(2); });
-        queue.asyncAfter(20ms, [&] { order.push_back(1); });
-        queue.async([&] { order.push_back(0); });
-    }  // waits for the delayed blocks
+    AsioQueue queue("serial", 1);
+    queue.asyncAfter(40ms, [&] {
+        order.push_back(2);
+        done.set_value();
+    });
+    queue.asyncAfter(20ms, [&] { order.push_back(1); });
+    queue.async([&] { order.push_back(0); });
+    await(done);
     EXPECT_EQ(order, (std::vector{0, 1, 2}));
     EXPECT_GE(std::chrono::steady_clock::now() - start, 40ms);
 }
@@ -52,12 +67,12 @@ TEST(AsioQueue, MayBeReleasedByItsOwnBlockAndStillRunsTheRest) {
     auto queue = std::make_unique<AsioQueue>("serial", 1);
     std::promise<void> submitted;
     queue->async([&] {
-        submitted.get_future().wait();
+        await(submitted);
         queue.reset();
     });
     queue->async([&] { last.set_value(); });
     submitted.set_value();
-    EXPECT_EQ(last.get_future().wait_for(30s), std::future_status::ready);
+    await(last);
 }
 
 }  // namespace

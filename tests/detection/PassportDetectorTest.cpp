@@ -1,3 +1,4 @@
+#include "detection/Scoring.h"
 #include "tests/detection/RandomText.h"
 #include "tests/support/FakeServices.h"
 #include "tests/support/ManualQueue.h"
@@ -9,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <limits>
 #include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace kestrelid::detection {
 namespace {
@@ -97,6 +100,37 @@ TEST(PassportDetector, JudgesByOutlineAndKeywords) {
     }
 }
 
+TEST(Scoring, AddsTheThreeFindings) {
+    const KeywordMatch match{"SURNAME", 0};
+    const MrzLikeLines zone{.found = true, .reason = "two lines"};
+    const struct {
+        double outline;
+        std::size_t matches;
+        MrzLikeLines zone;
+        double confidence;  // exactly: the sum is made in this order
+        bool isPassport;
+    } rows[] = {{1.0, 0, {}, 0.1, false},
+                {1.0, 2, {}, 1.0 * 0.1 + 2.0 / 3.0 * 0.4, false},
+                {1.0, 3, {}, 0.5, true},
+                {0.0, 4, {}, 0.4, false},
+                {0.0, 0, zone, 0.5, true},
+                {1.0, 1, zone, 1.0 * 0.1 + (1.0 / 3.0 * 0.4 + 0.5), true},
+                {0.5, 3, zone, 0.5 * 0.1 + (1.0 * 0.4 + 0.5), true},
+                {1.1, 3, zone, 1.0, true},
+                {-9.0, 3, zone, -9.0 * 0.1 + (0.4 + 0.5), true}};  // a zone decides alone
+    for (const auto& row : rows) {
+        const Score score =
+            combine(row.outline, "An outline.", std::vector(row.matches, match), row.zone);
+        EXPECT_EQ(score.confidence, row.confidence);
+        EXPECT_EQ(score.isPassport, row.isPassport);
+        EXPECT_EQ(score.reasons.at(0), "An outline.");
+        EXPECT_EQ(score.reasons.at(2),
+                  row.zone.found ? "MRZ-like text detected (two lines)." : "No MRZ found.");
+    }
+    EXPECT_THAT(combine(0.0, "", {}, zone).reasons,
+                ElementsAre("No passport keywords found.", "MRZ-like text detected (two lines)."));
+}
+
 struct FailingService final : RectangleService, TextService {
     RectangleResult perform(const Bitmap&, const RectangleRequest&) override { return fail(); }
     TextResult perform(const Bitmap&, const TextRequest&) override { return fail(); }
@@ -108,16 +142,19 @@ TEST(PassportDetector, PrintsFailuresOfServicesAndJudgesWithoutThem) {
         std::function<RequestError()> fail;
         const char* outlineLine;
         const char* textLine;
-    } rows[] = {{[] {
-                     return RequestError{"damaged", RequestError::Kind::reported};
-                 },
-                 "Rect detect error: damaged", "Text recognition error: damaged"},
-                {[] { return RequestError{"no model"}; }, "Rectangle request failed: no model",
-                 "Text request failed: no model"},
-                {[]() -> RequestError { throw std::runtime_error("lost"); },
-                 "Rectangle request failed: lost", "Text request failed: lost"},
-                {[]() -> RequestError { throw 7; }, "Rectangle request failed: unknown exception",
-                 "Text request failed: unknown exception"}};
+    } rows[] = {
+        {[] {
+             return RequestError{"damaged", RequestError::Kind::reported};
+         },
+         "Rect detect error: damaged", "Text recognition error: damaged"},
+        {[] { return RequestError{"no model"}; }, "Rectangle request failed: no model",
+         "Text request failed: no model"},
+        {[]() -> RequestError { throw std::runtime_error("two\nlines\u0085, \x1B[1m\x7F"); },
+         "Rectangle request failed: two lines ,  [1m ", "Text request failed: two lines ,  [1m "},
+        {[]() -> RequestError { throw std::bad_alloc(); },
+         "Rectangle request failed: not enough memory", "Text request failed: not enough memory"},
+        {[]() -> RequestError { throw 7; }, "Rectangle request failed: unknown exception",
+         "Text request failed: unknown exception"}};
     const auto service = std::make_shared<FailingService>();
     std::vector<std::string> console;
     Bench bench;
@@ -133,6 +170,72 @@ TEST(PassportDetector, PrintsFailuresOfServicesAndJudgesWithoutThem) {
         EXPECT_EQ(bench.judge().confidence(), 0.0);
         EXPECT_THAT(console, ElementsAre(row.outlineLine, row.textLine));
     }
+}
+
+struct Refusing final : DispatchQueue {
+    void async(Block) override { throw std::runtime_error("no thread"); }
+    void asyncAfter(std::chrono::duration<double>, Block) override {}
+};
+
+TEST(PassportDetector, JudgesNothingWhereTheQueueCanHaveNoThread) {
+    std::vector<std::string> console;
+    Bench bench({rectangleOf(1, 1)});
+    bench.detector = PassportDetector::create(
+        {.rectangles = bench.rectangles,
+         .text = bench.text,
+         .queue = std::make_shared<Refusing>(),
+         .console = [&](std::string_view printed) { console.emplace_back(printed); }});
+    EXPECT_THAT(bench.judge().reasons(),
+                ElementsAre("No document rectangle found.", "No passport keywords found.",
+                            "No MRZ found."));
+    EXPECT_THAT(console, ElementsAre("Rectangle request failed: no thread"));
+}
+
+TEST(PassportDetector, OutlivesWhatTheHostThrows) {
+    std::vector<std::string> console;
+    Bench bench({}, FakeText(std::vector<std::string>{"A"}), ValidationEffort::verdictOnly);
+    bench.detector = PassportDetector::create({.rectangles = bench.rectangles,
+                                               .text = bench.text,
+                                               .queue = bench.queue,
+                                               .console =
+                                                   [&](std::string_view printed) {
+                                                       console.emplace_back(printed);
+                                                       throw 7;
+                                                   }},
+                                              ValidationEffort::verdictOnly);
+    const Image image(test::blankBitmap(8, 8));
+    for (const Image& judged : {image, Image()}) {
+        bench.detector->validate(judged, nullptr);
+        bench.detector->validate(judged, [](const auto&) { throw std::runtime_error("mine"); });
+    }
+    bench.queue->runAll();
+    EXPECT_THAT(console, ElementsAre("Completion failed: mine", "Completion failed: mine"));
+    EXPECT_FALSE(bench.text->lastRequest.isEnough("asked after the answer"));
+}
+
+// What reaches standard output though the process ends without flushing it.
+TEST(PassportDetector, PrintsOnStandardOutputWithoutASinkOfTheHost) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const auto service = std::make_shared<FailingService>();
+    service->fail = [] { return RequestError{"why"}; };
+    if (fork() == 0) {
+        dup2(ends[1], STDOUT_FILENO);
+        Bench bench;
+        bench.detector = PassportDetector::create(
+            {.rectangles = service, .text = service, .queue = bench.queue});
+        bench.judge();
+        _exit(0);
+    }
+    close(ends[1]);
+    std::string printed(200, '\0');
+    ssize_t size = 0;
+    for (ssize_t more = 1; more > 0; size += more)
+        more = read(ends[0], printed.data() + size, printed.size() - static_cast<size_t>(size));
+    close(ends[0]);
+    wait(nullptr);
+    printed.resize(static_cast<size_t>(size));
+    EXPECT_EQ(printed, "Rectangle request failed: why\nText request failed: why\n");
 }
 
 TEST(PassportDetector, AnswersForAnImageWithoutBitmapBeforeReturning) {
@@ -201,6 +304,7 @@ TEST(PassportDetector, TakesTwoHopsAndGivesUpSilentlyWhenReleasedBeforeTheFirst)
         EXPECT_TRUE(watched.expired());
         bench.queue->runAll();
         EXPECT_EQ(bench.answers.size(), cranks == 0 ? 0u : 1u) << cranks;
+        EXPECT_EQ(bench.rectangles->requests, cranks == 0 ? 0 : 1);  // not even looked for
     }
 }
 

@@ -4,6 +4,7 @@
 #include <kestrelid/PassportDetector.h>
 
 #include <atomic>
+#include <cmath>
 #include <future>
 #include <gtest/gtest.h>
 #include <latch>
@@ -11,6 +12,8 @@
 
 namespace kestrelid::detection {
 namespace {
+
+using namespace std::chrono_literals;
 
 // Safe to call from several threads at once, unlike the recording fakes.
 class Rectangles final : public RectangleService {
@@ -74,26 +77,61 @@ TEST(PassportDetectorThreads, ReleaseAtAnyMomentLeavesNothingBehind) {
     }
 }
 
-TEST(PassportDetectorThreads, ReleaseWaitsForTextThatIsBeingRead) {
-    // Otherwise a program could end while its libraries are still at work.
-    std::atomic<bool> isAnswered = false;
+TEST(PassportDetectorThreads, ReleaseWaitsForNothingAndWhatReadsTextAnswers) {
     std::latch isReading(1);
-    std::latch isReleasing(1);
+    std::latch isReleased(1);
+    std::promise<void> answered;
     const auto text = std::make_shared<test::FakeText>();
     text->duringRequest = [&] {
         isReading.count_down();
-        isReleasing.wait();
-        for (int turn = 0; turn < 1000; ++turn)
-            std::this_thread::yield();
+        isReleased.wait();
     };
-    PlatformServices withText = services(2);
+    PlatformServices withText = services(1);
     withText.text = text;
     auto detector = PassportDetector::create(std::move(withText));
-    detector->validate(Image(test::blankBitmap(60, 60)), [&](const auto&) { isAnswered = true; });
+    detector->validate(Image(test::blankBitmap(60, 60)),
+                       [&](const auto&) { answered.set_value(); });
     isReading.wait();
-    isReleasing.count_down();
-    detector.reset();
-    EXPECT_TRUE(isAnswered);
+    detector.reset();  // a release that waited would wait for ever
+    isReleased.count_down();
+    EXPECT_EQ(answered.get_future().wait_for(60s), std::future_status::ready);
+}
+
+TEST(PassportDetectorThreads, JudgeWaitsForTheVerdictOrSaysWhyThereIsNone) {
+    const Image image(test::blankBitmap(60, 60));
+    const auto reasonOf = [](const Judgement& judgement) {
+        return std::get<NoVerdict>(judgement).reason;
+    };
+    auto detector = PassportDetector::create(services(2));
+    for (const Image& judged : {image, Image()}) {
+        const Judgement judgement = detector->judge(judged);
+        EXPECT_EQ(std::get<PassportValidationResult>(judgement).isPassport(),
+                  judged.bitmap().has_value());
+    }
+    const auto text = std::make_shared<test::FakeText>();
+    std::promise<void> isOver;
+    text->duringRequest = [waited = isOver.get_future().share()] { waited.wait(); };
+    PlatformServices slow = services(1);
+    slow.text = text;
+    const auto slowDetector = PassportDetector::create(slow);
+    for (const double seconds : {0.001, 0.0, -1e300, std::nan("")})
+        EXPECT_EQ(reasonOf(slowDetector->judge(image, std::chrono::duration<double>(seconds))),
+                  NoVerdict::Reason::timedOut);
+    isOver.set_value();
+
+    struct Releasing final : RectangleService {
+        RectangleResult perform(const Bitmap&, const RectangleRequest&) override {
+            detector->reset();
+            return {};
+        }
+        std::shared_ptr<PassportDetector>* detector = nullptr;
+    };
+    const auto releasing = std::make_shared<Releasing>();
+    PlatformServices abandoned = services(1);
+    abandoned.rectangles = releasing;
+    releasing->detector = &detector;
+    detector = PassportDetector::create(abandoned);
+    EXPECT_EQ(reasonOf(detector->judge(image)), NoVerdict::Reason::abandoned);
 }
 
 TEST(PassportDetectorThreads, MayBeReleasedInItsOwnCompletion) {

@@ -17,10 +17,12 @@ public:
 
     RectangleResult perform(const Bitmap&, const RectangleRequest& request) override {
         lastRequest = request;
+        ++requests;
         return result_;
     }
 
     RectangleRequest lastRequest;
+    int requests = 0;
 
 private:
     RectangleResult result_;

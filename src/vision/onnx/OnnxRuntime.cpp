@@ -1,6 +1,6 @@
 #include "vision/onnx/OnnxRuntime.h"
 
-#include "vision/onnx/ExitGate.h"
+#include "base/ExitGate.h"
 #include "vision/onnx/OnnxStatus.h"
 
 #include <algorithm>
@@ -97,7 +97,7 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
         return *error;
     if (auto error = shareArena(api, runtime->environment_))
         return *error;
-    ExitGate::guard();
+    base::ExitGate::guard();
     return std::shared_ptr<const OnnxRuntime>(runtime);
 }
 

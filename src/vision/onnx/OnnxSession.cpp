@@ -1,6 +1,6 @@
 #include "vision/onnx/OnnxSession.h"
 
-#include "vision/onnx/ExitGate.h"
+#include "base/ExitGate.h"
 #include "vision/onnx/OnnxRuntime.h"
 #include "vision/onnx/OnnxStatus.h"
 
@@ -82,7 +82,7 @@ Failure ending() {
 
 Expected<OnnxSession> OnnxSession::open(std::shared_ptr<const OnnxRuntime> runtime,
                                         const std::string& model, int threads) {
-    const ExitGate::Pass pass;
+    const base::ExitGate::Pass pass;
     if (!pass)
         return ending();
     const OrtApi& api = *runtime->api_;
@@ -120,10 +120,17 @@ Expected<OnnxSession> OnnxSession::open(std::shared_ptr<const OnnxRuntime> runti
 }
 
 Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> inputs) const {
-    const ExitGate::Pass pass;
+    const OrtApi& api = *runtime_->api_;
+    OrtRunOptions* rawOptions = nullptr;
+    if (auto error = onnxError(api, api.CreateRunOptions(&rawOptions)))
+        return *error;
+    const std::unique_ptr<OrtRunOptions, decltype(api.ReleaseRunOptions)> options(
+        rawOptions, api.ReleaseRunOptions);
+    // A run that is told to terminate stops at the network's next node.
+    const base::ExitGate::Pass pass(
+        [&] { (void)onnxError(api, api.RunOptionsSetTerminate(rawOptions)); });
     if (!pass)
         return ending();
-    const OrtApi& api = *runtime_->api_;
     if (inputs.size() != inputNames_.size())
         return failure("ONNX Runtime: the model takes another number of inputs");
     const auto owned = [this](OrtValue* value) {
@@ -158,8 +165,8 @@ Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> in
     const auto outputNames = pointers(outputNames_);
     std::vector<OrtValue*> rawOutputs(outputNames.size(), nullptr);
     const auto refusal = onnxError(
-        api, api.Run(session_.get(), nullptr, inputNames.data(), rawInputs.data(), rawInputs.size(),
-                     outputNames.data(), outputNames.size(), rawOutputs.data()));
+        api, api.Run(session_.get(), rawOptions, inputNames.data(), rawInputs.data(),
+                     rawInputs.size(), outputNames.data(), outputNames.size(), rawOutputs.data()));
     std::vector<OnnxTensor> outputs(rawOutputs.size());
     for (std::size_t index = 0; index < outputs.size(); ++index)
         outputs[index].value_ = owned(rawOutputs[index]);

@@ -3,16 +3,14 @@
 #include <kestrelid/ImageFile.h>
 #include <kestrelid/PassportDetector.h>
 
-#include <future>
 #include <iostream>
 
 int main(int, char** arguments) {
     const kestrelid::ImageResult picture = kestrelid::readImage(arguments[1]);
-    std::promise<bool> verdict;
     const auto detector = kestrelid::PassportDetector::create();
-    detector->validate(std::get<kestrelid::Image>(picture),
-                       [&](const auto& result) { verdict.set_value(result.isPassport()); });
-    std::cout << (verdict.get_future().get() ? "passport" : "no passport") << '\n';
+    const auto verdict = detector->judge(std::get<kestrelid::Image>(picture));
+    const auto* result = std::get_if<kestrelid::PassportValidationResult>(&verdict);
+    std::cout << (result && result->isPassport() ? "passport" : "no passport") << '\n';
     for (const kestrelid::ServiceStatus& service : kestrelid::diagnose())
         std::cout << service.name << ": " << service.details << '\n';
 }
