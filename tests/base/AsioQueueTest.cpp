@@ -31,7 +31,7 @@ TEST(AsioQueue, SeveralThreadsRunBlocksAtOnce) {
         both.arrive_and_wait();
         done.set_value();
     });
-    EXPECT_EQ(done.get_future().wait_for(30s), std::future_status::ready);
+    EXPECT_EQ(done.get_future().wait_for(60s), std::future_status::ready);
 }
 
 TEST(AsioQueue, DelaysInOrderOfTheirDeadlines) {
@@ -39,12 +39,12 @@ TEST(AsioQueue, DelaysInOrderOfTheirDeadlines) {
     const auto start = std::chrono::steady_clock::now();
     {
         AsioQueue queue("serial", 1);
-        queue.asyncAfter(40ms, [&] { order.push_back(2); });
+        queue.asyncAfter(1s, [&] { order.push_back(2); });
         queue.asyncAfter(20ms, [&] { order.push_back(1); });
         queue.async([&] { order.push_back(0); });
     }  // waits for the delayed blocks
     EXPECT_EQ(order, (std::vector{0, 1, 2}));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 40ms);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 1s);
 }
 
 TEST(AsioQueue, MayBeReleasedByItsOwnBlockAndStillRunsTheRest) {
@@ -57,7 +57,7 @@ TEST(AsioQueue, MayBeReleasedByItsOwnBlockAndStillRunsTheRest) {
     });
     queue->async([&] { last.set_value(); });
     submitted.set_value();
-    EXPECT_EQ(last.get_future().wait_for(30s), std::future_status::ready);
+    EXPECT_EQ(last.get_future().wait_for(60s), std::future_status::ready);
 }
 
 }  // namespace
