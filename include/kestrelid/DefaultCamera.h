@@ -13,7 +13,8 @@
 
 namespace kestrelid {
 
-/// The machine's cameras, or the file of options.camera. Thread: any; takes up to a second.
+/// The machine's cameras, or the file of options.camera. Thread: any; takes seconds where the
+/// desktop hangs.
 [[nodiscard]] KESTRELID_EXPORT std::vector<CameraDescription>
 cameras(const CameraOptions& options = {});
 
@@ -25,7 +26,7 @@ defaultCameraServices(std::shared_ptr<DispatchQueue> mainQueue, const CameraOpti
                       PlatformServices recognition = defaultServices());
 
 /// Looks for what capture needs: GStreamer and its plugins, permission, cameras or the file.
-/// Thread: any; takes up to a second.
+/// Thread: any; takes seconds where the desktop hangs.
 [[nodiscard]] KESTRELID_EXPORT std::vector<ServiceStatus>
 diagnoseCamera(const CameraOptions& options = {});
 

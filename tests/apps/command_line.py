@@ -66,13 +66,13 @@ class CommandLineTest(unittest.TestCase):
     def read_until(self, process, word):
         """What it writes up to the line that holds word."""
         written = b""
-        while select.select([process.stdout], [], [], 30)[0]:
+        while select.select([process.stdout], [], [], PATIENCE)[0]:
             line = process.stdout.readline()
             self.assertTrue(line, b"ended without " + word)
             written += line
             if word in line:
                 return written
-        self.fail("half a minute without a line")
+        self.fail(f"{PATIENCE} s without a line")
 
     def assert_ends_quietly_with_its_reader(self, word, *arguments):
         # Python ignores the signal, and would have its children do so too.

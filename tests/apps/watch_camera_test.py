@@ -41,9 +41,11 @@ class Cameras(CommandLineTest):
         readable = self.kestrelid("watch", "--list").stdout.decode()
         self.assertIn("Lid\n    1280x720, 30 frames/s, jpeg\n", readable)
 
-        chosen = self.kestrelid("watch", "--json", "--camera", "Lid", "--seconds", "2")
-        self.assertEqual((chosen.returncode, chosen.stderr), (0, b""))
-        self.assertIn(b'"ready":true,"camera":"Lid"', chosen.stdout)
+        chosen = self.start("watch", "--json", "--camera", "Lid", env=self.environment, stdout=subprocess.PIPE,
+                            stderr=subprocess.PIPE)
+        self.assertIn(b'"ready":true,"camera":"Lid"', self.read_until(chosen, b'"session"'))
+        chosen.terminate()
+        self.assertEqual((chosen.wait(timeout=PATIENCE), chosen.stderr.read()), (0, b""))
         unknown = self.kestrelid("watch", "--camera", "Roof")
         self.assertEqual(unknown.returncode, 1)
         self.assertRegex(unknown.stderr.decode(), r"^kestrelid: Roof: neither .*: (.*, )?(Desk, Lid|Lid, Desk)(, .*)?\n$")

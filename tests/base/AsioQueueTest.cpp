@@ -51,7 +51,7 @@ TEST(AsioQueue, DelaysInOrderOfTheirDeadlines) {
     std::promise<void> done;
     const auto start = std::chrono::steady_clock::now();
     AsioQueue queue("serial", 1);
-    queue.asyncAfter(40ms, [&] {
+    queue.asyncAfter(1s, [&] {
         order.push_back(2);
         done.set_value();
     });
@@ -59,7 +59,7 @@ TEST(AsioQueue, DelaysInOrderOfTheirDeadlines) {
     queue.async([&] { order.push_back(0); });
     await(done);
     EXPECT_EQ(order, (std::vector{0, 1, 2}));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 40ms);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 1s);
 }
 
 TEST(AsioQueue, MayBeReleasedByItsOwnBlockAndStillRunsTheRest) {

@@ -30,7 +30,7 @@ struct PhotoListener final : PhotoCaptureDelegate {
 }  // namespace
 
 bool eventually(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(8);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= end)
             return condition();

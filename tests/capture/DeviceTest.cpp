@@ -1,9 +1,12 @@
 #include "tests/capture/CaptureRig.h"
+#include "tests/capture/ProcessCounts.h"
 #include "tests/capture/TestCamera.h"
 
 #include <kestrelid/ImageFile.h>
 
+#include <array>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 namespace kestrelid::capture {
 namespace {
@@ -165,6 +168,34 @@ TEST(Device, PhotosUnderWayAreAnsweredInOrderWhenItStallsIsLostOrReleased) {
         }
         EXPECT_TRUE(camera.waitUntilClosed());
     }
+}
+
+TEST(DeviceBehindAPortal, IsNotFoundWhereThePortalsConnectionEndsOrHangs) {
+    std::vector<base::OwnedDescriptor> far;
+    bool ends = true;
+    int opened = 0;
+    const auto open = [&] {
+        std::array<int, 2> pair{};
+        EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair.data()), 0);
+        ++opened;
+        base::OwnedDescriptor other(pair[0]);
+        if (!ends)
+            far.push_back(std::move(other));
+        return base::OwnedDescriptor(pair[1]);
+    };
+    const auto list = [&] { return GStreamerCapturePlatform({}, open).cameras().size(); };
+    EXPECT_EQ(list(), 0u);
+    const int threads = threadCount();
+    EXPECT_EQ(list(), 0u);
+    EXPECT_EQ(opened, 2) << "what has ended is opened anew";
+    EXPECT_TRUE(eventually([&] { return threadCount() <= threads; }));
+    ends = false;
+    for (int listing = 0; listing < 3; ++listing)
+        EXPECT_EQ(list(), 0u);
+    EXPECT_EQ(opened, 3) << "one that hangs is waited for again, as it may still answer";
+    far.clear();
+    EXPECT_EQ(list(), 0u);
+    EXPECT_EQ(opened, 4);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "tests/capture/CaptureRig.h"
 #include "tests/capture/TestFiles.h"
 
+#include "base/AsioQueue.h"
+
 #include <kestrelid/ImageFile.h>
 
 #include <gtest/gtest.h>
@@ -26,19 +28,19 @@ protected:
     TemporaryFolder folder;
 };
 
-// At thirty frames a second; later under load, but never sooner.
-void expectPaced(const CaptureRig& rig) {
-    const auto started = std::chrono::steady_clock::now();
-    const int before = rig.shown->count();
-    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= before + 45; }));
-    EXPECT_GE(std::chrono::steady_clock::now() - started, 1s);
+// Starts at thirty frames a second. A busy machine shows them late, but never sooner.
+void startPaced(CaptureRig& rig) {
+    const auto before = std::chrono::steady_clock::now();
+    ASSERT_EQ(rig.start(), "");
+    ASSERT_TRUE(eventually(
+        [&] { return rig.shown->count() >= 45 && rig.taken->count() >= rig.taken->keeps; }));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, 1s);
 }
 
 TEST_F(FileCamera, ShowsAPictureThatSways) {
     CaptureRig rig(picture());
     rig.taken->keeps = 2;
-    ASSERT_EQ(rig.start(), "");
-    expectPaced(rig);
+    startPaced(rig);
     const Bitmap frame = rig.shown->last();
     EXPECT_NEAR(frame.width() * frame.height(), 1280 * 720, 10'000);
     EXPECT_NEAR(static_cast<double>(frame.width()) / frame.height(), 4.0 / 3.0, 0.01);
@@ -52,11 +54,11 @@ TEST_F(FileCamera, ShowsAPictureThatSways) {
         ++same;
     EXPECT_LT(same, frame.height());
     rig.videoOutput->setVideoSettings({.pixelFormat = 0});
+    const auto late = std::make_shared<TakenFrames>();
+    rig.videoOutput->setSampleBufferDelegate(late, std::make_shared<base::AsioQueue>("late", 1));
     const int before = rig.shown->count();
     ASSERT_TRUE(eventually([&] { return rig.shown->count() >= before + 3; }));
-    const int taken = rig.taken->count();
-    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= before + 6; }));
-    EXPECT_EQ(rig.taken->count(), taken) << "nothing comes in a format that it does not know";
+    EXPECT_EQ(late->count(), 0) << "nothing comes in a format that it does not know";
 }
 
 TEST_F(FileCamera, TakesPhotosOfThePicturesFullSizeInOrderWhileFramesFlow) {
@@ -92,8 +94,7 @@ TEST_F(FileCamera, PlaysAFilmOverAndOver) {
     const auto film = folder / "film.avi";
     writeFilm(film, 15);
     CaptureRig rig(cameraNamed(film.string()));
-    ASSERT_EQ(rig.start(), "");
-    expectPaced(rig);
+    startPaced(rig);
     EXPECT_TRUE(rig.session->isRunning());
     EXPECT_EQ(rig.shown->last().width(), 320);
     rig.takePhotos(1);

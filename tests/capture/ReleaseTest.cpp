@@ -63,7 +63,7 @@ TEST(SlowDelegate, HasFramesDroppedAndNoMoreMemoryThanThreePictures) {
     const std::shared_future<void> gone = go.get_future().share();
     rig.taken->onFrame = [gone] { gone.wait(); };
     ASSERT_EQ(rig.start(), "");
-    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 20; }));
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() >= 20 && rig.taken->count() > 0; }));
     EXPECT_EQ(rig.taken->count(), 1) << "the queue is still busy with the first";
     go.set_value();
     EXPECT_TRUE(eventually([&] { return rig.taken->count() > 10; }));

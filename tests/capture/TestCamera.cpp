@@ -61,7 +61,7 @@ bool TestCamera::isOpen() const {
 }
 
 bool TestCamera::waitUntilClosed() const {
-    for (int attempt = 0; attempt < 1000 && isOpen(); ++attempt)
+    for (int attempt = 0; attempt < 12000 && isOpen(); ++attempt)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     return !isOpen();
 }

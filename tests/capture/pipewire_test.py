@@ -1,8 +1,7 @@
 """A camera that PipeWire offers, from a PipeWire of the test's own: listed, watched, photographed; by PipeWire's socket,
 and inside a sandbox by the connection that a portal hands out.
 
-Skipped with one line where PipeWire is not installed or does not start. Its client library (0.3) damages the heap now
-and then when it is closed, so that a signal ends the program: such a run is repeated twice at most, from a fresh stack.
+Skipped with one line where PipeWire is not installed or does not start.
 """
 
 import json
@@ -18,14 +17,10 @@ KESTRELID = os.environ["KESTRELID"]
 PORTAL = os.environ["KESTRELID_TEST_PORTAL"]
 NEEDED = ["dbus-run-session", "pipewire", "wireplumber", "pw-cli", "gst-launch-1.0"]
 CAMERA = "TestCamera"
-PATIENCE = 30  # seconds, for each thing that is waited for
+PATIENCE = 60  # seconds, for each thing that is waited for; machines that build meanwhile are slow
 
 
 class NoPipeWire(Exception):
-    pass
-
-
-class EndedBySignal(Exception):
     pass
 
 
@@ -91,11 +86,8 @@ class Stack:
 def watch(environment, *arguments):
     """The program's events."""
     command = [KESTRELID, "watch", "--json", *arguments]
-    result = subprocess.run(["timeout", str(2 * PATIENCE), *command], env=environment, capture_output=True, text=True)
-    told = f"{command}: exit code {result.returncode}\n{result.stdout}{result.stderr}"
-    if result.returncode < 0 or result.returncode > 128:
-        raise EndedBySignal(told)
-    assert result.returncode == 0, told
+    result = subprocess.run(["timeout", str(PATIENCE), *command], env=environment, capture_output=True, text=True)
+    assert result.returncode == 0, f"{command}: exit code {result.returncode}\n{result.stdout}{result.stderr}"
     return [json.loads(line) for line in result.stdout.splitlines()]
 
 
@@ -119,24 +111,21 @@ def check(folder, is_sandboxed):
     with Stack(folder) as stack:
         try:
             environment = stack.sandbox() if is_sandboxed else stack.environment
-            check_listing(environment)
+            for _ in range(5):  # a heap that is damaged as the program ends does not always show
+                check_listing(environment)
             check_watch(environment, folder / "photo.jpg")
         except AssertionError:
             print(*stack.logs(), sep="\n")
             raise
 
 
-def attempt(way, is_sandboxed):
-    """The exit code; None where the client library's own end asks for another attempt."""
+def exit_code(way, is_sandboxed):
     with tempfile.TemporaryDirectory(prefix="kestrelid-") as folder:
         try:
             check(Path(folder), is_sandboxed)
         except NoPipeWire as reason:
             print(f"PipeWire is not tested: {reason}")
             return 77
-        except EndedBySignal as end:
-            print(end)
-            return None
         except AssertionError as failure:
             print(f"FAILED: {failure}")
             return 1
@@ -152,12 +141,7 @@ def main():
                   "gstreamer1.0-tools)")
             return 77
         return subprocess.run(["dbus-run-session", "--", sys.executable, "-B", __file__, "--inside"]).returncode
-    for way, is_sandboxed in [("its socket", False), ("a portal", True)]:
-        codes = (attempt(way, is_sandboxed) for _ in range(3))
-        code = next((code for code in codes if code is not None), 1)
-        if code != 0:
-            return code
-    return 0
+    return exit_code("its socket", False) or exit_code("a portal", True)
 
 
 if __name__ == "__main__":

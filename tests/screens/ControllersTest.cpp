@@ -23,7 +23,7 @@ QQuickWidget* hosted(QWidget& controller) {
 void open(QWidget& widget) {
     widget.resize(kPhone);
     widget.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget, kPatience));
     settle();
 }
 

@@ -57,7 +57,7 @@ TEST(Dismiss, ClosesWhatPresentsTheScreen) {
         component.setData(qml + "}", {});
         const std::unique_ptr<QQuickWindow> window(qobject_cast<QQuickWindow*>(component.create()));
         ASSERT_TRUE(window) << component.errorString().toStdString();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get(), kPatience));
         settle();
         click(findItem(findItem(window->contentItem(), "screen"), "closeArea"));
         EXPECT_EQ(window->isVisible(), isWindowOpen);
@@ -77,7 +77,7 @@ TEST(DismissWidgets, ClosesTheWindowOfAHostsOwnQuickWidget) {
     widget->resize(360, 640);
     window.resize(360, 640);
     window.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window, kPatience));
     clickIn(*widget, findItem(widget->rootObject(), "closeArea"));
     EXPECT_FALSE(window.isVisible());
 }

@@ -40,7 +40,7 @@ TEST(QtMainQueue, DelaysInOrderAndNeverEarlyAlsoAfterItsRelease) {
     const auto start = std::chrono::steady_clock::now();
     std::chrono::steady_clock::duration last{};
     std::thread([&] {
-        queue->asyncAfter(40ms, [&] {
+        queue->asyncAfter(1s, [&] {
             last = std::chrono::steady_clock::now() - start;
             order.push_back(2);
         });
@@ -52,7 +52,7 @@ TEST(QtMainQueue, DelaysInOrderAndNeverEarlyAlsoAfterItsRelease) {
     });
     ASSERT_TRUE(waitFor([&] { return order.size() == 3; }));
     EXPECT_EQ(order, (std::vector{0, 1, 2}));
-    EXPECT_GE(last, 40ms);
+    EXPECT_GE(last, 1s);
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 namespace kestrelid::test {
 
 bool waitFor(const std::function<bool()>& condition) {
-    return QTest::qWaitFor(condition, 5000);
+    return QTest::qWaitFor(condition, kPatience);
 }
 
 void settle() {
@@ -85,7 +85,7 @@ ShownScreen::ShownScreen(const QString& type, const QVariantMap& properties, con
         return;
     window_->show();
     window_->requestActivate();
-    if (!QTest::qWaitForWindowActive(window_.get()))
+    if (!QTest::qWaitForWindowActive(window_.get(), kPatience))
         qWarning("the window did not become active");
     settle();
 }

@@ -17,7 +17,9 @@
 
 namespace kestrelid::test {
 
-// Runs the event loop until the condition holds; false after 5 s.
+constexpr int kPatience = 60'000;  // ms; machines that build meanwhile are slow
+
+// Runs the event loop until the condition holds; false where it does not in that time.
 bool waitFor(const std::function<bool()>& condition);
 
 // Events that wait, and those that they bring.

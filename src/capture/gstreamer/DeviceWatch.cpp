@@ -1,6 +1,10 @@
 #include "capture/gstreamer/DeviceWatch.h"
 
 #include <algorithm>
+#include <chrono>
+#include <poll.h>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -19,14 +23,23 @@ namespace {
 
 constexpr const char* kPipeWire = "pipewiredeviceprovider";
 
-// PipeWire's plugin (0.3.65) damages the heap when its provider stops: it takes a proxy away under
-// the thread that still uses it. The program's one provider counts its starts; with one start more
-// than stops it stays, and with it one thread and one connection.
+// PipeWire's plugin (0.3.65) damages the heap when a provider stops: it takes a proxy away under
+// the thread that still uses it, and leaves its listeners on a connection that others may share. So
+// a provider that has started stays until the process ends, and with it one thread and one
+// connection.
+
+// The program's own provider counts its starts: one more than there are stops.
 void keepPipeWire() {
     GstDeviceProvider* shared = gst_device_provider_factory_get_by_name(kPipeWire);
     const ProviderHandle owner(shared);
     if (shared)
         gst_device_provider_start(shared);
+}
+
+// Whether the other side has closed the connection.
+bool isCutOff(const base::OwnedDescriptor& connection) {
+    pollfd end{.fd = connection.number(), .events = POLLRDHUP, .revents = 0};
+    return ::poll(&end, 1, 0) == 1;
 }
 
 }  // namespace
@@ -41,10 +54,28 @@ std::shared_ptr<DeviceWatch> DeviceWatch::start() {
     return watch;
 }
 
-std::shared_ptr<DeviceWatch> DeviceWatch::start(base::OwnedDescriptor remote) {
+std::shared_ptr<DeviceWatch> DeviceWatch::ofRemote(const OpenCameraRemote& open) {
+    constexpr std::size_t kMost = 16;
+    constexpr std::chrono::seconds kPatience{1};
+    static std::mutex mutex;
+    static auto& kept = *new std::vector<std::shared_ptr<DeviceWatch>>;  // never destroyed
+    const std::lock_guard lock(mutex);
+    if (kept.empty() || (isCutOff(kept.back()->remote_) && kept.size() < kMost)) {
+        auto watch = make(open());
+        if (!watch)
+            return nullptr;
+        kept.push_back(std::move(watch));
+        kept.back()->startAside();
+    }
+    const std::shared_ptr<DeviceWatch> latest = kept.back();
+    const bool answers = latest->hasStarted_.wait_for(kPatience) == std::future_status::ready;
+    return answers && !isCutOff(latest->remote_) ? latest : nullptr;
+}
+
+std::shared_ptr<DeviceWatch> DeviceWatch::make(base::OwnedDescriptor remote) {
     constexpr const char* kFile = "fd";
     const FactoryHandle factory(gst_device_provider_factory_find(kPipeWire));
-    if (!remote.isOpen() || !factory)
+    if (!remote.isOpen() || isCutOff(remote) || !factory)
         return nullptr;
     const FactoryHandle loaded(
         GST_DEVICE_PROVIDER_FACTORY(gst_plugin_feature_load(GST_PLUGIN_FEATURE(factory.get()))));
@@ -56,10 +87,20 @@ std::shared_ptr<DeviceWatch> DeviceWatch::start(base::OwnedDescriptor remote) {
     if (!g_object_class_find_property(G_OBJECT_GET_CLASS(provider.get()), kFile))
         return nullptr;
     g_object_set(provider.get(), kFile, remote.number(), nullptr);
-    std::shared_ptr<DeviceWatch> watch(
+    return std::shared_ptr<DeviceWatch>(
         new DeviceWatch(nullptr, std::move(provider), std::move(remote)));
-    watch->isStarted_ = gst_device_provider_start(watch->provider_.get()) != FALSE;
-    return watch->isStarted_ ? watch : nullptr;
+}
+
+// The plugin waits without end for a PipeWire that does not answer.
+void DeviceWatch::startAside() {
+    try {
+        std::thread([this] {
+            gst_device_provider_start(provider_.get());
+            started_.set_value();
+        }).detach();
+    } catch (const std::system_error&) {
+        // The machine has no thread left: a watch without devices.
+    }
 }
 
 DeviceWatch::DeviceWatch(MonitorHandle monitor, ProviderHandle provider,
@@ -74,8 +115,6 @@ DeviceWatch::DeviceWatch(MonitorHandle monitor, ProviderHandle provider,
 DeviceWatch::~DeviceWatch() {
     if (monitor_)
         gst_device_monitor_stop(monitor_.get());
-    else if (isStarted_)
-        gst_device_provider_stop(provider_.get());
     gst_bus_set_sync_handler(bus().get(), nullptr, nullptr, nullptr);
 }
 

@@ -4,6 +4,7 @@
 #include "capture/gstreamer/GStreamerHandles.h"
 
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -16,8 +17,10 @@ public:
     // Of all providers. Null if none starts.
     [[nodiscard]] static std::shared_ptr<DeviceWatch> start();
 
-    // Of PipeWire behind remote, which the devices use too. Null if PipeWire does not answer there.
-    [[nodiscard]] static std::shared_ptr<DeviceWatch> start(base::OwnedDescriptor remote);
+    // Of PipeWire behind the connection that open gives, which the devices use too. The process has
+    // one and keeps it; another takes its place only where PipeWire has ended that connection, and
+    // a few times at most. Null if there is none or if PipeWire does not answer within a second.
+    [[nodiscard]] static std::shared_ptr<DeviceWatch> ofRemote(const OpenCameraRemote& open);
 
     DeviceWatch(const DeviceWatch&) = delete;
     DeviceWatch& operator=(const DeviceWatch&) = delete;
@@ -35,6 +38,8 @@ private:
 
     // One of monitor and provider.
     DeviceWatch(MonitorHandle monitor, ProviderHandle provider, base::OwnedDescriptor remote);
+    [[nodiscard]] static std::shared_ptr<DeviceWatch> make(base::OwnedDescriptor remote);
+    void startAside();
     [[nodiscard]] BusHandle bus() const;
 
     static GstBusSyncReply noticed(GstBus* bus, GstMessage* message, gpointer removals);
@@ -44,8 +49,9 @@ private:
     const base::OwnedDescriptor remote_;
     const MonitorHandle monitor_;
     const ProviderHandle provider_;
-    bool isStarted_ = false;  // the provider
     const std::shared_ptr<Removals> removals_;
+    std::promise<void> started_;  // the provider
+    const std::future<void> hasStarted_ = started_.get_future();
 };
 
 }  // namespace kestrelid::capture

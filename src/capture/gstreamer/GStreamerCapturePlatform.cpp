@@ -67,14 +67,9 @@ std::vector<FoundCamera> GStreamerCapturePlatform::find() {
     if (!watch_)
         watch_ = DeviceWatch::start();
     std::vector<FoundCamera> found = camerasOf(watch_);
-    if (!found.empty() || !openRemote_)
-        return found;
-    found = camerasOf(remoteWatch_);
-    if (!found.empty())
-        return found;
-    // Meanwhile permission may have been granted, or PipeWire restarted.
-    remoteWatch_ = DeviceWatch::start(openRemote_());
-    return camerasOf(remoteWatch_);
+    if (found.empty() && openRemote_)
+        found = camerasOf(DeviceWatch::ofRemote(openRemote_));
+    return found;
 }
 
 Mounting GStreamerCapturePlatform::mounting(const Mounting& known) const {

@@ -32,7 +32,7 @@ public:
     std::variant<std::shared_ptr<CaptureInput>, CaptureError>
     makeInput(std::shared_ptr<CaptureDevice> device) override;
 
-    // The cameras, or the file. Takes up to a second.
+    // The cameras, or the file. Takes seconds where the desktop hangs.
     [[nodiscard]] std::vector<CameraDescription> cameras();
 
     // GStreamer, its plugins, and the cameras or the file.
@@ -45,8 +45,7 @@ private:
     const CameraOptions options_;
     const OpenCameraRemote openRemote_;
     std::mutex mutex_;
-    std::shared_ptr<DeviceWatch> watch_;        // once cameras were asked for
-    std::shared_ptr<DeviceWatch> remoteWatch_;  // once one was opened
+    std::shared_ptr<DeviceWatch> watch_;  // once cameras were asked for
 };
 
 }  // namespace kestrelid::capture

@@ -26,8 +26,14 @@ struct PermissionEnvironment {
     // D-Bus address; empty: the session bus.
     std::string busAddress = {};
 
-    // For one call to the portal. A person's answer is waited for without limit.
+    // For the call that puts the question. The person's answer is waited for without limit.
     std::chrono::milliseconds callLimit{10'000};
+
+    // For one call that asks nobody.
+    std::chrono::milliseconds queryLimit{500};
+
+    // For all calls that an answer takes; a bus that hangs must not hold the caller for longer.
+    std::chrono::milliseconds statusLimit{1'000};
 };
 
 // A sandbox is Flatpak (/.flatpak-info) or Snap (SNAP in the environment).

@@ -14,9 +14,6 @@ constexpr const char* kCamera = "org.freedesktop.portal.Camera";
 constexpr const char* kStore = "org.freedesktop.impl.portal.PermissionStore";
 constexpr const char* kStorePath = "/org/freedesktop/impl/portal/PermissionStore";
 
-// For calls that ask nobody.
-constexpr std::chrono::milliseconds kQueryLimit{500};
-
 // The first of the answers that the store keeps for an application.
 AuthorizationStatus statusIn(GVariant* permissions, const std::string& application) {
     const GLibHandle<GVariant> answers(
@@ -55,8 +52,8 @@ AuthorizationStatus Portal::storedStatus() {
     if (environment_.applicationId.empty())
         return AuthorizationStatus::notDetermined;  // "" is the entry of unsandboxed programs
     const Call lookup{kStore, kStorePath, kStore, "Lookup"};
-    const auto reply =
-        call(connection(), lookup, g_variant_new("(ss)", "devices", "camera"), kQueryLimit);
+    const auto reply = call(connection(), lookup, g_variant_new("(ss)", "devices", "camera"),
+                            environment_.queryLimit);
     if (!reply || !g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(a{sas}v)")))
         return AuthorizationStatus::notDetermined;
     const GLibHandle<GVariant> permissions(g_variant_get_child_value(reply.get(), 0));
@@ -65,8 +62,8 @@ AuthorizationStatus Portal::storedStatus() {
 
 std::optional<bool> Portal::hasCamera() {
     const Call get{kPortal, kPortalPath, "org.freedesktop.DBus.Properties", "Get"};
-    const auto reply =
-        call(connection(), get, g_variant_new("(ss)", kCamera, "IsCameraPresent"), kQueryLimit);
+    const auto reply = call(connection(), get, g_variant_new("(ss)", kCamera, "IsCameraPresent"),
+                            environment_.queryLimit);
     if (!reply || !g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(v)")))
         return std::nullopt;
     GVariant* inner = nullptr;
@@ -87,8 +84,9 @@ base::OwnedDescriptor Portal::openRemote() {
     GUnixFDList* attached = nullptr;
     const GLibHandle<GVariant> reply(g_dbus_connection_call_with_unix_fd_list_sync(
         bus, kPortal, kPortalPath, kCamera, "OpenPipeWireRemote", arguments.get(),
-        G_VARIANT_TYPE("(h)"), G_DBUS_CALL_FLAGS_NONE, static_cast<int>(kQueryLimit.count()),
-        nullptr, &attached, cancellable_.get(), nullptr));
+        G_VARIANT_TYPE("(h)"), G_DBUS_CALL_FLAGS_NONE,
+        static_cast<int>(environment_.queryLimit.count()), nullptr, &attached, cancellable_.get(),
+        nullptr));
     const GLibHandle<GUnixFDList> files(attached);
     if (!reply || !files)
         return {};

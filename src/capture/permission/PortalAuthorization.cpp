@@ -8,25 +8,23 @@
 namespace kestrelid::capture {
 namespace {
 
-// A bus that does not answer must not hold the caller for longer.
-constexpr std::chrono::milliseconds kStatusLimit{1'000};
-
-// What ask returns on the thread, or `otherwise` if it takes too long.
+// What ask returns on the thread, or `otherwise` if it takes longer than the limit.
 template <class T, class Ask>
-T askOn(ContextThread& thread, Ask ask, T otherwise) {
+T askOn(ContextThread& thread, std::chrono::milliseconds limit, Ask ask, T otherwise) {
     if (thread.isCurrent())
         return ask();
     auto answer = std::make_shared<std::promise<T>>();
     auto future = answer->get_future();
     thread.post([answer, ask = std::move(ask)] { answer->set_value(ask()); });
-    return future.wait_for(kStatusLimit) == std::future_status::ready ? future.get()
-                                                                      : std::move(otherwise);
+    return future.wait_for(limit) == std::future_status::ready ? future.get()
+                                                               : std::move(otherwise);
 }
 
 }  // namespace
 
 struct PortalAuthorization::State {
     std::filesystem::path devices;
+    std::chrono::milliseconds limit;
     GLibHandle<GCancellable> cancellable{g_cancellable_new()};
     std::unique_ptr<Portal> portal;  // on the thread only
     bool wasGranted = false;         // on the thread only
@@ -44,6 +42,7 @@ struct PortalAuthorization::State {
 PortalAuthorization::PortalAuthorization(const PermissionEnvironment& environment)
     : state_(std::make_shared<State>()) {
     state_->devices = environment.devices;
+    state_->limit = environment.statusLimit;
     state_->portal = std::make_unique<Portal>(environment, state_->cancellable.get());
 }
 
@@ -54,7 +53,8 @@ PortalAuthorization::~PortalAuthorization() {
 
 AuthorizationStatus PortalAuthorization::status() {
     return askOn(
-        thread_, [state = state_] { return state->status(); }, AuthorizationStatus::notDetermined);
+        thread_, state_->limit, [state = state_] { return state->status(); },
+        AuthorizationStatus::notDetermined);
 }
 
 void PortalAuthorization::requestAccess(std::function<void(bool granted)> completion) {
@@ -72,12 +72,14 @@ void PortalAuthorization::requestAccess(std::function<void(bool granted)> comple
 
 std::optional<bool> PortalAuthorization::hasCamera() {
     return askOn<std::optional<bool>>(
-        thread_, [state = state_] { return state->portal->hasCamera(); }, std::nullopt);
+        thread_, state_->limit, [state = state_] { return state->portal->hasCamera(); },
+        std::nullopt);
 }
 
 base::OwnedDescriptor PortalAuthorization::openRemote() {
     return askOn(
-        thread_, [state = state_] { return state->portal->openRemote(); }, base::OwnedDescriptor());
+        thread_, state_->limit, [state = state_] { return state->portal->openRemote(); },
+        base::OwnedDescriptor());
 }
 
 }  // namespace kestrelid::capture

@@ -45,7 +45,8 @@ void repeat(const std::function<std::shared_ptr<void>()>& open,
     }
     EXPECT_TRUE(waitFor([&] { return threadCount() <= threads; }))
         << threadCount() << " > " << threads;
-    EXPECT_LE(descriptorCount(), descriptors);
+    EXPECT_TRUE(waitFor([&] { return descriptorCount() <= descriptors; }))
+        << descriptorCount() << " > " << descriptors;
     EXPECT_LT(residentKilobytes() - memory, kGrowth) << "KiB";
 }
 
@@ -60,7 +61,7 @@ TEST(Openings, OfTheScannersWidgetKeepNothingAndLetTheCameraGo) {
         const auto controller = std::make_shared<DocumentScannerVC>([](auto&) {}, camera);
         controller->resize(kSize);
         controller->show();
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(controller.get()));
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(controller.get(), kPatience));
         // Before it is ready, the block that will publish so holds the camera for up to a second.
         const QQuickItem* disc =
             findItem(controller->findChild<QQuickWidget*>()->rootObject(), "disc");

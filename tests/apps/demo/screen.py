@@ -61,7 +61,7 @@ class Screen:
     def close(self):
         self.memory.close()
         self.server.terminate()
-        self.server.wait(10)
+        self.server.wait(PATIENCE)
         self.folder.cleanup()
 
     def pixel(self, x, y):
@@ -74,7 +74,7 @@ class Screen:
         return Image.frombytes("RGB", self.size, pixels, "raw", "BGRX", self.row)
 
     def xdotool(self, *arguments):
-        done = subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, capture_output=True, text=True, timeout=30)
+        done = subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, capture_output=True, text=True, timeout=PATIENCE)
         return done.stdout.strip()
 
     def click(self, x, y):
@@ -109,5 +109,5 @@ class Program:
         """Ends it if it has not ended; its exit status and what it printed."""
         if self.process.poll() is None:
             self.process.send_signal(signal.SIGTERM)
-        output, _ = self.process.communicate(timeout=20)
+        output, _ = self.process.communicate(timeout=PATIENCE)
         return self.process.returncode, output

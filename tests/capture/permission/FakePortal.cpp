@@ -101,7 +101,7 @@ void FakePortal::respond(std::uint32_t response) {
 }
 
 bool FakePortal::waitForQuestions(int count) const {
-    for (int attempt = 0; attempt < 6000 && questions_ < count; ++attempt)
+    for (int attempt = 0; attempt < 12000 && questions_ < count; ++attempt)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     return questions_ >= count;
 }

@@ -46,7 +46,9 @@ TEST(PermissionDiagnosis, SaysWhatToDoInASandbox) {
             {.isSandboxed = true,
              .applicationId = "org.example.Host",
              .devices = folder.path(),
-             .busAddress = row.portal ? bus.address() : "unix:path=/nonexistent"});
+             .busAddress = row.portal ? bus.address() : "unix:path=/nonexistent",
+             .queryLimit = std::chrono::minutes(1),
+             .statusLimit = std::chrono::minutes(1)});
         EXPECT_EQ(found.available, row.available);
         EXPECT_THAT(found.details, HasSubstr(row.details));
     }
