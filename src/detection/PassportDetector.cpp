@@ -122,8 +122,9 @@ void PassportDetector::validate(const Image& image, Completion completion) {
         Call::answer(completion,
                      Call::orNothing(*console_,
                                      [&call] {
-                                         return call ? call->verdict({})
-                                                     : makeResult(false, 0.0, {}, {});
+                                         if (!call)
+                                             throw std::bad_alloc();
+                                         return call->verdict({});
                                      }),
                      *console_);
     }

@@ -57,6 +57,9 @@ TEST(FuzzyDistance, ComparesWithNoRunLongerThanTheKeywordAndEight) {
     EXPECT_EQ(fuzzyDistance("BGD", "12345678901"), 11);
     EXPECT_EQ(fuzzyDistance("BGD", "123456789012"), kNoDistance);
     EXPECT_EQ(fuzzyDistance("BGD", "123456789012 BGD"), 0);
+    // The same where a mark joins the space before it, so that words cannot be counted one by one.
+    EXPECT_EQ(fuzzyDistance("ABCDEFGHIJKL", "ABCDEFGHIJKL12345678 \u0301"), 8);
+    EXPECT_EQ(fuzzyDistance("ABCDEFGHIJKL", "ABCDEFGHIJKL123456789 \u0301"), 12);
     EXPECT_EQ(fuzzyDistance("", "BGD"), kNoDistance);
     EXPECT_EQ(fuzzyDistance("BGD", ""), kNoDistance);
 }

@@ -177,7 +177,7 @@ struct Refusing final : DispatchQueue {
     void asyncAfter(std::chrono::duration<double>, Block) override {}
 };
 
-TEST(PassportDetector, JudgesNothingWhereTheQueueCanHaveNoThread) {
+TEST(PassportDetector, FindsNothingWhereTheQueueTakesNoBlock) {
     std::vector<std::string> console;
     Bench bench({rectangleOf(1, 1)});
     bench.detector = PassportDetector::create(
