@@ -172,23 +172,39 @@ TEST(PassportDetector, PrintsFailuresOfServicesAndJudgesWithoutThem) {
     }
 }
 
+// Takes so many blocks and refuses all others.
 struct Refusing final : DispatchQueue {
-    void async(Block) override { throw std::runtime_error("no thread"); }
+    void async(Block block) override {
+        if (left-- == 0)
+            throw std::runtime_error("no thread");
+        taken = std::move(block);
+    }
     void asyncAfter(std::chrono::duration<double>, Block) override {}
+    int left = 0;
+    Block taken;
 };
 
-TEST(PassportDetector, FindsNothingWhereTheQueueTakesNoBlock) {
+TEST(PassportDetector, AnswersThoughTheQueueTakesNoBlock) {
+    const auto queue = std::make_shared<Refusing>();
     std::vector<std::string> console;
     Bench bench({rectangleOf(1, 1)});
     bench.detector = PassportDetector::create(
         {.rectangles = bench.rectangles,
          .text = bench.text,
-         .queue = std::make_shared<Refusing>(),
+         .queue = queue,
          .console = [&](std::string_view printed) { console.emplace_back(printed); }});
     EXPECT_THAT(bench.judge().reasons(),
                 ElementsAre("No document rectangle found.", "No passport keywords found.",
                             "No MRZ found."));
     EXPECT_THAT(console, ElementsAre("Rectangle request failed: no thread"));
+
+    // The second block alone: the first one's worker reads the text.
+    queue->left = 1;
+    bench.answers.clear();
+    bench.validate(Image(test::blankBitmap(8, 8)));
+    queue->taken();
+    ASSERT_EQ(bench.answers.size(), 1u);
+    EXPECT_EQ(bench.answers.front().confidence(), 0.1);
 }
 
 TEST(PassportDetector, OutlivesWhatTheHostThrows) {
