@@ -4,6 +4,7 @@
 #include "tests/support/ManualQueue.h"
 
 #include <kestrelid/PassportDetector.h>
+#include <kestrelid/TextEvidence.h>
 #include <kestrelid/Version.h>
 
 #include <cmath>
@@ -147,8 +148,8 @@ TEST(PassportDetector, PrintsFailuresOfServicesAndJudgesWithoutThem) {
              return RequestError{"damaged", RequestError::Kind::reported};
          },
          "Rect detect error: damaged", "Text recognition error: damaged"},
-        {[] { return RequestError{"no model"}; }, "Rectangle request failed: no model",
-         "Text request failed: no model"},
+        {[] { return RequestError{std::string("no\0model", 8)}; },
+         "Rectangle request failed: no model", "Text request failed: no model"},
         {[]() -> RequestError { throw std::runtime_error("two\nlines\u0085, \x1B[1m\x7F"); },
          "Rectangle request failed: two lines ,  [1m ", "Text request failed: two lines ,  [1m "},
         {[]() -> RequestError { throw std::bad_alloc(); },
@@ -373,12 +374,25 @@ TEST(VerdictOnly, StopsOnceThreeEntriesHaveMatchedWithinLines) {
     const std::pair<std::vector<std::string>, std::size_t> rows[] = {
         {{"NATIONALITY", "SURNAME", "AUTHORITY"}, 2},
         {{"PASSPORT", "SURNAME"}, 1},
+        {{"PASSXXXX", "SURNAME", "AUTHORITY"}, 2},      // an entry that is there twice
         {{"GIVENXXXXX", "NAMESXXXXX", "SURNAME"}, 3}};  // a phrase across lines does not count
     for (const auto& [lines, read] : rows) {
         Bench bench({}, FakeText(lines), ValidationEffort::verdictOnly);
         bench.judge();
         EXPECT_EQ(bench.text->linesRead, read) << lines.front();
     }
+}
+
+TEST(TextObservation, GivesAsManyReadingsAsAreAskedFor) {
+    const TextObservation observation({}, {{"best", 0.9f}, {"next", 0.1f}});
+    const std::pair<int, std::size_t> rows[] = {{-1, 0}, {0, 0}, {1, 1}, {2, 2}, {3, 2}};
+    for (const auto& [asked, given] : rows)
+        EXPECT_EQ(observation.topCandidates(asked).size(), given) << asked;
+}
+
+TEST(InvalidUtf8, IsFoundWhereItBegins) {
+    EXPECT_EQ(invalidUtf8Offset("\u00E9"), std::nullopt);
+    EXPECT_EQ(invalidUtf8Offset("\u00E9\xC3"), 2u);
 }
 
 TEST(Version, IsExported) {
