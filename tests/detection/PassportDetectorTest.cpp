@@ -390,8 +390,16 @@ TEST(TextObservation, GivesAsManyReadingsAsAreAskedFor) {
         EXPECT_EQ(observation.topCandidates(asked).size(), given) << asked;
 }
 
+TEST(TextEvidence, KeepsLinesForTheZoneOnly) {
+    const TextEvidence evidence = textEvidence("Surname\n" + std::string(66, '<'));
+    EXPECT_EQ(evidence.cleaned, "SURNAME " + std::string(66, '<'));
+    EXPECT_EQ(evidence.keywordReason, "Keywords matched: SURNAME (distance 0)");
+    EXPECT_TRUE(evidence.mrzLike.found);
+}
+
 TEST(InvalidUtf8, IsFoundWhereItBegins) {
     EXPECT_EQ(invalidUtf8Offset("\u00E9"), std::nullopt);
+    EXPECT_EQ(invalidUtf8Offset(std::string(1, '\0')), std::nullopt);
     EXPECT_EQ(invalidUtf8Offset("\u00E9\xC3"), 2u);
 }
 
