@@ -10,6 +10,9 @@
 
 namespace kestrelid::detection {
 
+inline constexpr std::string_view kRectangleRequestFailed = "Rectangle request failed:";
+inline constexpr std::string_view kTextRequestFailed = "Text request failed:";
+
 // What stands before a failure on the console.
 struct FailureLabels {
     std::string_view reported;

@@ -2,6 +2,7 @@
 
 #include "base/ExitGate.h"
 #include "detection/Console.h"
+#include "detection/Findings.h"
 #include "detection/KeywordTable.h"
 #include "detection/MrzLikeLines.h"
 #include "detection/NormalizedText.h"
@@ -24,14 +25,6 @@ PassportValidationResult::PassportValidationResult(bool isPassport, double confi
                                                    std::string recognizedText)
     : isPassport_(isPassport), confidence_(confidence), reasons_(std::move(reasons)),
       recognizedText_(std::move(recognizedText)) {}
-
-namespace {
-
-constexpr std::string_view kRectangleRequestFailed = "Rectangle request failed:";
-constexpr std::string_view kTextRequestFailed = "Text request failed:";
-constexpr std::string_view kCompletionFailed = "Completion failed:";
-
-}  // namespace
 
 // One validation, which goes from block to block. It holds the detector weakly, since a released
 // detector owes no answer, and the queue too, since a queue that never runs its blocks would hold
@@ -117,7 +110,7 @@ void PassportDetector::validate(const Image& image, Completion completion) {
         call->completion = completion;
         services_.queue->async([call]() mutable { Call::findOutline(std::move(call)); });
     } catch (...) {
-        console_->tellCaught(kRectangleRequestFailed);
+        console_->tellCaught(detection::kRectangleRequestFailed);
         // No block will ever run: there is only this thread to answer on.
         Call::answer(completion,
                      Call::orNothing(*console_,
@@ -170,7 +163,7 @@ void PassportDetector::Call::findOutline(std::shared_ptr<Call> given) noexcept {
             return;
         call->outline = detection::evaluateRectangle(found, call->bitmap);
     } catch (...) {
-        call->console->tellCaught(kRectangleRequestFailed);
+        call->console->tellCaught(detection::kRectangleRequestFailed);
     }
     readTextLater(call);
 }
@@ -195,7 +188,7 @@ void PassportDetector::Call::readText(std::shared_ptr<Call> given) noexcept {
         recognizedText = detection::readText(*call->text, *call->console, call->outline.textBitmap,
                                              call->effort == ValidationEffort::verdictOnly);
     } catch (...) {
-        call->console->tellCaught(kTextRequestFailed);
+        call->console->tellCaught(detection::kTextRequestFailed);
     }
     answer(call->completion,
            orNothing(*call->console, [&] { return call->verdict(std::move(recognizedText)); }),
@@ -216,7 +209,7 @@ PassportValidationResult PassportDetector::Call::orNothing(const detection::Cons
     try {
         return make();
     } catch (...) {
-        console.tellCaught(kTextRequestFailed);
+        console.tellCaught(detection::kTextRequestFailed);
         return makeResult(false, 0.0, {}, {});
     }
 }
@@ -228,7 +221,7 @@ void PassportDetector::Call::answer(const Completion& completion,
         if (!base::ExitGate::isClosed())
             completion(result);
     } catch (...) {
-        console.tellCaught(kCompletionFailed);
+        console.tellCaught("Completion failed:");
     }
 }
 

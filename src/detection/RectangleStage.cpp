@@ -44,7 +44,7 @@ std::optional<RectangleObservation> findRectangle(RectangleService& service, con
                                                   const Bitmap& bitmap) {
     const std::vector<RectangleObservation> rectangles = findings(
         [&] { return service.perform(bitmap, {}); },
-        {.reported = "Rect detect error:", .notPerformed = "Rectangle request failed:"}, console);
+        {.reported = "Rect detect error:", .notPerformed = kRectangleRequestFailed}, console);
     const auto largest =
         std::max_element(rectangles.begin(), rectangles.end(),
                          [](const RectangleObservation& a, const RectangleObservation& b) {

@@ -61,7 +61,7 @@ std::string readText(TextService& service, const Console& console, const Bitmap&
                                std::string_view line) { return matched->isEnoughAfter(line); };
     return joinedLines(findings(
         [&] { return service.perform(bitmap, request); },
-        {.reported = "Text recognition error:", .notPerformed = "Text request failed:"}, console));
+        {.reported = "Text recognition error:", .notPerformed = kTextRequestFailed}, console));
 }
 
 }  // namespace kestrelid::detection
