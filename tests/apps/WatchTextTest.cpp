@@ -2,6 +2,7 @@
 #include "apps/cli/PhotoFile.h"
 #include "apps/cli/WatchLog.h"
 #include "tests/support/FakeServices.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -67,7 +68,8 @@ TEST(PhotoFileTest, ExtensionsThatCanBeWritten) {
 }
 
 TEST(PhotoFileTest, NothingIsLeftOfAPhotoThatCannotBeWritten) {
-    const std::filesystem::path file = testing::TempDir() + "kestrelid-too-wide.jpg";
+    const test::TemporaryFolder folder;
+    const std::filesystem::path file = folder / "too-wide.jpg";
     const Image tooWide(test::blankBitmap(70'000, 1));  // JPEG ends at 65,535 pixels
     for (const bool mayReplace : {false, true}) {
         EXPECT_TRUE(writePhoto({.path = file, .mayReplace = mayReplace}, tooWide));

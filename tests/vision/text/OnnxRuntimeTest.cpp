@@ -1,5 +1,7 @@
 #include "vision/onnx/OnnxRuntime.h"
 
+#include "tests/support/TemporaryFolder.h"
+
 #include <gmock/gmock.h>
 
 #include <array>
@@ -21,7 +23,8 @@ TEST(OnnxApiLevel, IsTheMinorVersionUpToThatOfTheHeaders) {
 }
 
 TEST(ResourceFolders, TakesAFileFromTheFirstFolderThatHasIt) {
-    const std::filesystem::path root = testing::TempDir() + "kestrelid-resource-folders";
+    const test::TemporaryFolder place;
+    const std::filesystem::path root = place.path();
     // A folder of that name is no file.
     for (const char* folder : {"a/both.txt", "b", "c"})
         std::filesystem::create_directories(root / folder);
@@ -37,7 +40,6 @@ TEST(ResourceFolders, TakesAFileFromTheFirstFolderThatHasIt) {
         EXPECT_THAT(words, HasSubstr(part));
     EXPECT_THAT(words, HasSubstr("run tools/setup"));
     EXPECT_THAT(ResourceFolders({}).missing("none.txt"), HasSubstr("no resource folder"));
-    std::filesystem::remove_all(root);
 }
 
 TEST(OnnxRuntime, TellsWhatIsWrongWithFilesAndInputs) {
@@ -46,12 +48,12 @@ TEST(OnnxRuntime, TellsWhatIsWrongWithFilesAndInputs) {
     if (!loaded)
         GTEST_SKIP() << loaded.error().description;
     const auto& runtime = *loaded;
-    const std::filesystem::path noModel = testing::TempDir() + "kestrelid-no-model.onnx";
+    const test::TemporaryFolder folder;
+    const std::filesystem::path noModel = folder / "no-model.onnx";
     std::ofstream(noModel) << "not a model";
     const auto refused = runtime->open(noModel, 1);
     ASSERT_FALSE(refused);
     EXPECT_THAT(refused.error().description, HasSubstr(noModel.string()));
-    std::filesystem::remove(noModel);
 
     const auto direction = resources.find("ch_ppocr_mobile_v2.0_cls_infer.onnx");
     if (!direction)
