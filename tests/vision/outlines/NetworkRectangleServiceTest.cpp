@@ -1,5 +1,7 @@
 #include "vision/outlines/NetworkRectangleService.h"
 
+#include "tests/support/TemporaryFolder.h"
+
 #include <kestrelid/ImageFile.h>
 
 #include <gmock/gmock.h>
@@ -37,15 +39,14 @@ Bitmap flat(int width, int height, PixelFormat format = PixelFormat::gray8) {
 }
 
 TEST(WithoutNetwork, theOtherFinderAnswersAloneAndDiagnosisSaysSo) {
-    const std::filesystem::path folder = testing::TempDir() + "kestrelid-no-outline-network";
     for (const bool isDamaged : {false, true}) {
         SCOPED_TRACE(isDamaged);
-        std::filesystem::create_directories(folder);
+        const test::TemporaryFolder folder;
         if (isDamaged)
             std::ofstream(folder / "outline-net.onnx") << "no model";
         const auto other = std::make_shared<OtherFinder>();
         other->answer = std::vector{RectangleObservation{{0.1, 0.2, 0.5, 0.5}, {}, 0.7f}};
-        NetworkRectangleService service({folder, KESTRELID_RESOURCES_DIR}, other);
+        NetworkRectangleService service({folder.path(), KESTRELID_RESOURCES_DIR}, other);
         const RectangleResult found = service.perform(flat(200, 100), {});
         EXPECT_EQ(std::get<std::vector<RectangleObservation>>(found).size(), 1u);
 
@@ -56,7 +57,6 @@ TEST(WithoutNetwork, theOtherFinderAnswersAloneAndDiagnosisSaysSo) {
         const auto status = service.diagnose();
         EXPECT_FALSE(status.available);
         EXPECT_THAT(status.details, testing::HasSubstr("classical finder alone"));
-        std::filesystem::remove_all(folder);
     }
 }
 

@@ -1,4 +1,5 @@
 #include "vision/text/PpOcrTextService.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/vision/text/DrawnText.h"
 
 #include <gmock/gmock.h>
@@ -23,26 +24,23 @@ protected:
             if (!fs::exists(fs::path(KESTRELID_RESOURCES_DIR) / file))
                 GTEST_SKIP() << file << " is not in " << KESTRELID_RESOURCES_DIR
                              << ": run tools/setup";
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
         for (const char* file : kFiles)
             fs::create_symlink(fs::path(KESTRELID_RESOURCES_DIR) / file, folder_ / file);
     }
-    void TearDown() override { fs::remove_all(folder_); }
 
-    fs::path folder_ = testing::TempDir() + "kestrelid-ppocr-resources";
+    TemporaryFolder folder_;
 };
 
 TEST_F(PpOcrResources, NamesEachMissingFileAndReadsOnceItIsThere) {
     for (const std::string file : std::span(kFiles).subspan(1)) {
         SCOPED_TRACE(file);
         fs::remove(folder_ / file);
-        vision::PpOcrTextService service({.resources = {folder_}, .threads = 1});
+        vision::PpOcrTextService service({.resources = {folder_.path()}, .threads = 1});
         const TextResult refused = service.perform(evenBitmap(64, 64), {});
         const auto* error = std::get_if<RequestError>(&refused);
         ASSERT_TRUE(error);
-        for (const auto& part :
-             {file, folder_.string(), std::string("package kestrelid-models, or run tools/setup")})
+        for (const auto& part : {file, folder_.path().string(),
+                                 std::string("package kestrelid-models, or run tools/setup")})
             EXPECT_THAT(error->description, HasSubstr(part));
 
         const auto parts = service.diagnose();
