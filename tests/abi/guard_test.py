@@ -18,12 +18,17 @@ HANDLES = {"KestrelidDetector", "KestrelidError", "KestrelidImage", "KestrelidRe
 NAMES = "kestrelid-detection.names", {
     "a function that is gone": (r"\A", "KESTRELID_0 kestrelid::aardvark()\n", "-KESTRELID_0 kestrelid::aardvark()"),
     "a function that nobody listed": (r"KESTRELID_0 kestrelid_error_free\n", "", "+KESTRELID_0 kestrelid_error_free"),
+    "another version node": (r"KESTRELID_0 kestrelid_error_free", "KESTRELID_7 kestrelid_error_free", "-KESTRELID_7 kestrelid_error_free"),
 }
 TYPES = "kestrelid-detection.abi.xml", {
     "an enumerator with another value": (r"(<enumerator name='leftMirrored' value=)'5'", r"\1'9'", "leftMirrored"),
+    "a member that moved": (
+        r"layout-offset-in-bits='\d+'>(\s*<var-decl name='maximumAspectRatio')", r"layout-offset-in-bits='32'>\1", "maximumAspectRatio"),
     "a struct that grew": (r"(<class-decl name='KestrelidPixels' size-in-bits=)'\d+'", r"\1'320'", "KestrelidPixels"),
     "a virtual function in another place": (
         r"vtable-offset='\d+'>(\s*<function-decl name='asyncAfter')", r"vtable-offset='9'>\1", "asyncAfter"),
+    "another result": (
+        r"(<var-decl name='probe_kestrelid_image_width' type-id=)'[^']*'", r"\1'type-id-1'", "probe_kestrelid_image_width"),
 }
 
 

@@ -8,7 +8,7 @@
 namespace kestrelid::cli {
 namespace {
 
-TEST(EndOfWatchDeathTest, FirstSignalIsAnEndAndTheSecondKills) {
+TEST(EndOfWatchDeathTest, FirstSignalIsAnEndAndTheSecondKillsAsDoesOneAfterIt) {
     for (const int number : {SIGINT, SIGTERM}) {
         EXPECT_EXIT(
             {
@@ -20,6 +20,7 @@ TEST(EndOfWatchDeathTest, FirstSignalIsAnEndAndTheSecondKills) {
                 std::_Exit(4);
             },
             testing::KilledBySignal(number), "");
+        EXPECT_EXIT((EndOfWatch(), std::raise(number)), testing::KilledBySignal(number), "");
     }
 }
 

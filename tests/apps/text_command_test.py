@@ -78,6 +78,12 @@ class Text(CommandLineTest):
         self.assertEqual((readable.returncode, readable.stderr), (1, result.stderr))
         self.assertEqual(readable.stdout.decode().count(f"{good}: 4 keywords matched"), 2)
 
+    def test_controls_in_text_and_names_reach_no_terminal(self):
+        path = self.write("a\x1b]0;b\x07\u202e.txt", "PASSPORT\x1b[31m\x07\u009b\u202e".encode())
+        for arguments in [["text", path], ["text", "--json", path], ["text", path.with_suffix(".no")]]:
+            output = run(*arguments)
+            self.assertNotRegex((output.stdout + output.stderr).decode(), "[\x00-\x09\x0b-\x1f\x7f-\x9f\u202e]")
+
 
 class Doctor(CommandLineTest):
     def test_tells_the_parts_and_fails_where_one_is_missing(self):

@@ -3,6 +3,7 @@
 import os
 import pty
 import shutil
+import signal
 import subprocess
 import unittest
 
@@ -113,13 +114,18 @@ class Streams(CommandLineTest):
         self.assertEqual([entry["file"] for entry in json_lines(result.stdout)], names)
         self.assertEqual(result.returncode, 1)
 
-    def test_a_verdict_is_written_while_the_next_input_is_awaited(self):
+    def test_a_verdict_is_written_while_the_next_input_is_awaited_and_a_signal_ends_the_wait(self):
         blank = self.write("blank.png", png(32, 32))
-        process = self.start("validate", "--json", "--jobs", "1", str(blank), "-", stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-        self.read_until(process, b"blank.png")
-        process.stdin.write(png(32, 32))
-        process.stdin.close()
-        self.read_until(process, b'"file":"-"')
+        for number in [0, signal.SIGINT, signal.SIGTERM]:
+            process = self.start("validate", "--json", "--jobs", "1", str(blank), "-", stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+            self.read_until(process, b"blank.png")
+            if number:
+                process.send_signal(number)
+            else:
+                process.stdin.write(png(32, 32))
+                process.stdin.close()
+                self.read_until(process, b'"file":"-"')
+            self.assertEqual((process.wait(timeout=PATIENCE), process.stdout.read()), (-number, b""))
 
     def test_a_reader_that_has_seen_enough_ends_it_quietly_and_a_full_disk_with_an_error(self):
         blank = str(self.write("blank.png", png(32, 32)))

@@ -52,6 +52,16 @@ class Cameras(CommandLineTest):
         doctor = json.loads(self.kestrelid("doctor", "--json").stdout)
         self.assertTrue(doctor["camera"]["found"])
 
+    def test_none_is_an_error_that_tells_what_to_do(self):
+        self.describe()
+        if json_lines(self.kestrelid("watch", "--list", "--json").stdout)[0]["cameras"]:
+            self.skipTest("this machine has a camera")
+        result = self.kestrelid("watch", "--json")
+        self.assertEqual(result.returncode, 1)
+        self.assert_error_lines(result, ["kestrelid: no camera found"])
+        authorized, session, _ = json_lines(result.stdout)
+        self.assertEqual((authorized["authorized"], session["ready"], session["camera"]), (True, False, None))
+
     def test_give_a_photo_of_full_size(self):
         picture = self.folder / "passport.png"
         Image.open(SAMPLES / "bangladesh-on-wood.jpg").save(picture)

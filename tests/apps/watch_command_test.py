@@ -102,6 +102,12 @@ class Watch(CommandLineTest):
         self.assertEqual([(line["event"], line.get("authorized")) for line in json_lines(result.stdout)],
                          [("authorized", False), ("error", None)])
 
+    def test_missing_models_end_it(self):
+        result = run("watch", "--camera", str(PASSPORT), "--resources", str(self.folder))
+        self.assertEqual(result.returncode, 1)
+        self.assert_error_lines(result, ["kestrelid: "])
+        self.assertNotIn(b"verdict", result.stdout)
+
     def test_a_signal_ends_it_cleanly(self):
         for number in [signal.SIGINT, signal.SIGTERM]:
             process = self.watch("--camera", str(RECEIPT))

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <set>
+#include <thread>
 #include <vector>
 
 namespace kestrelid::capture {
@@ -39,6 +40,25 @@ TEST(FramePool, HasThreeBitmapsAndUsesTheirMemoryAgain) {
         EXPECT_TRUE(pool.copy(frame(40, 30, 1)));
     }
     EXPECT_EQ(places.size(), 3u);
+}
+
+// The thread sanitizer sees here what no lock guards.
+TEST(FramePool, GivesNoMemoryToTwoThreadsAtOnce) {
+    FramePool pool;
+    std::vector<std::thread> threads;
+    for (int value = 0; value < 4; ++value)
+        threads.emplace_back([&pool, mine = frame(8, 1, value)] {
+            for (int round = 0; round < 2000; ++round) {
+                const auto copy = pool.copy(mine);
+                EXPECT_TRUE(!copy || std::memcmp(copy->row(0), mine.row(0), 32) == 0);
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    std::vector<Bitmap> held;
+    while (const auto copy = pool.copy(frame(8, 1, 1)))
+        held.push_back(*copy);
+    EXPECT_EQ(held.size(), 3u) << "what they gave back was counted wrong";
 }
 
 TEST(FramePool, TakesOtherMemoryForAnotherSizeWhichMayOutliveIt) {

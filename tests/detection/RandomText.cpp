@@ -74,4 +74,20 @@ std::string randomText(std::mt19937& engine, std::size_t words) {
     return text;
 }
 
+std::string randomZoneText(std::mt19937& engine) {
+    constexpr std::array<std::string_view, 12> kEnds{
+        "\n", "\n \n", "\r\n", "\v", "\f", "\r", "\u0085", "\u2028", "\u2029", " ", "\t", "\x0E"};
+    std::string text;
+    for (std::size_t lines = below(engine, 5); lines > 0; --lines) {
+        for (std::size_t length = 26 + below(engine, 16); length > 0; --length)
+            text += "AZaz09< "[below(engine, 8)];
+        if (below(engine, 8) == 0)
+            text += kOddPieces[below(engine, kOddPieces.size())];
+        if (below(engine, 16) == 0)
+            text += "@[`{/:;="[below(engine, 8)];  // beside the zone's alphabet
+        text += kEnds[below(engine, kEnds.size())];
+    }
+    return text;
+}
+
 }  // namespace kestrelid::test

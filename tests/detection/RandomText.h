@@ -11,4 +11,7 @@ namespace kestrelid::test {
 // for an engine's state.
 [[nodiscard]] std::string randomText(std::mt19937& engine, std::size_t words);
 
+// Up to four lines, more or less those of a machine-readable zone, mostly of about thirty letters.
+[[nodiscard]] std::string randomZoneText(std::mt19937& engine);
+
 }  // namespace kestrelid::test

@@ -1,6 +1,7 @@
 #include "tests/detection/RandomText.h"
 #include "detection/EditDistance.h"
 #include "detection/KeywordTable.h"
+#include "detection/MrzLikeLines.h"
 #include "detection/NormalizedText.h"
 #include "detection/PassportKeywords.h"
 #include "tests/reference/PlainTextRules.h"
@@ -34,6 +35,20 @@ TEST(RandomText, ComparesUncleanedTextAsThePlainRules) {
         ASSERT_EQ(editDistance(keyword, text), reference::editDistance(keyword, text))
             << "round " << round;
     }
+}
+
+TEST(RandomText, FindsZoneLinesAsThePlainRules) {
+    std::mt19937 engine(99);
+    int found = 0;
+    for (int round = 0; round < 3000; ++round) {
+        const std::string text = test::randomZoneText(engine);
+        ASSERT_TRUE(reference::knows(text)) << text;
+        const MrzLikeLines answer = detectMRZLikeLines(text);
+        ASSERT_EQ(answer, reference::mrzLikeLines(text)) << answer.reason << "\n" << text;
+        found += answer.found;
+    }
+    EXPECT_GT(found, 300);  // the texts reach both answers
+    EXPECT_LT(found, 2700);
 }
 
 }  // namespace

@@ -72,6 +72,13 @@ class FolderJudge(unittest.TestCase):
         self.assertEqual((lines[names[0]]["confidence"], len(lines[names[0]]["reasons"])), (0.5, 3))
         self.assertIn("No such file", lines[names[2]]["error"])
 
+    def test_names_of_any_bytes_can_be_told_from_the_line(self):
+        with tempfile.TemporaryDirectory() as folder:
+            file = os.fsencode(folder) + b'/a\nb"\\\x01\xff.jpg'
+            os.symlink(SAMPLES / DESK, file)
+            done = run("folder-judge", "-0", names=file + b"\0")
+        self.assertEqual((done.returncode, bytes.fromhex(json.loads(done.stdout)["nameBytes"])), (0, file))
+
     def test_exit_status_of_wrong_usage_and_of_lost_output(self):
         for arguments in (["--jobs"], ["--jobs", "0"], ["-1"]):
             with self.subTest(arguments):

@@ -115,19 +115,20 @@ TEST(DecodeImage, ReducesAJpegAsLongAsTheLongerSideIsSufficient) {
 // Headers that claim more than is read; their pixels are missing
 // or make no sense, so that only an early check is right.
 TEST(DecodeImage, RefusesOversizedPicturesByTheirHeader) {
-    Bytes jpeg = pictureFile("baseline.jpg");
-    writeNumber(jpeg, placeOf(jpeg, "\xFF\xC0") + 3, 20001, 2, true);
-    Bytes tiff = pictureFile("rows.tif");
-    // Tag 256, one value of type SHORT; a LONG takes the same place.
-    const std::size_t tag = placeOf(tiff, std::string_view("\0\1\3\0\1\0\0\0", 8));
-    writeNumber(tiff, tag, 0xFFFFFFFF, 4, false);
-    writeNumber(tiff, tag - 6, 4, 2, false);
-    Bytes webp = pictureFile("lossless.webp");
-    writeNumber(webp, placeOf(webp, "VP8L") + 5, 16382 + 16382 * 0x4000, 4, false);
-    Bytes heic = pictureFile("blocks.heic");
+    using namespace std::string_view_literals;
+    // With another number so many bytes behind mark.
+    const auto altered = [](const char* name, std::string_view mark, int behind,
+                            std::uint32_t number, int bytes, bool bigEndian) {
+        Bytes file = pictureFile(name);
+        writeNumber(file, placeOf(file, mark) + behind, number, bytes, bigEndian);
+        return file;
+    };
+    constexpr std::string_view kTiffWidth("\0\1\3\0\1\0\0\0", 8);  // tag 256, one SHORT
+    constexpr std::string_view kTiffHeight("\1\1\3\0\1\0\0\0", 8);
     // The picture is a grid of one tile; the last size is the grid's.
-    writeNumber(heic, placeOf(heic, std::string_view("ispe\0\0\0\0\0\0\0\x30", 12)) - 4, 20001, 4,
-                true);
+    constexpr std::string_view kHeicWidth("ispe\0\0\0\0\0\0\0\x30", 12);
+    Bytes tiff = altered("rows.tif", kTiffWidth, 0, 0xFFFFFFFF, 4, false);
+    writeNumber(tiff, placeOf(tiff, "\0\1\3\0"sv) - 2, 4, 2, false);  // a LONG takes the same place
     constexpr const char* kWide = "20001 pixels wide, at most 20000 are read";
     constexpr const char* kHigh = "20001 pixels high, at most 20000 are read";
     constexpr const char* kMany = "pixels, at most 100 million are read";
@@ -135,10 +136,16 @@ TEST(DecodeImage, RefusesOversizedPicturesByTheirHeader) {
         {pictureFile("header-20001x1.png"), kWide},
         {pictureFile("header-1x20001.png"), kHigh},
         {pictureFile("header-20000x5001.png"), kMany},
-        {jpeg, kHigh},
+        {altered("baseline.jpg", "\xFF\xC0", 5, 20001, 2, true), kWide},
+        {altered("baseline.jpg", "\xFF\xC0", 3, 20001, 2, true), kHigh},
+        {altered("rows.tif", kTiffWidth, 0, 20001, 2, false), kWide},
+        {altered("rows.tif", kTiffHeight, 0, 20001, 2, false), kHigh},
         {tiff, "4294967295 pixels wide"},
-        {webp, kMany},
-        {heic, kWide},
+        {altered("animated.webp", "VP8X", 8, 20000, 3, false), kWide},
+        {altered("animated.webp", "VP8X", 11, 20000, 3, false), kHigh},
+        {altered("lossless.webp", "VP8L", 5, 16382 + 16382 * 0x4000, 4, false), kMany},
+        {altered("blocks.heic", kHeicWidth, -4, 20001, 4, true), kWide},
+        {altered("blocks.heic", kHeicWidth, 0, 20001, 4, true), kHigh},
     };
     for (const auto& [file, cause] : cases)
         EXPECT_THAT(causeOf(decodeImage(file)), HasSubstr(cause));

@@ -1,10 +1,10 @@
 #include "tests/imagefile/BlockPicture.h"
 #include "tests/imagefile/FileBytes.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -13,19 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// An empty folder that goes with the test.
 class ImageFile : public testing::Test {
 protected:
-    ImageFile() {
-        std::string name = (fs::temp_directory_path() / "kestrelid-image-XXXXXX").string();
-        if (::mkdtemp(name.data()))
-            folder_ = name;
-    }
-    ~ImageFile() override {
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
-    }
-
     [[nodiscard]] fs::path write(const char* name, const Bytes& contents) const {
         std::ofstream(folder_ / name, std::ios::binary)
             .write(reinterpret_cast<const char*>(contents.data()),
@@ -34,10 +23,10 @@ protected:
     }
     [[nodiscard]] std::size_t filesInFolder() const {
         return static_cast<std::size_t>(
-            std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+            std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator()));
     }
 
-    fs::path folder_;
+    test::TemporaryFolder folder_;
 };
 
 TEST_F(ImageFile, IsReadByItsContentsWhateverItsName) {
@@ -55,7 +44,7 @@ TEST_F(ImageFile, OfNoUseIsAnErrorWithItsCause) {
     fs::resize_file(large, kMaximumFileSize + 1);  // sparse
     const std::pair<fs::path, const char*> cases[] = {
         {folder_ / "missing.jpg", "cannot be opened: No such file or directory"},
-        {folder_, "it is a directory"},
+        {folder_.path(), "it is a directory"},
         {pipe, "it is not a regular file"},
         {"/dev/zero", "it is not a regular file"},
         {large, "the file has 67108865 bytes, at most 67108864 are read"},

@@ -61,7 +61,7 @@ const Sign* signOf(char32_t scalar) {
              {.isKept = true}},
             {U"\u0301\u0307\u0308",
              {.kind = Kind::extend, .isKept = true, .isAccent = true, .order = 230}},
-            {U"\u2028", {.kind = Kind::control}},
+            {U"\u0085\u2028\u2029", {.kind = Kind::control}},
             {U"\U0001F467\U0001F468\U0001F469", {.kind = Kind::pictograph}},
             {U"\U0001F1E7\U0001F1E9", {.kind = Kind::flag}}};
         for (const auto& [members, sign] : groups)
@@ -249,6 +249,33 @@ std::vector<KeywordMatch> matchKeywords(std::span<const std::string_view> keywor
             matches.push_back({keyword, found});
     }
     return matches;
+}
+
+MrzLikeLines mrzLikeLines(std::string_view text) {
+    std::vector<std::u32string> lines(1);
+    for (const char32_t scalar : decomposed(text)) {
+        if (std::u32string_view(U"\n\v\f\r\u0085\u2028\u2029").find(scalar) != std::u32string::npos)
+            lines.emplace_back();
+        else if (scalar != ' ')
+            lines.back() += scalar;
+    }
+    std::erase(lines, U"");
+    if (lines.size() < 2)
+        return {false, "Less than 2 lines OCRed."};
+    for (std::size_t index = 1; index < lines.size(); ++index) {
+        const std::u32string both = mapped(lines[index - 1] + lines[index], &Sign::upper);
+        if (both.find_first_not_of(U"ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789<") !=
+            std::u32string::npos)
+            continue;
+        const std::size_t first = clusters(lines[index - 1]).size();
+        const std::size_t second = clusters(lines[index]).size();
+        if (first >= 30 && second >= 30)
+            return {true, "Found two MRZ-like lines of lengths " + std::to_string(first) + ", " +
+                              std::to_string(second) + "."};
+        if (first + second >= 66)
+            return {true, "Found combined MRZ-like content."};
+    }
+    return {false, "No MRZ-like pattern."};
 }
 
 }  // namespace kestrelid::reference

@@ -20,5 +20,6 @@ namespace kestrelid::reference {
 [[nodiscard]] std::int64_t fuzzyDistance(std::string_view keyword, std::string_view text);
 [[nodiscard]] std::vector<KeywordMatch> matchKeywords(std::span<const std::string_view> keywords,
                                                       std::string_view cleaned);
+[[nodiscard]] MrzLikeLines mrzLikeLines(std::string_view text);
 
 }  // namespace kestrelid::reference

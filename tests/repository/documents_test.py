@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The documents: code in them stands in an example that is built, no link within the project is dead."""
+"""The documents: code in them stands in an example that is built, READMEs stay short, no link within the project is dead."""
 import pathlib
 import re
 import subprocess
@@ -31,6 +31,10 @@ class Documents(unittest.TestCase):
         for path in tracked("docs/**/*.md"):
             name = path.relative_to(ROOT / "docs").as_posix()
             self.assertTrue(name == "index.md" or f"({name})" in index, name)
+
+    def test_readmes_are_short(self):
+        for path in tracked("*README.md"):
+            self.assertLessEqual(len(path.read_text().splitlines()), 150 if path.parent == ROOT else 20, path)
 
     def test_links_lead_somewhere(self):
         documents = tracked("*.md")

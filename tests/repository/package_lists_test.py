@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Debian packages named in error messages and build files are ones that tools/setup knows."""
+"""Debian packages named in error messages and build files are ones that tools/setup knows; npm packages are pinned."""
 
 import pathlib
 import re
@@ -36,6 +36,11 @@ class PackageListsTest(unittest.TestCase):
         named = named_packages()
         self.assertGreater(len(named), 10, "the search no longer finds what CMake asks for")
         self.assertEqual({name: file for name, file in named.items() if name not in known}, {})
+
+    def test_pins_are_exact(self):
+        for name, version, machine, *_, checksum in self.pins:
+            self.assertRegex(f"{version} {machine} {checksum}",
+                             r"^\d+\.\d+\.\d+ (any|x86_64|aarch64) sha512-[A-Za-z0-9+/]{86}==$", name)
 
 
 if __name__ == "__main__":

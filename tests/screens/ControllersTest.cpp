@@ -33,7 +33,9 @@ QQuickItem* itemIn(QQuickWidget& widget, const char* objectName) {
 
 TEST(DocumentScannerVC, ShowsTheScreenEdgeToEdgeAndHoldsTheCameraWhileItLives) {
     const FakeCamera camera;
-    auto controller = std::make_unique<DocumentScannerVC>([](auto&) {}, camera.scannerCamera());
+    int delivered = 0;
+    auto controller = std::make_unique<DocumentScannerVC>(
+        [&](const auto& photo) { delivered += photo ? 100 : 1; }, camera.scannerCamera());
     EXPECT_EQ(hosted(*controller), nullptr);
     EXPECT_EQ(*camera.managersMade, 0);
     open(*controller);
@@ -45,6 +47,15 @@ TEST(DocumentScannerVC, ShowsTheScreenEdgeToEdgeAndHoldsTheCameraWhileItLives) {
         EXPECT_EQ(widget->geometry(), QRect(QPoint(), size));
         EXPECT_EQ(widget->rootObject()->size(), QSizeF(size));
     }
+    camera.makeReady();
+    clickIn(*widget, itemIn(*widget, "captureArea"));
+    touchIn(*widget, itemIn(*widget, "captureArea"));
+    QTest::keyClick(widget, Qt::Key_Return);
+    camera.pass();
+    camera.refusePhotos();
+    camera.mainQueue->runAll();
+    EXPECT_EQ(delivered, 3) << "one for the mouse, the finger and the key";
+
     controller->hide();
     controller->show();
     settle();
@@ -64,7 +75,7 @@ std::unique_ptr<ImagePreviewViewController> previewing(std::string& taps) {
 
 TEST(ImagePreviewViewController, ReadsTitleAndImageOnceAndClosuresAtEachTap) {
     std::string taps;
-    const auto controller = previewing(taps);
+    auto controller = previewing(taps);
     controller->titleText = "Set before the showing";
     open(*controller);
     QQuickWidget& widget = *hosted(*controller);
@@ -81,6 +92,16 @@ TEST(ImagePreviewViewController, ReadsTitleAndImageOnceAndClosuresAtEachTap) {
     clickIn(widget, itemIn(widget, "retake"));
     EXPECT_EQ(taps, "retake confirm replaced");
     EXPECT_TRUE(controller->isVisible());
+
+    QWidget keeper;  // where the screen outlives its controller
+    widget.setParent(&keeper);
+    controller.reset();
+    widget.show();
+    open(keeper);
+    for (const char* name : {"retake", "confirm", "closeArea"})
+        clickIn(widget, itemIn(widget, name));
+    EXPECT_EQ(taps, "retake confirm replaced");
+    EXPECT_TRUE(keeper.isVisible());
 }
 
 TEST(ImagePreviewViewController, MayBeReleasedByItsOwnTap) {

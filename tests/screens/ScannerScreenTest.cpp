@@ -79,6 +79,15 @@ TEST(ScannerScreen, PermissionIsCheckedAtEachAppearanceByOneManager) {
     screen.root()->setVisible(false);
     screen.root()->setVisible(true);
     expectChecks(3);
+    for (const bool isGranted : {false, true}) {  // withdrawn elsewhere, and given back
+        camera.authorization->answer(isGranted);
+        screen.window().hide();
+        screen.window().show();
+        settle();
+        EXPECT_EQ(screen.item("preview") != nullptr, isGranted);
+        EXPECT_EQ(screen.item("accessRequired")->isVisible(), !isGranted);
+    }
+    expectChecks(4);
     camera.mainQueue->advance(2.0);
     screen.release();
     EXPECT_EQ(camera.machine().log.back(), "session released");

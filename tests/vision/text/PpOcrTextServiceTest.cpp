@@ -28,7 +28,7 @@ protected:
             fs::create_symlink(fs::path(KESTRELID_RESOURCES_DIR) / file, folder_ / file);
     }
 
-    const TemporaryFolder folder_;
+    TemporaryFolder folder_;
 };
 
 TEST_F(PpOcrResources, NamesEachMissingFileAndReadsOnceItIsThere) {
