@@ -7,7 +7,8 @@ function(kestrelid_symbols target list)
     set(node KESTRELID_${PROJECT_VERSION_MAJOR})
     set(map "${PROJECT_BINARY_DIR}/abi/${list}.map")
     configure_file("${PROJECT_SOURCE_DIR}/packaging/abi/${list}.map.in" "${map}" @ONLY)
-    target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
+    # A host may unload what it has loaded, while the library's threads still end by themselves.
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${map}" LINKER:-z,nodelete)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${map}")
 endfunction()
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <new>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -38,7 +39,24 @@ thread_local std::size_t passesOfThisThread = 0;
 
 }  // namespace
 
+struct ExitGate::EndOfThread {
+    EndOfThread() = default;
+    EndOfThread(const EndOfThread&) = delete;
+    EndOfThread& operator=(const EndOfThread&) = delete;
+    // The main thread ends with the process; others come and go.
+    ~EndOfThread() {
+        if (gettid() == getpid())
+            close();
+    }
+};
+
 void ExitGate::guard() {
+    thread_local const EndOfThread end;
+    (void)end;
+    [[maybe_unused]] static const bool isRegistered = (guardAfterStatics(), true);
+}
+
+void ExitGate::guardAfterStatics() {
     // A refused registration leaves the process to end as it would without the gate.
     (void)std::atexit(close);
 }

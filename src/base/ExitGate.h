@@ -11,9 +11,13 @@ namespace kestrelid::base {
 // Only the process itself knows when it ends, so there is one gate. Thread: any.
 class ExitGate {
 public:
-    // Call once the statics that workers use are made: what is registered last happens first at the
-    // end. May be called several times.
+    // Call on any thread that may be the program's main one. Its thread-local objects are destroyed
+    // before any static, those too that a library makes while it is first used.
     static void guard();
+
+    // For a process that another thread ends. Call once the statics that workers use are made: what
+    // is registered last happens first.
+    static void guardAfterStatics();
 
     // The process is ending: failures come from that, and nobody waits for results.
     [[nodiscard]] static bool isClosed() noexcept;
@@ -43,6 +47,7 @@ public:
     };
 
 private:
+    struct EndOfThread;
     static void close();
 };
 

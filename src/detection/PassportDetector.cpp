@@ -64,7 +64,7 @@ PassportDetector::PassportDetector(PlatformServices services, ValidationEffort e
       keywordConfidenceWeight_(detection::kKeywordConfidenceWeight),
       rectConfidenceWeight_(detection::kRectConfidenceWeight), services_(std::move(services)),
       effort_(effort), console_(std::make_shared<const detection::Console>(services_.console)) {
-    [[maybe_unused]] static const bool isGuarded = (base::ExitGate::guard(), true);
+    base::ExitGate::guard();
 }
 
 PassportDetector::~PassportDetector() = default;
@@ -95,6 +95,7 @@ void PassportDetector::validate(const Image& image, Completion completion) {
             Call::orNothing(*console_,
                             [] { return makeResult(false, 0.0, {"Invalid image"}, ""); }),
             *console_);
+    base::ExitGate::guard();
     std::shared_ptr<Call> call;
     try {
         call = std::make_shared<Call>(

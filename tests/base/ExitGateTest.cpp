@@ -17,10 +17,11 @@ void endWell() {
     std::_Exit(hasLeft ? 7 : 1);
 }
 
-// A process with a worker inside that leaves only once it is interrupted.
+// A process with a worker inside that leaves only once it is interrupted. Its last static is made
+// after the gate, as libraries make them when they are first used.
 [[noreturn]] void endWithAWorkerInside() {
-    std::atexit(endWell);
     ExitGate::guard();
+    std::atexit(endWell);
     std::promise<void> isInside;
     std::thread([&] {
         std::promise<void> interrupted;

@@ -97,7 +97,7 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
         return *error;
     if (auto error = shareArena(api, runtime->environment_))
         return *error;
-    base::ExitGate::guard();
+    base::ExitGate::guardAfterStatics();
     return std::shared_ptr<const OnnxRuntime>(runtime);
 }
 

@@ -107,14 +107,18 @@ class WholeWay(unittest.TestCase):
         source = Program(self.screen, [DRAG_SOURCE, str(SAMPLES / "receipt.jpg")])
         self.addCleanup(source.end)
         source.wait_for_title("Drag source")
+
+        def shows_preview_after_a_drop():  # on a busy machine a drag may begin too late
+            self.screen.xdotool("mousemove", 650, 150, "mousedown", 1)
+            for across in range(640, 200, -40):
+                self.screen.xdotool("mousemove", across, 400, "sleep", 0.05)
+            self.screen.xdotool("mouseup", 1, "sleep", 1)
+            return self.demo.windows(TITLE + "preview")
+
         for host in [], ["--widgets"]:
             with self.subTest(host):
                 self.start(*host, "--camera", SAMPLES / "desk.jpg")
-                self.screen.xdotool("mousemove", 650, 150, "mousedown", 1)
-                for across in range(640, 200, -40):
-                    self.screen.xdotool("mousemove", across, 400, "sleep", 0.05)
-                self.screen.xdotool("mouseup", 1)
-                self.demo.wait_for_title(TITLE + "preview")
+                wait_for(shows_preview_after_a_drop, "the preview of the file")
                 self.demo.end()
 
     def test_picture_as_argument_is_judged_and_escape_leads_back_and_out(self):
