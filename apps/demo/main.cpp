@@ -23,18 +23,16 @@ int fail(const QString& cause, ExitStatus status) {
 }
 
 // The models load while the window opens; the first frame would wait for them.
-void loadModels(const PlatformServices& recognition) {
-    recognition.queue->async([text = recognition.text, rectangles = recognition.rectangles] {
-        constexpr int kSide = 64;  // pixels
-        auto pixels = std::make_shared<std::array<std::byte, kSide * kSide>>();
-        const auto picture =
-            Bitmap::wrap(kSide, kSide, kSide, PixelFormat::gray8,
-                         std::shared_ptr<std::byte[]>(pixels, pixels->data()), pixels->size());
-        if (!picture)
-            return;
-        (void)text->perform(*picture, {});
-        (void)rectangles->perform(*picture, {});
-    });
+void loadModels(PlatformServices recognition) {
+    constexpr int kSide = 64;  // pixels
+    const auto pixels = std::make_shared<std::array<std::byte, kSide * kSide>>();
+    const auto picture =
+        Bitmap::wrap(kSide, kSide, kSide, PixelFormat::gray8,
+                     std::shared_ptr<std::byte[]>(pixels, pixels->data()), pixels->size());
+    recognition.console = [](std::string_view) {};  // the first real picture tells what is missing
+    const auto detector = PassportDetector::create(std::move(recognition));
+    if (picture && detector)
+        detector->validate(Image(*picture), [detector](const PassportValidationResult&) {});
 }
 
 void takeScreenshot(const DemoOptions& options, Host& host) {
