@@ -11,16 +11,22 @@ namespace {
 // A bus that does not answer must not hold the caller for longer.
 constexpr std::chrono::milliseconds kStatusLimit{1'000};
 
-// What ask returns on the thread, or `otherwise` if it takes too long.
+// What ask returns on the thread, or `otherwise` if it takes too long or fails.
 template <class T, class Ask>
 T askOn(ContextThread& thread, Ask ask, T otherwise) {
     if (thread.isCurrent())
         return ask();
-    auto answer = std::make_shared<std::promise<T>>();
-    auto future = answer->get_future();
-    thread.post([answer, ask = std::move(ask)] { answer->set_value(ask()); });
-    return future.wait_for(kStatusLimit) == std::future_status::ready ? future.get()
-                                                                      : std::move(otherwise);
+    try {
+        auto answer = std::make_shared<std::promise<T>>();
+        auto future = answer->get_future();
+        thread.post(
+            [answer = std::move(answer), ask = std::move(ask)] { answer->set_value(ask()); });
+        if (future.wait_for(kStatusLimit) == std::future_status::ready)
+            return future.get();
+    } catch (const std::exception&) {
+        // Memory is short, here or there.
+    }
+    return otherwise;
 }
 
 }  // namespace
