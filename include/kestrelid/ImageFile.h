@@ -25,7 +25,8 @@ struct DecodeOptions {
     int sufficientSide = 0;
 };
 
-/// Why a picture could not be read or written: one line, without the file's name.
+/// Why a picture could not be read or written: one line, without the file's name. "out of memory"
+/// if memory was refused: the file may be whole.
 struct ImageError {
     std::string cause;
 };

@@ -35,7 +35,8 @@ struct TextEvidence {
     MrzLikeLines mrzLike;  ///< of the text as given, with its line breaks
 };
 
-/// text: UTF-8; ill-formed bytes count as U+FFFD. Thread: any.
+/// text: UTF-8; ill-formed bytes count as U+FFFD. Throws std::bad_alloc if memory is short, which
+/// is no evidence. Thread: any.
 [[nodiscard]] KESTRELID_EXPORT TextEvidence textEvidence(std::string_view text);
 
 /// Byte offset of the first ill-formed sequence. Returns nothing if text is UTF-8. Thread: any.

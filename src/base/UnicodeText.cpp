@@ -1,6 +1,7 @@
 #include "base/UnicodeText.h"
 
 #include <algorithm>
+#include <new>
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
 #include <unicode/normalizer2.h>
@@ -27,11 +28,22 @@ bool isAccent(UChar32 scalar) {
            uscript_getScript(scalar, &status) == USCRIPT_INHERITED;
 }
 
-std::string normalized(const icu::Normalizer2* form, std::string_view text) {
+// ICU's tables are built into it: what fails is that memory is short.
+void check(UErrorCode status) {
+    if (U_FAILURE(status))
+        throw std::bad_alloc();
+}
+
+using Form = const icu::Normalizer2*(UErrorCode&);
+
+std::string normalized(Form& form, std::string_view text) {
     std::string result;
     icu::StringByteSink<std::string> sink(&result, static_cast<int32_t>(text.size()));
     UErrorCode status = U_ZERO_ERROR;
-    form->normalizeUTF8(0, piece(text), sink, nullptr, status);
+    const icu::Normalizer2* normalizer = form(status);
+    check(status);
+    normalizer->normalizeUTF8(0, piece(text), sink, nullptr, status);
+    check(status);
     return result;
 }
 
@@ -67,14 +79,14 @@ std::string upperCased(std::string_view text) {
     icu::StringByteSink<std::string> sink(&result, static_cast<int32_t>(text.size()));
     UErrorCode status = U_ZERO_ERROR;
     icu::CaseMap::utf8ToUpper("", 0, piece(text), sink, nullptr, status);
+    check(status);
     return result;
 }
 
 std::string withoutDiacritics(std::string_view text) {
     if (isAscii(text))
         return std::string(text);
-    UErrorCode status = U_ZERO_ERROR;
-    const std::string decomposed = normalized(icu::Normalizer2::getNFDInstance(status), text);
+    const std::string decomposed = normalized(*icu::Normalizer2::getNFDInstance, text);
     std::string bare;
     bare.reserve(decomposed.size());
     for (std::size_t offset = 0; offset < decomposed.size();) {
@@ -87,9 +99,7 @@ std::string withoutDiacritics(std::string_view text) {
 }
 
 std::string composed(std::string_view text) {
-    UErrorCode status = U_ZERO_ERROR;
-    return isAscii(text) ? std::string(text)
-                         : normalized(icu::Normalizer2::getNFCInstance(status), text);
+    return isAscii(text) ? std::string(text) : normalized(*icu::Normalizer2::getNFCInstance, text);
 }
 
 bool isAlphanumeric(char32_t scalar) {

@@ -20,8 +20,13 @@ using kestrelid::c::require;
 // prefix: what the cause is said of.
 KestrelidImage* upright(const kestrelid::ImageResult& result, const std::string& prefix) {
     if (const auto* error = std::get_if<kestrelid::ImageError>(&result))
-        throw Failure{KESTRELID_UNREADABLE, prefix + error->cause};
-    return new KestrelidImage{std::get<kestrelid::Image>(result).upright()};
+        throw Failure{error->cause == "out of memory" ? KESTRELID_OUT_OF_MEMORY
+                                                      : KESTRELID_UNREADABLE,
+                      prefix + error->cause};
+    kestrelid::Image shown = std::get<kestrelid::Image>(result).upright();
+    if (!shown.bitmap())
+        throw std::bad_alloc();
+    return new KestrelidImage{std::move(shown)};
 }
 
 void check(bool holds, const char* complaint) {

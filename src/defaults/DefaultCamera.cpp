@@ -45,13 +45,16 @@ std::vector<CameraDescription> cameras(const CameraOptions& options) {
 }
 
 CameraServices defaultCameraServices(std::shared_ptr<DispatchQueue> mainQueue,
-                                     const CameraOptions& options, PlatformServices recognition) {
+                                     const CameraOptions& options,
+                                     PlatformServices recognition) try {
     return {.authorization = makeAuthorization(options),
             .capture = platformFor(options),
             .detector = PassportDetector::create(rationed(std::move(recognition)),
                                                  ValidationEffort::verdictOnly),
             .mainQueue = std::move(mainQueue),
             .makeSerialQueue = makeSerialQueue};
+} catch (const std::exception&) {
+    return {};  // no memory or thread for them
 }
 
 std::vector<ServiceStatus> diagnoseCamera(const CameraOptions& options) {

@@ -1,12 +1,25 @@
 #include "imagefile/DecodingLimits.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace kestrelid::imagefile {
 namespace {
 
 constexpr std::size_t kMaximumCauseLength =
     160;  // bytes; enough for any sentence of the codec libraries
+
+// In the words of libjpeg, libpng and libtiff. What goes beyond libtiff's own limit is damage.
+bool saysThatMemoryIsShort(std::string_view text) {
+    constexpr std::array<std::string_view, 6> kWords = {"nsufficient memory", "ut of memory",
+                                                        "llocation failure",  "No space for",
+                                                        "to allocate memory", "malloc("};
+    return text.find("beyond the") == std::string_view::npos &&
+           std::ranges::any_of(kWords, [&](std::string_view words) {
+               return text.find(words) != std::string_view::npos;
+           });
+}
 
 }  // namespace
 
@@ -36,6 +49,8 @@ std::optional<ImageError> checkMemory(std::int64_t bytes) {
 }
 
 ImageError decodingError(Fault fault, const char* format, const std::string& text) {
+    if (saysThatMemoryIsShort(text))
+        return {kOutOfMemory};
     std::string line = text.substr(0, kMaximumCauseLength);
     std::replace_if(
         line.begin(), line.end(), [](char c) { return c < ' ' || c > '~'; }, ' ');

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace kestrelid::imagefile {
@@ -36,7 +37,7 @@ ImageError errorFor(const heif_error& error) {
         return decodingError(Fault::unsupported, "HEIC", error.message);
     switch (error.code) {
     case heif_error_Memory_allocation_error:
-        return {"out of memory"};
+        return {kOutOfMemory};
     case heif_error_Unsupported_feature:
     case heif_error_Unsupported_filetype:
     case heif_error_Plugin_loading_error:
@@ -78,7 +79,7 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     const Context context(heif_context_alloc());
     const Options options(heif_decoding_options_alloc());
     if (!context || !options)
-        return ImageError{"out of memory"};
+        return ImageError{kOutOfMemory};
     heif_error error = heif_context_read_from_memory_without_copy(context.get(), file.data(),
                                                                   file.size(), nullptr);
     if (error.code != heif_error_Ok)
@@ -106,6 +107,9 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     constexpr int kSideOfLargestSquare = 10'000;  // pixels; its square is kMaximumPixels
     heif_context_set_maximum_image_size_limit(context.get(),
                                               std::max({width, height, kSideOfLargestSquare}) + 1);
+
+    // libde265 waits without end for a thread that it was refused. A shortage shows here first.
+    std::thread([] {}).join();
 
     const Alpha alpha =
         heif_image_handle_is_premultiplied_alpha(primary) ? Alpha::premultiplied : Alpha::straight;

@@ -1,5 +1,6 @@
 #include <kestrelid/ImageFile.h>
 
+#include "imagefile/DecodingLimits.h"
 #include "imagefile/FileContents.h"
 #include "imagefile/HeifCodec.h"
 #include "imagefile/ImageFormat.h"
@@ -10,14 +11,17 @@
 
 #include <algorithm>
 #include <limits>
-#include <new>
+#include <system_error>
 #include <utility>
 
 namespace kestrelid {
 namespace {
 
-// Short enough for std::string to hold it without asking for memory.
-constexpr const char* kOutOfMemory = "out of memory";
+// Whatever stops the libraries, in words that need no memory.
+ImageError shortage(const std::exception& error) {
+    const bool isThread = dynamic_cast<const std::system_error*>(&error) != nullptr;
+    return {isThread ? "no thread left" : imagefile::kOutOfMemory};
+}
 
 ImageResult decodeByFormat(std::span<const std::byte> file, const DecodeOptions& options) {
     if (file.size() > kMaximumFileSize)
@@ -58,7 +62,7 @@ std::optional<ImageError> encodeAndReplace(const std::filesystem::path& path, co
         return ImageError{"the image has no bitmap"};
     const Image upright = image.upright();
     if (!upright.bitmap())
-        return ImageError{kOutOfMemory};
+        return ImageError{imagefile::kOutOfMemory};
     const Bitmap& bitmap = *upright.bitmap();
     if (bitmap.stride() > std::numeric_limits<int>::max())
         return ImageError{"the picture's rows lie too far apart for the encoder"};
@@ -75,8 +79,8 @@ std::optional<ImageError> encodeAndReplace(const std::filesystem::path& path, co
 ImageResult decodeImage(std::span<const std::byte> file, const DecodeOptions& options) {
     try {
         return decodeByFormat(file, options);
-    } catch (const std::exception&) {
-        return ImageError{kOutOfMemory};
+    } catch (const std::exception& error) {
+        return shortage(error);
     }
 }
 
@@ -86,16 +90,16 @@ ImageResult readImage(const std::filesystem::path& path, const DecodeOptions& op
         if (!contents)
             return contents.error();
         return decodeByFormat(*contents, options);
-    } catch (const std::exception&) {
-        return ImageError{kOutOfMemory};
+    } catch (const std::exception& error) {
+        return shortage(error);
     }
 }
 
 std::optional<ImageError> writeImage(const std::filesystem::path& path, const Image& image) {
     try {
         return encodeAndReplace(path, image);
-    } catch (const std::exception&) {
-        return ImageError{kOutOfMemory};
+    } catch (const std::exception& error) {
+        return shortage(error);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <array>
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -21,8 +22,8 @@ namespace {
 class PngReader {
 public:
     explicit PngReader(std::span<const std::byte> file) : rest_(file) {
-        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, &PngReader::onError,
-                                      &PngReader::onWarning);
+        png_ = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, this, &PngReader::onError,
+                                        &PngReader::onWarning, this, &PngReader::take, nullptr);
         info_ = png_ ? png_create_info_struct(png_) : nullptr;
     }
     PngReader(const PngReader&) = delete;
@@ -30,6 +31,9 @@ public:
     ~PngReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
 
     [[nodiscard]] bool started() const { return info_ != nullptr; }
+    // Memory was refused. libpng may have left parts out without an error: the transparency, the
+    // orientation.
+    [[nodiscard]] bool isShort() const { return isShort_; }
     [[nodiscard]] bool readHeader();
     [[nodiscard]] bool chooseLayout();
     [[nodiscard]] bool readRows(const base::PixelStore& pixels);
@@ -44,6 +48,7 @@ public:
 
 private:
     static void readBytes(png_structp png, png_bytep to, std::size_t count);
+    static png_voidp take(png_structp png, png_alloc_size_t size);
     [[noreturn]] static void onError(png_structp png, png_const_charp text);
     static void onWarning(png_structp, png_const_charp) {}
 
@@ -51,6 +56,7 @@ private:
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
     bool truncated_ = false;
+    bool isShort_ = false;
     std::array<char, 160> text_ = {};
 };
 
@@ -62,6 +68,14 @@ void PngReader::readBytes(png_structp png, png_bytep to, std::size_t count) {
     }
     std::memcpy(to, reader.rest_.data(), count);
     reader.rest_ = reader.rest_.subspan(count);
+}
+
+// libpng gives it back by std::free.
+png_voidp PngReader::take(png_structp png, png_alloc_size_t size) {
+    void* const memory = std::malloc(size);
+    if (!memory)
+        static_cast<PngReader*>(png_get_mem_ptr(png))->isShort_ = true;
+    return memory;
 }
 
 void PngReader::onError(png_structp png, png_const_charp text) {
@@ -140,10 +154,7 @@ FileBytes encodeOpaque(const Bitmap& bitmap) {
     return encoded;
 }
 
-}  // namespace
-
-ImageResult decodePng(std::span<const std::byte> file) {
-    PngReader reader(file);
+ImageResult decode(PngReader& reader) {
     if (!reader.started())
         return ImageError{"the PNG decoder does not start"};
     if (!reader.readHeader())
@@ -164,6 +175,16 @@ ImageResult decodePng(std::span<const std::byte> file) {
     }
     return std::move(pixels).toImage(channels == 1 ? PixelFormat::gray8 : PixelFormat::rgb8,
                                      exifOrientation(reader.exif()));
+}
+
+}  // namespace
+
+ImageResult decodePng(std::span<const std::byte> file) {
+    PngReader reader(file);
+    ImageResult decoded = decode(reader);
+    if (reader.isShort())
+        return ImageError{kOutOfMemory};
+    return decoded;
 }
 
 FileBytes encodePng(const Bitmap& bitmap) {

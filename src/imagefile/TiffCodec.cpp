@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -106,7 +107,7 @@ Tiff openTiff(Source& source) {
     const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(
         TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
     if (!options)
-        return nullptr;
+        throw std::bad_alloc();
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &onError, &source);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), &onWarning, &source);
     TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), kMaximumDecoderMemory);

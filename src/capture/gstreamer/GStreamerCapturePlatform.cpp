@@ -7,6 +7,7 @@
 #include "capture/gstreamer/GStreamerSession.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -77,7 +78,7 @@ Mounting GStreamerCapturePlatform::mounting(const Mounting& known) const {
             .isMirrored = options_.isMirrored.value_or(known.isMirrored)};
 }
 
-std::shared_ptr<CaptureDevice> GStreamerCapturePlatform::defaultVideoDevice() {
+std::shared_ptr<CaptureDevice> GStreamerCapturePlatform::defaultVideoDevice() try {
     if (const auto file = cameraFile(options_))
         return std::make_shared<GStreamerDevice>(file->filename().string(), mounting({}),
                                                  [file = *file] { return openCameraFile(file); });
@@ -88,6 +89,8 @@ std::shared_ptr<CaptureDevice> GStreamerCapturePlatform::defaultVideoDevice() {
                 [source = camera.source] { return source->open(); });
     }
     return nullptr;
+} catch (const std::exception&) {
+    return nullptr;  // no memory to look for one
 }
 
 std::vector<CameraDescription> GStreamerCapturePlatform::cameras() {
@@ -136,10 +139,14 @@ GStreamerCapturePlatform::makeInput(std::shared_ptr<CaptureDevice> device) {
     const auto own = std::dynamic_pointer_cast<GStreamerDevice>(device);
     if (!own)
         return CaptureError{"not a camera of this platform"};
-    auto opened = own->open();
-    if (!opened)
-        return opened.error();
-    return std::make_shared<GStreamerInput>(*std::move(opened), own->mounting());
+    try {
+        auto opened = own->open();
+        if (!opened)
+            return opened.error();
+        return std::make_shared<GStreamerInput>(*std::move(opened), own->mounting());
+    } catch (const std::exception&) {
+        return CaptureError{"out of memory"};  // needs none for itself
+    }
 }
 
 }  // namespace kestrelid::capture

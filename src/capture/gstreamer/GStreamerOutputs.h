@@ -8,7 +8,6 @@
 
 #include <memory>
 #include <mutex>
-#include <string>
 #include <vector>
 
 namespace kestrelid::capture {
@@ -46,7 +45,7 @@ public:
 
     // For a session.
     void attach(const std::shared_ptr<SessionEngine>& engine);
-    void detach(const std::string& cause);  // answers what waits; any thread
+    void detach(const char* cause);  // answers what waits; any thread
 
 private:
     mutable std::mutex mutex_;

@@ -59,7 +59,7 @@ void GStreamerPhotoOutput::attach(const std::shared_ptr<SessionEngine>& engine) 
     engine->setPhotoDesk(desk_);
 }
 
-void GStreamerPhotoOutput::detach(const std::string& cause) {
+void GStreamerPhotoOutput::detach(const char* cause) {
     {
         const std::lock_guard lock(mutex_);
         engine_.reset();

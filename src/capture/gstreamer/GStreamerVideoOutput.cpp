@@ -1,6 +1,7 @@
 #include "capture/gstreamer/GStreamerOutputs.h"
 
 #include <atomic>
+#include <exception>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -23,6 +24,15 @@ private:
 }  // namespace
 
 struct GStreamerVideoOutput::Receiver {
+    // Ends a frame's call, however it ends.
+    struct Call {
+        explicit Call(Receiver& owner) : receiver(owner) {}
+        Call(const Call&) = delete;
+        Call& operator=(const Call&) = delete;
+        ~Call() { receiver.isBusy = false; }
+        Receiver& receiver;
+    };
+
     std::weak_ptr<SampleBufferDelegate> delegate;
     std::shared_ptr<DispatchQueue> queue;
     std::atomic<bool> isBusy = false;  // from a frame's posting to the end of its call
@@ -64,18 +74,25 @@ void GStreamerVideoOutput::post(const Bitmap& frame, const std::shared_ptr<CallG
         return;
     // The block must not own the queue, or the queue would be released on its own thread.
     const auto queue = receiver->queue;
-    queue->async([weak = std::weak_ptr(receiver), gate, frame = Frame(frame, pool_)] {
-        const auto current = weak.lock();
-        if (!current)
-            return;
-        {
-            const CallGate::Pass pass(*gate);
-            const auto delegate = current->delegate.lock();
-            if (pass && delegate && !current->isReplaced)
-                delegate->didOutput(frame);
-        }
-        current->isBusy = false;
-    });
+    try {
+        queue->async([weak = std::weak_ptr(receiver), gate, frame = Frame(frame, pool_)] {
+            const auto current = weak.lock();
+            if (!current)
+                return;
+            const Receiver::Call call(*current);
+            try {
+                const CallGate::Pass pass(*gate);
+                const auto delegate = current->delegate.lock();
+                if (pass && delegate && !current->isReplaced)
+                    delegate->didOutput(frame);
+            } catch (const std::exception&) {
+                // One frame less, for want of memory.
+            }
+        });
+    } catch (...) {
+        receiver->isBusy = false;
+        throw;
+    }
 }
 
 }  // namespace kestrelid::capture

@@ -32,7 +32,7 @@ struct LivePipeline::Callbacks {
     static GstBusSyncReply message(GstBus* /*bus*/, GstMessage* message, gpointer context) {
         if (const auto listener = static_cast<Listener*>(context)->lock()) {
             if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR)
-                listener->pipelineFailed(errorText(message));
+                listener->pipelineFailed();
             else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS)
                 listener->pipelineEnded();
         }

@@ -7,11 +7,11 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <string>
 
 namespace kestrelid::capture {
 
-// What a running pipeline reports. Thread: any of GStreamer's.
+// What a running pipeline reports. Nothing here throws, since GStreamer calls it. Thread: any of
+// GStreamer's.
 class PipelineListener {
 public:
     virtual ~PipelineListener() = default;
@@ -24,7 +24,7 @@ public:
     virtual void showFrame(SampleHandle frame) = 0;
     // The still that armStill() asked for, in the source's own format.
     virtual void stillTaken(SampleHandle still) = 0;
-    virtual void pipelineFailed(const std::string& cause) = 0;
+    virtual void pipelineFailed() = 0;
     virtual void pipelineEnded() = 0;
 };
 

@@ -5,7 +5,8 @@
 #include <deque>
 #include <mutex>
 #include <pthread.h>
-#include <system_error>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -30,7 +31,7 @@ struct Request {
     PhotoSettings settings;
     std::shared_ptr<PhotoCaptureDelegate> delegate;
     Clock::time_point due;
-    std::variant<std::monostate, std::shared_ptr<Exposure>, CaptureError> outcome{};
+    std::variant<std::monostate, std::shared_ptr<Exposure>, const char*> outcome{};  // or the cause
 
     [[nodiscard]] bool waits() const { return std::holds_alternative<std::monostate>(outcome); }
 };
@@ -40,19 +41,40 @@ bool sameSettings(const PhotoSettings& a, const PhotoSettings& b) {
            a.maxPhotoDimensions == b.maxPhotoDimensions;
 }
 
-void answer(Request request) {
-    const auto fail = [&](const CaptureError& error) {
-        request.delegate->didFinishProcessingPhoto({}, error);
-    };
-    if (const auto* error = std::get_if<CaptureError>(&request.outcome))
-        return fail(*error);
+struct Answer {
+    CapturedPhoto photo;
+    std::optional<CaptureError> error;
+};
+
+Answer failed(std::string_view cause) noexcept {
+    Answer answer{.photo = {}, .error = CaptureError{}};
+    try {
+        answer.error->description = cause;
+    } catch (const std::bad_alloc&) {
+        // A cause would need memory.
+    }
+    return answer;
+}
+
+Answer answerTo(const Request& request) noexcept {
+    if (const auto* cause = std::get_if<const char*>(&request.outcome))
+        return failed(*cause);
     Exposure& exposure = *std::get<std::shared_ptr<Exposure>>(request.outcome);
     if (!exposure.file)
         exposure.file = encodePhoto(exposure.still, exposure.settings);
-    const imagefile::FileBytes& file = *exposure.file;
-    if (!file)
-        return fail({file.error().cause});
-    request.delegate->didFinishProcessingPhoto({.fileDataRepresentation = *file}, std::nullopt);
+    if (!*exposure.file)
+        return failed(exposure.file->error().cause);
+    try {
+        return {.photo = {.fileDataRepresentation = **exposure.file}, .error = {}};
+    } catch (const std::bad_alloc&) {
+        return failed("no memory for the photo");
+    }
+}
+
+// By value: its end may release the delegate, and with it the desk.
+void answer(Request request) {
+    const Answer given = answerTo(request);
+    request.delegate->didFinishProcessingPhoto(given.photo, given.error);
 }
 
 }  // namespace
@@ -77,7 +99,7 @@ struct PhotoDesk::Desk {
                 continue;
             }
             if (first.waits())
-                first.outcome = CaptureError{"the camera gave no still in time"};
+                first.outcome = "the camera gave no still in time";
             Request settled = std::move(first);
             requests.pop_front();
             lock.unlock();
@@ -104,25 +126,25 @@ PhotoDesk::~PhotoDesk() {
 }
 
 void PhotoDesk::add(const PhotoSettings& settings, std::shared_ptr<PhotoCaptureDelegate> delegate) {
+    Request request{
+        .settings = settings, .delegate = std::move(delegate), .due = Clock::now() + kPatience};
     std::unique_lock lock(desk_->mutex);
-    desk_->requests.push_back(
-        {.settings = settings, .delegate = std::move(delegate), .due = Clock::now() + kPatience});
-    if (desk_->isWorking)
-        return;
-    if (thread_.joinable())
+    if (!desk_->isWorking && thread_.joinable())
         thread_.join();  // it is past its last look at the desk
     try {
-        thread_ = std::thread([desk = desk_] {
-            pthread_setname_np(pthread_self(), "kestrelid.photo");
-            desk->work();
-        });
+        desk_->requests.push_back(request);
+        if (!desk_->isWorking)
+            thread_ = std::thread([desk = desk_] {
+                pthread_setname_np(pthread_self(), "kestrelid.photo");
+                desk->work();
+            });
         desk_->isWorking = true;
-    } catch (const std::system_error&) {
-        Request refused = std::move(desk_->requests.back());
-        desk_->requests.pop_back();
+    } catch (const std::exception&) {
+        if (!desk_->isWorking)
+            desk_->requests.clear();  // there was none before
         lock.unlock();
-        refused.outcome = CaptureError{"no thread for the photo"};
-        answer(std::move(refused));
+        request.outcome = "no thread or memory for the photo";
+        answer(std::move(request));
     }
 }
 
@@ -136,18 +158,22 @@ std::optional<PhotoSettings> PhotoDesk::firstWaiting() const {
 }
 
 void PhotoDesk::give(const PhotoSettings& settings, Still still) {
-    const auto exposure = std::make_shared<Exposure>();
-    exposure->still = std::move(still);
-    exposure->settings = settings;
-    desk_->settle(&settings, exposure);
+    try {
+        const auto exposure = std::make_shared<Exposure>();
+        exposure->still = std::move(still);
+        exposure->settings = settings;
+        desk_->settle(&settings, exposure);
+    } catch (const std::bad_alloc&) {
+        fail(settings, "no memory for the still");
+    }
 }
 
-void PhotoDesk::fail(const PhotoSettings& settings, const std::string& cause) {
-    desk_->settle(&settings, CaptureError{cause});
+void PhotoDesk::fail(const PhotoSettings& settings, const char* cause) {
+    desk_->settle(&settings, cause);
 }
 
-void PhotoDesk::failAll(const std::string& cause) {
-    desk_->settle(nullptr, CaptureError{cause});
+void PhotoDesk::failAll(const char* cause) {
+    desk_->settle(nullptr, cause);
 }
 
 }  // namespace kestrelid::capture

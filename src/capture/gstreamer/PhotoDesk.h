@@ -6,13 +6,13 @@
 
 #include <memory>
 #include <optional>
-#include <string>
 #include <thread>
 
 namespace kestrelid::capture {
 
 // Answers requests for photos in order, each exactly once and in time, on a thread that lives while
-// there are some. Thread: any.
+// there are some. Without memory or a thread the answer is an error. Causes are literals. Thread:
+// any.
 class PhotoDesk {
 public:
     PhotoDesk();
@@ -27,9 +27,9 @@ public:
 
     // For all requests with these settings that wait for a still.
     void give(const PhotoSettings& settings, Still still);
-    void fail(const PhotoSettings& settings, const std::string& cause);
+    void fail(const PhotoSettings& settings, const char* cause);
 
-    void failAll(const std::string& cause);
+    void failAll(const char* cause);
 
 private:
     struct Desk;

@@ -5,7 +5,7 @@
 #include "imagefile/JpegCodec.h"
 #include "imagefile/JpegOrientation.h"
 
-#include <new>
+#include <exception>
 #include <optional>
 #include <span>
 #include <utility>
@@ -76,7 +76,7 @@ imagefile::FileBytes encodePhoto(const Still& still, const PhotoSettings& settin
             return encode(*bitmap, settings.maxPhotoDimensions, still.orientation);
         return fromSample(std::get<SampleHandle>(still.pixels).get(), settings.maxPhotoDimensions,
                           still.orientation);
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
         return tl::unexpected(ImageError{});  // a cause would need memory
     }
 }

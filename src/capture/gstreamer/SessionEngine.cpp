@@ -2,8 +2,8 @@
 
 #include "capture/gstreamer/FormatChoice.h"
 
+#include <exception>
 #include <pthread.h>
-#include <system_error>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -71,8 +71,8 @@ bool SessionEngine::startThread() {
             self->run();
         });
         return true;
-    } catch (const std::system_error&) {
-        return false;  // the machine has no thread left
+    } catch (const std::exception&) {
+        return false;  // the machine has no thread or memory left
     }
 }
 
@@ -125,18 +125,29 @@ bool SessionEngine::isLost() const {
 void SessionEngine::run() {
     Lock lock(mutex_);
     while (!stopping_) {
-        if (phase_ == Phase::starting)
-            begin(lock);
-        else if (phase_ == Phase::running)
-            watch(lock);
-        else
-            changed_.wait(lock);
+        try {
+            step(lock);
+        } catch (const std::exception&) {
+            // Memory is short: no other than a device that fails.
+            if (!lock.owns_lock())
+                lock.lock();
+            lose(lock);
+        }
     }
     phase_ = Phase::idle;
     close(lock);
     removal_.reset();
     finished_ = true;
     changed_.notify_all();
+}
+
+void SessionEngine::step(Lock& lock) {
+    if (phase_ == Phase::starting)
+        begin(lock);
+    else if (phase_ == Phase::running)
+        watch(lock);
+    else
+        changed_.wait(lock);
 }
 
 void SessionEngine::begin(Lock& lock) {
@@ -252,7 +263,11 @@ bool SessionEngine::wantsFrames() {
 }
 
 void SessionEngine::showFrame(SampleHandle frame) {
-    delivery_->deliver(std::move(frame));
+    try {
+        delivery_->deliver(std::move(frame));
+    } catch (const std::exception&) {
+        // One frame less, for want of memory.
+    }
 }
 
 void SessionEngine::stillTaken(SampleHandle still) {
@@ -261,7 +276,7 @@ void SessionEngine::stillTaken(SampleHandle still) {
     changed_.notify_all();
 }
 
-void SessionEngine::pipelineFailed(const std::string& /*cause*/) {
+void SessionEngine::pipelineFailed() {
     const std::lock_guard lock(mutex_);
     failed_ = true;
     changed_.notify_all();

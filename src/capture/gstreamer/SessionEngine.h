@@ -11,7 +11,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <string>
 #include <thread>
 
 namespace kestrelid::capture {
@@ -47,13 +46,14 @@ private:
     bool wantsFrames() override;
     void showFrame(SampleHandle frame) override;
     void stillTaken(SampleHandle still) override;
-    void pipelineFailed(const std::string& cause) override;
+    void pipelineFailed() override;
     void pipelineEnded() override;
 
     bool startThread();
 
     // On the engine's thread, with the lock, which they release while they wait.
     void run();
+    void step(Lock& lock);
     void begin(Lock& lock);
     void watch(Lock& lock);
     void lose(Lock& lock);

@@ -14,9 +14,13 @@ namespace {
 
 constexpr const char* kFlatpakInfo = "/.flatpak-info";
 
-void answerLater(std::function<void(bool granted)> completion, bool granted) {
-    const auto queue = std::make_shared<base::AsioQueue>("camera.access", 1);
-    queue->async([queue, completion = std::move(completion), granted] { completion(granted); });
+void answerLater(const std::function<void(bool granted)>& completion, bool granted) {
+    try {
+        const auto queue = std::make_shared<base::AsioQueue>("camera.access", 1);
+        queue->async([queue, completion, granted] { completion(granted); });
+    } catch (const std::exception&) {
+        completion(granted);  // no thread or memory for later
+    }
 }
 
 class NodeAuthorization final : public CameraAuthorization {
@@ -26,7 +30,7 @@ public:
     AuthorizationStatus status() override { return tryDeviceNodes(devices_).status(); }
 
     void requestAccess(std::function<void(bool granted)> completion) override {
-        answerLater(std::move(completion), status() == AuthorizationStatus::authorized);
+        answerLater(completion, status() == AuthorizationStatus::authorized);
     }
 
 private:
@@ -54,7 +58,7 @@ AuthorizationStatus FileAuthorization::status() {
 }
 
 void FileAuthorization::requestAccess(std::function<void(bool granted)> completion) {
-    answerLater(std::move(completion), true);
+    answerLater(completion, true);
 }
 
 PermissionEnvironment systemPermissionEnvironment() {

@@ -3,6 +3,7 @@
 #include "capture/GLibHandles.h"
 
 #include <deque>
+#include <exception>
 #include <mutex>
 #include <utility>
 
@@ -24,7 +25,11 @@ struct ContextThread::Loop {
             task = std::move(tasks.front());
             tasks.pop_front();
         }
-        task();
+        try {
+            task();
+        } catch (const std::exception&) {
+            // Memory is short; whoever waits for the task sees that it has gone.
+        }
         return true;
     }
 

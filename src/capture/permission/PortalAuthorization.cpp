@@ -8,16 +8,22 @@
 namespace kestrelid::capture {
 namespace {
 
-// What ask returns on the thread, or `otherwise` if it takes longer than the limit.
+// What ask returns on the thread, or `otherwise` if it takes longer than the limit or fails.
 template <class T, class Ask>
 T askOn(ContextThread& thread, std::chrono::milliseconds limit, Ask ask, T otherwise) {
     if (thread.isCurrent())
         return ask();
-    auto answer = std::make_shared<std::promise<T>>();
-    auto future = answer->get_future();
-    thread.post([answer, ask = std::move(ask)] { answer->set_value(ask()); });
-    return future.wait_for(limit) == std::future_status::ready ? future.get()
-                                                               : std::move(otherwise);
+    try {
+        auto answer = std::make_shared<std::promise<T>>();
+        auto future = answer->get_future();
+        thread.post(
+            [answer = std::move(answer), ask = std::move(ask)] { answer->set_value(ask()); });
+        if (future.wait_for(limit) == std::future_status::ready)
+            return future.get();
+    } catch (const std::exception&) {
+        // Memory is short, here or there.
+    }
+    return otherwise;
 }
 
 }  // namespace

@@ -2,7 +2,10 @@
 
 #include <kestrelid/VisionServices.h>
 
+#include <algorithm>
+#include <new>
 #include <string>
+#include <string_view>
 #include <tl/expected.hpp>
 #include <utility>
 
@@ -14,8 +17,20 @@ using Expected = tl::expected<Value, RequestError>;
 // Why an adapter could not do its part, on its way up to the request: converts to every Expected.
 using Failure = tl::unexpected<RequestError>;
 
+// description: becomes one line; OpenCV and ONNX Runtime write several.
 [[nodiscard]] inline Failure failure(std::string description) {
+    std::ranges::replace(description, '\n', ' ');
     return Failure(RequestError{std::move(description)});
+}
+
+// What an adapter answers for an exception; "out of memory" if there is none for words.
+[[nodiscard]] inline RequestError requestFailed(std::string_view what,
+                                                std::string_view cause) noexcept {
+    try {
+        return failure(std::string(what) + ": " + std::string(cause)).value();
+    } catch (const std::bad_alloc&) {
+        return {"out of memory"};  // short enough for std::string to hold it in itself
+    }
 }
 
 }  // namespace kestrelid::vision

@@ -42,8 +42,9 @@ std::optional<Failure> readNames(const OrtApi& api, const OrtSession& session, s
         char* name = nullptr;
         if (auto error = onnxError(api, call(&session, index, allocator, &name)))
             return error;
+        const auto free = [allocator](char* old) { allocator->Free(allocator, old); };
+        const std::unique_ptr<char, decltype(free)> owner(name, free);
         names.emplace_back(name);
-        allocator->Free(allocator, name);
     }
     return std::nullopt;
 }
@@ -134,10 +135,8 @@ Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> in
     if (inputs.size() != inputNames_.size())
         return failure("ONNX Runtime: the model takes another number of inputs");
     const auto owned = [this](OrtValue* value) {
-        return std::shared_ptr<OrtValue>(value, [runtime = runtime_](OrtValue* old) {
-            if (old)
-                runtime->api_->ReleaseValue(old);
-        });
+        return std::shared_ptr<OrtValue>(
+            value, [runtime = runtime_](OrtValue* old) { runtime->api_->ReleaseValue(old); });
     };
 
     OrtMemoryInfo* rawMemory = nullptr;
@@ -164,14 +163,20 @@ Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> in
     const auto inputNames = pointers(inputNames_);
     const auto outputNames = pointers(outputNames_);
     std::vector<OrtValue*> rawOutputs(outputNames.size(), nullptr);
-    const auto refusal = onnxError(
-        api, api.Run(session_.get(), rawOptions, inputNames.data(), rawInputs.data(),
-                     rawInputs.size(), outputNames.data(), outputNames.size(), rawOutputs.data()));
     std::vector<OnnxTensor> outputs(rawOutputs.size());
-    for (std::size_t index = 0; index < outputs.size(); ++index)
-        outputs[index].value_ = owned(rawOutputs[index]);
-    if (refusal)
+    OrtStatus* const status =
+        api.Run(session_.get(), rawOptions, inputNames.data(), rawInputs.data(), rawInputs.size(),
+                outputNames.data(), outputNames.size(), rawOutputs.data());
+    // All of them owned before anything else is asked for memory.
+    const auto releaseAll = [&api](std::vector<OrtValue*>* rest) {
+        std::ranges::for_each(*rest, api.ReleaseValue);
+    };
+    const std::unique_ptr<std::vector<OrtValue*>, decltype(releaseAll)> owner(&rawOutputs,
+                                                                              releaseAll);
+    if (auto refusal = onnxError(api, status))
         return *refusal;
+    for (std::size_t index = 0; index < outputs.size(); ++index)
+        outputs[index].value_ = owned(std::exchange(rawOutputs[index], nullptr));
     for (auto& output : outputs) {
         if (auto error = readShape(api, *output.value_, output.shape_))
             return *error;

@@ -4,6 +4,7 @@
 
 #include <onnxruntime_c_api.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -13,9 +14,8 @@ namespace kestrelid::vision {
 [[nodiscard]] inline std::optional<Failure> onnxError(const OrtApi& api, OrtStatus* status) {
     if (!status)
         return std::nullopt;
-    Failure error = failure(std::string("ONNX Runtime: ") + api.GetErrorMessage(status));
-    api.ReleaseStatus(status);
-    return error;
+    const std::unique_ptr<OrtStatus, decltype(api.ReleaseStatus)> owner(status, api.ReleaseStatus);
+    return failure(std::string("ONNX Runtime: ") + api.GetErrorMessage(status));
 }
 
 }  // namespace kestrelid::vision

@@ -134,10 +134,8 @@ NetworkRectangleService::~NetworkRectangleService() = default;
 
 std::shared_ptr<const OutlineNetwork> NetworkRectangleService::network() {
     const std::scoped_lock lock(loading_);
-    if (!looked_) {
+    if (!network_)
         network_ = openNetwork(resources_).network;
-        looked_ = true;
-    }
     return network_;
 }
 
@@ -174,7 +172,7 @@ RectangleResult NetworkRectangleService::perform(const Bitmap& bitmap,
             found.resize(static_cast<std::size_t>(std::max(request.maximumObservations, 0)));
         return found;
     } catch (const std::exception& error) {
-        return RequestError{std::string("Looking for a rectangle failed: ") + error.what()};
+        return requestFailed("Looking for a rectangle failed", error.what());
     }
 }
 

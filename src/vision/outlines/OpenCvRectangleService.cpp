@@ -1,5 +1,6 @@
 #include "vision/outlines/OpenCvRectangleService.h"
 
+#include "vision/onnx/Failure.h"
 #include "vision/outlines/ClassicalOutlineFinder.h"
 #include "vision/outlines/FullPageFinder.h"
 #include "vision/outlines/OutlineFinder.h"
@@ -9,8 +10,6 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
-#include <new>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -83,13 +82,11 @@ RectangleResult OpenCvRectangleService::perform(const Bitmap& bitmap,
             observations.push_back(observationOf(candidate, size));
         }
         return observations;
-    } catch (const std::bad_alloc&) {
-        return RequestError{"Not enough memory to look for a rectangle."};
     } catch (const cv::Exception& error) {
-        // The message alone: what() adds the place in OpenCV and line breaks.
-        return RequestError{"OpenCV failed to look for a rectangle: " + error.err};
+        // The message alone: what() adds the place in OpenCV.
+        return requestFailed("OpenCV failed to look for a rectangle", error.err);
     } catch (const std::exception& error) {
-        return RequestError{std::string("Looking for a rectangle failed: ") + error.what()};
+        return requestFailed("Looking for a rectangle failed", error.what());
     }
 }
 

@@ -67,13 +67,19 @@ public:
                     return;
                 read(page_.lines.lines[index]);
             }
-        } catch (const std::exception& failure) {
-            fail({std::string("reading a line failed: ") + failure.what()});
+        } catch (...) {
+            const std::scoped_lock lock(mutex_);
+            thrown_ = std::current_exception();
+            failed_ = true;
         }
     }
 
-    // After all threads are done.
-    [[nodiscard]] const std::optional<RequestError>& error() const noexcept { return error_; }
+    // After all threads are done. Throws what one of them met.
+    [[nodiscard]] const std::optional<RequestError>& error() const {
+        if (thrown_)
+            std::rethrow_exception(thrown_);
+        return error_;
+    }
 
 private:
     void read(const LineBox& line) {
@@ -104,6 +110,7 @@ private:
     std::atomic<bool> failed_ = false;
     std::mutex mutex_;
     std::optional<RequestError> error_;
+    std::exception_ptr thrown_;
 };
 
 // The detector breaks up lines that run up or down, so a page of those is turned and looked at
@@ -148,8 +155,12 @@ std::optional<RequestError> readPage(const PpOcrModels& models, const cv::Mat& p
     {
         const int threads = std::min(settings.threads, static_cast<int>(lines.size()));
         std::vector<std::jthread> others;
-        for (int thread = 1; thread < threads; ++thread)
-            others.emplace_back([&queue] { queue.work(); });
+        try {
+            for (int thread = 1; thread < threads; ++thread)
+                others.emplace_back([&queue] { queue.work(); });
+        } catch (const std::exception&) {
+            // The machine has no thread left: those that there are read all lines.
+        }
         queue.work();
     }
     return queue.error();

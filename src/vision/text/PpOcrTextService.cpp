@@ -60,7 +60,7 @@ TextResult PpOcrTextService::perform(const Bitmap& bitmap, const TextRequest& re
         }
         return lines.observations();
     } catch (const std::exception& failure) {
-        return RequestError{std::string("text recognition failed: ") + failure.what()};
+        return requestFailed("text recognition failed", failure.what());
     }
 }
 

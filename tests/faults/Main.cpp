@@ -1,0 +1,116 @@
+#include "tests/faults/Faults.h"
+#include "tests/faults/Scenarios.h"
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// usage: kestrelid_faults             lists the scenarios
+//        kestrelid_faults SCENARIO    makes the runs that lines on standard input ask for
+// A line: "RUNS RESOURCE CALLS TURN LASTS", RESOURCE being a number. It gets a process of its own.
+// RUNS: a letter each; c: clean, n: clean, with "request" lines about all that was asked for, f:
+// with the fault. For tools/faults.
+namespace {
+
+using namespace kestrelid::test;
+
+constexpr int kDeadline = 60;  // seconds for the runs of a line
+int reports = -1;
+
+void onEnd(int signal) {
+    static std::atomic_flag isEnding;
+    while (isEnding.test_and_set())
+        pause();  // another thread tells where
+    writeCalls("ended", reports);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+long entriesIn(const char* folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+// One line, whatever the library says.
+std::string printable(const std::string& text) {
+    std::string line;
+    for (const char letter : text) {
+        char escaped[8];
+        std::snprintf(escaped, sizeof escaped, letter >= ' ' || letter < 0 ? "%c" : "\\x%02x",
+                      letter);
+        line += escaped;
+    }
+    return line;
+}
+
+void makeRuns(const Scenario& scenario, const Fault& fault, const std::string& runs) {
+    for (const char kind : runs) {
+        beginRun(kind == 'f'   ? Run::faulty
+                 : kind == 'n' ? Run::counted
+                               : Run::clean,
+                 fault, reports);
+        std::string answer;
+        try {
+            answer = scenario.run();
+        } catch (const std::exception& error) {
+            answer = std::string("throws ") + error.what();
+        }
+        dprintf(reports, "answer %c %s\n", kind, printable(answer).c_str());
+        answer = {};
+        dprintf(reports, "held %ld %ld %ld\n", heldAllocations(), entriesIn("/proc/self/fd"),
+                entriesIn("/proc/self/task"));
+    }
+    writeRequests(reports);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<Scenario> all = scenarios();
+    if (argc < 2) {
+        for (const Scenario& scenario : all)
+            std::cout << scenario.name << '\n';
+        return 0;
+    }
+    const auto chosen = std::ranges::find(all, argv[1], &Scenario::name);
+    if (chosen == all.end())
+        return std::cerr << argv[1] << ": no such scenario\n", 2;
+    reports = dup(STDOUT_FILENO);
+    for (std::string line; std::getline(std::cin, line);) {
+        std::string runs;
+        Fault fault;
+        unsigned resource = 0;
+        std::istringstream(line) >> runs >> resource >> std::hex >> fault.calls >> std::dec >>
+            fault.turn >> fault.lasts;
+        fault.resource = static_cast<Resource>(resource);
+        const int output = memfd_create("output", 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            dup2(output, STDOUT_FILENO);
+            dup2(output, STDERR_FILENO);
+            for (const int signal : {SIGALRM, SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP})
+                std::signal(signal, onEnd);
+            alarm(kDeadline);
+            makeRuns(*chosen, fault, runs);
+            std::exit(0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        std::string printed(static_cast<std::size_t>(lseek(output, 0, SEEK_END)), '\0');
+        (void)!pread(output, printed.data(), printed.size(), 0);
+        close(output);
+        std::istringstream lines(printed);
+        for (std::string one; std::getline(lines, one);)
+            dprintf(reports, "output %s\n", printable(one).c_str());
+        dprintf(reports, "end %d\n", WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+    }
+}
