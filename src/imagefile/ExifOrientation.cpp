@@ -1,49 +1,24 @@
 #include "imagefile/ExifOrientation.h"
 
+#include <libexif/exif-data.h>
+
 #include <algorithm>
-#include <cstdint>
-#include <string_view>
+#include <array>
+#include <memory>
+#include <vector>
 
 namespace kestrelid::imagefile {
 namespace {
 
-using namespace std::string_view_literals;
+// What one JPEG segment holds. PNG and WebP allow more, but libexif copies every tag's bytes, and
+// tags may overlap: a longer block could ask for a multiple of its size.
+constexpr std::size_t kMaximumExifSize = 65'533;  // bytes
 
-constexpr std::uint32_t kOrientationTag = 0x0112;
+constexpr std::array kLead = {std::byte{'E'}, std::byte{'x'}, std::byte{'i'},
+                              std::byte{'f'}, std::byte{0},   std::byte{0}};
 
-bool startsWith(std::span<const std::byte> bytes, std::string_view text) {
-    return bytes.size() >= text.size() &&
-           std::ranges::equal(bytes.first(text.size()), std::as_bytes(std::span(text)));
-}
-
-// The TIFF structure that an EXIF block is (TIFF 6.0, section 2). It needs no memory, so that a
-// picture cannot lie otherwise because there is little of it.
-class Tiff {
-public:
-    explicit Tiff(std::span<const std::byte> bytes)
-        : bytes_(bytes), isBigEndian_(startsWith(bytes, "MM\0*"sv)) {}
-
-    [[nodiscard]] bool isWhole() const { return isBigEndian_ || startsWith(bytes_, "II*\0"sv); }
-
-    // A number of one to four bytes; 0 where the block has ended.
-    [[nodiscard]] std::uint32_t at(std::size_t offset, std::size_t count) const {
-        if (offset > bytes_.size() || count > bytes_.size() - offset)
-            return 0;
-        std::uint32_t number = 0;
-        for (std::size_t i = 0; i < count; ++i)
-            number = number << 8 | std::to_integer<std::uint32_t>(
-                                       bytes_[offset + (isBigEndian_ ? i : count - 1 - i)]);
-        return number;
-    }
-
-private:
-    std::span<const std::byte> bytes_;
-    bool isBigEndian_;
-};
-
-// Bytes of a number by an entry's type: BYTE, SHORT and LONG; 0 for others.
-std::size_t sizeOf(std::uint32_t type) {
-    return type == 1 ? 1 : type == 3 ? 2 : type == 4 ? 4 : 0;
+bool hasLead(std::span<const std::byte> exif) {
+    return exif.size() >= kLead.size() && std::equal(kLead.begin(), kLead.end(), exif.begin());
 }
 
 }  // namespace
@@ -53,20 +28,23 @@ Orientation orientationFromTag(int value) {
 }
 
 Orientation exifOrientation(std::span<const std::byte> exif) {
-    constexpr std::string_view kLead = "Exif\0\0"sv;
-    constexpr std::size_t kEntry = 12;  // tag, type, count, value
-    const Tiff block(startsWith(exif, kLead) ? exif.subspan(kLead.size()) : exif);
-    if (!block.isWhole())
+    std::vector<std::byte> block;
+    if (!hasLead(exif))
+        block.assign(kLead.begin(), kLead.end());
+    const auto taken = exif.first(std::min(exif.size(), kMaximumExifSize - block.size()));
+    block.insert(block.end(), taken.begin(), taken.end());
+
+    const std::unique_ptr<ExifData, decltype(&exif_data_unref)> parsed(
+        exif_data_new_from_data(reinterpret_cast<const unsigned char*>(block.data()),
+                                static_cast<unsigned int>(block.size())),
+        &exif_data_unref);
+    if (!parsed)
         return Orientation::up;
-    const std::size_t directory = block.at(4, 4);
-    const std::size_t entries = block.at(directory, 2);
-    for (std::size_t entry = directory + 2; entry < directory + 2 + entries * kEntry;
-         entry += kEntry) {
-        if (block.at(entry, 2) == kOrientationTag && block.at(entry + 4, 4) == 1)
-            return orientationFromTag(
-                static_cast<int>(block.at(entry + 8, sizeOf(block.at(entry + 2, 2)))));
-    }
-    return Orientation::up;
+    const ExifEntry* entry = exif_content_get_entry(parsed->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
+    if (!entry || entry->format != EXIF_FORMAT_SHORT || entry->components != 1 || !entry->data ||
+        entry->size < 2)
+        return Orientation::up;
+    return orientationFromTag(exif_get_short(entry->data, exif_data_get_byte_order(parsed.get())));
 }
 
 }  // namespace kestrelid::imagefile

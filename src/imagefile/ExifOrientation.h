@@ -8,7 +8,7 @@
 namespace kestrelid::imagefile {
 
 // The orientation in an EXIF block, with or without its "Exif\0\0" lead. `up` if it is missing, out
-// of range or damaged.
+// of range or damaged. Throws std::bad_alloc.
 [[nodiscard]] Orientation exifOrientation(std::span<const std::byte> exif);
 
 // value: of TIFF tag 0x0112. `up` if out of range.

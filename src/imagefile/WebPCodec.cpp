@@ -7,10 +7,8 @@
 #include <webp/decode.h>
 #include <webp/demux.h>
 
-#include <algorithm>
 #include <cstring>
 #include <memory>
-#include <string_view>
 #include <utility>
 
 namespace kestrelid::imagefile {
@@ -21,7 +19,7 @@ constexpr int kLossless = 2;  // WebPBitstreamFeatures::format
 ImageError errorFor(VP8StatusCode status) {
     switch (status) {
     case VP8_STATUS_OUT_OF_MEMORY:
-        return {kOutOfMemory};
+        return {"out of memory"};
     case VP8_STATUS_NOT_ENOUGH_DATA:
     case VP8_STATUS_SUSPENDED:
         return decodingError(Fault::truncated, "WebP", "the file ends early");
@@ -33,38 +31,39 @@ ImageError errorFor(VP8StatusCode status) {
     }
 }
 
-// The contents of the first chunk of that name, outside of frames; empty if there is none. Walked
-// here, since libwebp's way takes memory, without which a picture would lie otherwise.
-std::span<const std::byte> chunkIn(std::span<const std::byte> file, std::string_view name) {
-    constexpr std::size_t kFileHeader = 12;
-    constexpr std::size_t kHeader = 8;  // name and size
-    auto rest = file.subspan(std::min(kFileHeader, file.size()));
-    while (rest.size() >= kHeader) {
-        std::size_t size = 0;
-        for (std::size_t byte = kHeader; byte-- > 4;)
-            size = size << 8 | std::to_integer<std::size_t>(rest[byte]);
-        const auto contents = rest.subspan(kHeader);
-        if (size > contents.size())
-            break;
-        if (std::ranges::equal(rest.first(name.size()), std::as_bytes(std::span(name))))
-            return contents.first(size);
-        rest = contents.subspan(std::min(size + size % 2, contents.size()));
+// The parts of a WebP file. Empty if the file is damaged.
+class Container {
+public:
+    explicit Container(std::span<const std::byte> file) {
+        const WebPData contents = {reinterpret_cast<const std::uint8_t*>(file.data()), file.size()};
+        demuxer_.reset(WebPDemux(&contents));
     }
-    return {};
-}
 
-struct DeleteDemuxer {
-    void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
+    [[nodiscard]] Orientation orientation() const {
+        WebPChunkIterator chunk = {};
+        Orientation orientation = Orientation::up;
+        if (demuxer_ && WebPDemuxGetChunk(demuxer_.get(), "EXIF", 1, &chunk)) {
+            orientation = exifOrientation(
+                {reinterpret_cast<const std::byte*>(chunk.chunk.bytes), chunk.chunk.size});
+        }
+        WebPDemuxReleaseChunkIterator(&chunk);
+        return orientation;
+    }
+
+    // Points into the file.
+    [[nodiscard]] bool firstFrame(WebPIterator& frame) const {
+        const bool found =
+            demuxer_ && WebPDemuxGetFrame(demuxer_.get(), 1, &frame) && frame.complete;
+        WebPDemuxReleaseIterator(&frame);
+        return found;
+    }
+
+private:
+    struct Delete {
+        void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
+    };
+    std::unique_ptr<WebPDemuxer, Delete> demuxer_;
 };
-
-// The first frame of an animation, which points into the file.
-bool findFirstFrame(std::span<const std::byte> file, WebPIterator& frame) {
-    const WebPData contents = {reinterpret_cast<const std::uint8_t*>(file.data()), file.size()};
-    const std::unique_ptr<WebPDemuxer, DeleteDemuxer> demuxer(WebPDemux(&contents));
-    const bool found = demuxer && WebPDemuxGetFrame(demuxer.get(), 1, &frame) && frame.complete;
-    WebPDemuxReleaseIterator(&frame);
-    return found;
-}
 
 // Decodes one picture, not an animation, into pixels, its corner at left, top.
 std::optional<ImageError> decodeInto(const base::PixelStore& pixels, int left, int top,
@@ -105,8 +104,9 @@ ImageResult decodeWebP(std::span<const std::byte> file) {
     if (auto error = checkMemory(std::int64_t{features.width} * features.height * held))
         return *std::move(error);
 
+    const Container container(file);
     WebPIterator frame = {};
-    if (animated && !findFirstFrame(file, frame))
+    if (animated && !container.firstFrame(frame))
         return decodingError(Fault::truncated, "WebP",
                              "no whole picture before the end of the file");
 
@@ -122,7 +122,7 @@ ImageResult decodeWebP(std::span<const std::byte> file) {
         for (int y = 0; y < pixels.height(); ++y)
             layOnWhite(pixels.bytes(y), pixels.width(), Alpha::straight);
     }
-    return std::move(pixels).toImage(PixelFormat::rgb8, exifOrientation(chunkIn(file, "EXIF")));
+    return std::move(pixels).toImage(PixelFormat::rgb8, container.orientation());
 }
 
 }  // namespace kestrelid::imagefile
