@@ -1,10 +1,13 @@
 #include "imagefile/ExifOrientation.h"
 
 #include <libexif/exif-data.h>
+#include <libexif/exif-mem.h>
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <memory>
+#include <new>
 #include <vector>
 
 namespace kestrelid::imagefile {
@@ -21,6 +24,22 @@ bool hasLead(std::span<const std::byte> exif) {
     return exif.size() >= kLead.size() && std::equal(kLead.begin(), kLead.end(), exif.begin());
 }
 
+// Without memory libexif leaves tags out and does not say so.
+thread_local bool isMemoryRefused = false;
+
+void* told(void* memory) {
+    isMemoryRefused = isMemoryRefused || !memory;
+    return memory;
+}
+
+void* take(ExifLong size) {
+    return told(std::calloc(size, 1));
+}
+
+void* retake(void* memory, ExifLong size) {
+    return told(std::realloc(memory, size));
+}
+
 }  // namespace
 
 Orientation orientationFromTag(int value) {
@@ -34,12 +53,16 @@ Orientation exifOrientation(std::span<const std::byte> exif) {
     const auto taken = exif.first(std::min(exif.size(), kMaximumExifSize - block.size()));
     block.insert(block.end(), taken.begin(), taken.end());
 
+    isMemoryRefused = false;
+    const std::unique_ptr<ExifMem, decltype(&exif_mem_unref)> memory(
+        exif_mem_new(take, retake, std::free), &exif_mem_unref);
     const std::unique_ptr<ExifData, decltype(&exif_data_unref)> parsed(
-        exif_data_new_from_data(reinterpret_cast<const unsigned char*>(block.data()),
-                                static_cast<unsigned int>(block.size())),
-        &exif_data_unref);
-    if (!parsed)
-        return Orientation::up;
+        memory ? exif_data_new_mem(memory.get()) : nullptr, &exif_data_unref);
+    if (parsed)
+        exif_data_load_data(parsed.get(), reinterpret_cast<const unsigned char*>(block.data()),
+                            static_cast<unsigned int>(block.size()));
+    if (!parsed || isMemoryRefused)
+        throw std::bad_alloc();
     const ExifEntry* entry = exif_content_get_entry(parsed->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
     if (!entry || entry->format != EXIF_FORMAT_SHORT || entry->components != 1 || !entry->data ||
         entry->size < 2)
