@@ -7,6 +7,7 @@ Skipped with one line where PipeWire is not installed or does not start.
 import json
 import os
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -114,6 +115,9 @@ def check(folder, is_sandboxed):
             for _ in range(5):  # a heap that is damaged as the program ends does not always show
                 check_listing(environment)
             check_watch(environment, folder / "photo.jpg")
+            stack.processes[0].send_signal(signal.SIGSTOP)
+            (listed,) = watch(environment, "--list")
+            assert listed["cameras"] == [], "PipeWire hangs"
         except AssertionError:
             print(*stack.logs(), sep="\n")
             raise

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <future>
+#include <optional>
 #include <poll.h>
 #include <system_error>
 #include <thread>
@@ -25,16 +27,54 @@ constexpr const char* kPipeWire = "pipewiredeviceprovider";
 
 // PipeWire's plugin (0.3.65) damages the heap when a provider stops: it takes a proxy away under
 // the thread that still uses it, and leaves its listeners on a connection that others may share. So
-// a provider that has started stays until the process ends, and with it one thread and one
-// connection.
-
-// The program's own provider counts its starts: one more than there are stops.
-void keepPipeWire() {
-    GstDeviceProvider* shared = gst_device_provider_factory_get_by_name(kPipeWire);
-    const ProviderHandle owner(shared);
-    if (shared)
-        gst_device_provider_start(shared);
+// a provider that has started stays until the process ends, and with it one connection and its
+// threads. It also waits without end for a PipeWire that hangs, on a thread of its own for that.
+std::shared_future<void> startForGood(GstDeviceProvider* provider) {
+    auto started = std::make_shared<std::promise<void>>();
+    std::shared_future<void> future = started->get_future().share();
+    try {
+        std::thread([started = std::move(started), provider] {
+            gst_device_provider_start(provider);
+            started->set_value();
+        }).detach();
+        return future;
+    } catch (const std::system_error&) {
+        return {};  // the machine has no thread left
+    }
 }
+
+bool hasStarted(const std::shared_future<void>& future) {
+    constexpr std::chrono::seconds kPatience{2};
+    return future.valid() && future.wait_for(kPatience) == std::future_status::ready;
+}
+
+// The provider that the whole program shares counts its starts: one more than there are stops.
+// False where PipeWire hangs.
+bool keepPipeWire() {
+    static GstDeviceProvider* shared = gst_device_provider_factory_get_by_name(kPipeWire);
+    static const std::shared_future<void> started =
+        shared ? startForGood(shared) : std::shared_future<void>();
+    return !shared || hasStarted(started);
+}
+
+// Hides PipeWire's provider from monitors that are made meanwhile, as they would wait for it.
+class HiddenPipeWire {
+public:
+    HiddenPipeWire() : factory_(gst_device_provider_factory_find(kPipeWire)) { swapRank(); }
+    ~HiddenPipeWire() { swapRank(); }
+    HiddenPipeWire(const HiddenPipeWire&) = delete;
+    HiddenPipeWire& operator=(const HiddenPipeWire&) = delete;
+
+private:
+    void swapRank() {
+        GstPluginFeature* feature = GST_PLUGIN_FEATURE(factory_.get());
+        const guint rank = gst_plugin_feature_get_rank(feature);
+        gst_plugin_feature_set_rank(feature, std::exchange(rank_, rank));
+    }
+
+    const FactoryHandle factory_;
+    guint rank_ = GST_RANK_NONE;
+};
 
 // Whether the other side has closed the connection.
 bool isCutOff(const base::OwnedDescriptor& connection) {
@@ -45,31 +85,39 @@ bool isCutOff(const base::OwnedDescriptor& connection) {
 }  // namespace
 
 std::shared_ptr<DeviceWatch> DeviceWatch::start() {
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    const bool isWhole = keepPipeWire();
     MonitorHandle monitor = adopt(gst_device_monitor_new());
-    gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
+    {
+        std::optional<HiddenPipeWire> hidden;
+        if (!isWhole)
+            hidden.emplace();
+        gst_device_monitor_add_filter(monitor.get(), "Video/Source", nullptr);
+    }
     std::shared_ptr<DeviceWatch> watch(new DeviceWatch(std::move(monitor), nullptr, {}));
-    if (!gst_device_monitor_start(watch->monitor_.get()))
-        return nullptr;
-    keepPipeWire();
-    return watch;
+    watch->isWhole_ = isWhole;
+    return gst_device_monitor_start(watch->monitor_.get()) ? watch : nullptr;
 }
 
 std::shared_ptr<DeviceWatch> DeviceWatch::ofRemote(const OpenCameraRemote& open) {
     constexpr std::size_t kMost = 16;
-    constexpr std::chrono::seconds kPatience{1};
+    struct Kept {
+        std::shared_ptr<DeviceWatch> watch;
+        std::shared_future<void> started;
+    };
     static std::mutex mutex;
-    static auto& kept = *new std::vector<std::shared_ptr<DeviceWatch>>;  // never destroyed
+    static auto& kept = *new std::vector<Kept>;  // never destroyed
     const std::lock_guard lock(mutex);
-    if (kept.empty() || (isCutOff(kept.back()->remote_) && kept.size() < kMost)) {
+    if (kept.empty() || (isCutOff(kept.back().watch->remote_) && kept.size() < kMost)) {
         auto watch = make(open());
         if (!watch)
             return nullptr;
-        kept.push_back(std::move(watch));
-        kept.back()->startAside();
+        kept.push_back({.watch = std::move(watch), .started = {}});
+        kept.back().started = startForGood(kept.back().watch->provider_.get());
     }
-    const std::shared_ptr<DeviceWatch> latest = kept.back();
-    const bool answers = latest->hasStarted_.wait_for(kPatience) == std::future_status::ready;
-    return answers && !isCutOff(latest->remote_) ? latest : nullptr;
+    const auto& [watch, started] = kept.back();
+    return hasStarted(started) && !isCutOff(watch->remote_) ? watch : nullptr;
 }
 
 std::shared_ptr<DeviceWatch> DeviceWatch::make(base::OwnedDescriptor remote) {
@@ -89,18 +137,6 @@ std::shared_ptr<DeviceWatch> DeviceWatch::make(base::OwnedDescriptor remote) {
     g_object_set(provider.get(), kFile, remote.number(), nullptr);
     return std::shared_ptr<DeviceWatch>(
         new DeviceWatch(nullptr, std::move(provider), std::move(remote)));
-}
-
-// The plugin waits without end for a PipeWire that does not answer.
-void DeviceWatch::startAside() {
-    try {
-        std::thread([this] {
-            gst_device_provider_start(provider_.get());
-            started_.set_value();
-        }).detach();
-    } catch (const std::system_error&) {
-        // The machine has no thread left: a watch without devices.
-    }
 }
 
 DeviceWatch::DeviceWatch(MonitorHandle monitor, ProviderHandle provider,

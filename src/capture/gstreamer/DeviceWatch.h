@@ -4,7 +4,6 @@
 #include "capture/gstreamer/GStreamerHandles.h"
 
 #include <functional>
-#include <future>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -19,12 +18,15 @@ public:
 
     // Of PipeWire behind the connection that open gives, which the devices use too. The process has
     // one and keeps it; another takes its place only where PipeWire has ended that connection, and
-    // a few times at most. Null if there is none or if PipeWire does not answer within a second.
+    // a few times at most. Null if there is none or if PipeWire does not answer in time.
     [[nodiscard]] static std::shared_ptr<DeviceWatch> ofRemote(const OpenCameraRemote& open);
 
     DeviceWatch(const DeviceWatch&) = delete;
     DeviceWatch& operator=(const DeviceWatch&) = delete;
     ~DeviceWatch();
+
+    // False where PipeWire hung and was left out.
+    [[nodiscard]] bool isWhole() const { return isWhole_; }
 
     // Those that are there now.
     [[nodiscard]] std::vector<DeviceHandle> devices() const;
@@ -39,7 +41,6 @@ private:
     // One of monitor and provider.
     DeviceWatch(MonitorHandle monitor, ProviderHandle provider, base::OwnedDescriptor remote);
     [[nodiscard]] static std::shared_ptr<DeviceWatch> make(base::OwnedDescriptor remote);
-    void startAside();
     [[nodiscard]] BusHandle bus() const;
 
     static GstBusSyncReply noticed(GstBus* bus, GstMessage* message, gpointer removals);
@@ -50,8 +51,7 @@ private:
     const MonitorHandle monitor_;
     const ProviderHandle provider_;
     const std::shared_ptr<Removals> removals_;
-    std::promise<void> started_;  // the provider
-    const std::future<void> hasStarted_ = started_.get_future();
+    bool isWhole_ = true;
 };
 
 }  // namespace kestrelid::capture

@@ -65,7 +65,7 @@ std::vector<FoundCamera> GStreamerCapturePlatform::find() {
     if (!startGStreamer())
         return {};
     const std::lock_guard lock(mutex_);
-    if (!watch_)
+    if (!watch_ || !watch_->isWhole())
         watch_ = DeviceWatch::start();
     std::vector<FoundCamera> found = camerasOf(watch_);
     if (found.empty() && openRemote_)

@@ -14,6 +14,9 @@ using namespace std::chrono_literals;
 constexpr auto kSwitchPatience = 600ms;
 constexpr auto kRestartPatience = 1200ms;
 
+// For the next frame of the format that flows already, which a busy machine may hold up.
+constexpr auto kNextPatience = 1400ms;
+
 }  // namespace
 
 void SessionEngine::takePhotos(Lock& lock, PhotoDesk& desk) {
@@ -55,7 +58,7 @@ SampleHandle SessionEngine::takeStill(Lock& lock, const VideoFormat& format) {
 
 // Leaves the next frame in still_; a file may end and begin again meanwhile.
 void SessionEngine::awaitNextFrame(Lock& lock, const VideoFormat& format) {
-    const auto limit = Clock::now() + kSwitchPatience;
+    const auto limit = Clock::now() + kNextPatience;
     while (pipeline_ && !still_ && !isInterrupted() && Clock::now() < limit) {
         pipeline_->armStill(format);
         changed_.wait_until(lock, limit, [&] { return isInterrupted() || still_ || ended_; });
