@@ -39,24 +39,31 @@ thread_local std::size_t passesOfThisThread = 0;
 
 }  // namespace
 
-struct ExitGate::EndOfThread {
-    EndOfThread() = default;
-    EndOfThread(const EndOfThread&) = delete;
-    EndOfThread& operator=(const EndOfThread&) = delete;
-    // The main thread ends with the process; others come and go.
-    ~EndOfThread() {
+// The main thread's thread-local objects are destroyed before any static, those too that a library
+// makes while it is first used. Other threads come and go.
+struct EndOfMain {
+    EndOfMain() = default;
+    EndOfMain(const EndOfMain&) = delete;
+    EndOfMain& operator=(const EndOfMain&) = delete;
+    ~EndOfMain() {
         if (gettid() == getpid())
-            close();
+            ExitGate::close();
+    }
+    // Made when the library is loaded: without memory that stops the program, which must not
+    // happen later.
+    static bool watch() {
+        thread_local const EndOfMain end;
+        (void)end;
+        ExitGate::guard();
+        return true;
     }
 };
 
-void ExitGate::guard() {
-    thread_local const EndOfThread end;
-    (void)end;
-    [[maybe_unused]] static const bool isRegistered = (guardAfterStatics(), true);
-}
+namespace {
+[[maybe_unused]] const bool isWatched = EndOfMain::watch();
+}  // namespace
 
-void ExitGate::guardAfterStatics() {
+void ExitGate::guard() {
     // A refused registration leaves the process to end as it would without the gate.
     (void)std::atexit(close);
 }

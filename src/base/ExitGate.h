@@ -11,13 +11,10 @@ namespace kestrelid::base {
 // Only the process itself knows when it ends, so there is one gate. Thread: any.
 class ExitGate {
 public:
-    // Call on any thread that may be the program's main one. Its thread-local objects are destroyed
-    // before any static, those too that a library makes while it is first used.
+    // The gate closes by itself before any static is destroyed where the main thread ends the
+    // process. Where another one does, what is registered last happens first: call this once the
+    // statics that workers use are made.
     static void guard();
-
-    // For a process that another thread ends. Call once the statics that workers use are made: what
-    // is registered last happens first.
-    static void guardAfterStatics();
 
     // The process is ending: failures come from that, and nobody waits for results.
     [[nodiscard]] static bool isClosed() noexcept;
@@ -47,7 +44,7 @@ public:
     };
 
 private:
-    struct EndOfThread;
+    friend struct EndOfMain;
     static void close();
 };
 

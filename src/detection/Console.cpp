@@ -3,6 +3,8 @@
 #include "base/ExitGate.h"
 #include "base/Failures.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <string>
 #include <utility>
@@ -11,10 +13,13 @@ namespace kestrelid::detection {
 
 namespace {
 
+// Takes no memory, which may be what failed.
 void printToStandardOutput(std::string_view line) {
-    const std::string whole = std::string(line) + "\n";
-    std::fwrite(whole.data(), 1, whole.size(), stdout);
+    flockfile(stdout);
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    std::fputc('\n', stdout);
     std::fflush(stdout);
+    funlockfile(stdout);
 }
 
 }  // namespace
@@ -22,9 +27,21 @@ void printToStandardOutput(std::string_view line) {
 Console::Console(Sink sink) : sink_(sink ? std::move(sink) : printToStandardOutput) {}
 
 void Console::tell(std::string_view label, std::string_view description) const noexcept {
+    if (base::ExitGate::isClosed())
+        return;
+    std::string line;
+    std::array<char, 64> shortage{};
+    std::string_view told;
     try {
-        if (!base::ExitGate::isClosed())
-            sink_(std::string(label) + " " + base::oneLine(description));
+        told = line = std::string(label) + " " + base::oneLine(description);
+    } catch (...) {
+        constexpr std::string_view kCause = " not enough memory";
+        label = label.substr(0, shortage.size() - kCause.size());
+        const auto end = std::ranges::copy(label, shortage.begin()).out;
+        told = {shortage.begin(), std::ranges::copy(kCause, end).out};
+    }
+    try {
+        sink_(told);
     } catch (...) {
     }
 }
@@ -32,8 +49,8 @@ void Console::tell(std::string_view label, std::string_view description) const n
 void Console::tellCaught(std::string_view label) const noexcept {
     try {
         tell(label, base::caughtFailure());
-    } catch (...) {  // no memory even for the cause
-        tell(label, {});
+    } catch (...) {  // no memory for the cause
+        tell(label, "not enough memory");
     }
 }
 

@@ -63,9 +63,7 @@ PassportDetector::PassportDetector(PlatformServices services, ValidationEffort e
       mrzConfidenceWeight_(detection::kMrzConfidenceWeight),
       keywordConfidenceWeight_(detection::kKeywordConfidenceWeight),
       rectConfidenceWeight_(detection::kRectConfidenceWeight), services_(std::move(services)),
-      effort_(effort), console_(std::make_shared<const detection::Console>(services_.console)) {
-    base::ExitGate::guard();
-}
+      effort_(effort), console_(std::make_shared<const detection::Console>(services_.console)) {}
 
 PassportDetector::~PassportDetector() = default;
 
@@ -95,7 +93,6 @@ void PassportDetector::validate(const Image& image, Completion completion) {
             Call::orNothing(*console_,
                             [] { return makeResult(false, 0.0, {"Invalid image"}, ""); }),
             *console_);
-    base::ExitGate::guard();
     std::shared_ptr<Call> call;
     try {
         call = std::make_shared<Call>(
@@ -184,16 +181,17 @@ void PassportDetector::Call::readText(std::shared_ptr<Call> given) noexcept {
     if (!pass)
         return base::ExitGate::keep(std::move(given));
     const auto call = std::move(given);
-    std::string recognizedText;
-    try {
-        recognizedText = detection::readText(*call->text, *call->console, call->outline.textBitmap,
-                                             call->effort == ValidationEffort::verdictOnly);
-    } catch (...) {
-        call->console->tellCaught(detection::kTextRequestFailed);
-    }
-    answer(call->completion,
-           orNothing(*call->console, [&] { return call->verdict(std::move(recognizedText)); }),
-           *call->console);
+    const auto judged = [&call] {
+        try {
+            return call->verdict(
+                detection::readText(*call->text, *call->console, call->outline.textBitmap,
+                                    call->effort == ValidationEffort::verdictOnly));
+        } catch (...) {
+            call->console->tellCaught(detection::kTextRequestFailed);
+        }
+        return call->verdict({});
+    };
+    answer(call->completion, orNothing(*call->console, judged), *call->console);
 }
 
 PassportValidationResult PassportDetector::Call::verdict(std::string recognizedText) const {

@@ -20,7 +20,6 @@ void endWell() {
 // A process with a worker inside that leaves only once it is interrupted. Its last static is made
 // after the gate, as libraries make them when they are first used.
 [[noreturn]] void endWithAWorkerInside() {
-    ExitGate::guard();
     std::atexit(endWell);
     std::promise<void> isInside;
     std::thread([&] {

@@ -208,7 +208,9 @@ std::string validateForC() {
         return last;
     });
     if (result)
-        host.verdict = kestrelid_result_reason(result, 0, nullptr);
+        host.verdict = kestrelid_result_reason_count(result) > 0
+                           ? kestrelid_result_reason(result, 0, nullptr)
+                           : "nothing";
     kestrelid_result_release(result);
     if (host.completions != (status == KESTRELID_OK))
         host.print("no completion");

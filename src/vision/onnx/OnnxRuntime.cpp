@@ -97,7 +97,7 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
         return *error;
     if (auto error = shareArena(api, runtime->environment_))
         return *error;
-    base::ExitGate::guardAfterStatics();
+    base::ExitGate::guard();
     return std::shared_ptr<const OnnxRuntime>(runtime);
 }
 
