@@ -66,6 +66,19 @@ TEST(Host, DerivesFromADetector) {
     EXPECT_FALSE(dynamic_cast<ManualQueue*>(made.get()));
 }
 
+TEST(Host, SharesTheMachinesServicesAsLongAsItOwnsThem) {
+    const PlatformServices first = defaultServices();
+    const PlatformServices again = ThisMachine::services();
+    EXPECT_EQ(first.rectangles, again.rectangles);
+    EXPECT_EQ(first.text, again.text);
+    EXPECT_EQ(first.queue, again.queue);
+    PlatformServices others = defaultServices({.resources = "/nowhere"});
+    EXPECT_NE(first.text, others.text);
+    const std::weak_ptr<TextService> released = others.text;
+    others = {};
+    EXPECT_TRUE(released.expired());
+}
+
 // The library asks for the types of what the host made.
 TEST(Host, GivesADeviceOfItsOwnToAPlatformThatRefusesIt) {
     const CameraServices services = defaultCameraServices(makeSerialQueue("main"));
