@@ -2,6 +2,7 @@
 #include <kestrelid/ImageFile.h>
 
 #include <benchmark/benchmark.h>
+#include <chrono>
 #include <string>
 
 // One passport frame of the samples from decoded bitmap to verdict.
@@ -36,6 +37,21 @@ BENCHMARK_CAPTURE(validate, complete, ValidationEffort::complete)
 BENCHMARK_CAPTURE(validate, verdictOnly, ValidationEffort::verdictOnly)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
+
+// What the owner waits for when it lets go of a detector with pictures in flight.
+void release(benchmark::State& state) {
+    const PlatformServices all = services();
+    for (auto _ : state) {
+        auto detector = PassportDetector::create(all);
+        for (int picture = 0; picture < 4; ++picture)
+            detector->validate(frame(), {});
+        const auto start = std::chrono::steady_clock::now();
+        detector.reset();
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+        state.SetIterationTime(taken.count());
+    }
+}
+BENCHMARK(release)->Unit(benchmark::kMicrosecond)->UseManualTime()->Iterations(20);
 
 void rectangles(benchmark::State& state) {
     const PlatformServices all = services();
