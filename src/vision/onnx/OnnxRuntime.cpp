@@ -32,7 +32,8 @@ void* openSystemLibrary() {
 std::optional<Failure> shareArena(const OrtApi& api, OrtEnv* environment) {
     OrtMemoryInfo* rawMemory = nullptr;
     if (auto error = onnxError(
-            api, api.CreateCpuMemoryInfo(OrtArenaAllocator, OrtMemTypeDefault, &rawMemory)))
+            api, api.CreateCpuMemoryInfo(OrtArenaAllocator, OrtMemTypeDefault, &rawMemory),
+            rawMemory))
         return error;
     const std::unique_ptr<OrtMemoryInfo, decltype(api.ReleaseMemoryInfo)> memory(
         rawMemory, api.ReleaseMemoryInfo);
@@ -91,7 +92,8 @@ OnnxRuntime::Loaded OnnxRuntime::start(void* handle) {
     const OrtApi& api = *runtime->api_;
     // A library must not write to its host's standard error: failures come back as statuses.
     if (auto error = onnxError(
-            api, api.CreateEnv(ORT_LOGGING_LEVEL_FATAL, "kestrelid", &runtime->environment_)))
+            api, api.CreateEnv(ORT_LOGGING_LEVEL_FATAL, "kestrelid", &runtime->environment_),
+            runtime->environment_))
         return *error;
     if (auto error = onnxError(api, api.DisableTelemetryEvents(runtime->environment_)))
         return *error;

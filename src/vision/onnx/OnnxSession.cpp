@@ -36,11 +36,11 @@ using NameCall = OrtStatus* (*)(const OrtSession*, std::size_t, OrtAllocator*, c
 std::optional<Failure> readNames(const OrtApi& api, const OrtSession& session, std::size_t count,
                                  NameCall call, std::vector<std::string>& names) {
     OrtAllocator* allocator = nullptr;
-    if (auto error = onnxError(api, api.GetAllocatorWithDefaultOptions(&allocator)))
+    if (auto error = onnxError(api, api.GetAllocatorWithDefaultOptions(&allocator), allocator))
         return error;
     for (std::size_t index = 0; index < count; ++index) {
         char* name = nullptr;
-        if (auto error = onnxError(api, call(&session, index, allocator, &name)))
+        if (auto error = onnxError(api, call(&session, index, allocator, &name), name))
             return error;
         const auto free = [allocator](char* old) { allocator->Free(allocator, old); };
         const std::unique_ptr<char, decltype(free)> owner(name, free);
@@ -52,7 +52,7 @@ std::optional<Failure> readNames(const OrtApi& api, const OrtSession& session, s
 std::optional<Failure> readShape(const OrtApi& api, const OrtValue& value,
                                  std::vector<std::int64_t>& shape) {
     OrtTensorTypeAndShapeInfo* raw = nullptr;
-    if (auto error = onnxError(api, api.GetTensorTypeAndShape(&value, &raw)))
+    if (auto error = onnxError(api, api.GetTensorTypeAndShape(&value, &raw), raw))
         return error;
     const std::unique_ptr<OrtTensorTypeAndShapeInfo, decltype(api.ReleaseTensorTypeAndShapeInfo)>
         typeAndShape(raw, api.ReleaseTensorTypeAndShapeInfo);
@@ -88,7 +88,7 @@ Expected<OnnxSession> OnnxSession::open(std::shared_ptr<const OnnxRuntime> runti
         return ending();
     const OrtApi& api = *runtime->api_;
     OrtSessionOptions* rawOptions = nullptr;
-    if (auto error = onnxError(api, api.CreateSessionOptions(&rawOptions)))
+    if (auto error = onnxError(api, api.CreateSessionOptions(&rawOptions), rawOptions))
         return *error;
     const std::unique_ptr<OrtSessionOptions, decltype(api.ReleaseSessionOptions)> options(
         rawOptions, api.ReleaseSessionOptions);
@@ -96,8 +96,10 @@ Expected<OnnxSession> OnnxSession::open(std::shared_ptr<const OnnxRuntime> runti
         return *error;
 
     OrtSession* rawSession = nullptr;
-    if (auto error = onnxError(api, api.CreateSession(runtime->environment_, model.c_str(),
-                                                      options.get(), &rawSession)))
+    if (auto error = onnxError(
+            api,
+            api.CreateSession(runtime->environment_, model.c_str(), options.get(), &rawSession),
+            rawSession))
         return failure(error->value().description + " (" + model + ")");
     OnnxSession session;
     // The environment must outlive its sessions, so each holds the runtime.
@@ -123,7 +125,7 @@ Expected<OnnxSession> OnnxSession::open(std::shared_ptr<const OnnxRuntime> runti
 Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> inputs) const {
     const OrtApi& api = *runtime_->api_;
     OrtRunOptions* rawOptions = nullptr;
-    if (auto error = onnxError(api, api.CreateRunOptions(&rawOptions)))
+    if (auto error = onnxError(api, api.CreateRunOptions(&rawOptions), rawOptions))
         return *error;
     const std::unique_ptr<OrtRunOptions, decltype(api.ReleaseRunOptions)> options(
         rawOptions, api.ReleaseRunOptions);
@@ -141,7 +143,8 @@ Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> in
 
     OrtMemoryInfo* rawMemory = nullptr;
     if (auto error = onnxError(
-            api, api.CreateCpuMemoryInfo(OrtDeviceAllocator, OrtMemTypeDefault, &rawMemory)))
+            api, api.CreateCpuMemoryInfo(OrtDeviceAllocator, OrtMemTypeDefault, &rawMemory),
+            rawMemory))
         return *error;
     const std::unique_ptr<OrtMemoryInfo, decltype(api.ReleaseMemoryInfo)> memory(
         rawMemory, api.ReleaseMemoryInfo);
@@ -150,11 +153,13 @@ Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> in
     for (const auto& input : inputs) {
         OrtValue* value = nullptr;
         // The call takes writable memory for tensors of any use; inputs are only read.
-        if (auto error = onnxError(api, api.CreateTensorWithDataAsOrtValue(
-                                            memory.get(), const_cast<float*>(input.values.data()),
-                                            input.values.size_bytes(), input.shape.data(),
-                                            input.shape.size(), ONNX_TENSOR_ELEMENT_DATA_TYPE_FLOAT,
-                                            &value)))
+        if (auto error =
+                onnxError(api,
+                          api.CreateTensorWithDataAsOrtValue(
+                              memory.get(), const_cast<float*>(input.values.data()),
+                              input.values.size_bytes(), input.shape.data(), input.shape.size(),
+                              ONNX_TENSOR_ELEMENT_DATA_TYPE_FLOAT, &value),
+                          value))
             return *error;
         values.push_back(owned(value));
         rawInputs.push_back(value);
@@ -175,6 +180,8 @@ Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> in
                                                                               releaseAll);
     if (auto refusal = onnxError(api, status))
         return *refusal;
+    if (std::ranges::count(rawOutputs, nullptr) > 0)
+        return failure("ONNX Runtime: out of memory");
     for (std::size_t index = 0; index < outputs.size(); ++index)
         outputs[index].value_ = owned(std::exchange(rawOutputs[index], nullptr));
     for (auto& output : outputs) {

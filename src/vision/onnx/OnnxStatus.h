@@ -18,4 +18,14 @@ namespace kestrelid::vision {
     return failure(std::string("ONNX Runtime: ") + api.GetErrorMessage(status));
 }
 
+// The same for a call that makes something. Without memory the runtime has no status to give
+// either, and it looks as if the call had succeeded.
+template <typename Made>
+[[nodiscard]] std::optional<Failure> onnxError(const OrtApi& api, OrtStatus* status,
+                                               Made* const& made) {
+    if (auto error = onnxError(api, status))
+        return error;
+    return made ? std::nullopt : std::optional(failure("ONNX Runtime: out of memory"));
+}
+
 }  // namespace kestrelid::vision
