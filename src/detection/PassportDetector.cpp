@@ -14,8 +14,10 @@
 
 #include <algorithm>
 #include <chrono>
-#include <future>
+#include <condition_variable>
+#include <mutex>
 #include <new>
+#include <optional>
 #include <utility>
 
 namespace kestrelid {
@@ -121,26 +123,57 @@ void PassportDetector::validate(const Image& image, Completion completion) {
     }
 }
 
+namespace {
+
+// What judge() waits for.
+struct Waiting {
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::optional<PassportValidationResult> result;
+    bool isOver = false;  // also without a result
+};
+
+// Owned by the completion alone, so that one that is destroyed without a call is noticed. (A
+// std::promise would ask for memory then.)
+struct Answer {
+    explicit Answer(std::shared_ptr<Waiting> owner) : waiting(std::move(owner)) {}
+    Answer(const Answer&) = delete;
+    Answer& operator=(const Answer&) = delete;
+    ~Answer() { end(); }
+
+    void set(const PassportValidationResult& result) const {
+        {
+            const std::lock_guard lock(waiting->mutex);
+            if (!waiting->isOver)
+                waiting->result = result;
+        }
+        end();
+    }
+    void end() const {
+        const std::lock_guard lock(waiting->mutex);
+        waiting->isOver = true;
+        waiting->changed.notify_all();
+    }
+
+    const std::shared_ptr<Waiting> waiting;
+};
+
+}  // namespace
+
 Judgement PassportDetector::judge(const Image& image, std::chrono::duration<double> timeout) {
     using Seconds = std::chrono::duration<double>;
     constexpr Seconds kLongest{1e8};  // every clock can count as far
     const Seconds patience = timeout > Seconds::zero() ? std::min(timeout, kLongest) : Seconds();
     using Reason = NoVerdict::Reason;
     try {
-        // Owned by the completion alone: destroyed without a call, it breaks its promise.
-        auto answer = std::make_shared<std::promise<PassportValidationResult>>();
-        std::future<PassportValidationResult> verdict = answer->get_future();
-        validate(image, [answer = std::move(answer)](const PassportValidationResult& result) {
-            try {
-                answer->set_value(result);
-            } catch (const std::future_error&) {
-                // A derived detector has answered twice.
-            }
-        });
-        if (verdict.wait_for(patience) == std::future_status::ready)
-            return verdict.get();
-        return NoVerdict{Reason::timedOut, "no verdict came in time"};
-    } catch (const std::future_error&) {
+        const auto waiting = std::make_shared<Waiting>();
+        validate(image, [answer = std::make_shared<Answer>(waiting)](
+                            const PassportValidationResult& result) { answer->set(result); });
+        std::unique_lock lock(waiting->mutex);
+        if (!waiting->changed.wait_for(lock, patience, [&] { return waiting->isOver; }))
+            return NoVerdict{Reason::timedOut, "no verdict came in time"};
+        if (waiting->result)
+            return *waiting->result;
         return NoVerdict{Reason::abandoned, "the detector gave the picture up"};
     } catch (...) {
         return NoVerdict{Reason::failed, "not enough memory to wait for the verdict"};

@@ -2,43 +2,44 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <link.h>
+#include <map>
+#include <mutex>
 #include <string_view>
 #include <unistd.h>
 #include <unwind.h>
+#include <utility>
 
 namespace kestrelid::test {
+
+std::atomic<long> heldAllocations = 0;
+std::atomic<int> attempts = 0;
+constinit thread_local int calms = 0;
+
 namespace {
 
 // Libraries that end the process when they are refused this: see README.md.
-struct Exemption {
-    Resource resource;
-    std::string_view library;
-};
-constexpr std::array kExemptions = {Exemption{memory, "libglib-2.0.so"},
-                                    Exemption{memory, "ld-linux"},
-                                    Exemption{thread, "libde265.so"}};
-
-struct Requests {
-    std::atomic<std::uint64_t> calls;
-    std::atomic<unsigned> resource, count;
-};
+constexpr std::array kExemptions = {
+    std::pair(memory, "libglib-2.0.so"), std::pair(memory, "ld-linux"),
+    std::pair(memory, "libonnxruntime"), std::pair(thread, "libde265.so")};
 
 Fault wanted;
 int reportsOfRun = -1;
-bool isCounting = false;
-std::atomic<int> attempts = 0;
+std::atomic<Run> present = Run::clean;
+std::atomic<bool> isShort = false;
 std::atomic<int> turns = 0;
-std::array<std::atomic<bool>, kResources> isWatched;  // whether its requests are looked at
-std::array<std::atomic<bool>, kResources> isShort;    // whether they are all refused
-std::array<Requests, 1 << 16> requests;
-std::atomic<long> held = 0;
-thread_local int calms = 0;
+std::array<std::atomic<std::uint64_t>, 4> asked;
+
+struct Requests {
+    int count = 0;
+    std::uint64_t first = 0;
+};
+std::mutex counting;
+std::map<std::pair<Resource, std::uint64_t>, Requests> requests;
 
 struct Place {
     std::string_view library;
@@ -69,18 +70,19 @@ public:
     [[nodiscard]] const std::uintptr_t* begin() const { return all_.data() + first_; }
     [[nodiscard]] const std::uintptr_t* end() const { return all_.data() + count_; }
 
-    // Whether the innermost call outside of the C library stands in a library of that name.
+    // Whether the innermost call outside of the C and C++ libraries stands in one of that name.
     [[nodiscard]] bool comeFrom(std::string_view library) const {
         const auto* const first = std::find_if(begin(), end(), [](std::uintptr_t address) {
-            return !placeOf(address).library.starts_with("libc.so");
+            const std::string_view name = placeOf(address).library;
+            return !name.starts_with("libc.so") && !name.starts_with("libstdc++");
         });
         return first != end() && placeOf(*first).library.starts_with(library);
     }
 
     // The same in every process. Of other libraries only their names count, so that the requests
     // which one call into them makes are told apart by their turn.
-    [[nodiscard]] std::uint64_t number(Resource resource) const {
-        std::uint64_t number = kResources + resource;
+    [[nodiscard]] std::uint64_t number() const {
+        std::uint64_t number = 1;
         const auto add = [&](std::uint64_t part) {
             number = (number ^ part) * 0x9e3779b97f4a7c15u;  // mixes all bits of a word
             number ^= number >> 32;
@@ -122,34 +124,33 @@ private:
     int first_ = 0;
 };
 
-void count(std::uint64_t calls, Resource resource) {
-    for (std::size_t at = calls % requests.size();; at = (at + 1) % requests.size()) {
-        std::uint64_t free = 0;
-        if (requests[at].calls.compare_exchange_strong(free, calls) || free == calls) {
-            requests[at].resource = resource;
-            ++requests[at].count;
-            return;
-        }
-    }
-}
-
 bool isRefused(Resource resource, const void* caller) {
-    if (attempts == 0 || calms > 0 || !isWatched[resource])
+    if (attempts == 0 || calms > 0 || present == Run::clean ||
+        (present == Run::faulty && resource != wanted.resource))
+        return false;
+    const std::uint64_t place = ++asked[resource];
+    if (present == Run::faulty && place < wanted.from)
         return false;
     const Calm calm;
     const Calls calls(caller);
-    if (std::ranges::any_of(kExemptions, [&](const Exemption& exemption) {
-            return exemption.resource == resource && calls.comeFrom(exemption.library);
+    if (std::ranges::any_of(kExemptions, [&](const auto& exemption) {
+            return exemption.first == resource && calls.comeFrom(exemption.second);
         }))
         return false;
-    if (isShort[resource])
+    if (isShort)
         return true;
-    const std::uint64_t number = calls.number(resource);
-    if (isCounting)
-        count(number, resource);
+    const std::uint64_t number = calls.number();
+    if (present == Run::counted) {
+        const std::lock_guard lock(counting);
+        Requests& same = requests[{resource, number}];
+        if (++same.count == 1)
+            same.first = place;
+        return false;
+    }
     if (number != wanted.calls || ++turns != wanted.turn)
         return false;
-    isWatched[resource] = isShort[resource] = wanted.lasts;
+    isShort = wanted.lasts;
+    present = wanted.lasts ? Run::faulty : Run::clean;
     calls.write("refused", reportsOfRun);
     return true;
 }
@@ -160,40 +161,19 @@ void beginRun(Run run, const Fault& fault, int reports) {
     wanted = fault;
     reportsOfRun = reports;
     turns = 0;
-    isCounting = run == Run::counted;
-    std::ranges::fill(isShort, false);
-    std::ranges::fill(isWatched, isCounting);
-    if (run == Run::faulty)
-        isWatched[fault.resource] = true;
+    std::ranges::fill(asked, 0);
+    isShort = false;
+    present = run;
 }
 
 void writeRequests(int reports) {
-    for (const Requests& one : requests)
-        if (one.count > 0)
-            dprintf(reports, "request %u %zx %u\n", one.resource.load(), one.calls.load(),
-                    one.count.load());
+    for (const auto& [request, same] : requests)
+        dprintf(reports, "request %u %zx %d %zu\n", request.first, request.second, same.count,
+                same.first);
 }
 
 void writeCalls(const char* what, int reports) {
     Calls().write(what, reports);
-}
-
-long heldAllocations() {
-    return held;
-}
-
-Attempt::Attempt() {
-    ++attempts;
-}
-Attempt::~Attempt() {
-    --attempts;
-}
-
-Calm::Calm() {
-    ++calms;
-}
-Calm::~Calm() {
-    --calms;
 }
 
 }  // namespace kestrelid::test
@@ -222,7 +202,7 @@ void __libc_free(void* memory);
             isRefused(Resource::memory, __builtin_return_address(0)) ? nullptr : allocated;        \
         if (!memory)                                                                               \
             errno = ENOMEM;                                                                        \
-        held += memory != nullptr;                                                                 \
+        heldAllocations += memory != nullptr;                                                      \
         return memory;                                                                             \
     }
 
@@ -234,7 +214,7 @@ IN_FRONT_OF(posix_memalign, int, (void** to, std::size_t bound, std::size_t size
     if (isRefused(memory, __builtin_return_address(0)))
         return ENOMEM;
     *to = __libc_memalign(bound, size);
-    held += *to != nullptr;
+    heldAllocations += *to != nullptr;
     return *to ? 0 : ENOMEM;
 }
 
@@ -244,12 +224,12 @@ IN_FRONT_OF(realloc, void*, (void* old, std::size_t size)) {
         return nullptr;
     }
     void* const moved = __libc_realloc(old, size);
-    held += (!old && moved) - (old && size == 0);
+    heldAllocations += (!old && moved) - (old && size == 0);
     return moved;
 }
 
 IN_FRONT_OF(free, void, (void* old)) {
-    held -= old != nullptr;
+    heldAllocations -= old != nullptr;
     __libc_free(old);
 }
 
