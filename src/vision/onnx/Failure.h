@@ -1,13 +1,13 @@
 #pragma once
 
+#include "base/Failures.h"
+
 #include <kestrelid/VisionServices.h>
 
-#include <algorithm>
 #include <new>
 #include <string>
 #include <string_view>
 #include <tl/expected.hpp>
-#include <utility>
 
 namespace kestrelid::vision {
 
@@ -18,9 +18,8 @@ using Expected = tl::expected<Value, RequestError>;
 using Failure = tl::unexpected<RequestError>;
 
 // description: becomes one line; OpenCV and ONNX Runtime write several.
-[[nodiscard]] inline Failure failure(std::string description) {
-    std::ranges::replace(description, '\n', ' ');
-    return Failure(RequestError{std::move(description)});
+[[nodiscard]] inline Failure failure(std::string_view description) {
+    return Failure(RequestError{base::oneLine(description)});
 }
 
 // What an adapter answers for an exception; "out of memory" if there is none for words.
