@@ -71,8 +71,9 @@ void TakenFrames::didOutput(const SampleBuffer& sampleBuffer) {
         onFrame();
 }
 
-CaptureRig::CaptureRig(const CameraOptions& options)
-    : platform(std::make_shared<capture::GStreamerCapturePlatform>(options)),
+CaptureRig::CaptureRig(const CameraOptions& options, const capture::Patience& patience)
+    : platform(std::make_shared<capture::GStreamerCapturePlatform>(
+          options, capture::OpenCameraRemote(), patience)),
       session(platform->makeSession()), photoOutput(platform->makePhotoOutput()),
       videoOutput(platform->makeVideoDataOutput()) {
     videoOutput->setSampleBufferDelegate(taken,

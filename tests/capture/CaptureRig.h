@@ -73,7 +73,9 @@ struct PhotoAnswers {
 
 // A platform, its session and both outputs, wired as a host does.
 struct CaptureRig {
-    explicit CaptureRig(const CameraOptions& options);
+    // Waits five times as long as usual for its camera: what is tested holds on a busy machine too.
+    explicit CaptureRig(const CameraOptions& options,
+                        const capture::Patience& patience = capture::Patience().times(5));
 
     // Adds the default device, and the outputs the first time, and starts; the error where that
     // fails.

@@ -44,17 +44,18 @@ std::vector<FoundCamera> camerasOf(const std::shared_ptr<DeviceWatch>& watch) {
 }  // namespace
 
 GStreamerCapturePlatform::GStreamerCapturePlatform(CameraOptions options,
-                                                   OpenCameraRemote openRemote)
-    : options_(std::move(options)), openRemote_(std::move(openRemote)) {}
+                                                   OpenCameraRemote openRemote,
+                                                   const Patience& patience)
+    : options_(std::move(options)), openRemote_(std::move(openRemote)), patience_(patience) {}
 
 GStreamerCapturePlatform::~GStreamerCapturePlatform() = default;
 
 std::shared_ptr<CaptureSession> GStreamerCapturePlatform::makeSession() {
-    return std::make_shared<GStreamerSession>();
+    return std::make_shared<GStreamerSession>(patience_);
 }
 
 std::shared_ptr<PhotoOutput> GStreamerCapturePlatform::makePhotoOutput() {
-    return std::make_shared<GStreamerPhotoOutput>();
+    return std::make_shared<GStreamerPhotoOutput>(patience_.photo);
 }
 
 std::shared_ptr<VideoDataOutput> GStreamerCapturePlatform::makeVideoDataOutput() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/CameraRemote.h"
+#include "capture/gstreamer/Patience.h"
 
 #include <kestrelid/CameraOptions.h>
 #include <kestrelid/CaptureServices.h>
@@ -20,7 +21,8 @@ struct Mounting;
 class GStreamerCapturePlatform final : public CapturePlatform {
 public:
     // openRemote: for cameras that the machine does not show otherwise; empty: there is none.
-    explicit GStreamerCapturePlatform(CameraOptions options, OpenCameraRemote openRemote = {});
+    explicit GStreamerCapturePlatform(CameraOptions options, OpenCameraRemote openRemote = {},
+                                      const Patience& patience = {});
     GStreamerCapturePlatform(const GStreamerCapturePlatform&) = delete;
     GStreamerCapturePlatform& operator=(const GStreamerCapturePlatform&) = delete;
     ~GStreamerCapturePlatform() override;
@@ -44,6 +46,7 @@ private:
 
     const CameraOptions options_;
     const OpenCameraRemote openRemote_;
+    const Patience patience_;
     std::mutex mutex_;
     std::shared_ptr<DeviceWatch> watch_;  // once cameras were asked for
 };

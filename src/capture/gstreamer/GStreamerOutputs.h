@@ -2,6 +2,7 @@
 
 #include "capture/gstreamer/CallGate.h"
 #include "capture/gstreamer/FramePool.h"
+#include "capture/gstreamer/Patience.h"
 #include "capture/gstreamer/PhotoDesk.h"
 
 #include <kestrelid/CaptureServices.h>
@@ -36,6 +37,9 @@ private:
 
 class GStreamerPhotoOutput final : public PhotoOutput {
 public:
+    explicit GStreamerPhotoOutput(Patience::Milliseconds patience)
+        : desk_(std::make_shared<PhotoDesk>(patience)) {}
+
     std::vector<CaptureConnection> connections() const override;
     std::vector<std::string> availablePhotoCodecTypes() const override;
     std::vector<FlashMode> supportedFlashModes() const override { return {}; }
@@ -50,7 +54,7 @@ public:
 private:
     mutable std::mutex mutex_;
     std::weak_ptr<SessionEngine> engine_;
-    const std::shared_ptr<PhotoDesk> desk_ = std::make_shared<PhotoDesk>();
+    const std::shared_ptr<PhotoDesk> desk_;
 };
 
 }  // namespace kestrelid::capture

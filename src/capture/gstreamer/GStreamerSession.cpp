@@ -4,9 +4,9 @@
 
 namespace kestrelid::capture {
 
-GStreamerSession::GStreamerSession()
+GStreamerSession::GStreamerSession(const Patience& patience)
     : delivery_(std::make_shared<FrameDelivery>()),
-      engine_(std::make_shared<SessionEngine>(delivery_)) {}
+      engine_(std::make_shared<SessionEngine>(delivery_, patience)) {}
 
 GStreamerSession::~GStreamerSession() {
     engine_->requestStop();

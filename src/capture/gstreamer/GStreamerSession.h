@@ -13,7 +13,7 @@ namespace kestrelid::capture {
 
 class GStreamerSession final : public CaptureSession {
 public:
-    GStreamerSession();
+    explicit GStreamerSession(const Patience& patience);
     ~GStreamerSession() override;
 
     void beginConfiguration() override;

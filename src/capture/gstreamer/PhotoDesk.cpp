@@ -17,9 +17,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// An answer is due after 3 s; encoding takes some of it.
-constexpr std::chrono::milliseconds kPatience{2500};
-
 // A still and its file, shared by the requests that it answers.
 struct Exposure {
     Still still;
@@ -115,7 +112,8 @@ struct PhotoDesk::Desk {
     bool isWorking = false;
 };
 
-PhotoDesk::PhotoDesk() : desk_(std::make_shared<Desk>()) {}
+PhotoDesk::PhotoDesk(std::chrono::milliseconds patience)
+    : patience_(patience), desk_(std::make_shared<Desk>()) {}
 
 PhotoDesk::~PhotoDesk() {
     failAll("the camera was released");
@@ -127,7 +125,7 @@ PhotoDesk::~PhotoDesk() {
 
 void PhotoDesk::add(const PhotoSettings& settings, std::shared_ptr<PhotoCaptureDelegate> delegate) {
     Request request{
-        .settings = settings, .delegate = std::move(delegate), .due = Clock::now() + kPatience};
+        .settings = settings, .delegate = std::move(delegate), .due = Clock::now() + patience_};
     std::unique_lock lock(desk_->mutex);
     if (!desk_->isWorking && thread_.joinable())
         thread_.join();  // it is past its last look at the desk

@@ -4,6 +4,7 @@
 
 #include <kestrelid/CaptureServices.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -15,7 +16,7 @@ namespace kestrelid::capture {
 // any.
 class PhotoDesk {
 public:
-    PhotoDesk();
+    explicit PhotoDesk(std::chrono::milliseconds patience);
     PhotoDesk(const PhotoDesk&) = delete;
     PhotoDesk& operator=(const PhotoDesk&) = delete;
     ~PhotoDesk();  // requests that still wait fail
@@ -33,6 +34,7 @@ public:
 
 private:
     struct Desk;
+    const std::chrono::milliseconds patience_;
     std::shared_ptr<Desk> desk_;  // shared with the thread
     std::thread thread_;          // guarded by the desk
 };

@@ -12,16 +12,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kStartPatience = 1900ms;  // the session promises 2 s
-constexpr auto kFinishPatience = 900ms;  // and 1 s
-constexpr auto kFramePatience = 1500ms;  // without a frame a device is lost
-constexpr auto kPausePatience = 1900ms;  // and while it changes its format
-constexpr auto kRewindPause = 30ms;      // so that the shortest video does not keep a core busy
+constexpr auto kRewindPause = 30ms;  // so that the shortest video does not keep a core busy
 
 }  // namespace
 
-SessionEngine::SessionEngine(std::shared_ptr<FrameDelivery> delivery)
-    : delivery_(std::move(delivery)) {}
+SessionEngine::SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience)
+    : delivery_(std::move(delivery)), patience_(patience) {}
 
 SessionEngine::~SessionEngine() {
     // The thread owns this, so it has ended or is this one.
@@ -46,7 +42,7 @@ void SessionEngine::setPhotoDesk(std::weak_ptr<PhotoDesk> desk) {
 }
 
 void SessionEngine::start() {
-    const auto limit = Clock::now() + kStartPatience;
+    const auto limit = Clock::now() + patience_.start;
     Lock lock(mutex_);
     if (stopping_ || !input_ || (phase_ == Phase::running && !isLost()))
         return;
@@ -101,7 +97,7 @@ void SessionEngine::finish() {
         Lock lock(mutex_);
         if (!thread_.joinable())
             return;
-        changed_.wait_for(lock, kFinishPatience, [&] { return finished_; });
+        changed_.wait_for(lock, patience_.finish, [&] { return finished_; });
         if (!finished_)
             return thread_.detach();
     }
@@ -117,7 +113,7 @@ void SessionEngine::abandon() {
 bool SessionEngine::isLost() const {
     if (phase_ != Phase::running || input_ != active_)
         return false;
-    if (!active_->source().isFile() && Clock::now() - lastFrame_ >= kPausePatience)
+    if (!active_->source().isFile() && Clock::now() - lastFrame_ >= patience_.pause)
         return true;
     return removed_ || (!switching_ && (failed_ || (ended_ && !active_->source().isFile())));
 }
@@ -151,7 +147,7 @@ void SessionEngine::step(Lock& lock) {
 }
 
 void SessionEngine::begin(Lock& lock) {
-    const auto limit = Clock::now() + kStartPatience;
+    const auto limit = Clock::now() + patience_.start;
     active_ = input_;
     removed_ = false;
     photoWanted_ = false;
@@ -179,7 +175,7 @@ void SessionEngine::begin(Lock& lock) {
 
 void SessionEngine::watch(Lock& lock) {
     const bool isFile = active_->source().isFile();
-    if (isLost() || (!isFile && Clock::now() - lastFrame_ >= kFramePatience))
+    if (isLost() || (!isFile && Clock::now() - lastFrame_ >= patience_.frame))
         return lose(lock);
     if (ended_)
         return playAgain(lock);
@@ -191,7 +187,7 @@ void SessionEngine::watch(Lock& lock) {
     if (isFile)
         changed_.wait(lock);
     else
-        changed_.wait_until(lock, lastFrame_ + kFramePatience);
+        changed_.wait_until(lock, lastFrame_ + patience_.frame);
 }
 
 void SessionEngine::lose(Lock& lock) {
@@ -215,7 +211,7 @@ void SessionEngine::playAgain(Lock& lock) {
     lock.unlock();
     const bool rewound = pipeline_->rewind();
     lock.lock();
-    if (!rewound && !open(lock, live_, false, Clock::now() + kStartPatience))
+    if (!rewound && !open(lock, live_, false, Clock::now() + patience_.start))
         lose(lock);
 }
 

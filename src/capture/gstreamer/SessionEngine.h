@@ -3,6 +3,7 @@
 #include "capture/gstreamer/FrameDelivery.h"
 #include "capture/gstreamer/GStreamerInput.h"
 #include "capture/gstreamer/LivePipeline.h"
+#include "capture/gstreamer/Patience.h"
 #include "capture/gstreamer/PhotoDesk.h"
 
 #include <chrono>
@@ -20,7 +21,7 @@ namespace kestrelid::capture {
 class SessionEngine final : public PipelineListener,
                             public std::enable_shared_from_this<SessionEngine> {
 public:
-    explicit SessionEngine(std::shared_ptr<FrameDelivery> delivery);
+    SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience);
     ~SessionEngine() override;
 
     // Null if there is none, or if its device was lost.
@@ -71,6 +72,7 @@ private:
     [[nodiscard]] bool isInterrupted() const { return stopping_ || removed_ || failed_; }
 
     const std::shared_ptr<FrameDelivery> delivery_;
+    const Patience patience_;
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
     Phase phase_ = Phase::idle;

@@ -5,20 +5,6 @@
 
 namespace kestrelid::capture {
 
-namespace {
-
-using namespace std::chrono_literals;
-
-// For the first frame of another format, in place and by a device that starts anew. Both together
-// stay below the pause after which a device counts as lost.
-constexpr auto kSwitchPatience = 600ms;
-constexpr auto kRestartPatience = 1200ms;
-
-// For the next frame of the format that flows already, which a busy machine may hold up.
-constexpr auto kNextPatience = 1400ms;
-
-}  // namespace
-
 void SessionEngine::takePhotos(Lock& lock, PhotoDesk& desk) {
     const CameraSource& source = active_->source();
     const Orientation orientation = active_->mounting().orientation;
@@ -51,14 +37,14 @@ SampleHandle SessionEngine::takeStill(Lock& lock, const VideoFormat& format) {
     switching_ = true;
     pipeline_->holdFrames(true);
     if (!switchInPlace(lock, format) && !stopping_ && !removed_ &&
-        open(lock, format, true, Clock::now() + kRestartPatience))
-        awaitStill(lock, kSwitchPatience);
+        open(lock, format, true, Clock::now() + patience_.restart))
+        awaitStill(lock, patience_.change);
     return std::move(still_);
 }
 
 // Leaves the next frame in still_; a file may end and begin again meanwhile.
 void SessionEngine::awaitNextFrame(Lock& lock, const VideoFormat& format) {
-    const auto limit = Clock::now() + kNextPatience;
+    const auto limit = Clock::now() + patience_.next;
     while (pipeline_ && !still_ && !isInterrupted() && Clock::now() < limit) {
         pipeline_->armStill(format);
         changed_.wait_until(lock, limit, [&] { return isInterrupted() || still_ || ended_; });
@@ -80,7 +66,7 @@ bool SessionEngine::switchInPlace(Lock& lock, const VideoFormat& format) {
     pipeline_->switchTo(format);
     lock.lock();
     current_ = format;
-    return awaitStill(lock, kSwitchPatience);
+    return awaitStill(lock, patience_.change);
 }
 
 bool SessionEngine::returnToLive(Lock& lock) {
@@ -88,7 +74,7 @@ bool SessionEngine::returnToLive(Lock& lock) {
     bool flows = switchInPlace(lock, live_);
     still_.reset();
     if (!flows && !stopping_ && !removed_)
-        flows = open(lock, live_, false, Clock::now() + kRestartPatience);
+        flows = open(lock, live_, false, Clock::now() + patience_.restart);
     if (flows)
         pipeline_->holdFrames(false);
     return flows;
