@@ -16,6 +16,7 @@ namespace {
 constexpr const char* kProgramFooter = R"(Examples:
   kestrelid validate passport.jpg
   kestrelid text recognised.txt
+  kestrelid zone --text recognised.txt
   kestrelid watch
   kestrelid doctor
 
@@ -31,6 +32,11 @@ constexpr const char* kValidateFooter = R"(Examples:
 constexpr const char* kTextFooter = R"(Examples:
   kestrelid text recognised.txt
   tesseract page.png - | kestrelid text --json)";
+
+constexpr const char* kZoneFooter = R"(Examples:
+  kestrelid zone --text recognised.txt
+  kestrelid zone --text --as-of 2026-01-31 recognised.txt
+  tesseract page.png - | kestrelid zone --text --json | jq '.zones[].strict')";
 
 constexpr const char* kWatchFooter =
     R"(Ends on Ctrl-C, after --seconds, or once the photo is written.
@@ -104,6 +110,24 @@ void addValidate(CLI::App& command, ValidateOptions& options) {
         if (standardInputs > 1)
             throw CLI::ValidationError("-", "standard input can be read only once");
     });
+}
+
+void addZone(CLI::App& command, ZoneOptions& options) {
+    command.footer(kZoneFooter);
+    command.add_option("FILE", options.files, "Text; - or none: standard input")->type_name("");
+    command.add_flag("--text", options.isText, "FILE holds text that was already recognised")
+        ->required();
+    command.add_flag("--json", options.json, "One JSON object a line and file");
+    command
+        .add_option_function<std::string>(
+            "--as-of",
+            [&](const std::string& given) {
+                options.asOf = calendarDay(given);
+                if (!options.asOf)
+                    throw CLI::ValidationError("--as-of", "takes a day, such as 2026-01-31");
+            },
+            "The day that tells the centuries of years; without it they keep two digits")
+        ->type_name("YYYY-MM-DD");
 }
 
 void addSeconds(CLI::App& command, const std::string& name, std::optional<double>& seconds,
@@ -188,6 +212,7 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
 
     ValidateOptions validate;
     TextOptions text;
+    ZoneOptions zone;
     WatchOptions watch;
     DoctorOptions doctor;
     CLI::App* validateCommand = app.add_subcommand("validate", "Judge pictures");
@@ -197,6 +222,9 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
     textCommand->add_option("FILE", text.files, "Text in UTF-8; - or none: standard input")
         ->type_name("");
     textCommand->add_flag("--json", text.json, "One JSON object a line and file");
+    CLI::App* zoneCommand =
+        app.add_subcommand("zone", "Read machine-readable zones, and check their digits");
+    addZone(*zoneCommand, zone);
     CLI::App* watchCommand = app.add_subcommand("watch", "Look through a camera, and take a photo");
     addWatch(*watchCommand, watch);
     CLI::App* doctorCommand =
@@ -220,6 +248,8 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
         return Command(std::move(validate));
     if (textCommand->parsed())
         return Command(std::move(text));
+    if (zoneCommand->parsed())
+        return Command(std::move(zone));
     if (watchCommand->parsed())
         return Command(std::move(watch));
     return Command(std::move(doctor));

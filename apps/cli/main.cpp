@@ -14,6 +14,9 @@ ExitStatus run(const ValidateOptions& options) {
 ExitStatus run(const TextOptions& options) {
     return text(options);
 }
+ExitStatus run(const ZoneOptions& options) {
+    return zone(options);
+}
 ExitStatus run(const DoctorOptions& options) {
     return doctor(options);
 }

@@ -1,0 +1,198 @@
+#include "apps/cli/ZoneReport.h"
+
+#include "apps/cli/JsonLine.h"
+#include "apps/cli/TerminalText.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <vector>
+
+namespace kestrelid::cli {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// "date of birth" as a key: dateOfBirth.
+std::string asKey(std::string_view name) {
+    std::string key;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const bool startsWord = i > 0 && name[i - 1] == ' ';
+        if (startsWord)
+            key += static_cast<char>(name[i] - 'a' + 'A');
+        else if (name[i] != ' ')
+            key += name[i];
+    }
+    return key;
+}
+
+const char* wordFor(CheckDigit checkDigit) {
+    switch (checkDigit) {
+    case CheckDigit::passed:
+        return "passed";
+    case CheckDigit::failed:
+        return "failed";
+    case CheckDigit::nonePrinted:
+        break;
+    }
+    return "none";
+}
+
+const char* wordFor(ZoneProblem::Kind kind) {
+    switch (kind) {
+    case ZoneProblem::Kind::lineMissing:
+        return "lineMissing";
+    case ZoneProblem::Kind::wrongLength:
+        return "wrongLength";
+    case ZoneProblem::Kind::notAllowed:
+        return "notAllowed";
+    case ZoneProblem::Kind::checkDigitFailed:
+        return "checkDigitFailed";
+    case ZoneProblem::Kind::impossibleDate:
+        return "impossibleDate";
+    case ZoneProblem::Kind::unclear:
+        break;
+    }
+    return "unclear";
+}
+
+std::string twoDigits(std::optional<int> number) {
+    if (!number)
+        return "??";
+    char buffer[8];
+    std::snprintf(buffer, sizeof buffer, "%02d", *number % 100);
+    return buffer;
+}
+
+std::string asText(const ZoneDate& date) {
+    const std::string year = date.year ? std::to_string(*date.year) : twoDigits(date.twoDigitYear);
+    return year + "-" + twoDigits(date.month) + "-" + twoDigits(date.day);
+}
+
+std::string valueOf(const ZoneField& field) {
+    std::string value = terminalText(field.text.view());
+    if (field.date)
+        value = asText(*field.date);
+    if (field.state)
+        value += field.state->isKnown ? ", " + field.state->name : ", not a known code";
+    if (field.isPerhapsTruncated)
+        value += " (perhaps cut short)";
+    if (!field.corrections.empty())
+        value += " (" + std::to_string(field.corrections.size()) + " corrected)";
+    if (!field.doubtful.empty())
+        value += " (" + std::to_string(field.doubtful.size()) + " in doubt)";
+    return value;
+}
+
+using Row = std::array<std::string, 3>;
+
+std::size_t width(std::string_view text) {
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
+std::string tableOf(const MachineReadableZone& zone) {
+    std::vector<Row> rows{{"field", "value", "check digit"}};
+    for (const ZoneField& field : zone.fields)
+        rows.push_back(
+            {std::string(nameOf(field.kind)), valueOf(field),
+             field.checkDigit == CheckDigit::nonePrinted ? "-" : wordFor(field.checkDigit)});
+    Row::size_type last = rows.front().size() - 1;
+    std::string table;
+    for (const Row& row : rows) {
+        table += "    ";
+        for (std::size_t column = 0; column < last; ++column) {
+            std::size_t widest = 0;
+            for (const Row& other : rows)
+                widest = std::max(widest, width(other[column]));
+            table += row[column] + std::string(widest - width(row[column]) + 2, ' ');
+        }
+        table += row[last] + "\n";
+    }
+    return table;
+}
+
+Json placeAsJson(ZonePlace place) {
+    return {{"line", place.line}, {"column", place.column}};
+}
+
+Json optionalAsJson(const std::optional<int>& number) {
+    return number ? Json(*number) : Json();
+}
+
+Json fieldAsJson(const ZoneField& field) {
+    auto corrections = Json::array();
+    for (const ZoneCorrection& correction : field.corrections) {
+        Json entry = placeAsJson(correction.place);
+        entry["from"] = std::string(1, correction.from);
+        entry["to"] = std::string(1, correction.to);
+        entry["evidence"] =
+            correction.evidence == ZoneCorrection::Evidence::grammar ? "grammar" : "checkDigit";
+        corrections.push_back(std::move(entry));
+    }
+    auto doubtful = Json::array();
+    for (const ZonePlace place : field.doubtful)
+        doubtful.push_back(placeAsJson(place));
+    Json object{{"kind", asKey(nameOf(field.kind))},     {"text", field.text.view()},
+                {"characters", field.characters.view()}, {"checkDigit", wordFor(field.checkDigit)},
+                {"corrections", std::move(corrections)}, {"doubtful", std::move(doubtful)}};
+    if (field.date)
+        object["date"] = {{"year", optionalAsJson(field.date->year)},
+                          {"twoDigitYear", optionalAsJson(field.date->twoDigitYear)},
+                          {"month", optionalAsJson(field.date->month)},
+                          {"day", optionalAsJson(field.date->day)}};
+    if (field.state)
+        object["state"] = {{"name", field.state->name}, {"isKnown", field.state->isKnown}};
+    if (field.kind == ZoneFieldKind::primaryIdentifier ||
+        field.kind == ZoneFieldKind::secondaryIdentifier)
+        object["isPerhapsTruncated"] = field.isPerhapsTruncated;
+    return object;
+}
+
+Json problemAsJson(const ZoneProblem& problem) {
+    Json object{{"kind", wordFor(problem.kind)},
+                {"field", problem.field ? Json(asKey(nameOf(*problem.field))) : Json()}};
+    if (problem.place)
+        object.update(placeAsJson(*problem.place));
+    object["text"] = describe(problem);
+    return object;
+}
+
+Json zoneAsJson(const MachineReadableZone& zone) {
+    auto lines = Json::array();
+    for (const ZoneLine& line : zone.lines)
+        lines.push_back(line.text.view());
+    auto fields = Json::array();
+    for (const ZoneField& field : zone.fields)
+        fields.push_back(fieldAsJson(field));
+    auto problems = Json::array();
+    for (const ZoneProblem& problem : zone.problems)
+        problems.push_back(problemAsJson(problem));
+    return {{"format", nameOf(zone.format)},
+            {"lines", std::move(lines)},
+            {"strict", zone.isTrustworthy()},
+            {"fields", std::move(fields)},
+            {"problems", std::move(problems)}};
+}
+
+}  // namespace
+
+std::string zonesAsText(std::string_view name, std::span<const MachineReadableZone> zones) {
+    std::string text;
+    for (const MachineReadableZone& zone : zones) {
+        text += terminalText(name) + ": " + std::string(nameOf(zone.format)) +
+                (zone.isTrustworthy() ? ", strict: yes\n" : ", strict: no\n") + tableOf(zone);
+        for (const ZoneProblem& problem : zone.problems)
+            text += "    Problem: " + describe(problem) + "\n";
+    }
+    return zones.empty() ? terminalText(name) + ": no machine-readable zone\n" : text;
+}
+
+std::string zonesAsJson(std::string_view name, std::span<const MachineReadableZone> zones) {
+    auto list = Json::array();
+    for (const MachineReadableZone& zone : zones)
+        list.push_back(zoneAsJson(zone));
+    return jsonLine({{"file", name}, {"zones", std::move(list)}});
+}
+
+}  // namespace kestrelid::cli

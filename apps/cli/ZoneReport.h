@@ -1,0 +1,20 @@
+#pragma once
+
+#include <kestrelid/MachineReadableZone.h>
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kestrelid::cli {
+
+// For each zone a line with its format and the strict answer, then indented a table of its fields,
+// and a line for each problem. One line where there is no zone.
+[[nodiscard]] std::string zonesAsText(std::string_view name,
+                                      std::span<const MachineReadableZone> zones);
+
+// One JSON object on a line: file, zones.
+[[nodiscard]] std::string zonesAsJson(std::string_view name,
+                                      std::span<const MachineReadableZone> zones);
+
+}  // namespace kestrelid::cli
