@@ -1,7 +1,5 @@
 #include "apps/cli/Annotation.h"
 
-#include "apps/cli/OutlineRecorder.h"
-
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -19,6 +17,7 @@ namespace {
 const cv::Scalar kPassport(30, 170, 70);
 const cv::Scalar kNoPassport(220, 60, 40);
 const cv::Scalar kOtherCandidate(150, 150, 150);
+const cv::Scalar kNoCheckDigit(40, 110, 230);
 const cv::Scalar kBanner(20, 20, 20);
 const cv::Scalar kBannerText(255, 255, 255);
 
@@ -45,18 +44,52 @@ void copyAsRgb(const Bitmap& bitmap, cv::Mat& rgb) {
     }
 }
 
-void drawOutline(cv::Mat& rgb, const RectangleObservation& outline, const cv::Scalar& colour,
-                 int thickness) {
+void drawQuadrilateral(cv::Mat& rgb, const std::array<NormalizedPoint, 4>& shape,
+                       const cv::Scalar& colour, int thickness) {
     std::array<cv::Point, 4> corners;
-    std::transform(outline.corners.begin(), outline.corners.end(), corners.begin(),
-                   [&](const NormalizedPoint& point) {
-                       // Observations have their origin at the lower left, rows at the upper left.
-                       return cv::Point(cvRound(point.x * rgb.cols),
-                                        cvRound((1.0 - point.y) * rgb.rows));
-                   });
+    std::transform(shape.begin(), shape.end(), corners.begin(), [&](const NormalizedPoint& point) {
+        // Observations have their origin at the lower left, rows at the upper left.
+        return cv::Point(cvRound(point.x * rgb.cols), cvRound((1.0 - point.y) * rgb.rows));
+    });
     const cv::Point* points = corners.data();
     const int count = static_cast<int>(corners.size());
     cv::polylines(rgb, &points, &count, 1, true, colour, thickness, cv::LINE_AA);
+}
+
+// Where characters first to last (counted from 0) of a line stand.
+std::array<NormalizedPoint, 4> partOf(const ZoneLine& line, int first, int last) {
+    const auto between = [](const NormalizedPoint& a, const NormalizedPoint& b, double share) {
+        return NormalizedPoint{a.x + (b.x - a.x) * share, a.y + (b.y - a.y) * share};
+    };
+    const auto count = static_cast<double>(line.confidences.size());
+    const double from = first / count;
+    const double to = (last + 1) / count;
+    const auto& [topLeft, topRight, bottomRight, bottomLeft] = line.corners;
+    return {between(topLeft, topRight, from), between(topLeft, topRight, to),
+            between(bottomLeft, bottomRight, to), between(bottomLeft, bottomRight, from)};
+}
+
+void drawZone(cv::Mat& rgb, const MachineReadableZone& zone, int thickness) {
+    if (zone.fields.empty()) {  // found but not read
+        for (const ZoneLine& line : zone.lines)
+            drawQuadrilateral(rgb, line.corners, kNoPassport, thickness);
+    }
+    for (const ZoneField& field : zone.fields) {
+        const cv::Scalar& colour = field.checkDigit == CheckDigit::passed   ? kPassport
+                                   : field.checkDigit == CheckDigit::failed ? kNoPassport
+                                                                            : kNoCheckDigit;
+        for (std::size_t first = 0; first < field.places.size();) {
+            std::size_t last = first;
+            while (last + 1 < field.places.size() &&
+                   field.places[last + 1].line == field.places[first].line)
+                ++last;
+            const ZoneLine& line = zone.lines[static_cast<std::size_t>(field.places[first].line)];
+            drawQuadrilateral(rgb,
+                              partOf(line, field.places[first].column, field.places[last].column),
+                              colour, thickness);
+            first = last + 1;
+        }
+    }
 }
 
 void drawVerdict(cv::Mat& rgb, const PassportValidationResult& result, const cv::Scalar& colour) {
@@ -89,13 +122,17 @@ Image annotated(const JudgedPicture& picture) {
                 static_cast<std::size_t>(stride));
     copyAsRgb(*bitmap, rgb);
 
-    const cv::Scalar& colour = picture.result.isPassport() ? kPassport : kNoPassport;
+    const Examination& seen = picture.examination;
+    const cv::Scalar& colour = seen.verdict.isPassport() ? kPassport : kNoPassport;
     const int thickness = std::max(2, std::max(rgb.cols, rgb.rows) / 300);
-    for (const RectangleObservation& outline : picture.outlines)
-        drawOutline(rgb, outline, kOtherCandidate, std::max(1, thickness / 3));
-    if (const auto chosen = chosenOutline(picture.outlines))
-        drawOutline(rgb, *chosen, colour, thickness);
-    drawVerdict(rgb, picture.result, colour);
+    const int thin = std::max(1, thickness / 3);
+    for (const RectangleObservation& outline : seen.outlines)
+        drawQuadrilateral(rgb, outline.corners, kOtherCandidate, thin);
+    if (seen.chosenOutline)
+        drawQuadrilateral(rgb, seen.outlines[*seen.chosenOutline].corners, colour, thickness);
+    for (const MachineReadableZone& zone : seen.zones)
+        drawZone(rgb, zone, thin);
+    drawVerdict(rgb, seen.verdict, colour);
 
     auto drawn =
         Bitmap::wrap(bitmap->width(), bitmap->height(), stride, PixelFormat::rgb8, pixels, size);

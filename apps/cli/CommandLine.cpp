@@ -16,7 +16,7 @@ namespace {
 constexpr const char* kProgramFooter = R"(Examples:
   kestrelid validate passport.jpg
   kestrelid text recognised.txt
-  kestrelid zone --text recognised.txt
+  kestrelid zone passport.jpg
   kestrelid watch
   kestrelid doctor
 
@@ -34,8 +34,9 @@ constexpr const char* kTextFooter = R"(Examples:
   tesseract page.png - | kestrelid text --json)";
 
 constexpr const char* kZoneFooter = R"(Examples:
+  kestrelid zone passport.jpg
+  kestrelid zone --as-of 2026-01-31 --json scans/
   kestrelid zone --text recognised.txt
-  kestrelid zone --text --as-of 2026-01-31 recognised.txt
   tesseract page.png - | kestrelid zone --text --json | jq '.zones[].strict')";
 
 constexpr const char* kWatchFooter =
@@ -114,9 +115,18 @@ void addValidate(CLI::App& command, ValidateOptions& options) {
 
 void addZone(CLI::App& command, ZoneOptions& options) {
     command.footer(kZoneFooter);
-    command.add_option("FILE", options.files, "Text; - or none: standard input")->type_name("");
-    command.add_flag("--text", options.isText, "FILE holds text that was already recognised")
-        ->required();
+    command
+        .add_option("FILE", options.files,
+                    "Pictures (JPEG, PNG, WebP, TIFF, HEIC), folders of them, or - for standard "
+                    "input; with --text: text")
+        ->type_name("");
+    command.add_flag("--text", options.isText,
+                     "FILE, or standard input, holds text that was already recognised");
+    command.callback([&options] {
+        if (!options.isText && options.files.empty())
+            throw CLI::RequiredError("FILE");
+    });
+    addResources(command, options.resources);
     command.add_flag("--json", options.json, "One JSON object a line and file");
     command
         .add_option_function<std::string>(

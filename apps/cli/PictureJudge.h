@@ -1,38 +1,26 @@
 #pragma once
 
-#include <kestrelid/Image.h>
-#include <kestrelid/ImageFile.h>
-#include <kestrelid/PassportDetector.h>
-#include <kestrelid/PassportValidationResult.h>
-#include <kestrelid/VisionServices.h>
+#include "apps/cli/PictureInputs.h"
 
-#include <cstddef>
-#include <filesystem>
+#include <kestrelid/Image.h>
+#include <kestrelid/PassportDetector.h>
+
 #include <memory>
 #include <mutex>
-#include <span>
 #include <string>
 #include <variant>
 #include <vector>
 
 namespace kestrelid::cli {
 
-class OutlineRecorder;
-
-// Pixels that the longer side of a picture keeps at least when it is decoded. Enough for
-// recognition, which scales text to lines of 48 pixels anyway, and a still of 12 megapixels takes
-// little longer than a small one.
-inline constexpr int kSufficientSide = 1920;
-
 struct JudgedPicture {
     Image image;  // as it was judged: upright
-    PassportValidationResult result;
-    std::vector<RectangleObservation> outlines;  // as the finder gave them
-    double milliseconds = 0.0;                   // from the start of decoding to the verdict
+    Examination examination;
+    double milliseconds = 0.0;  // from the start of decoding to the verdict
 };
 
-// The picture could not be decoded, or recognition failed, so that a verdict would say nothing
-// about the picture. One line, without the picture's name.
+// The picture could not be decoded, or recognition (other than that of zones) failed, so that a
+// verdict would say nothing about the picture. One line, without the picture's name.
 struct JudgeError {
     std::string cause;
 };
@@ -44,20 +32,15 @@ using JudgeResult = std::variant<JudgedPicture, JudgeError>;
 class PictureJudge {
 public:
     PictureJudge(const PlatformServices& services, ValidationEffort effort);
-    ~PictureJudge();
 
-    [[nodiscard]] JudgeResult judge(const std::filesystem::path& path);
-    [[nodiscard]] JudgeResult judge(std::span<const std::byte> file);
+    [[nodiscard]] JudgeResult judge(const PictureInput& input);
 
 private:
-    [[nodiscard]] JudgeResult decodeAndJudge(const std::function<ImageResult()>& decode);
-
     struct Failures {
         std::mutex mutex;
         std::vector<std::string> lines;  // what the detector said on its console about this picture
     };
     const std::shared_ptr<Failures> failures_;
-    const std::shared_ptr<OutlineRecorder> recorder_;
     const std::shared_ptr<PassportDetector> detector_;
 };
 

@@ -2,20 +2,19 @@
 
 #include "apps/cli/Annotation.h"
 #include "apps/cli/AnnotationNames.h"
-#include "apps/cli/FileBytes.h"
 #include "apps/cli/OrderedJobs.h"
-#include "apps/cli/OutlineRecorder.h"
 #include "apps/cli/PictureInputs.h"
 #include "apps/cli/PictureJudge.h"
 #include "apps/cli/ProgressBar.h"
 #include "apps/cli/StandardStreams.h"
 #include "apps/cli/VerdictText.h"
 
+#include <kestrelid/ImageFile.h>
+
 #include <algorithm>
 #include <exception>
 #include <memory>
 #include <optional>
-#include <span>
 #include <system_error>
 #include <thread>
 
@@ -30,55 +29,35 @@ constexpr std::size_t kMostTextThreads = 4;
 
 // What is kept of an input once its pixels are gone.
 struct Outcome {
-    std::variant<Verdict, JudgeError> verdict;
+    std::variant<std::string, JudgeError> report;  // as it is written
     std::optional<ImageError> annotationError;
 };
 
-// Pipes, such as the shell's <(command), which only give their bytes once and in order.
-bool isStream(const fs::path& path) {
-    std::error_code error;
-    const fs::file_type type = fs::status(path, error).type();
-    return type == fs::file_type::fifo || type == fs::file_type::character;
-}
-
-JudgeResult judgeInput(PictureJudge& judge, const PictureInput& input) {
-    if (const auto* unusable = std::get_if<UnusableInput>(&input.source))
-        return JudgeError{unusable->cause};
-    const auto* path = std::get_if<fs::path>(&input.source);
-    if (path != nullptr && !isStream(*path))
-        return judge.judge(*path);
-    const BytesResult bytes =
-        path != nullptr ? readFile(*path, kMaximumFileSize) : readStandardInput(kMaximumFileSize);
-    if (const auto* error = std::get_if<ReadError>(&bytes))
-        return JudgeError{error->cause};
-    return judge.judge(std::as_bytes(std::span(std::get<std::string>(bytes))));
-}
-
 // annotation: the path of the annotated copy, or null for none.
-Outcome outcomeOf(PictureJudge& judge, const PictureInput& input, const fs::path* annotation) try {
-    JudgeResult judged = judgeInput(judge, input);
+Outcome outcomeOf(PictureJudge& judge, const PictureInput& input, const fs::path* annotation,
+                  bool json) try {
+    JudgeResult judged = judge.judge(input);
     if (auto* error = std::get_if<JudgeError>(&judged))
         return {std::move(*error), {}};
     auto& picture = std::get<JudgedPicture>(judged);
     std::optional<ImageError> annotationError;
     if (annotation != nullptr)
         annotationError = writeImage(*annotation, annotated(picture));
-    return {
-        Verdict{std::move(picture.result), picture.milliseconds, chosenOutline(picture.outlines)},
-        std::move(annotationError)};
+    return {(json ? verdictAsJson : verdictAsText)(input.name, picture.examination,
+                                                   picture.milliseconds),
+            std::move(annotationError)};
 } catch (const std::exception& error) {
     return {JudgeError{error.what()}, {}};  // no memory left for this picture; the next may fit
 }
 
 ExitStatus report(const std::string& name, const Outcome& outcome, bool json) {
-    if (const auto* error = std::get_if<JudgeError>(&outcome.verdict)) {
+    if (const auto* error = std::get_if<JudgeError>(&outcome.report)) {
         if (json)
             writeOutput(errorAsJson(name, error->cause));
         writeError(name, error->cause);
         return ExitStatus::inputFailed;
     }
-    const auto& verdict = std::get<Verdict>(outcome.verdict);
-    writeOutput(json ? verdictAsJson(name, verdict) : verdictAsText(name, verdict));
+    writeOutput(std::get<std::string>(outcome.report));
     if (!outcome.annotationError)
         return ExitStatus::done;
     writeError(name, "cannot write the annotated copy: " + outcome.annotationError->cause);
@@ -120,7 +99,7 @@ ExitStatus validate(const ValidateOptions& options) {
         inputs.size(), jobs,
         [&](std::size_t worker, std::size_t index) {
             const fs::path* annotation = annotations.empty() ? nullptr : &annotations[index];
-            return outcomeOf(*judges[worker], inputs[index], annotation);
+            return outcomeOf(*judges[worker], inputs[index], annotation, options.json);
         },
         [&](std::size_t index, const Outcome& outcome) {
             progress.clear();

@@ -2,6 +2,7 @@
 
 #include "apps/cli/JsonLine.h"
 #include "apps/cli/TerminalText.h"
+#include "apps/cli/ZoneReport.h"
 
 #include <cmath>
 #include <cstdio>
@@ -28,30 +29,37 @@ nlohmann::ordered_json outlineAsJson(const RectangleObservation& outline) {
 
 }  // namespace
 
-std::string verdictAsText(std::string_view name, const Verdict& verdict) {
+std::string verdictAsText(std::string_view name, const Examination& examination,
+                          double milliseconds) {
+    const PassportValidationResult& verdict = examination.verdict;
     // Three decimals: with two, 0.499 would look like the 0.5 that makes a passport.
     char numbers[64];
-    std::snprintf(numbers, sizeof numbers, ", confidence %.3f, %.0f ms\n",
-                  verdict.result.confidence(), verdict.milliseconds);
+    std::snprintf(numbers, sizeof numbers, ", confidence %.3f, %.0f ms\n", verdict.confidence(),
+                  milliseconds);
     std::string text = terminalText(name);
-    text += verdict.result.isPassport() ? ": passport" : ": not a passport";
+    text += verdict.isPassport() ? ": passport" : ": not a passport";
     text += numbers;
-    for (const std::string& reason : verdict.result.reasons())
+    for (const std::string& reason : verdict.reasons())
         text += "    " + terminalText(reason) + "\n";
+    for (const MachineReadableZone& zone : examination.zones)
+        text += "    " + zoneSummary(zone) + "\n";
     return text;
 }
 
-std::string verdictAsJson(std::string_view name, const Verdict& verdict) {
+std::string verdictAsJson(std::string_view name, const Examination& examination,
+                          double milliseconds) {
+    const PassportValidationResult& verdict = examination.verdict;
     nlohmann::ordered_json outline;
-    if (verdict.outline)
-        outline = outlineAsJson(*verdict.outline);
+    if (examination.chosenOutline)
+        outline = outlineAsJson(examination.outlines[*examination.chosenOutline]);
     return jsonLine({{"file", name},
-                     {"isPassport", verdict.result.isPassport()},
-                     {"confidence", verdict.result.confidence()},
-                     {"reasons", verdict.result.reasons()},
-                     {"recognizedText", verdict.result.recognizedText()},
-                     {"milliseconds", std::round(verdict.milliseconds * 10.0) / 10.0},
-                     {"outline", std::move(outline)}});
+                     {"isPassport", verdict.isPassport()},
+                     {"confidence", verdict.confidence()},
+                     {"reasons", verdict.reasons()},
+                     {"recognizedText", verdict.recognizedText()},
+                     {"milliseconds", std::round(milliseconds * 10.0) / 10.0},
+                     {"outline", std::move(outline)},
+                     {"zones", zonesAsJson(examination.zones)}});
 }
 
 std::string errorAsJson(std::string_view name, std::string_view cause) {

@@ -1,13 +1,17 @@
 #include "apps/cli/ZoneCommand.h"
 
 #include "apps/cli/FileBytes.h"
+#include "apps/cli/InputImage.h"
 #include "apps/cli/PictureInputs.h"
 #include "apps/cli/StandardStreams.h"
 #include "apps/cli/VerdictText.h"
 #include "apps/cli/ZoneReport.h"
 
+#include <kestrelid/DefaultServices.h>
+
 #include <charconv>
 #include <chrono>
+#include <variant>
 
 namespace kestrelid::cli {
 namespace {
@@ -15,17 +19,51 @@ namespace {
 // The text of a page has a few thousand bytes; this stops a file named by mistake.
 constexpr std::size_t kMaximumTextSize = 16u * 1024 * 1024;  // bytes
 
-// The cause if the file could not be read.
-std::optional<std::string> report(const std::string& name, const ZoneOptions& options) {
+using Zones = std::vector<MachineReadableZone>;
+
+std::variant<Zones, std::string> zonesInText(const std::string& name, const ZoneRules& rules) {
     const BytesResult bytes = name == kStandardInputName ? readStandardInput(kMaximumTextSize)
                                                          : readFile(name, kMaximumTextSize);
     if (const auto* error = std::get_if<ReadError>(&bytes))
         return error->cause;
-    ZoneRules rules;
-    rules.asOf = options.asOf;
-    const auto zones = parseZones(std::get<std::string>(bytes), rules);
-    writeOutput(options.json ? zonesAsJson(name, zones) : zonesAsText(name, zones));
-    return std::nullopt;
+    return parseZones(std::get<std::string>(bytes), rules);
+}
+
+// Finds no words: nothing but the outline, which shows how the page lies, and the zones.
+std::variant<Zones, std::string> zonesInPicture(const PictureInput& input,
+                                                const PlatformServices& services,
+                                                const ZoneRules& rules) {
+    const auto read = inputImage(input);
+    if (const auto* cause = std::get_if<std::string>(&read))
+        return *cause;
+    const Bitmap& bitmap = *std::get<Image>(read).bitmap();
+    const RectangleResult outlines = services.rectangles->perform(bitmap, {});
+    ZoneRequest request;
+    if (const auto* found = std::get_if<std::vector<RectangleObservation>>(&outlines))
+        request.outlines = *found;
+    const ZoneResult readings = services.zones->perform(bitmap, request);
+    if (const auto* error = std::get_if<RequestError>(&readings))
+        return error->description;
+    Zones zones;
+    for (const ZoneReading& reading : std::get<std::vector<ZoneReading>>(readings)) {
+        if (auto zone = parseZone(reading, rules))
+            zones.push_back(*std::move(zone));
+    }
+    return zones;
+}
+
+// Writes what was found, or why nothing could be looked for.
+ExitStatus report(const std::string& name, const std::variant<Zones, std::string>& result,
+                  bool json) {
+    if (const auto* cause = std::get_if<std::string>(&result)) {
+        if (json)
+            writeOutput(errorAsJson(name, *cause));
+        writeError(name, *cause);
+        return ExitStatus::inputFailed;
+    }
+    const auto& zones = std::get<Zones>(result);
+    writeOutput(json ? zonesAsJson(name, zones) : zonesAsText(name, zones));
+    return ExitStatus::done;
 }
 
 std::optional<int> number(std::string_view digits) {
@@ -54,15 +92,18 @@ std::optional<CalendarDay> calendarDay(std::string_view text) {
 
 ExitStatus zone(const ZoneOptions& options) {
     ExitStatus status = ExitStatus::done;
-    const std::vector<std::string> standardInput{std::string(kStandardInputName)};
-    for (const std::string& name : options.files.empty() ? standardInput : options.files) {
-        if (const auto cause = report(name, options)) {
-            if (options.json)
-                writeOutput(errorAsJson(name, *cause));
-            writeError(name, *cause);
-            status = ExitStatus::inputFailed;
-        }
+    ZoneRules rules;
+    rules.asOf = options.asOf;
+    if (options.isText) {
+        const std::vector<std::string> standardInput{std::string(kStandardInputName)};
+        for (const std::string& name : options.files.empty() ? standardInput : options.files)
+            status = graver(status, report(name, zonesInText(name, rules), options.json));
+        return graver(status, outputStatus());
     }
+    const PlatformServices services = defaultServices({.resources = options.resources});
+    for (const PictureInput& input : pictureInputs(options.files))
+        status = graver(status,
+                        report(input.name, zonesInPicture(input, services, rules), options.json));
     return graver(status, outputStatus());
 }
 

@@ -40,6 +40,10 @@ const char* wordFor(CheckDigit checkDigit) {
 
 const char* wordFor(ZoneProblem::Kind kind) {
     switch (kind) {
+    case ZoneProblem::Kind::tooSmall:
+        return "tooSmall";
+    case ZoneProblem::Kind::blurred:
+        return "blurred";
     case ZoneProblem::Kind::lineMissing:
         return "lineMissing";
     case ZoneProblem::Kind::wrongLength:
@@ -177,6 +181,22 @@ Json zoneAsJson(const MachineReadableZone& zone) {
 
 }  // namespace
 
+std::string zoneSummary(const MachineReadableZone& zone) {
+    std::string text = "Zone " + std::string(nameOf(zone.format));
+    if (zone.isTrustworthy())
+        return text + ", strict";
+    text += ", not strict: " + describe(zone.problems.front());
+    const std::size_t others = zone.problems.size() - 1;
+    return others == 0 ? text : text + " (and " + std::to_string(others) + " more)";
+}
+
+nlohmann::ordered_json zonesAsJson(std::span<const MachineReadableZone> zones) {
+    auto list = Json::array();
+    for (const MachineReadableZone& zone : zones)
+        list.push_back(zoneAsJson(zone));
+    return list;
+}
+
 std::string zonesAsText(std::string_view name, std::span<const MachineReadableZone> zones) {
     std::string text;
     for (const MachineReadableZone& zone : zones) {
@@ -189,10 +209,7 @@ std::string zonesAsText(std::string_view name, std::span<const MachineReadableZo
 }
 
 std::string zonesAsJson(std::string_view name, std::span<const MachineReadableZone> zones) {
-    auto list = Json::array();
-    for (const MachineReadableZone& zone : zones)
-        list.push_back(zoneAsJson(zone));
-    return jsonLine({{"file", name}, {"zones", std::move(list)}});
+    return jsonLine({{"file", name}, {"zones", zonesAsJson(zones)}});
 }
 
 }  // namespace kestrelid::cli

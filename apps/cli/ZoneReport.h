@@ -2,6 +2,8 @@
 
 #include <kestrelid/MachineReadableZone.h>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,6 +14,12 @@ namespace kestrelid::cli {
 // and a line for each problem. One line where there is no zone.
 [[nodiscard]] std::string zonesAsText(std::string_view name,
                                       std::span<const MachineReadableZone> zones);
+
+// "Zone TD3, strict", or what speaks first against it. Nothing that the zone says.
+[[nodiscard]] std::string zoneSummary(const MachineReadableZone& zone);
+
+// An array of objects: format, lines, strict, fields, problems.
+[[nodiscard]] nlohmann::ordered_json zonesAsJson(std::span<const MachineReadableZone> zones);
 
 // One JSON object on a line: file, zones.
 [[nodiscard]] std::string zonesAsJson(std::string_view name,

@@ -6,6 +6,8 @@
 #include <kestrelid/Export.h>
 #include <kestrelid/Image.h>
 #include <kestrelid/Published.h>
+#include <kestrelid/VisionServices.h>
+#include <kestrelid/ZoneTracker.h>
 
 #include <chrono>
 #include <cstdint>
@@ -15,6 +17,10 @@
 #include <string>
 
 namespace kestrelid {
+
+namespace camera {
+class ZoneWatch;
+}
 
 /// Wall-clock time, seconds since 1970.
 using WallTime = std::chrono::time_point<std::chrono::system_clock, std::chrono::duration<double>>;
@@ -27,6 +33,11 @@ struct CameraServices {
     std::shared_ptr<DispatchQueue> mainQueue;    ///< serial: what the host shows changes here
     std::function<std::shared_ptr<DispatchQueue>(std::string label)> makeSerialQueue;
     std::function<WallTime()> now{};  ///< any thread; empty: the system's clock
+
+    /// Reads machine-readable zones beside the verdicts; null: none are read. The verdicts, and
+    /// when they come, are the same with it.
+    std::shared_ptr<ZoneService> zones{};
+    ZoneRules zoneRules{};
 };
 
 /// Owns the camera of one scanning screen: permission, session, live detection, photos. The session
@@ -79,6 +90,10 @@ public:
         return detectionConfidence_;
     }
 
+    /// What the frames say of the zone in view, if the host gave a ZoneService. Published as it
+    /// grows, and once the page has left.
+    [[nodiscard]] const Published<LiveZone>& zone() const noexcept { return zone_; }
+
     /// For the capture platform. Frame queue.
     void didOutput(const SampleBuffer& sampleBuffer) override;
     /// For the capture platform. Any thread.
@@ -95,6 +110,8 @@ private:
     void addVideoOutput();                                          // session queue
     void performCapture();                                          // session queue
     void handleDetectionResult(bool isPassport, float confidence);  // main queue
+    void judge(const Bitmap& frame);                                // frame queue
+    void publishZoneLater(const LiveZone& zone);                    // any thread
     void deliver(const std::optional<Image>& photo);                // main queue
     void deliverLater(std::optional<Image> photo);                  // any thread
 
@@ -110,6 +127,9 @@ private:
     std::int64_t consecutiveDetectedCount_ = 0;     // main queue
     std::int64_t consecutiveNotDetectedCount_ = 0;  // main queue
     WallTime lastDetectionTime_;                    // frame queue
+    Published<LiveZone> zone_{LiveZone{}};          // main queue
+    std::shared_ptr<camera::ZoneWatch> zoneWatch_;  // frame queue; null if none is wanted
+    WallTime lastZoneTime_;                         // frame queue
     const std::chrono::duration<double> detectionInterval_{0.5};
 };
 

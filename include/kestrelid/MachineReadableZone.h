@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kestrelid/Export.h>
+#include <kestrelid/NormalizedGeometry.h>
 #include <kestrelid/WipedText.h>
 
 #include <array>
@@ -89,10 +90,10 @@ struct CalendarDay {
 
 /// A date as zones print it: unknown parts are fillers, and a year has two digits.
 struct ZoneDate {
-    std::optional<int> twoDigitYear;  ///< 0..99
-    std::optional<int> month;         ///< 1..12
-    std::optional<int> day;           ///< 1..31
-    std::optional<int> year;          ///< with its century, where ZoneRules tell it
+    std::optional<int> twoDigitYear{};  ///< 0..99
+    std::optional<int> month{};         ///< 1..12
+    std::optional<int> day{};           ///< 1..31
+    std::optional<int> year{};          ///< with its century, where ZoneRules tell it
 
     friend bool operator==(const ZoneDate&, const ZoneDate&) = default;
 };
@@ -110,34 +111,34 @@ struct ZoneField {
     ZoneFieldKind kind = ZoneFieldKind::documentCode;
 
     /// For people: fillers at the end left out, a single one between letters a blank.
-    WipedText text;
+    WipedText text{};
 
     /// As printed, after corrections, fillers included.
-    WipedText characters;
+    WipedText characters{};
 
     /// Of each character.
-    std::vector<ZonePlace> places;
+    std::vector<ZonePlace> places{};
 
     /// Of each character: 0..1. Text that comes without confidences counts as 1.
-    Wiped<float> confidences;
+    Wiped<float> confidences{};
 
     CheckDigit checkDigit = CheckDigit::nonePrinted;
 
     /// What stands for the digit itself; none where the layout has none.
-    std::optional<ZonePlace> checkDigitPlace;
+    std::optional<ZonePlace> checkDigitPlace{};
 
     /// In the characters and in the check digit.
-    Wiped<ZoneCorrection> corrections;
+    Wiped<ZoneCorrection> corrections{};
 
     /// Characters that might be others, though nothing speaks against them: read unclearly where no
     /// digit covers them, or where a second choice has the same value modulo 10 (K and <, 1 and L).
-    std::vector<ZonePlace> doubtful;
+    std::vector<ZonePlace> doubtful{};
 
     /// Dates alone.
-    std::optional<ZoneDate> date;
+    std::optional<ZoneDate> date{};
 
     /// States alone.
-    std::optional<ZoneState> state;
+    std::optional<ZoneState> state{};
 
     /// Identifiers alone: the names fill their field, so that some may have been left out.
     bool isPerhapsTruncated = false;
@@ -147,6 +148,8 @@ struct ZoneField {
 struct ZoneProblem {
     /// In the order of weight: what stands first makes most of the rest moot.
     enum class Kind : std::uint8_t {
+        tooSmall,          ///< it was found but not read: too few pixels a character
+        blurred,           ///< it was found but not read: out of focus, moved, or covered
         lineMissing,       ///< a layout's line is not there
         wrongLength,       ///< a line is longer or shorter than its layout
         notAllowed,        ///< a character stands where the layout has none such
@@ -156,8 +159,8 @@ struct ZoneProblem {
     };
 
     Kind kind = Kind::unclear;
-    std::optional<ZoneFieldKind> field;
-    std::optional<ZonePlace> place;
+    std::optional<ZoneFieldKind> field{};
+    std::optional<ZonePlace> place{};
 
     friend bool operator==(const ZoneProblem&, const ZoneProblem&) = default;
 };
@@ -178,42 +181,44 @@ struct ZoneCharacter {
     std::array<Choice, 4> choices{};
 };
 
-/// Relative to the picture: 0 to 1, origin at the upper left, y growing downwards.
-struct ZonePoint {
-    double x = 0.0;
-    double y = 0.0;
-
-    friend bool operator==(const ZonePoint&, const ZonePoint&) = default;
-};
-
 /// One line as a reader saw it, as many characters as the layout has.
 struct ZoneLineReading {
-    Wiped<ZoneCharacter> characters;
+    Wiped<ZoneCharacter> characters{};
 
     /// Around the line, as it is read: top left, top right, bottom right, bottom left. All zero for
     /// text.
-    std::array<ZonePoint, 4> corners{};
+    std::array<NormalizedPoint, 4> corners{};
 };
 
 /// The lines of one zone, from the top.
 struct ZoneReading {
-    std::vector<ZoneLineReading> lines;
+    /// Whether it could be read.
+    enum class Legibility : std::uint8_t {
+        readable,
+        tooSmall,  ///< too few pixels a character for an answer to lean on
+        blurred,   ///< out of focus, moved, or covered in large parts
+    };
+
+    std::vector<ZoneLineReading> lines{};
+    Legibility legibility = Legibility::readable;
+    double pixelsPerCharacter = 0.0;  ///< of the picture; 0: unknown
 };
 
 /// One line of a zone.
 struct ZoneLine {
-    WipedText text;  ///< after corrections
-    Wiped<float> confidences;
-    std::array<ZonePoint, 4> corners{};  ///< as in ZoneLineReading
+    WipedText text{};  ///< after corrections
+    Wiped<float> confidences{};
+    std::array<NormalizedPoint, 4> corners{};  ///< as in ZoneLineReading
 };
 
 /// A zone: what was read, what it says and what speaks against it. Personal data: never log it. A
 /// value that wipes its memory on release.
 struct MachineReadableZone {
     ZoneFormat format = ZoneFormat::td3;
-    std::vector<ZoneLine> lines;
-    std::vector<ZoneField> fields;      ///< in the order in which they are printed
-    std::vector<ZoneProblem> problems;  ///< empty: the zone is to be trusted
+    std::vector<ZoneLine> lines{};
+    std::vector<ZoneField> fields{};      ///< in the order in which they are printed
+    std::vector<ZoneProblem> problems{};  ///< empty: the zone is to be trusted
+    double pixelsPerCharacter = 0.0;      ///< of the picture; 0: unknown
 
     /// The strict answer: complete, its grammar holds, all printed check digits pass, and every
     /// character that no digit covers was read clearly. Says nothing of whether the document is
@@ -238,7 +243,7 @@ using CenturyRule =
 /// How zones are told.
 struct ZoneRules {
     /// The day on which the document is looked at. None: years keep two digits. No clock is read.
-    std::optional<CalendarDay> asOf;
+    std::optional<CalendarDay> asOf{};
 
     CenturyRule century = usualCentury;
 

@@ -2,6 +2,8 @@
 
 #include <kestrelid/Bitmap.h>
 #include <kestrelid/Export.h>
+#include <kestrelid/MachineReadableZone.h>
+#include <kestrelid/NormalizedGeometry.h>
 
 #include <array>
 #include <cstdint>
@@ -12,27 +14,6 @@
 #include <vector>
 
 namespace kestrelid {
-
-/// Relative to the bitmap: 0 to 1, origin at the lower left, y growing upwards.
-struct NormalizedPoint {
-    double x = 0.0;
-    double y = 0.0;
-
-    friend bool operator==(const NormalizedPoint&, const NormalizedPoint&) = default;
-};
-
-/// Relative to the bitmap: 0 to 1, origin at the lower left corner of both bitmap and rectangle.
-struct NormalizedRect {
-    double x = 0.0;
-    double y = 0.0;
-    double width = 0.0;
-    double height = 0.0;
-
-    /// Fraction of the bitmap's area.
-    [[nodiscard]] double area() const noexcept { return width * height; }
-
-    friend bool operator==(const NormalizedRect&, const NormalizedRect&) = default;
-};
 
 /// Which outlines are wanted.
 struct RectangleRequest {
@@ -126,6 +107,25 @@ public:
 
     /// The lines in bitmap.
     [[nodiscard]] virtual TextResult perform(const Bitmap& bitmap, const TextRequest& request) = 0;
+};
+
+/// Where zones are looked for.
+struct ZoneRequest {
+    /// Of documents, best first: they tell how a page is turned and tilted. Empty: unknown.
+    std::vector<RectangleObservation> outlines{};
+};
+
+/// The machine-readable zones that were found, best first; empty: none.
+using ZoneResult = std::variant<std::vector<ZoneReading>, RequestError>;
+
+/// Reads machine-readable zones, whichever way up they stand. Duties as for RectangleService. It
+/// gives what it saw, character by character, and neither corrects nor judges it: parseZone() does.
+class KESTRELID_EXPORT ZoneService {
+public:
+    virtual ~ZoneService();
+
+    /// The zones in bitmap.
+    [[nodiscard]] virtual ZoneResult perform(const Bitmap& bitmap, const ZoneRequest& request) = 0;
 };
 
 }  // namespace kestrelid

@@ -1,6 +1,7 @@
 #include <kestrelid/CameraManager.h>
 
 #include "base/Failures.h"
+#include "camera/ZoneWatch.h"
 
 #include <kestrelid/ImageFile.h>
 
@@ -15,6 +16,8 @@ namespace kestrelid {
 namespace {
 
 constexpr std::chrono::duration<double> kReadinessCheckDelay{1.0};
+// Two looks of a page that is laid down are enough for a strict answer.
+constexpr std::chrono::duration<double> kZoneInterval{0.15};
 constexpr std::int64_t kVerdictsToAppear = 1;     // in a row
 constexpr std::int64_t kVerdictsToDisappear = 2;  // in a row: a single blurred frame is no absence
 
@@ -85,7 +88,7 @@ CameraManager::CameraManager(CameraServices services)
       photoOutput_(services_.capture->makePhotoOutput()),
       videoOutput_(services_.capture->makeVideoDataOutput()),
       sessionQueue_(services_.makeSerialQueue("camera.session.queue")),
-      lastDetectionTime_(kDistantPast) {}
+      lastDetectionTime_(kDistantPast), lastZoneTime_(kDistantPast) {}
 
 CameraManager::~CameraManager() = default;
 
@@ -163,6 +166,13 @@ bool CameraManager::addDefaultDevice() {
 }
 
 void CameraManager::addVideoOutput() {
+    if (services_.zones && !zoneWatch_)
+        zoneWatch_ = std::make_shared<camera::ZoneWatch>(
+            services_.zones, services_.zoneRules, services_.makeSerialQueue("zone.queue"),
+            [weak = weak_from_this()](const LiveZone& zone) {
+                if (const auto self = weak.lock())
+                    self->publishZoneLater(zone);
+            });
     videoOutput_->setVideoSettings({.pixelFormat = kPixelFormat32Bgra});
     videoOutput_->setSampleBufferDelegate(weak_from_this(),
                                           services_.makeSerialQueue("video.frame.queue"));
@@ -171,18 +181,32 @@ void CameraManager::addVideoOutput() {
 
 void CameraManager::didOutput(const SampleBuffer& sampleBuffer) try {
     const WallTime now = services_.now();
-    if (now - lastDetectionTime_ < detectionInterval_)
+    const bool isJudged = now - lastDetectionTime_ >= detectionInterval_;
+    const bool isSearched =
+        zoneWatch_ && !zoneWatch_->isBusy() && now - lastZoneTime_ >= kZoneInterval;
+    if (!isJudged && !isSearched)
         return;
-    lastDetectionTime_ = now;
+    if (isJudged)
+        lastDetectionTime_ = now;
     const PixelBuffer* pixels = sampleBuffer.imageBuffer();
     if (!pixels)
         return;
-    std::optional<Bitmap> bitmap = pixels->render();
+    const std::optional<Bitmap> bitmap = pixels->render();
     if (!bitmap)
         return;
+    if (isJudged)
+        judge(*bitmap);
+    if (isSearched) {
+        lastZoneTime_ = now;
+        zoneWatch_->look(*bitmap);
+    }
+} catch (...) {
+    // A frame that memory is too short for is dropped; another one follows.
+}
+
+void CameraManager::judge(const Bitmap& frame) {
     services_.detector->validate(
-        Image(std::move(*bitmap)),
-        [weak = weak_from_this()](const PassportValidationResult& result) {
+        Image(frame), [weak = weak_from_this()](const PassportValidationResult& result) {
             std::shared_ptr<CameraManager> self = weak.lock();
             if (!self)
                 return;
@@ -193,8 +217,6 @@ void CameraManager::didOutput(const SampleBuffer& sampleBuffer) try {
                 self->handleDetectionResult(isPassport, confidence);
             });
         });
-} catch (...) {
-    // A frame that memory is too short for is dropped; another one follows.
 }
 
 void CameraManager::handleDetectionResult(bool isPassport, float confidence) {
@@ -210,6 +232,13 @@ void CameraManager::handleDetectionResult(bool isPassport, float confidence) {
             isDocumentDetected_.publish(false);
     }
     detectionConfidence_.publish(confidence);
+}
+
+void CameraManager::publishZoneLater(const LiveZone& zone) {
+    submit(*services_.mainQueue, [weak = weak_from_this(), zone] {
+        if (const auto self = weak.lock())
+            self->zone_.publish(zone);
+    });
 }
 
 void CameraManager::capturePhoto() {

@@ -5,6 +5,7 @@
 #include "vision/outlines/NetworkRectangleService.h"
 #include "vision/outlines/OpenCvRectangleService.h"
 #include "vision/text/PpOcrTextService.h"
+#include "vision/zone/NetworkZoneService.h"
 
 #include <algorithm>
 #include <list>
@@ -36,12 +37,18 @@ std::shared_ptr<RectangleService> makeRectangleService(const DefaultServicesOpti
     return makeNetworkRectangleService(options);
 }
 
+std::shared_ptr<vision::NetworkZoneService> makeZoneService(const DefaultServicesOptions& options) {
+    return std::make_shared<vision::NetworkZoneService>(
+        defaults::resourceFolders(options.resources), options.textThreads);
+}
+
 // The services of one set of options, as long as somebody owns them.
 struct SharedServices {
     DefaultServicesOptions options;
     std::weak_ptr<RectangleService> rectangles;
     std::weak_ptr<TextService> text;
     std::weak_ptr<DispatchQueue> queue;
+    std::weak_ptr<ZoneService> zones;
 };
 
 template <typename Service>
@@ -64,17 +71,20 @@ PlatformServices sharedServices(const DefaultServicesOptions& options) {
     static auto& all = *new std::list<SharedServices>;
     const std::lock_guard lock(mutex);
     std::erase_if(all, [](const SharedServices& services) {
-        return services.rectangles.expired() && services.text.expired() && services.queue.expired();
+        return services.rectangles.expired() && services.text.expired() &&
+               services.queue.expired() && services.zones.expired();
     });
     auto found = std::ranges::find(all, options, &SharedServices::options);
     if (found == all.end())
-        found = all.insert(all.end(), {.options = options, .rectangles{}, .text{}, .queue{}});
+        found =
+            all.insert(all.end(), {.options = options, .rectangles{}, .text{}, .queue{}, .zones{}});
     return {
         .rectangles = owned(found->rectangles, [&] { return makeRectangleService(options); }),
         .text = owned(
             found->text,
             [&] { return std::make_shared<vision::PpOcrTextService>(ppOcrOptions(options)); }),
         .queue = owned(found->queue, makeQueue),
+        .zones = owned(found->zones, [&] { return makeZoneService(options); }),
     };
 }
 
@@ -91,6 +101,7 @@ PlatformServices defaultServices(const DefaultServicesOptions& options) {
 std::vector<ServiceStatus> diagnose(const DefaultServicesOptions& options) {
     std::vector<ServiceStatus> all = vision::PpOcrTextService(ppOcrOptions(options)).diagnose();
     all.push_back(makeNetworkRectangleService(options)->diagnose());
+    all.push_back(makeZoneService(options)->diagnose());
     return all;
 }
 

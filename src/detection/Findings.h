@@ -12,6 +12,7 @@ namespace kestrelid::detection {
 
 inline constexpr std::string_view kRectangleRequestFailed = "Rectangle request failed:";
 inline constexpr std::string_view kTextRequestFailed = "Text request failed:";
+inline constexpr std::string_view kZoneRequestFailed = "Zone request failed:";
 
 // What stands before a failure on the console.
 struct FailureLabels {

@@ -40,30 +40,42 @@ PixelRect pixelBox(const NormalizedRect& box, const Bitmap& bitmap) {
 
 }  // namespace
 
-std::optional<RectangleObservation> findRectangle(RectangleService& service, const Console& console,
-                                                  const Bitmap& bitmap) {
-    const std::vector<RectangleObservation> rectangles = findings(
-        [&] { return service.perform(bitmap, {}); },
-        {.reported = "Rect detect error:", .notPerformed = kRectangleRequestFailed}, console);
+std::vector<RectangleObservation> findRectangles(RectangleService& service, const Console& console,
+                                                 const Bitmap& bitmap) {
+    return findings([&] { return service.perform(bitmap, {}); },
+                    {.reported = "Rect detect error:", .notPerformed = kRectangleRequestFailed},
+                    console);
+}
+
+std::optional<std::size_t> largestRectangle(const std::vector<RectangleObservation>& rectangles) {
     const auto largest =
         std::max_element(rectangles.begin(), rectangles.end(),
                          [](const RectangleObservation& a, const RectangleObservation& b) {
                              return a.boundingBox.area() < b.boundingBox.area();
                          });
-    return largest == rectangles.end() ? std::nullopt : std::optional(*largest);
+    if (largest == rectangles.end())
+        return std::nullopt;
+    return static_cast<std::size_t>(largest - rectangles.begin());
 }
 
-RectangleEvidence evaluateRectangle(const std::optional<RectangleObservation>& rectangle,
-                                    const Bitmap& bitmap) {
+RectangleEvidence evaluateRectangle(const RectangleObservation* rectangle, const Bitmap& bitmap) {
+    const PixelRect whole{.x = 0, .y = 0, .width = bitmap.width(), .height = bitmap.height()};
     if (!rectangle)
-        return {0.0, "No document rectangle found.", bitmap};
+        return {0.0, "No document rectangle found.", bitmap, whole};
     const double area = rectangle->boundingBox.area();
     const bool isLarge = area >= kRectangleAreaThreshold;
+    const PixelRect box = pixelBox(rectangle->boundingBox, bitmap);
+    const std::optional<Bitmap> part = bitmap.crop(box);
     return {isLarge ? 1.0 : std::fmin(area / kRectangleAreaThreshold, 1.0),
             (isLarge ? "Document rectangle detected (area fraction "
                      : "Rectangle present but small (area fraction ") +
                 twoDecimals(area) + ").",
-            bitmap.crop(pixelBox(rectangle->boundingBox, bitmap)).value_or(bitmap)};
+            part.value_or(bitmap),
+            part ? PixelRect{.x = std::max(box.x, 0),
+                             .y = std::max(box.y, 0),
+                             .width = part->width(),
+                             .height = part->height()}
+                 : whole};
 }
 
 }  // namespace kestrelid::detection

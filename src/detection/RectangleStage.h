@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kestrelid::detection {
 
@@ -14,14 +15,19 @@ struct RectangleEvidence {
     double score = 0.0;  // 0..1
     std::string reason;
     Bitmap textBitmap;
+    PixelRect textRegion;  // of textBitmap in the picture
 };
 
-// The outline whose bounding box has the largest area, of equal ones the first. Failures go to the
-// console and count as nothing found.
-[[nodiscard]] std::optional<RectangleObservation>
-findRectangle(RectangleService& service, const Console& console, const Bitmap& bitmap);
+// Failures go to the console and count as nothing found.
+[[nodiscard]] std::vector<RectangleObservation>
+findRectangles(RectangleService& service, const Console& console, const Bitmap& bitmap);
 
-[[nodiscard]] RectangleEvidence
-evaluateRectangle(const std::optional<RectangleObservation>& rectangle, const Bitmap& bitmap);
+// The index of the outline whose bounding box has the largest area, of equal ones the first.
+[[nodiscard]] std::optional<std::size_t>
+largestRectangle(const std::vector<RectangleObservation>& rectangles);
+
+// rectangle: null if none was found.
+[[nodiscard]] RectangleEvidence evaluateRectangle(const RectangleObservation* rectangle,
+                                                  const Bitmap& bitmap);
 
 }  // namespace kestrelid::detection

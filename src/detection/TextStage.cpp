@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace kestrelid::detection {
@@ -35,7 +36,26 @@ private:
     std::vector<bool> matched_;
 };
 
-std::string joinedLines(const std::vector<TextObservation>& lines) {
+}  // namespace
+
+std::vector<TextObservation> readLines(TextService& service, const Console& console,
+                                       const Bitmap& bitmap,
+                                       std::function<bool(std::string_view)> isEnough) {
+    TextRequest request;  // accurate, with language correction, English
+    request.isEnough = std::move(isEnough);
+    return findings([&] { return service.perform(bitmap, request); },
+                    {.reported = "Text recognition error:", .notPerformed = kTextRequestFailed},
+                    console);
+}
+
+std::function<bool(std::string_view)> untilDecided() {
+    // Shared: a service may keep the request and ask once more after its answer.
+    return [matched = std::make_shared<EntriesMatchedByLines>()](std::string_view line) {
+        return matched->isEnoughAfter(line);
+    };
+}
+
+std::string joinedText(const std::vector<TextObservation>& lines) {
     std::string text;
     bool isFirst = true;
     for (const TextObservation& line : lines) {
@@ -48,20 +68,6 @@ std::string joinedLines(const std::vector<TextObservation>& lines) {
         text += best.front().string;
     }
     return text;
-}
-
-}  // namespace
-
-std::string readText(TextService& service, const Console& console, const Bitmap& bitmap,
-                     bool onlyUntilDecided) {
-    TextRequest request;  // accurate, with language correction, English
-    if (onlyUntilDecided)
-        // Shared: a service may keep the request and ask once more after its answer.
-        request.isEnough = [matched = std::make_shared<EntriesMatchedByLines>()](
-                               std::string_view line) { return matched->isEnoughAfter(line); };
-    return joinedLines(findings(
-        [&] { return service.perform(bitmap, request); },
-        {.reported = "Text recognition error:", .notPerformed = kTextRequestFailed}, console));
 }
 
 }  // namespace kestrelid::detection

@@ -7,6 +7,7 @@ namespace kestrelid {
 
 RectangleService::~RectangleService() = default;
 TextService::~TextService() = default;
+ZoneService::~ZoneService() = default;
 
 TextObservation::TextObservation(NormalizedRect boundingBox, std::vector<RecognizedText> candidates)
     : boundingBox_(boundingBox), candidates_(std::move(candidates)) {}

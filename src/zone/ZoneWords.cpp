@@ -61,6 +61,10 @@ namespace {
 
 std::string_view whatIsWrong(ZoneProblem::Kind kind) noexcept {
     switch (kind) {
+    case ZoneProblem::Kind::tooSmall:
+        return "the picture has too few pixels for each character";
+    case ZoneProblem::Kind::blurred:
+        return "the zone is too blurred or covered to be read";
     case ZoneProblem::Kind::lineMissing:
         return "the line is missing";
     case ZoneProblem::Kind::wrongLength:

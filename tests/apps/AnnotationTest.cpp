@@ -1,6 +1,5 @@
 #include "apps/cli/Annotation.h"
 #include "apps/cli/AnnotationNames.h"
-#include "apps/cli/OutlineRecorder.h"
 #include "apps/cli/PictureJudge.h"
 #include "base/AsioQueue.h"
 
@@ -54,19 +53,20 @@ struct PictureJudgeTest : testing::Test {
                         .text = recognition,
                         .queue = std::make_shared<base::AsioQueue>("test", 2)},
                        ValidationEffort::complete};
-    const fs::path sample = fs::path(KESTRELID_SOURCE_DIR) / "samples/bangladesh-on-wood.jpg";
+    const PictureInput sample{"sample",
+                              fs::path(KESTRELID_SOURCE_DIR) / "samples/bangladesh-on-wood.jpg"};
 };
 
 TEST_F(PictureJudgeTest, GivesVerdictAndOutlinesOfEachPictureAlone) {
     recognition->found = {outline(0.1, 0.1, 0.9, 0.9), outline(0.1, 0.1, 0.6, 0.5)};
-    EXPECT_EQ(std::get<JudgedPicture>(judge.judge(sample)).outlines.size(), 2u);
+    EXPECT_EQ(std::get<JudgedPicture>(judge.judge(sample)).examination.outlines.size(), 2u);
 
     recognition->error = RequestError{"no such library"};
     EXPECT_TRUE(std::holds_alternative<JudgeError>(judge.judge(sample)));
 
     recognition->error.reset();
     recognition->found.clear();
-    EXPECT_TRUE(std::get<JudgedPicture>(judge.judge(sample)).outlines.empty());
+    EXPECT_TRUE(std::get<JudgedPicture>(judge.judge(sample)).examination.outlines.empty());
 }
 
 TEST_F(PictureJudgeTest, OutlineIsDrawnInTheColourOfTheVerdictWhateverTheFormat) {
@@ -90,13 +90,6 @@ TEST_F(PictureJudgeTest, OutlineIsDrawnInTheColourOfTheVerdictWhateverTheFormat)
     EXPECT_TRUE(annotated(picture).bitmap());
     picture.image = Image();
     EXPECT_FALSE(annotated(picture).bitmap());
-}
-
-TEST(ChosenOutlineTest, IsTheLargestAndOfEqualsTheFirst) {
-    EXPECT_FALSE(chosenOutline({}));
-    const std::vector<RectangleObservation> outlines{
-        outline(0.1, 0.1, 0.3, 0.3), outline(0.0, 0.0, 0.5, 0.4), outline(0.0, 0.0, 0.4, 0.5)};
-    EXPECT_EQ(chosenOutline(outlines)->boundingBox.width, 0.5);
 }
 
 TEST(AnnotationNamesTest, StayInTheFolderAndNeverMeetEachOtherOrAnInput) {

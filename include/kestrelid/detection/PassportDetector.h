@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kestrelid/DispatchQueue.h>
+#include <kestrelid/Examination.h>
 #include <kestrelid/Export.h>
 #include <kestrelid/Image.h>
 #include <kestrelid/PassportValidationResult.h>
@@ -40,14 +41,18 @@ struct PlatformServices {
     /// never what was read. Any thread, several at once; what it throws is dropped. Empty: standard
     /// output.
     std::function<void(std::string_view line)> console{};
+
+    /// For examine() alone; null: it finds no zone.
+    std::shared_ptr<ZoneService> zones{};
 };
 
-/// Why judge() has no verdict.
+/// Why judge() or examineNow() has no answer.
 struct NoVerdict {
     /// Which of the causes it is.
     enum class Reason : std::uint8_t {
         timedOut,   ///< none came in time; the call goes on, and its verdict is dropped
-        abandoned,  ///< the detector will not answer: its last owner has let go of it, say
+        abandoned,  ///< the detector will not answer: its last owner has let go of it, or the
+                    ///< examination was told to stop
         failed,     ///< the waiting itself failed, for want of memory
     };
 
@@ -57,6 +62,9 @@ struct NoVerdict {
 
 /// What judge() gives.
 using Judgement = std::variant<PassportValidationResult, NoVerdict>;
+
+/// What examineNow() gives.
+using ExaminationResult = std::variant<Examination, NoVerdict>;
 
 /// Gives create() the services of this machine. DefaultServices.h, which PassportDetector.h
 /// includes, completes it; the detector itself knows no adapter.
@@ -103,6 +111,21 @@ public:
     [[nodiscard]] Judgement judge(const Image& image,
                                   std::chrono::duration<double> timeout = std::chrono::minutes(1));
 
+    /// Gets the examination; as Completion otherwise.
+    using ExaminationCompletion = std::function<void(const Examination& examination)>;
+
+    /// Everything that one look gives: the verdict as validate() gives it, and beside it outlines,
+    /// lines, machine-readable zones and how good the picture is. Returns at once; completion is
+    /// called as validate() calls it, and not at all once options.stop is requested before the last
+    /// part. A part that fails is a line on the console and nothing found.
+    void examine(const Image& image, ExaminationCompletion completion,
+                 ExaminationOptions options = {});
+
+    /// Examines and waits, timeout seconds at most. Not for a thread that must not wait.
+    [[nodiscard]] ExaminationResult
+    examineNow(const Image& image, ExaminationOptions options = {},
+               std::chrono::duration<double> timeout = std::chrono::minutes(1));
+
     /// The printed words that speak for a passport: one list for all detectors, repeated entries
     /// count again.
     [[nodiscard]] std::span<const std::string_view> keywords() const noexcept { return keywords_; }
@@ -141,6 +164,11 @@ protected:
 
 private:
     struct Call;
+    struct Examining;
+
+    // examining: null for a validation.
+    void start(const Image& image, Completion completion,
+               std::unique_ptr<Examining> examining) noexcept;
 
     const std::span<const std::string_view> keywords_;
     const std::int64_t keywordMatchThreshold_;

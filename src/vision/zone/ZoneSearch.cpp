@@ -1,0 +1,389 @@
+#include "vision/zone/ZoneSearch.h"
+
+#include "vision/zone/LineCandidates.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+#include <utility>
+
+namespace kestrelid::vision {
+namespace {
+
+constexpr std::size_t kGlanced = 10;       // candidates; a page of print has many more
+constexpr std::size_t kGlancedAtOnce = 5;  // before it is asked whether that will do
+constexpr std::size_t kTries = 4;          // lines that a zone is built around, each way up
+// Of a candidate's length over all layouts: 44, 36 or 30 characters are within what the network
+// reads when they are taken for this many.
+constexpr double kGlancedCharacters = 36.6;
+
+constexpr std::size_t kGlanceMarks = 6;
+constexpr float kGlanceProbability = 0.6f;
+constexpr float kSureGlance = 0.97f;  // hardly anything but a zone is read as surely
+constexpr float kLineProbability = 0.5f;
+constexpr float kSureLine = 0.9f;
+constexpr float kSureZone = 0.95f;           // quality
+constexpr float kStraight = 0.98f;           // hardly better when read again
+constexpr float kWorthStraightening = 0.4f;  // below, it is no zone
+constexpr std::size_t kLineMarks = 14;    // few enough for a name's line whose fillers are hidden
+constexpr std::size_t kFirstMarks = 24;   // of the line that a zone is built around
+constexpr double kCardCharacters = 33.0;  // longer lines are no card's of three lines
+
+constexpr double kSameLine = 0.7;  // pitches between the middles of one line found twice
+
+// Between the middles of a zone's neighbouring lines, in pitches: 2.5 as printed.
+constexpr double kNearest = 1.15;
+constexpr double kFarthest = 3.6;
+
+// Where a neighbour is looked for, likeliest first.
+constexpr std::array<std::array<double, 2>, 2> kNeighbours{{{2.5, 2.5}, {2.2, 2.8}}};
+
+// Moves of the two ends, in pitches, for a line that was not met in its middle.
+constexpr std::array<std::pair<double, double>, 4> kMoves{
+    {{-0.18, -0.18}, {0.18, 0.18}, {-0.2, 0.2}, {0.2, -0.2}}};
+
+Stretch moved(const Stretch& stretch, double atStart, double atEnd) {
+    const cv::Point2d down = stretch.line.down() * stretch.pitch;
+    Stretch result = stretch;
+    result.line = {stretch.line.start + down * atStart, stretch.line.end + down * atEnd};
+    return result;
+}
+
+bool isPlausible(const Stretch& stretch) {
+    constexpr double kLeastPitch = 2.5;  // pixels of the view
+    constexpr double kLeastCharacters = 10.0;
+    return stretch.pitch > kLeastPitch && stretch.line.length() > kLeastCharacters * stretch.pitch;
+}
+
+// A zone's lines in the making.
+class Search {
+public:
+    Search(const LineReader& reader, const PictureLevels& picture)
+        : reader_(reader), picture_(picture) {}
+
+    Expected<std::vector<FoundZone>> run() {
+        const cv::Mat1b look = picture_.sample(reader_.view().toPicture, reader_.view().size);
+        std::array<std::vector<Rated>, 2> ways;  // one way up, and the other
+        if (auto error = rate(lineCandidates(look), ways))
+            return *error;
+        if (ways[1].front().probability > ways[0].front().probability)
+            std::swap(ways[0], ways[1]);
+        std::vector<FoundZone> found;
+        for (const auto& stretches : ways) {
+            if (auto error = readWay(stretches, found))
+                return *error;
+            if (!found.empty() && found.front().quality > kSureZone)
+                break;
+        }
+        std::ranges::stable_sort(
+            found, [](const FoundZone& a, const FoundZone& b) { return a.quality > b.quality; });
+        return found;
+    }
+
+private:
+    using Trouble = std::optional<Failure>;
+
+    struct Rated {
+        float probability = 0.0f;
+        Stretch stretch;
+    };
+
+    // The candidates that read like a zone's lines, best first, and one that does not at the end.
+    Trouble rate(const std::vector<Baseline>& candidates,
+                 std::array<std::vector<Rated>, 2>& ways) const {
+        std::vector<Stretch> stretches;
+        std::size_t glanced = 0;
+        const auto glance = [&]() -> Trouble {
+            const auto glances = reader_.glance(stretches);
+            if (!glances)
+                return Failure(glances.error());
+            for (std::size_t index = 0; index < stretches.size(); ++index) {
+                const LineScores& scores = (*glances)[index];
+                if (scores.marks().size() >= kGlanceMarks &&
+                    scores.meanProbability() > kGlanceProbability)
+                    ways[index % 2].push_back({scores.meanProbability(), stretches[index]});
+            }
+            stretches.clear();
+            return std::nullopt;
+        };
+        const auto isEnough = [&] {
+            return std::ranges::any_of(ways, [](const auto& way) {
+                return std::ranges::any_of(
+                    way, [](const Rated& one) { return one.probability > kSureGlance; });
+            });
+        };
+        for (const Baseline& line : candidates) {
+            const Stretch stretch{line, line.length() / kGlancedCharacters};
+            if (!isPlausible(stretch))
+                continue;
+            stretches.push_back(stretch);
+            stretches.push_back({line.reversed(), stretch.pitch});
+            if (++glanced % kGlancedAtOnce == 0) {
+                if (auto error = glance())
+                    return error;
+            }
+            if (glanced == kGlanced || isEnough())
+                break;
+        }
+        if (!stretches.empty()) {
+            if (auto error = glance())
+                return error;
+        }
+        for (auto& way : ways) {
+            std::ranges::stable_sort(way, std::greater{}, &Rated::probability);
+            way.emplace_back();
+        }
+        return std::nullopt;
+    }
+
+    // The zones that stand that way up.
+    Trouble readWay(const std::vector<Rated>& stretches, std::vector<FoundZone>& found) const {
+        std::vector<SeenLine> known;  // every line read so far
+        std::size_t tries = 0;
+        for (const Rated& rated : stretches) {
+            if (rated.probability == 0.0f || tries == kTries)
+                break;
+            const SeenLine candidate{rated.stretch, LineScores({})};
+            if (std::ranges::any_of(known, [&](const SeenLine& line) {
+                    return std::abs(line.distanceTo(candidate)) < kSameLine;
+                }))
+                continue;
+            // Once there is a zone, another one has to be as clear to be worth the time.
+            if (!found.empty() && rated.probability < kSureGlance)
+                break;
+            ++tries;
+            auto read = reader_.read({&rated.stretch, 1});
+            if (!read)
+                return Failure(read.error());
+            auto line = refined(std::move(read->front()));
+            if (!line)
+                return Failure(line.error());
+            known.push_back(*line);
+            if (line->count() < kFirstMarks || line->scores.meanProbability() <= kLineProbability)
+                continue;
+            auto stack = stackAround(*std::move(line));
+            if (!stack)
+                return Failure(stack.error());
+            known.insert(known.end(), stack->begin(), stack->end());
+            if (auto error = addZone(*stack, found))
+                return error;
+        }
+        return std::nullopt;
+    }
+
+    // The line with the stretch where its characters were seen; read again where that went badly.
+    Expected<SeenLine> refined(SeenLine line) const {
+        const auto seen = line.seen();
+        if (!seen || !isPlausible(*seen))
+            return line;
+        std::vector<Stretch> tries{*seen};
+        if (line.scores.meanProbability() > kSureLine)
+            tries.clear();
+        else if (line.scores.meanProbability() < 0.8f) {
+            for (const auto& [atStart, atEnd] : kMoves)
+                tries.push_back(moved(*seen, atStart, atEnd));
+        }
+        auto read = reader_.read(tries);
+        if (!read)
+            return Failure(read.error());
+        for (SeenLine& other : *read) {
+            if (other.weight() > line.weight())
+                line = std::move(other);
+        }
+        return line;
+    }
+
+    // What stands above (side -1) or below (side 1) the line at which distances are tried.
+    Expected<std::optional<SeenLine>> neighbour(const SeenLine& line, int side) const {
+        const Stretch stretch = line.seen().value_or(line.stretch);
+        for (const auto& distances : kNeighbours) {
+            std::vector<Stretch> tries;
+            for (const double distance : distances) {
+                if (tries.empty() || distance != distances.front())
+                    tries.push_back(moved(stretch, side * distance, side * distance));
+            }
+            auto read = reader_.read(tries);
+            if (!read)
+                return Failure(read.error());
+            auto best = std::ranges::max_element(*read, {}, &SeenLine::weight);
+            if (best->count() < kLineMarks || best->scores.meanProbability() < kLineProbability)
+                continue;
+            auto better = refined(std::move(*best));
+            if (!better)
+                return Failure(better.error());
+            const double distance = side * line.distanceTo(*better);
+            if (distance > kNearest && distance < kFarthest)
+                return std::optional(*std::move(better));
+        }
+        return std::optional<SeenLine>();
+    }
+
+    // The line with those above and below it, from the top.
+    Expected<std::vector<SeenLine>> stackAround(SeenLine line) const {
+        const auto seen = line.seen();
+        const bool mayBeCard = !seen || seen->line.length() < kCardCharacters * seen->pitch;
+        const std::size_t most = mayBeCard ? 3 : 2;
+        std::vector<SeenLine> stack{std::move(line)};
+        for (const int side : {-1, 1}) {
+            while (stack.size() < most) {
+                auto next = neighbour(side > 0 ? stack.back() : stack.front(), side);
+                if (!next)
+                    return Failure(next.error());
+                if (!*next)
+                    break;
+                stack.insert(side > 0 ? stack.end() : stack.begin(), **std::move(next));
+            }
+        }
+        return stack;
+    }
+
+    // All lines over the stretch that any of them covers, with a pitch that fits all.
+    Expected<std::vector<SeenLine>> levelled(const std::vector<SeenLine>& stack) const {
+        double pitch = 0.0;
+        std::vector<Stretch> seen;
+        for (const SeenLine& line : stack) {
+            seen.push_back(line.seen().value_or(line.stretch));
+            pitch += seen.back().pitch / static_cast<double>(stack.size());
+        }
+        double nearest = kFarthest;
+        for (std::size_t index = 1; index < stack.size(); ++index)
+            nearest = std::min(nearest, std::abs(stack[index - 1].distanceTo(stack[index])));
+        // In a squeezed picture the neighbours would come into view.
+        constexpr double kSqueezed = 1.85;  // pitches
+        const double tall = nearest < kSqueezed ? std::max(1.0, 0.8 * nearest) : ZoneNetwork::kTall;
+        std::vector<Stretch> stretches;
+        for (const Stretch& one : seen) {
+            const cv::Point2d along = one.line.along();
+            double first = 0.0;
+            double last = one.line.length();
+            for (const Stretch& other : seen) {
+                first = std::min(first, (other.line.start - one.line.start).dot(along));
+                last = std::max(last, (other.line.end - one.line.start).dot(along));
+            }
+            stretches.push_back(
+                {{one.line.start + along * first, one.line.start + along * last}, pitch, tall});
+        }
+        return reader_.read(stretches);
+    }
+
+    struct Layout {
+        std::size_t lines;
+        std::size_t characters;
+    };
+
+    // Which layouts have lines of about that length.
+    static std::vector<Layout> layoutsFor(std::size_t lines, double characters) {
+        constexpr std::array<Layout, 4> kLayouts{{{3, 30}, {2, 44}, {2, 36}, {1, 30}}};
+        constexpr double kOff = 3.0;  // characters; a hidden end or a stain beside the line
+        std::vector<Layout> all;
+        for (const Layout& layout : kLayouts) {
+            if (layout.lines <= lines &&
+                std::abs(characters - static_cast<double>(layout.characters)) <= kOff)
+                all.push_back(layout);
+        }
+        return all;
+    }
+
+    std::optional<FoundZone> zoneOf(std::span<const SeenLine> lines, std::size_t characters) const {
+        FoundZone zone;
+        zone.quality = 1.0f;
+        for (const SeenLine& line : lines) {
+            auto aligned = line.scores.align(characters);
+            if (!aligned)
+                return std::nullopt;
+            zone.quality *= std::pow(aligned->quality, 1.0f / static_cast<float>(lines.size()));
+            const double perCharacter = (aligned->frames.back() - aligned->frames.front()) /
+                                        static_cast<double>(characters - 1);
+            zone.reading.lines.push_back(
+                {.characters = std::move(aligned->characters),
+                 .corners = corners(line, aligned->frames.front() - perCharacter / 2.0,
+                                    aligned->frames.back() + perCharacter / 2.0)});
+        }
+        const auto& corners = zone.reading.lines.front().corners;
+        zone.reading.pixelsPerCharacter =
+            std::hypot((corners[1].x - corners[0].x) * picture_.size().width,
+                       (corners[1].y - corners[0].y) * picture_.size().height) /
+            static_cast<double>(characters);
+        return zone;
+    }
+
+    // The zone of lines that stand one below the other: the layout that fits best.
+    std::optional<FoundZone> bestZone(const std::vector<SeenLine>& lines) const {
+        double longest = 0.0;
+        for (const SeenLine& line : lines) {
+            if (const auto seen = line.seen())
+                longest = std::max(longest, seen->line.length() / seen->pitch);
+        }
+        std::optional<FoundZone> best;
+        for (const Layout& layout : layoutsFor(lines.size(), longest)) {
+            for (std::size_t first = 0; first + layout.lines <= lines.size(); ++first) {
+                auto zone =
+                    zoneOf(std::span(lines).subspan(first, layout.lines), layout.characters);
+                if (zone && (!best || zone->quality > best->quality))
+                    best = std::move(zone);
+            }
+        }
+        return best;
+    }
+
+    // A page that curls lifts an end of its lines: each is read again beside where it was seen.
+    Trouble straighten(std::vector<SeenLine>& lines) const {
+        for (SeenLine& line : lines) {
+            std::vector<Stretch> tries;
+            for (const auto& [atStart, atEnd] : kMoves)
+                tries.push_back(moved(line.stretch, atStart, atEnd));
+            auto read = reader_.read(tries);
+            if (!read)
+                return Failure(read.error());
+            for (SeenLine& other : *read) {
+                if (other.weight() > line.weight())
+                    line = std::move(other);
+            }
+        }
+        return std::nullopt;
+    }
+
+    Trouble addZone(const std::vector<SeenLine>& stack, std::vector<FoundZone>& found) const {
+        auto lines = levelled(stack);
+        if (!lines)
+            return Failure(lines.error());
+        auto zone = bestZone(*lines);
+        if (zone && zone->quality > kWorthStraightening && zone->quality < kStraight) {
+            if (auto error = straighten(*lines))
+                return error;
+            auto again = bestZone(*lines);
+            if (again && again->quality > zone->quality)
+                zone = std::move(again);
+        }
+        if (zone)
+            found.push_back(*std::move(zone));
+        return std::nullopt;
+    }
+
+    std::array<NormalizedPoint, 4> corners(const SeenLine& line, double first, double last) const {
+        constexpr double kHalfHeight = 0.8;  // pitches, of a character
+        const cv::Point2d down = line.stretch.line.down() * (line.stretch.pitch * kHalfHeight);
+        const cv::Point2d start = line.at(first);
+        const cv::Point2d end = line.at(last);
+        const auto inPicture = [&](const cv::Point2d& point) {
+            const cv::Vec3d mapped = reader_.view().toPicture * cv::Vec3d(point.x, point.y, 1.0);
+            return NormalizedPoint{(mapped[0] / mapped[2] + 0.5) / picture_.size().width,
+                                   1.0 - (mapped[1] / mapped[2] + 0.5) / picture_.size().height};
+        };
+        return {inPicture(start - down), inPicture(end - down), inPicture(end + down),
+                inPicture(start + down)};
+    }
+
+    const LineReader& reader_;
+    const PictureLevels& picture_;
+};
+
+}  // namespace
+
+Expected<std::vector<FoundZone>> searchZones(const LineReader& reader,
+                                             const PictureLevels& picture) {
+    return Search(reader, picture).run();
+}
+
+}  // namespace kestrelid::vision

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "vision/zone/PictureLevels.h"
+
+#include <kestrelid/VisionServices.h>
+
+#include <opencv2/core.hpp>
+
+#include <vector>
+
+namespace kestrelid::vision {
+
+// A look at a picture in which a zone's lines should run along the rows, one way up or the other.
+struct ZoneView {
+    cv::Matx33d toPicture;  // from pixels of the view
+    cv::Size size;
+};
+
+// A document, flattened: as it lies and by a quarter turn. None where the outline has no area.
+[[nodiscard]] std::vector<ZoneView> viewsOfOutline(const RectangleObservation& outline,
+                                                   cv::Size picture);
+
+// The whole picture, turned so that what looks like rows of print runs along the rows: as it lies
+// and by a quarter turn, the likelier way first.
+[[nodiscard]] std::vector<ZoneView> viewsOfPicture(const PictureLevels& picture);
+
+}  // namespace kestrelid::vision
