@@ -238,7 +238,7 @@ using CenturyRule =
 /// How zones are told.
 struct ZoneRules {
     /// The day on which the document is looked at. None: years keep two digits. No clock is read.
-    std::optional<CalendarDay> asOf;
+    std::optional<CalendarDay> asOf = std::nullopt;
 
     CenturyRule century = usualCentury;
 

@@ -21,6 +21,7 @@ struct Group {
     std::vector<ZonePlace> places;  // the field's own digit last, if it has one
     std::vector<int> own;           // weight of each place in the field's own digit; empty: none
     std::vector<int> composite;     // in the composite one
+    bool mayHoldFillers = true;     // a filler would end a long number
 };
 
 int residue(const ZoneGrid& grid, const std::vector<ZonePlace>& places,
@@ -141,8 +142,10 @@ std::vector<Step> stepsOf(const ZoneGrid& grid, const Group& group) {
     std::vector<Step> steps;
     for (std::size_t i = 0; i < group.places.size(); ++i) {
         const Cell& cell = grid.at(group.places[i]);
-        for (int choice = 1; choice < cell.allowedCount; ++choice) {
+        for (int choice = 1; choice < cell.allowedCount && !cell.dependsOnOthers; ++choice) {
             const auto& other = cell.allowed[static_cast<std::size_t>(choice)];
+            if (other.character == '<' && !group.mayHoldFillers)
+                continue;
             const float cost = std::log(cell.allowed[0].probability / other.probability);
             const int change = valueOf(other.character) - valueOf(cell.allowed[0].character) + 40;
             if (cost <= kMaximumCost)
@@ -249,10 +252,16 @@ Checks checkAndCorrect(ZoneGrid& grid) {
         DigitCheck check = checkOf(grid, field);
         std::vector<ZonePlace> places = check.covered;
         places.push_back(check.digit);
+        const bool isLong = check.digit != field.digitPlace();
         std::erase_if(rest, [&](ZonePlace place) {
-            return std::find(places.begin(), places.end(), place) != places.end();
+            // The fillers that stand for a long number's digit and behind it stay what they are.
+            const bool isMark =
+                isLong && (place == field.digitPlace() ||
+                           place == ZonePlace{check.digit.line, check.digit.column + 1});
+            return isMark || std::find(places.begin(), places.end(), place) != places.end();
         });
-        const Group group = groupOf(layout, std::move(places), true);
+        Group group = groupOf(layout, std::move(places), true);
+        group.mayHoldFillers = !isLong;
         Solutions found = solve(grid, group);
         const Solutions::Best best = found.best();
         check.result = resultOf(grid, check, best.first && best.first->changes.empty());
