@@ -85,6 +85,7 @@ struct CalendarDay {
     int month = 1;  ///< 1..12
     int day = 1;    ///< 1..31
 
+    /// The earlier day is the smaller one.
     friend auto operator<=>(const CalendarDay&, const CalendarDay&) = default;
 };
 
@@ -170,6 +171,7 @@ struct ZoneProblem {
 
 /// One character as a reader saw it.
 struct ZoneCharacter {
+    /// What it may be.
     struct Choice {
         char character = '<';      ///< A..Z, 0..9 or <; of text also others
         float probability = 0.0f;  ///< 0..1

@@ -39,16 +39,13 @@ bool namesState(const ZoneGrid& grid) {
 
 bool isZone(const Fit& fit) {
     const ZoneLayout& layout = fit.grid.layout();
-    const int strangers = fit.grid.strangers();
-    if (strangers * kPlacesAStranger > layout.lineCount * layout.length)
-        return false;
     if (std::find(fit.lines.begin(), fit.lines.end(), nullptr) != fit.lines.end())
         return fit.checks.failed() == 0 && fit.checks.composite == CheckDigit::passed;
     if (!fit.grid.isComplete())
         return fit.checks.passed() >= kDigitsInPart;
     if (layout.format == ZoneFormat::drivingLicence && !namesState(fit.grid))
         return false;
-    return strangers == 0 || fit.checks.passed() > 0;
+    return fit.grid.strangers() == 0 || fit.checks.passed() > 0;
 }
 
 // The layout's line that may be missing: that of the names, where no digit covers them.
@@ -93,7 +90,7 @@ std::optional<Lines> linesFor(const ZoneLayout& layout, std::span<const ZoneLine
 
 std::optional<Fit> fitOf(const ZoneLayout& layout, Lines lines) {
     ZoneGrid grid(layout, lines);
-    if (!grid.hasPrefix())
+    if (!grid.hasPrefix() || grid.strangers() * kPlacesAStranger > layout.lineCount * layout.length)
         return std::nullopt;
     Checks checks = checkAndCorrect(grid);
     Fit fit{std::move(grid), std::move(checks), std::move(lines)};

@@ -21,6 +21,7 @@ struct Group {
     std::vector<ZonePlace> places;  // the field's own digit last, if it has one
     std::vector<int> own;           // weight of each place in the field's own digit; empty: none
     std::vector<int> composite;     // in the composite one
+    bool mayHoldFillers = true;     // a filler would end a long number
 };
 
 int residue(const ZoneGrid& grid, const std::vector<ZonePlace>& places,
@@ -141,8 +142,10 @@ std::vector<Step> stepsOf(const ZoneGrid& grid, const Group& group) {
     std::vector<Step> steps;
     for (std::size_t i = 0; i < group.places.size(); ++i) {
         const Cell& cell = grid.at(group.places[i]);
-        for (int choice = 1; choice < cell.allowedCount; ++choice) {
+        for (int choice = 1; choice < cell.allowedCount && !cell.dependsOnOthers; ++choice) {
             const auto& other = cell.allowed[static_cast<std::size_t>(choice)];
+            if (other.character == '<' && !group.mayHoldFillers)
+                continue;
             const float cost = std::log(cell.allowed[0].probability / other.probability);
             const int change = valueOf(other.character) - valueOf(cell.allowed[0].character) + 40;
             if (cost <= kMaximumCost)
@@ -211,6 +214,68 @@ CheckDigit resultOf(const ZoneGrid& grid, const DigitCheck& check, bool fits) {
                                                        : CheckDigit::passed;
 }
 
+// A field with a digit of its own, and what would fit it.
+struct FieldSearch {
+    DigitCheck check;
+    Group group;
+    Solutions found;
+};
+
+FieldSearch searchIn(const ZoneGrid& grid, const FieldLayout& field) {
+    FieldSearch search{checkOf(grid, field), {}, {}};
+    DigitCheck& check = search.check;
+    std::vector<ZonePlace> places = check.covered;
+    places.push_back(check.digit);
+    search.group = groupOf(grid.layout(), std::move(places), true);
+    search.group.mayHoldFillers = !check.isLong();
+    search.found = solve(grid, search.group);
+    const auto best = search.found.best().first;
+    check.result = resultOf(grid, check, best && best->changes.empty());
+    return search;
+}
+
+// Whether a place that the composite digit covers may be changed for its sake alone.
+bool isFree(ZonePlace place, const std::vector<FieldSearch>& searches) {
+    return std::none_of(searches.begin(), searches.end(), [&](const FieldSearch& search) {
+        const DigitCheck& check = search.check;
+        // The fillers that stand for a long number's digit and behind it stay what they are.
+        const bool isMark =
+            check.isLong() && (place == check.field->digitPlace() ||
+                               place == ZonePlace{check.digit.line, check.digit.column + 1});
+        const auto& places = search.group.places;
+        return isMark || std::find(places.begin(), places.end(), place) != places.end();
+    });
+}
+
+// Decides between what fits the fields. Changes none whose own digit holds, and says nothing where
+// one cannot be mended.
+bool decideByComposite(ZoneGrid& grid, const std::vector<FieldSearch>& searches,
+                       std::vector<ZonePlace>& rivals) {
+    std::vector<ZonePlace> rest = compositePlaces(grid.layout());
+    if (rest.empty() || !areAllowed(grid, rest))
+        return false;
+    std::erase_if(rest, [&](ZonePlace place) { return !isFree(place, searches); });
+    Solutions whole = solve(grid, groupOf(grid.layout(), rest, false));
+    for (const FieldSearch& search : searches) {
+        if (search.check.result == CheckDigit::failed)
+            whole = whole.combined(search.found);
+        else
+            whole = whole.combined(
+                Solutions::unchanged(residue(grid, search.group.places, search.group.composite)));
+    }
+    return takeOnly(grid, whole.at(0), rivals);
+}
+
+CheckDigit compositeResult(const ZoneGrid& grid) {
+    const std::vector<ZonePlace> places = compositePlaces(grid.layout());
+    if (places.empty())
+        return CheckDigit::nonePrinted;
+    const Group group = groupOf(grid.layout(), places, false);
+    return areAllowed(grid, places) && residue(grid, places, group.composite) == 0
+               ? CheckDigit::passed
+               : CheckDigit::failed;
+}
+
 }  // namespace
 
 const DigitCheck* Checks::of(const FieldLayout& field) const noexcept {
@@ -236,51 +301,21 @@ int Checks::failed() const noexcept {
 }
 
 Checks checkAndCorrect(ZoneGrid& grid) {
-    const ZoneLayout& layout = grid.layout();
+    std::vector<FieldSearch> searches;
+    for (const FieldLayout& field : grid.layout().fields) {
+        if (field.digit != DigitRule::none)
+            searches.push_back(searchIn(grid, field));
+    }
     Checks checks;
-    std::vector<Solutions> solutions;
-    std::vector<ZonePlace> rest = compositePlaces(layout);
-    const std::vector<ZonePlace> covered = rest;
-    bool canDecide = !covered.empty() && areAllowed(grid, covered);
-    Solutions whole = Solutions::unchanged(0);
-    for (const FieldLayout& field : layout.fields) {
-        if (field.digit == DigitRule::none)
-            continue;
-        DigitCheck check = checkOf(grid, field);
-        std::vector<ZonePlace> places = check.covered;
-        places.push_back(check.digit);
-        std::erase_if(rest, [&](ZonePlace place) {
-            return std::find(places.begin(), places.end(), place) != places.end();
-        });
-        const Group group = groupOf(layout, std::move(places), true);
-        Solutions found = solve(grid, group);
-        const Solutions::Best best = found.best();
-        check.result = resultOf(grid, check, best.first && best.first->changes.empty());
-        // The composite digit never changes a field whose own digit holds, and says nothing of one
-        // that cannot be mended.
-        canDecide = canDecide && best.first;
-        if (canDecide)
-            whole = whole.combined(
-                check.result == CheckDigit::failed
-                    ? found
-                    : Solutions::unchanged(residue(grid, group.places, group.composite)));
-        solutions.push_back(std::move(found));
+    const bool isDecided = decideByComposite(grid, searches, checks.rivals);
+    for (FieldSearch& search : searches) {
+        DigitCheck& check = search.check;
+        const bool isMended = isDecided && check.result == CheckDigit::failed;
+        if (isMended || takeOnly(grid, search.found.best(), checks.rivals))
+            check.result = resultOf(grid, check, true);
         checks.fields.push_back(std::move(check));
     }
-    const bool isDecided =
-        canDecide && takeOnly(grid, whole.combined(solve(grid, groupOf(layout, rest, false))).at(0),
-                              checks.rivals);
-    for (std::size_t i = 0; i < checks.fields.size(); ++i) {
-        DigitCheck& check = checks.fields[i];
-        const bool isMended = isDecided && check.result == CheckDigit::failed;
-        if (isMended || takeOnly(grid, solutions[i].best(), checks.rivals))
-            check.result = resultOf(grid, check, true);
-    }
-    if (!covered.empty()) {
-        const bool fits = areAllowed(grid, covered) &&
-                          residue(grid, covered, groupOf(layout, covered, false).composite) == 0;
-        checks.composite = fits ? CheckDigit::passed : CheckDigit::failed;
-    }
+    checks.composite = compositeResult(grid);
     return checks;
 }
 

@@ -13,6 +13,9 @@ struct DigitCheck {
     std::vector<ZonePlace> covered;
     ZonePlace digit;
     CheckDigit result = CheckDigit::failed;
+
+    // Whether the number goes on in the next field.
+    [[nodiscard]] bool isLong() const noexcept { return digit != field->digitPlace(); }
 };
 
 struct Checks {

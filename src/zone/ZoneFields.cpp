@@ -132,8 +132,7 @@ private:
     // How many characters of the optional data belong to a long document number.
     [[nodiscard]] int longNumberEnd() const {
         for (const DigitCheck& check : checks_.fields) {
-            if (check.field->digit == DigitRule::longNumber &&
-                check.digit != check.field->digitPlace())
+            if (check.isLong())
                 return static_cast<int>(check.covered.size()) - check.field->length + 1;
         }
         return 0;

@@ -55,6 +55,7 @@ void ZoneGrid::decide(ZonePlace place, Alphabet alphabet, std::string_view befor
     const auto choices = orderly(line->characters[static_cast<std::size_t>(place.column)]);
     Cell& cell = at(place);
     cell.read = choices[0];
+    cell.dependsOnOthers = alphabet == Alphabet::names || alphabet == Alphabet::state;
     for (const ZoneCharacter::Choice& choice : choices) {
         const auto known =
             std::span(cell.allowed).first(static_cast<std::size_t>(cell.allowedCount));

@@ -16,6 +16,9 @@ struct Cell {
     int taken = 0;                                   // index into allowed
     bool isTakenByCheckDigit = false;
 
+    // What may stand here depends on what stands before, so that no check digit changes it.
+    bool dependsOnOthers = false;
+
     [[nodiscard]] bool isAllowed() const noexcept { return allowedCount > 0; }
     [[nodiscard]] ZoneCharacter::Choice now() const noexcept {
         return isAllowed() ? allowed[static_cast<std::size_t>(taken)] : read;

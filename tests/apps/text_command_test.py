@@ -1,4 +1,4 @@
-"""kestrelid text and doctor, and what all commands share, as a user calls them."""
+"""kestrelid text, zone and doctor, and what all commands share, as a user calls them."""
 
 import json
 import re
@@ -10,7 +10,8 @@ from command_line import ROOT, CommandLineTest, json_lines, run
 class WrongUsage(CommandLineTest):
     def test_is_one_line_and_status_2(self):
         for arguments in [
-            [], ["frobnicate"], ["--frobnicate"], ["text", "--jobs", "2"], ["doctor", "a.jpg"], ["text", "--\x1b[31m\n"],
+            [], ["frobnicate"], ["--frobnicate"], ["text", "--jobs", "2"], ["doctor", "a.jpg"], ["text", "--\x1b[31m\n"], ["zone", "a.txt"],
+            ["zone", "--text", "--as-of", "2026-02-30"], ["zone", "--text", "--as-of", "today"],
             ["validate"], ["validate", "--json"], ["validate", "-", "a.jpg", "-"],
         ]:
             self.assert_wrong_usage(*arguments)
@@ -22,11 +23,11 @@ class WrongUsage(CommandLineTest):
 
     def test_help_has_examples_and_every_option_is_completed_and_in_the_manual(self):
         manual = (ROOT / "packaging/man/kestrelid.1").read_text()
-        for command in ["", "validate", "text", "watch", "doctor"]:
+        for command in ["", "validate", "text", "zone", "watch", "doctor"]:
             result = run(*command.split(), "--help")
             self.assertEqual((result.returncode, result.stderr), (0, b""))
             self.assertIn(b"Examples:", result.stdout)
-            options = re.findall(r"(?<!\S)(?:-\w,)?(--[a-z]+)", result.stdout.decode())
+            options = re.findall(r"(?m)^  (?:-\w,)?(--[a-z-]+)", result.stdout.decode())
             script = (
                 f"source {ROOT}/packaging/completion/kestrelid; COMP_WORDS=(kestrelid {command} --); "
                 'COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _kestrelid; echo "${COMPREPLY[@]}"'
@@ -83,6 +84,46 @@ class Text(CommandLineTest):
         for arguments in [["text", path], ["text", "--json", path], ["text", path.with_suffix(".no")]]:
             output = run(*arguments)
             self.assertNotRegex((output.stdout + output.stderr).decode(), "[\x00-\x09\x0b-\x1f\x7f-\x9f\u202e]")
+
+
+class Zone(CommandLineTest):
+    FIRST = b"P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<\n"
+    SECOND = b"L898902C36UTO7408122F1204159ZE184226B<<<<<10\n"
+
+    def test_json_tells_all_of_the_zones(self):
+        files = [self.write("a.txt", b"x\n" + self.FIRST + self.SECOND), self.write("b.txt", b"\xff no zone"),
+                 self.folder / "missing", self.write("c.txt", self.FIRST.replace(b"MARIA", b"m\x1b]RI") + self.SECOND)]
+        result = run("zone", "--text", "--as-of", "2026-11-22", "--json", *files)
+        self.assertEqual(result.returncode, 1)
+        self.assert_error_lines(result, [f"kestrelid: {files[2]}: "])
+        sound, none, missing, wrong = json_lines(result.stdout)
+        self.assertEqual((none, list(missing)), ({"file": str(files[1]), "zones": []}, ["file", "error"]))
+        (zone,) = sound["zones"]
+        self.assertEqual([zone["format"], zone["strict"], zone["problems"]], ["TD3", True, []])
+        self.assertEqual("\n".join(zone["lines"]).encode() + b"\n", self.FIRST + self.SECOND)
+        fields = {field.pop("kind"): field for field in zone["fields"]}
+        common = {"corrections": [], "doubtful": []}
+        self.assertEqual(fields["dateOfBirth"], common | {
+            "text": "740812", "characters": "740812", "checkDigit": "passed",
+            "date": {"year": 1974, "twoDigitYear": 74, "month": 8, "day": 12}})
+        self.assertEqual(fields["primaryIdentifier"], common | {
+            "text": "ERIKSSON", "characters": "ERIKSSON<<", "checkDigit": "none", "isPerhapsTruncated": False})
+        self.assertEqual(fields["nationality"]["state"], {"name": "Utopia (specimens)", "isKnown": True})
+        self.assertFalse(wrong["zones"][0]["strict"])
+        self.assertEqual(wrong["zones"][0]["problems"][0], {
+            "kind": "notAllowed", "field": "secondaryIdentifier", "line": 0, "column": 20,
+            "text": "line 1, column 21, secondary identifier: no such character may stand here"})
+
+    def test_people_read_a_table_that_no_terminal_acts_on(self):
+        zone = self.FIRST.replace(b"MARIA", b"\x1b]RIA") + self.SECOND.replace(b"1204159", b"1204158")
+        for as_of, birth in [(["--as-of", "2026-11-22"], "1974-08-12"), ([], "74-08-12")]:
+            result = run("zone", "--text", *as_of, stdin=zone)
+            self.assertEqual((result.returncode, result.stderr), (0, b""))
+            shown = result.stdout.decode()
+            self.assertRegex(shown, rf"^-: TD3, strict: no\n    field +value +check digit\n(.*\n)+ +date of birth +{birth} +passed")
+            self.assertRegex(shown, r"date of expiry +.*failed\n(.*\n)+    Problem: line 2, column 28, date of expiry: ")
+            self.assertNotIn("\x1b", shown)
+        self.assertEqual(run("zone", "--text").stdout, b"-: no machine-readable zone\n")
 
 
 class Doctor(CommandLineTest):

@@ -46,6 +46,14 @@ class OnePicture(unittest.TestCase):
                 self.assertIn(complaint, done.stderr.decode())
 
 
+class ReadZone(unittest.TestCase):
+    def test_trusts_a_zone_only_if_nothing_speaks_against_it(self):
+        zone = b"P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<\nL898902C36UTO7408122F1204159ZE184226B<<<<<10\n"
+        for text, expected in ((zone, (0, b"ERIKSSON, born in 1974\n", 0)), (zone.replace(b"7408", b"7409"), (1, b"", 2))):
+            done = run("read-zone", names=text)
+            self.assertEqual((done.returncode, done.stdout, len(done.stderr.splitlines())), expected, done.stderr)
+
+
 class OwnRecogniser(unittest.TestCase):
     def setUp(self):
         if not find("own-recogniser"):

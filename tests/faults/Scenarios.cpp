@@ -8,6 +8,7 @@
 #include <kestrelid/DefaultCamera.h>
 #include <kestrelid/ImageFile.h>
 #include <kestrelid/kestrelid.h>
+#include <kestrelid/MachineReadableZone.h>
 #include <kestrelid/TextEvidence.h>
 
 #include <chrono>
@@ -100,6 +101,16 @@ std::string weighText() {
     } catch (const std::bad_alloc&) {
         return "error: std::bad_alloc";
     }
+}
+
+// Without memory there is no zone; the library still works then, as the next run shows.
+std::string parseText() {
+    const auto zones = attempt([&] {
+        return parseZones("P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<\n"
+                          "L898902C36UTO7408122F1204159ZE184226B<<<<<10\n",
+                          {.asOf = CalendarDay{2026, 11, 22}});
+    });
+    return zones.empty() ? "error: no zone" : zones[0].isTrustworthy() ? "a zone" : "not strict";
 }
 
 // As main() of the program does.
@@ -312,6 +323,7 @@ std::vector<Scenario> scenarios() {
          }},
         {"text", weighText},
         {"text.command", textCommand},
+        {"zone", parseText},
         {"write.jpg", [] { return write("a.jpg"); }},
         {"write.png", [] { return write("a.png"); }},
     };
