@@ -15,7 +15,7 @@ try:
     import numpy as np
     import torch
     from drawing.sheet import MissingPackage
-    from zone import export, glyphs, grounds, measure, net, shards, strips, texts, train
+    from zone import export, glyphs, grounds, measure, net, shards, sheets, strips, texts, train, views
 
     for row in glyphs.TRAINED_ON + glyphs.HELD_OUT + glyphs.PRINT:
         glyphs.font_path(*row[:2])
@@ -31,8 +31,8 @@ class DrawnTest(unittest.TestCase):
     def test_places_are_where_the_ink_is(self):
         for name, changed in {"plain": {}, "tilted": dict(tilt=2), "flat": dict(squeeze=0.75), "coarse": dict(pitch=6),
                               "low": dict(offset=0.3), "slanted": dict(slant=0.1), "uneven": dict(keystone=0.1)}.items():
-            rng, view = np.random.default_rng(3), replace(strips.View(), **changed)
-            sheet = strips.Sheet(view, strips.WIDTH)
+            rng, view = np.random.default_rng(3), replace(views.View(), **changed)
+            sheet = sheets.Sheet(view, strips.WIDTH)
             sheet.write(rng, ["H0X8" * 5], 0, sheet.left + 20, view, glyphs.alphabet(rng, glyphs.TRAINED_ON[:1]))
             ink, places = strips.seen(rng, sheet, view, strips.WIDTH)
             for _, x, y in places:
@@ -42,7 +42,7 @@ class DrawnTest(unittest.TestCase):
                 self.assertLess(np.abs(middle - [y, x]).max(), 0.2 * view.pitch, name)
 
     def test_hidden_places_are_not_read_and_none_is_half_hidden(self):
-        view, paper = strips.View(pitch=10), np.full((20, 100), 200, np.float32)
+        view, paper = views.View(pitch=10), np.full((20, 100), 200, np.float32)
         places = [(c, 10 * i + 5, 10) for i, c in enumerate("AB<C0D<<12")]
         always = mock.Mock(random=lambda: 0.1, uniform=lambda low, high: low)
         for covered, text in ((slice(20, 50), "ABD<<12"), (slice(100), ""), (slice(20, 47), "AB<C0D<<12"),

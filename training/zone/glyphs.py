@@ -33,6 +33,7 @@ _WIDTHS = (0.88, 1.0, 1.0, 1.1)  # of the usual one
 
 @lru_cache(maxsize=None)
 def font_path(name, package):
+    """Where the font file is; raises MissingPackage with the package that has it."""
     for path in sorted(Path("/usr/share/fonts").rglob(name)):
         return str(path)
     raise MissingPackage(f"font {name} is missing: install the Debian package {package}")

@@ -14,10 +14,11 @@ import torch
 import export as outline_export
 
 from . import export, glyphs, grounds, strips, texts
+from .views import View
 
 _SEED = 90001  # no shard's
 _OCR_B = glyphs.TRAINED_ON[:3]
-_EASY = strips.View(pitch=14, noise=3, quality=80, focus=0.03)
+_EASY = View(pitch=14, noise=3, quality=80, focus=0.03)
 CASES = (
     [(f"pitch {pitch} px", replace(_EASY, pitch=pitch)) for pitch in (4, 5, 6, 7, 9, 11, 14, 20)]
     + [(f"blur {focus} of a pitch", replace(_EASY, focus=focus)) for focus in (0.06, 0.1, 0.14, 0.18, 0.22)]
@@ -25,6 +26,7 @@ CASES = (
     + [(f"tilt {tilt} degrees", replace(_EASY, tilt=tilt)) for tilt in (0.5, 1.0, 1.5)]
     + [(f"squeezed to {squeeze}", replace(_EASY, squeeze=squeeze)) for squeeze in (0.75, 0.87, 1.15, 1.3)]
     + [(f"ink {ink} of the paper", replace(_EASY, ink=ink)) for ink in (0.5, 0.7, 0.8)]
+    + [(f"{name} bar over 8 places", _EASY, (12, 19, tone)) for name, tone in (("black", 15), ("white", 235))]
     + [("noise 15, JPEG 30", replace(_EASY, noise=15, quality=30)), ("offset 0.25 pitch", replace(_EASY, offset=0.25)),
        ("pitch 6, blur 0.12", replace(_EASY, pitch=6, focus=0.12))])
 
@@ -46,13 +48,14 @@ def distance(a, b):
     return row[-1]
 
 
-def _case_lines(number, view, papers, count, fonts):
+def _case_lines(number, papers, count, fonts, view, bar=None):
     for position in range(count):
         rng = np.random.default_rng([_SEED, number, position])
         lines = texts.zone(rng)
         while len(lines[0]) != 44:
             lines = texts.zone(rng)
-        yield lines[0], strips.line(rng, lines[0], view, papers, fonts, lines[1:])
+        shown = lines[0][:bar[0]] + lines[0][bar[1] + 1:] if bar else lines[0]
+        yield shown, strips.line(rng, lines[0], view, papers, fonts, lines[1:], bar)
 
 
 def read_net(net):
@@ -65,13 +68,13 @@ def read_net(net):
 
 def table(readers, papers, count):
     """Prints a row a case, for each of readers the share of characters misread and of lines exact, in percent."""
-    groups = [("held-out fonts", _EASY, glyphs.HELD_OUT)] + [(name, view, _OCR_B) for name, view in CASES]
-    for number, (name, view, fonts) in enumerate(groups):
-        wanted, pictures = zip(*_case_lines(number, view, papers, count, fonts))
+    groups = [(glyphs.HELD_OUT, "held-out fonts", _EASY)] + [(_OCR_B, *case) for case in CASES]
+    for number, (fonts, name, *seen) in enumerate(groups):
+        wanted, pictures = zip(*_case_lines(number, papers, count, fonts, *seen))
         row = name.ljust(24)
         for read in readers:
             found = [text for i in range(0, count, 20) for text in read(pictures[i:i + 20])]
-            wrong = sum(distance(f, w) for f, w in zip(found, wanted)) / (44 * count)
+            wrong = sum(distance(f, w) for f, w in zip(found, wanted)) / sum(map(len, wanted))
             row += f"  {100 * wrong:6.2f} {100 * np.mean([f == w for f, w in zip(found, wanted)]):5.1f}"
         print(row, flush=True)
 

@@ -1,176 +1,23 @@
 """Strips as the reader cuts them out of pictures: one line of a zone, or none, and what is legible of it."""
 
-from dataclasses import dataclass
-
 import cv2
 import numpy as np
 
 from drawing import light
 
-from . import glyphs, texts
+from . import glyphs
 from .glyphs import PITCH
+from .sheets import Sheet, filled
+from .views import any_view
 
 HEIGHT = 32  # pixels of every strip
 WIDTH = 320  # of those that are trained on
-_MARGIN = 48  # pixels around the part of the sheet that is seen, for what turns into view
 _LEGIBLE, _HIDDEN = 0.45, 0.25  # share of a character's ink that shows: at least, at most
 _TRIES = 6  # at hiding places without leaving any half hidden
 
 
-@dataclass(frozen=True)
-class View:
-    """How a line is seen. A pitch is the distance from one character to the next."""
-
-    pitch: float = 16.0  # pixels in the picture that the strip is cut from
-    strip_pitch: float = 14.0  # pixels in the strip
-    height: float = 1.9  # pitches that the strip shows
-    offset: float = 0.0  # pitches, of the line's middle below the strip's
-    spacing: float = 2.5  # pitches between lines
-    tilt: float = 0.0  # degrees
-    slant: float = 0.0  # of the characters, height to the side
-    squeeze: float = 1.0  # height by width
-    keystone: float = 0.0  # pitches, deviation of the strip's corners
-    bend: float = 0.0  # pitches
-    restless: float = 0.0  # pixels of the glyphs, deviation of their places
-    ink: float = 0.12  # 0 black .. 1 as the paper
-    worn: float = 0.0  # share of the ink lost in spots
-    focus: float = 0.02  # pitches, deviation of the blur
-    motion: float = 0.0  # pitches
-    sharpened: float = 0.0
-    noise: float = 2.0  # deviation, in steps of 255
-    enlarged: float = 1.0  # times, before it was saved
-    quality: int = 90  # of the JPEG; 100: none
-    contrast: float = 1.0
-    cubic: bool = False  # how the strip is cut
-
-
-def any_view(rng):
-    """A View at random, from easy to hardly legible."""
-    chance = rng.random(12)
-    pitch = np.exp(rng.uniform(np.log(5), np.log(16))) if chance[0] < 0.75 else rng.uniform(14, 38)
-    return View(
-        pitch=pitch, strip_pitch=rng.uniform(10.5, 18), height=rng.uniform(1.45, 2.35),
-        offset=rng.normal(0, 0.11) if rng.random() < 0.8 else rng.uniform(-0.4, 0.4),
-        spacing=rng.uniform(2.0, 2.9), tilt=rng.normal(0, 0.7) if chance[1] < 0.85 else rng.uniform(-2.4, 2.4),
-        slant=rng.normal(0, 0.06), squeeze=np.exp(rng.normal(0, 0.08)) if chance[2] < 0.6 else rng.uniform(0.75, 1.3),
-        keystone=rng.uniform(0, 0.12) if chance[3] < 0.4 else 0.0,
-        bend=rng.uniform(-0.12, 0.12) if chance[4] < 0.2 else 0.0,
-        restless=rng.uniform(0, 0.8) if chance[5] < 0.5 else 0.0,
-        ink=rng.uniform(0, 0.35) if chance[6] < 0.75 else rng.uniform(0.35, 0.82),
-        worn=rng.uniform(0.1, 0.45) if chance[7] < 0.15 else 0.0,
-        focus=min(0.2, abs(rng.normal(0, 0.085))) if chance[8] < 0.6 else 0.0,
-        motion=rng.uniform(0.1, 0.6) if rng.random() < 0.22 else 0.0,
-        sharpened=rng.uniform(0.3, 1.5) if chance[8] > 0.88 else 0.0,
-        noise=abs(rng.normal(0, 6)) if chance[9] < 0.75 else 0.0,
-        enlarged=rng.uniform(1.2, 2.0) if chance[10] < 0.12 and pitch > 10 else 1.0,
-        quality=int(rng.uniform(22, 95)) if chance[11] < 0.7 else 100,
-        contrast=rng.uniform(0.3, 0.9) if rng.random() < 0.2 else 1.0, cubic=rng.random() < 0.3)
-
-
-class Sheet:
-    """Print at PITCH pixels a character: how much ink lies where, and where the read line's characters stand."""
-
-    def __init__(self, view, width):
-        across, down = width / view.strip_pitch, view.height / min(view.squeeze, 1.0)
-        self.size = round(across * PITCH) + 2 * _MARGIN, round(down * PITCH) + 2 * _MARGIN
-        self.ink = np.zeros(self.size[::-1], np.uint8)
-        self.left, self.right = _MARGIN, self.size[0] - _MARGIN
-        self.middle = np.array(self.size) / 2
-        self.places = []  # (character, x, y) of its middle
-
-    def lay(self, picture, x, y):
-        """Lays picture (uint8) with its top left corner at x, y."""
-        x, y = int(round(x)), int(round(y))
-        top, left = max(0, y), max(0, x)
-        bottom, right = min(self.size[1], y + picture.shape[0]), min(self.size[0], x + picture.shape[1])
-        if bottom > top and right > left:
-            view = self.ink[top:bottom, left:right]
-            np.maximum(view, picture[top - y:bottom - y, left - x:right - x], out=view)
-
-    def write(self, rng, lines, read, left, view, pictures):
-        """Writes lines (of equal length) from left on, the one numbered read through the middle; None: no line."""
-        wanted = read if read is not None else 0
-        for number, line in enumerate(lines):
-            y = self.middle[1] + (view.offset + (number - wanted) * view.spacing / view.squeeze) * PITCH
-            if read is None:
-                y += view.spacing / view.squeeze / 2 * PITCH
-            if not -glyphs.HEIGHT / 2 < y < self.size[1] + glyphs.HEIGHT / 2:
-                continue
-            for place, character in enumerate(line):
-                x = left + (place + 0.5) * PITCH
-                wander = rng.normal(0, view.restless, 2) if view.restless else (0, 0)
-                self.lay(pictures[character], x - glyphs.WIDTH / 2 + wander[0], y - glyphs.HEIGHT / 2 + wander[1])
-                if number == read:
-                    self.places.append((character, x, y))
-
-
-def _words(rng, sheet, y, left=None, right=None):
-    # A line of ordinary print whose middle lies at y, from left on or up to right.
-    size = PITCH * rng.uniform(0.7, 2.0)
-    line = glyphs.line_of_print(rng, texts.other(rng, int(rng.integers(1, 5))), size)
-    if rng.random() < 0.2:
-        line = cv2.resize(line, None, fx=rng.uniform(1.0, 1.6), fy=1)
-    if right is not None:
-        line, left = line[:, :max(1, int(right))], right - min(line.shape[1], max(1, int(right)))
-    sheet.lay(line, left, y - line.shape[0] / 2)
-
-
-def _surroundings(rng, sheet, first, last, view):
-    # Other print and dark edges above, below and beside the line, which lies from first to last.
-    kind, middle = rng.random(), sheet.middle[1]
-    outside = PITCH * (1.35 + rng.random()) * (1 if rng.random() < 0.5 else -1)
-    if kind < 0.4:
-        _words(rng, sheet, middle + outside / view.squeeze, rng.uniform(0, sheet.size[0] * 0.7))
-    elif kind < 0.55:
-        y, thick = int(middle + outside), int(rng.integers(1, 10))
-        end = sheet.size[0], y + int(rng.integers(-6, 7))
-        cv2.line(sheet.ink, (0, y), end, int(rng.integers(60, 256)), thick, cv2.LINE_AA)
-    elif kind < 0.75:
-        if sheet.right - last > 2.5 * PITCH and rng.random() < 0.5:
-            _words(rng, sheet, middle, left=last + PITCH * rng.uniform(1.2, 3))
-        elif first - sheet.left > 2.5 * PITCH:
-            _words(rng, sheet, middle, right=first - PITCH * rng.uniform(1.2, 3))
-    else:  # the page ends, a dark desk begins
-        shade, edge = int(rng.integers(60, 256)), PITCH * rng.uniform(0.4, 3)
-        if rng.random() < 0.5:
-            sheet.ink[:, :max(0, int(first - edge))] = shade
-        else:
-            sheet.ink[:, int(last + edge):] = shade
-
-
-def _filled(rng, sheet, view, fonts):
-    # Puts something into the sheet; a window of a zone in most cases.
-    kind = rng.random()
-    across = int((sheet.right - sheet.left) / PITCH)
-    if kind > 0.96:  # nothing, or not much
-        if rng.random() < 0.5:
-            _surroundings(rng, sheet, *rng.uniform(sheet.left, sheet.right, 2), view)
-        return
-    if kind > 0.88:
-        for line in range(int(rng.integers(-1, 1)), int(rng.integers(1, 3))):
-            _words(rng, sheet, sheet.middle[1] + (view.offset + line * view.spacing * rng.uniform(0.6, 1.2)) * PITCH,
-                   sheet.left - PITCH * rng.uniform(-2, 3))
-        return
-    lines = texts.zone(rng)
-    length = len(lines[0])
-    count = min(length, int(rng.integers(max(6, across - 8), across + 1)))
-    if rng.random() < 0.08:
-        count = int(rng.integers(1, count + 1))
-    start = int(rng.integers(0, length - count + 1))
-    if rng.random() < 0.3:
-        start = 0 if rng.random() < 0.5 else length - count
-    free = sheet.right - sheet.left - count * PITCH
-    left = sheet.left + (free * rng.random() if rng.random() < 0.7 else free * int(rng.integers(2)))
-    read = int(rng.integers(len(lines)))
-    if kind > 0.865:  # between two lines
-        read = None
-    sheet.write(rng, [line[start:start + count] for line in lines], read, left, view, glyphs.alphabet(rng, fonts))
-    if rng.random() < 0.25:
-        _surroundings(rng, sheet, left, left + count * PITCH, view)
-
-
 def seen(rng, sheet, view, width):
-    # Ink 0..1 in the picture that the strip is cut from, and the places in it: (character, x, y).
+    """Ink 0..1 in the picture that the strip is cut from, and the places in it: (character, x, y)."""
     across, down = width / view.strip_pitch, view.height
     size = max(24, round(across * view.pitch)), max(8, round(down * view.pitch))
     half = np.array([across, down]) * PITCH / 2
@@ -236,7 +83,7 @@ def _legible(ink, cover, places, view):
 
 
 def hidden(rng, paper, printed, ink, places, view):
-    # Hides places under bars, fingers or glare: the picture and the text that is left to read.
+    """Hides places under bars, fingers or glare: the picture and the text that is left to read."""
     text = "".join(place[0] for place in places)
     for _ in range(_TRIES if places and rng.random() < 0.2 else 0):
         if rng.random() < 0.6:
@@ -303,20 +150,28 @@ def _cut(picture, view, width):
     return cv2.resize(picture, (width, HEIGHT), interpolation=way)
 
 
-def line(rng, text, view, grounds, fonts=glyphs.TRAINED_ON, others=()):
-    """A strip (HEIGHT x W, uint8) of the whole line text, others below it, as view sees it."""
+def line(rng, text, view, grounds, fonts=glyphs.TRAINED_ON, others=(), bar=None):
+    """A strip (HEIGHT x W, uint8) of the whole line text, others below it, as view sees it.
+
+    bar, (first, last, tone): places under a bar of that grey.
+    """
     width = (round((len(text) + 3.2) * view.strip_pitch) + 3) // 4 * 4
     sheet = Sheet(view, width)
     left = (sheet.size[0] - len(text) * PITCH) / 2
     sheet.write(rng, [text, *others], 0, left, view, glyphs.alphabet(rng, fonts))
-    return _cut(_spoilt(rng, _printed(rng, sheet, view, width, grounds)[1], view), view, width)
+    _, picture, _, places = _printed(rng, sheet, view, width, grounds)
+    if bar:
+        first, last = (int(places[place][1] + side * view.pitch / 2) for place, side in zip(bar, (-1, 1)))
+        middle, reach = places[bar[0]][2], 0.8 * view.pitch
+        picture[max(0, int(middle - reach)):int(middle + reach), first:last] = bar[2]
+    return _cut(_spoilt(rng, picture, view), view, width)
 
 
 def window(rng, grounds, fonts=glyphs.TRAINED_ON):
     """A strip of WIDTH at random, and the text that is legible in it; it is empty where no line is."""
     view = any_view(rng)
     sheet = Sheet(view, WIDTH)
-    _filled(rng, sheet, view, fonts)
+    filled(rng, sheet, view, fonts)
     paper, printed, ink, places = _printed(rng, sheet, view, WIDTH, grounds)
     picture, text = hidden(rng, paper, printed, ink, places, view)
     if rng.random() < 0.1:  # a stamp, a scratch, a fold
