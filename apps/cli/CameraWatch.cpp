@@ -57,11 +57,23 @@ void CameraWatch::observe() {
         manager_->isDocumentDetected().didChange([this](bool detected) {
             callbacks_.tell(DocumentChanged{detected});
             takePhotoWhereDue();
-        })};
+        }),
+        manager_->zone().didChange([this](const LiveZone& zone) { zoneGrew(zone); })};
     manager_->onPhotoCapture = [weak = weak_from_this()](const std::optional<Image>& photo) {
         if (const auto self = weak.lock())
             self->gotPhoto(photo);
     };
+}
+
+// Frames come several a second, and most of them change no answer.
+void CameraWatch::zoneGrew(const LiveZone& live) {
+    const bool isStrict = live.isStrict();
+    const auto problems = live.zone ? std::optional(live.zone->problems) : std::nullopt;
+    if (isStrict == isZoneStrict_ && problems == zoneProblems_)
+        return;
+    isZoneStrict_ = isStrict;
+    zoneProblems_ = problems;
+    callbacks_.tell(ZoneChanged{live});
 }
 
 void CameraWatch::becameAuthorized(bool authorized) {

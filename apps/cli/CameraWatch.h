@@ -50,6 +50,7 @@ private:
     enum class Photo { unwanted, wanted, requested, written };
 
     void observe();
+    void zoneGrew(const LiveZone& live);
     void becameAuthorized(bool authorized);
     void becameReady(bool ready);
     void tick();
@@ -71,6 +72,9 @@ private:
     double startedAt_ = 0.0;         // on the clock of callbacks_.elapsed
     std::optional<double> readyAt_;  // likewise
     Photo photo_ = Photo::unwanted;
+    // Of the zone that was told last.
+    bool isZoneStrict_ = false;
+    std::optional<std::vector<ZoneProblem>> zoneProblems_;  // absent: there was none
 };
 
 }  // namespace kestrelid::cli

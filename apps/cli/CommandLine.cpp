@@ -46,6 +46,7 @@ Examples:
   kestrelid watch
   kestrelid watch --list
   kestrelid watch --photo page.jpg
+  kestrelid watch --zone --as-of 2026-01-31
   kestrelid watch --camera samples/bangladesh-on-wood.jpg --seconds 5
   kestrelid watch --json --seconds 60 | jq 'select(.event == "document")')";
 
@@ -113,6 +114,19 @@ void addValidate(CLI::App& command, ValidateOptions& options) {
     });
 }
 
+void addAsOf(CLI::App& command, std::optional<CalendarDay>& asOf) {
+    command
+        .add_option_function<std::string>(
+            "--as-of",
+            [&](const std::string& given) {
+                asOf = calendarDay(given);
+                if (!asOf)
+                    throw CLI::ValidationError("--as-of", "takes a day, such as 2026-01-31");
+            },
+            "The day that tells the centuries of years; without it they keep two digits")
+        ->type_name("YYYY-MM-DD");
+}
+
 void addZone(CLI::App& command, ZoneOptions& options) {
     command.footer(kZoneFooter);
     command
@@ -128,16 +142,7 @@ void addZone(CLI::App& command, ZoneOptions& options) {
     });
     addResources(command, options.resources);
     command.add_flag("--json", options.json, "One JSON object a line and file");
-    command
-        .add_option_function<std::string>(
-            "--as-of",
-            [&](const std::string& given) {
-                options.asOf = calendarDay(given);
-                if (!options.asOf)
-                    throw CLI::ValidationError("--as-of", "takes a day, such as 2026-01-31");
-            },
-            "The day that tells the centuries of years; without it they keep two digits")
-        ->type_name("YYYY-MM-DD");
+    addAsOf(command, options.asOf);
 }
 
 void addSeconds(CLI::App& command, const std::string& name, std::optional<double>& seconds,
@@ -177,6 +182,8 @@ void addPhoto(CLI::App& command, WatchOptions& options) {
             throw CLI::ValidationError("--after", "needs --photo");
         if (options.photo.empty() && options.force)
             throw CLI::ValidationError("--force", "needs --photo");
+        if (options.asOf && !options.zone)
+            throw CLI::ValidationError("--as-of", "needs --zone");
     });
 }
 
@@ -195,6 +202,8 @@ void addWatch(CLI::App& command, WatchOptions& options) {
         ->type_name("NAME|FILE");
     command.add_flag("--json", options.json, "One JSON object a line and event");
     addSeconds(command, "--seconds", options.seconds, 0.1, "End after N seconds");
+    command.add_flag("--zone", options.zone, "Read the machine-readable zone of the page in view");
+    addAsOf(command, options.asOf);
     addPhoto(command, options);
     addResources(command, options.resources);
 }

@@ -90,8 +90,13 @@ ExitStatus watchCamera(const WatchOptions& options) {
                 self->fail(cause);
         });
     };
-    queue->async(
-        [&] { watch->start(defaultCameraServices(queue, cameraOf(options), recognition)); });
+    queue->async([&] {
+        CameraServices services = defaultCameraServices(queue, cameraOf(options), recognition);
+        if (options.zone)
+            services.zones = recognition.zones;
+        services.zoneRules.asOf = options.asOf;
+        watch->start(std::move(services));
+    });
     const ExitStatus status = end.wait();
     // Released on its queue, so that no block of it runs once `end` is gone.
     queue->async([&] {

@@ -3,6 +3,7 @@
 #include "apps/cli/ExitStatus.h"
 
 #include <kestrelid/DefaultServices.h>
+#include <kestrelid/MachineReadableZone.h>
 
 #include <filesystem>
 #include <optional>
@@ -18,6 +19,8 @@ struct WatchOptions {
     std::filesystem::path photo;  // empty: none
     std::optional<double> after;
     bool force = false;
+    bool zone = false;  // read machine-readable zones too
+    std::optional<CalendarDay> asOf;
     std::filesystem::path resources;  // empty: where the library finds them
 };
 

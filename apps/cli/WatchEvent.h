@@ -26,6 +26,11 @@ struct DocumentChanged {
     bool detected = false;
 };
 
+// The zone in view has grown or left. Personal data.
+struct ZoneChanged {
+    LiveZone live;
+};
+
 struct PhotoWritten {
     std::string file;
     int width = 0;  // pixels, as it is shown
@@ -36,8 +41,9 @@ struct WatchFailed {
     std::string cause;  // one line
 };
 
-// What a watch tells. Nothing in it comes from a document.
+// What a watch tells. Nothing in it comes from a document, but for the zone that a person asked
+// for.
 using WatchEvent = std::variant<AuthorizationKnown, SessionKnown, FrameJudged, DocumentChanged,
-                                PhotoWritten, WatchFailed>;
+                                ZoneChanged, PhotoWritten, WatchFailed>;
 
 }  // namespace kestrelid::cli

@@ -2,10 +2,12 @@
 
 #include "apps/cli/JsonLine.h"
 #include "apps/cli/TerminalText.h"
+#include "apps/cli/ZoneReport.h"
 
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <span>
 
 namespace kestrelid::cli {
 namespace {
@@ -49,6 +51,17 @@ struct TextLine {
     std::string operator()(const DocumentChanged& event) const {
         return event.detected ? "document    in view" : "document    gone";
     }
+    std::string operator()(const ZoneChanged& event) const {
+        if (!event.live.zone)
+            return "zone        gone";
+        const MachineReadableZone& zone = *event.live.zone;
+        std::string text = "zone        " + std::string(nameOf(zone.format));
+        if (event.live.isStrict())
+            return text + ", strict\n" + zoneTable(zone);
+        text += zone.isTrustworthy() ? ", one frame"
+                                     : ", not strict: " + describe(zone.problems.front());
+        return text;
+    }
     std::string operator()(const PhotoWritten& event) const {
         return "photo       " + terminalText(event.file) + ", " + std::to_string(event.width) +
                "x" + std::to_string(event.height);
@@ -73,6 +86,15 @@ struct JsonFields {
     Json operator()(const DocumentChanged& event) const {
         return {{"event", "document"}, {"detected", event.detected}};
     }
+    Json operator()(const ZoneChanged& event) const {
+        Json object{{"event", "zone"},
+                    {"frames", event.live.frames},
+                    {"strict", event.live.isStrict()},
+                    {"zone", Json()}};
+        if (event.live.zone)
+            object["zone"] = zonesAsJson(std::span(&*event.live.zone, 1)).front();
+        return object;
+    }
     Json operator()(const PhotoWritten& event) const {
         return {{"event", "photo"},
                 {"file", event.file},
@@ -88,7 +110,9 @@ struct JsonFields {
 
 std::string eventAsText(WallTime time, const WatchEvent& event) {
     const std::string line = std::visit(TextLine(), event);
-    return line.empty() ? "" : localTime(time) + "  " + line + "\n";
+    if (line.empty())
+        return "";
+    return localTime(time) + "  " + line + (line.ends_with('\n') ? "" : "\n");
 }
 
 std::string eventAsJson(WallTime time, const WatchEvent& event) {

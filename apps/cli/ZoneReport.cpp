@@ -95,27 +95,6 @@ std::size_t width(std::string_view text) {
         std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
 
-std::string tableOf(const MachineReadableZone& zone) {
-    std::vector<Row> rows{{"field", "value", "check digit"}};
-    for (const ZoneField& field : zone.fields)
-        rows.push_back(
-            {std::string(nameOf(field.kind)), valueOf(field),
-             field.checkDigit == CheckDigit::nonePrinted ? "-" : wordFor(field.checkDigit)});
-    Row::size_type last = rows.front().size() - 1;
-    std::string table;
-    for (const Row& row : rows) {
-        table += "    ";
-        for (std::size_t column = 0; column < last; ++column) {
-            std::size_t widest = 0;
-            for (const Row& other : rows)
-                widest = std::max(widest, width(other[column]));
-            table += row[column] + std::string(widest - width(row[column]) + 2, ' ');
-        }
-        table += row[last] + "\n";
-    }
-    return table;
-}
-
 Json placeAsJson(ZonePlace place) {
     return {{"line", place.line}, {"column", place.column}};
 }
@@ -181,6 +160,29 @@ Json zoneAsJson(const MachineReadableZone& zone) {
 
 }  // namespace
 
+std::string zoneTable(const MachineReadableZone& zone) {
+    if (zone.fields.empty())
+        return {};
+    std::vector<Row> rows{{"field", "value", "check digit"}};
+    for (const ZoneField& field : zone.fields)
+        rows.push_back(
+            {std::string(nameOf(field.kind)), valueOf(field),
+             field.checkDigit == CheckDigit::nonePrinted ? "-" : wordFor(field.checkDigit)});
+    Row::size_type last = rows.front().size() - 1;
+    std::string table;
+    for (const Row& row : rows) {
+        table += "    ";
+        for (std::size_t column = 0; column < last; ++column) {
+            std::size_t widest = 0;
+            for (const Row& other : rows)
+                widest = std::max(widest, width(other[column]));
+            table += row[column] + std::string(widest - width(row[column]) + 2, ' ');
+        }
+        table += row[last] + "\n";
+    }
+    return table;
+}
+
 std::string zoneSummary(const MachineReadableZone& zone) {
     std::string text = "Zone " + std::string(nameOf(zone.format));
     if (zone.isTrustworthy())
@@ -201,7 +203,7 @@ std::string zonesAsText(std::string_view name, std::span<const MachineReadableZo
     std::string text;
     for (const MachineReadableZone& zone : zones) {
         text += terminalText(name) + ": " + std::string(nameOf(zone.format)) +
-                (zone.isTrustworthy() ? ", strict: yes\n" : ", strict: no\n") + tableOf(zone);
+                (zone.isTrustworthy() ? ", strict: yes\n" : ", strict: no\n") + zoneTable(zone);
         for (const ZoneProblem& problem : zone.problems)
             text += "    Problem: " + describe(problem) + "\n";
     }

@@ -15,6 +15,9 @@ namespace kestrelid::cli {
 [[nodiscard]] std::string zonesAsText(std::string_view name,
                                       std::span<const MachineReadableZone> zones);
 
+// A line for each field, indented; empty if none was read.
+[[nodiscard]] std::string zoneTable(const MachineReadableZone& zone);
+
 // "Zone TD3, strict", or what speaks first against it. Nothing that the zone says.
 [[nodiscard]] std::string zoneSummary(const MachineReadableZone& zone);
 

@@ -11,10 +11,11 @@ import figures
 import labels
 import measuring
 import tables
+import zones
 
 _EPILOG = """MANIFEST begins with a line that names its columns: file (relative to the list), kind
 (passport-... or another word) and, where it is known, quad: the document's corners in pixels,
-x,y;x,y;x,y;x,y from the top left clockwise, or -.
+x,y;x,y;x,y;x,y from the top left clockwise, or -; mrz1, mrz2, mrz3: the lines of its zone, or -.
 
 Examples:
   tools/evaluate samples/manifest.tsv
@@ -60,6 +61,8 @@ def _options():
                         help="pictures that kestrelid judges at once; more than one disturbs the delays (default: 1)")
     parser.add_argument("--resources", metavar="DIR", help="folder that holds the models and the ONNX Runtime library")
     parser.add_argument("--outlines", action="store_true", help="compare outlines with the known ones, kind by kind")
+    parser.add_argument("--zones", action="store_true",
+                        help="read machine-readable zones instead, and compare them with the known ones")
     parser.add_argument("--verbose", action="store_true", help="tell of every picture")
     parser.add_argument("--json", metavar="FILE", help="write the result to FILE as well")
     parser.add_argument("--kestrelid", default="kestrelid", metavar="PATH", help=argparse.SUPPRESS)
@@ -86,11 +89,24 @@ def _measured(options, pictures):
     return combinations
 
 
+def _read_zones(options, pictures):
+    resources = ["--resources", options.resources] if options.resources else []
+    rows = zones.read([options.kestrelid, "zone", "--json", *resources, "--"], [picture.path for picture in pictures])
+    if options.verbose:
+        for picture, row in zip(pictures, rows):
+            print(f"{tables.shown(picture.name)}: {' '.join(sorted(zones.compared(picture, row))) or 'none'}")
+    print(tables.zones(zones.counts(pictures, rows)), end="", flush=True)
+    return 1 if any("error" in row for row in rows) else 0
+
+
 def main():
     signal.signal(signal.SIGINT, signal.SIG_DFL)
     signal.signal(signal.SIGPIPE, signal.SIG_DFL)
     options = _options()
-    combinations = _measured(options, labels.read(options.manifest)[:options.limit])
+    pictures = labels.read(options.manifest)[:options.limit]
+    if options.zones:
+        return _read_zones(options, pictures)
+    combinations = _measured(options, pictures)
     disagreements = figures.disagreements(combinations)
     if options.verbose:
         print(tables.pictures(combinations))

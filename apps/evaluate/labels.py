@@ -15,6 +15,7 @@ class Picture:
     path: str
     kind: str  # "passport-scan", "other-id", ...
     quad: list | None  # where the document lies: four corners (x, y) in pixels of the upright picture
+    zone: list | None = None  # the lines of its machine-readable zone
 
 
 def _quad(text):
@@ -26,7 +27,7 @@ def _quad(text):
 
 def read(path):
     """The pictures of a list whose first line names its columns: file (relative to the list), kind and, where there is
-    one, a column whose name begins with quad. Other columns, empty lines and lines that begin with # are passed over."""
+    one, a column whose name begins with quad, and columns mrz1, mrz2 and mrz3. Other columns, empty lines and lines that begin with # are passed over."""
     with open(path, encoding="utf-8", errors="surrogateescape") as file:
         lines = [(number, line.rstrip("\n").split("\t")) for number, line in enumerate(file, 1)]
     lines = [(number, fields) for number, fields in lines if fields != [""] and not fields[0].startswith("#")]
@@ -47,5 +48,6 @@ def read(path):
         except ValueError:
             raise Unusable(f"{path}:{number}: the outline is not x,y;x,y;x,y;x,y") from None
         file = os.path.join(os.path.dirname(path) or ".", values["file"])
-        pictures.append(Picture(values["file"], file, values["kind"], quad))
+        zone = [value for name in ("mrz1", "mrz2", "mrz3") if (value := values.get(name, "-")) not in ("", "-")]
+        pictures.append(Picture(values["file"], file, values["kind"], quad, zone or None))
     return pictures

@@ -52,6 +52,12 @@ def agreement_lines(combinations, disagreements):
     return "Efforts DISAGREE:\n" + lines if lines else "Efforts agree on every verdict and confidence.\n"
 
 
+def zones(counts):
+    """A line for each kind, from zones.counts()."""
+    heads = ("pictures", "zone known", "exact", "found", "digits hold", "strict", "strict but wrong", "unread")
+    return _table([["kind", *heads], *([shown(kind), *map(str, entry.values())] for kind, entry in counts.items())])
+
+
 def outlines(combinations):
     """A line for each program and kind."""
     rows = [["program", "kind", "pictures", "median", "p10", f"{GOOD} or more", "corners median", "corners p10", "15% or more"]]
