@@ -84,5 +84,43 @@ TEST(CameraVerdicts, ArePublishedOnTheMainQueueInTheOrderOfArrival) {
                             "detectionConfidence = 1.00"));
 }
 
+struct FakeZones final : ZoneService {
+    ZoneResult perform(const Bitmap&, const ZoneRequest& request) override {
+        outlines.push_back(request.outlines.size());
+        return isInView ? ZoneResult(std::vector{zone}) : ZoneResult();
+    }
+    bool isInView = true;
+    ZoneReading zone;
+    std::vector<std::size_t> outlines;  // of each request
+};
+
+TEST(CameraZones, AreReadBesideTheVerdictsAndForgottenWithThePage) {
+    const auto zones = std::make_shared<FakeZones>();
+    for (const std::string_view line : {"P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<",
+                                        "L898902C36UTO7408122F1204159ZE184226B<<<<<10"}) {
+        zones->zone.lines.emplace_back();
+        for (const char character : line)
+            zones->zone.lines.back().characters.push_back({.choices = {{{character, 0.98f}}}});
+    }
+    CameraHarness camera(AuthorizationStatus::authorized, zones);
+    camera.becomeReady();
+    std::vector<int> frames;
+    const auto watched = camera.manager->zone().didChange([&](const LiveZone& zone) {
+        frames.push_back(zone.isStrict() ? zone.frames : -zone.frames);
+    });
+    const auto deliver = [&](int count) {
+        for (int frame = 0; frame < count; ++frame, camera.seconds += 0.1)
+            camera.deliverFrame();
+    };
+    deliver(4);  // looked at: the first and the third
+    EXPECT_THAT(frames, ElementsAre(-1, 2));
+    EXPECT_THAT(zones->outlines, ElementsAre(0, 1)) << "first anywhere, then where it stood";
+    EXPECT_EQ(camera.detector->images.size(), 1u) << "verdicts come as they do without";
+    zones->isInView = false;
+    deliver(6);
+    EXPECT_THAT(frames, ElementsAre(-1, 2, 0));
+    EXPECT_FALSE(camera.manager->zone().value().zone);
+}
+
 }  // namespace
 }  // namespace kestrelid::camera

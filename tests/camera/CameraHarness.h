@@ -15,7 +15,8 @@ namespace kestrelid::test {
 
 // A camera manager on a fake machine, with queues cranked by hand and a clock set by hand.
 struct CameraHarness {
-    explicit CameraHarness(AuthorizationStatus status = AuthorizationStatus::authorized)
+    explicit CameraHarness(AuthorizationStatus status = AuthorizationStatus::authorized,
+                           std::shared_ptr<ZoneService> zones = nullptr)
         : authorization(std::make_shared<FakeAuthorization>(status)) {
         manager = CameraManager::create(
             {.authorization = authorization,
@@ -26,7 +27,8 @@ struct CameraHarness {
                  [this](const std::string& label) {
                      return queues[label] = std::make_shared<ManualQueue>();
                  },
-             .now = [this] { return WallTime(std::chrono::duration<double>(seconds)); }});
+             .now = [this] { return WallTime(std::chrono::duration<double>(seconds)); },
+             .zones = std::move(zones)});
         watch(manager->isAuthorized(), "isAuthorized");
         watch(manager->isSessionReady(), "isSessionReady");
         watch(manager->isDocumentDetected(), "isDocumentDetected");

@@ -115,7 +115,7 @@ TEST(ParseZone, FitsTheWholeReadingOrNothing) {
     reading.lines[1].corners[2] = {0.5, 0.25};
     const auto zone = parseZone(reading, {.clearProbability = 0.99f});
     ASSERT_TRUE(zone);
-    EXPECT_EQ(zone->lines[1].corners[2], (ZonePoint{0.5, 0.25}));
+    EXPECT_EQ(zone->lines[1].corners[2], (NormalizedPoint{0.5, 0.25}));
     EXPECT_EQ(zone->field(ZoneFieldKind::sex)->confidences, Wiped<float>{0.98f});
     EXPECT_FALSE(zone->isTrustworthy());
 }

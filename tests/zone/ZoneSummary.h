@@ -20,8 +20,8 @@ inline std::string placeText(ZonePlace place) {
 
 // A zone in one line: "TD3 P,UTO,...,740812+,...,- !digit@1:43"; the check digits as + and -.
 inline std::string summary(const MachineReadableZone& zone) {
-    static const char* const kProblems[] = {"missing", "length", "allowed",
-                                            "digit",   "date",   "unclear"};
+    static const char* const kProblems[] = {"small",   "blurred", "missing", "length",
+                                            "allowed", "digit",   "date",    "unclear"};
     std::string text(nameOf(zone.format));
     for (const ZoneField& field : zone.fields) {
         text += &field == zone.fields.data() ? " " : ",";
