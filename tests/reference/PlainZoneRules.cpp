@@ -102,6 +102,14 @@ const char* expressionFor(char letter, ZoneFormat format) {
     }
 }
 
+const ZoneField* fieldOf(const MachineReadableZone& zone, ZoneFieldKind kind) {
+    for (const ZoneField& field : zone.fields) {
+        if (field.kind == kind)
+            return &field;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 char checkDigitOf(std::string_view characters) {
@@ -134,9 +142,9 @@ std::string disagreement(const MachineReadableZone& zone) {
     bool isStrict = true;
     std::string differences;
     const auto compare = [&](ZoneFieldKind kind, const std::string& characters, CheckDigit digit) {
-        const ZoneField* field = zone.field(kind);
+        const ZoneField* field = fieldOf(zone, kind);
         if (!field || field->characters != characters || field->checkDigit != digit)
-            differences += std::string(nameOf(kind)) + "; ";
+            differences += "field " + std::to_string(static_cast<int>(kind)) + "; ";
     };
     bool isLong = false;
     for (const auto& [letter, text] : fields) {
@@ -185,7 +193,7 @@ std::string disagreement(const MachineReadableZone& zone) {
         const std::string covered = pick(picture, lines, picture.covered);
         const bool holds = std::regex_match(covered, std::regex("[A-Z0-9<]*")) &&
                            checkDigitOf(covered) == fields['K'][0];
-        const ZoneField* composite = zone.field(ZoneFieldKind::composite);
+        const ZoneField* composite = fieldOf(zone, ZoneFieldKind::composite);
         const bool passed = composite && composite->checkDigit == CheckDigit::passed;
         const bool hasStranger =
             std::any_of(zone.problems.begin(), zone.problems.end(), [](const auto& problem) {
