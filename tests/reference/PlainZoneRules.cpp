@@ -62,10 +62,9 @@ bool isDay(const std::string& text) {
         return text[at] == '<' ? -1 : std::stoi(text.substr(at, 2));
     };
     for (int year = 1996; year < 2096; ++year) {  // without a leap year left out
-        for (unsigned month = 1; month <= 12; ++month) {
+        for (unsigned month = 1; month <= 12 && (part(0) < 0 || part(0) == year % 100); ++month) {
             for (unsigned day = 1; day <= 31; ++day) {
-                const bool isThis = (part(0) < 0 || part(0) == year % 100) &&
-                                    (part(2) < 0 || part(2) == static_cast<int>(month)) &&
+                const bool isThis = (part(2) < 0 || part(2) == static_cast<int>(month)) &&
                                     (part(4) < 0 || part(4) == static_cast<int>(day));
                 if (isThis &&
                     std::chrono::year_month_day(std::chrono::year(year), std::chrono::month(month),
@@ -228,7 +227,7 @@ std::vector<std::string> randomZone(ZoneFormat format, std::mt19937& engine) {
             else if (isName)
                 place = index % 5 == 4 ? '<' : letters[below(26)];
             else if (place == 'b' || place == 'e')
-                place = index % 2 == 0 && index > 0 ? '0' : letters[27 + below(8)];
+                place = letters[26 + below(index == 2 ? 2 : index == 4 ? 4 : 10)];
             else if (place == 'x')
                 place = "MFX<"[below(4)];
             else if (place >= 'a')
