@@ -25,8 +25,13 @@ struct Fit {
     Checks checks;
     Lines lines;
 
-    // The fewer places speak against it the better.
-    [[nodiscard]] int faults() const { return grid.strangers() + checks.failed(); }
+    // What speaks against it less what speaks for it. Of two layouts that a doubtful first letter
+    // allows, the one with more digits that pass is the right one.
+    [[nodiscard]] int faults() const {
+        const Cell& first = grid.at({0, 0});
+        const bool isCorrected = first.isAllowed() && first.now().character != first.read.character;
+        return grid.strangers() + checks.failed() - checks.passed() + isCorrected;
+    }
 };
 
 // Whether a state stands where a licence, whose layout says little else, has it.

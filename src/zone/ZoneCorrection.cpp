@@ -115,7 +115,8 @@ Group groupOf(const ZoneLayout& layout, std::vector<ZonePlace> places, bool hasO
     return group;
 }
 
-// Whether a filler stands for the digit of a field that says something.
+// Whether no digit stands where the field's own has its place. A filler may, where the field is
+// empty; a letter may not, though where a long number has its digit the layout knows none.
 bool lacksDigit(const ZoneGrid& grid, const Group& group, const Solution& solution) {
     const auto characterAt = [&](ZonePlace place) {
         for (const Change& change : solution.changes) {
@@ -124,8 +125,12 @@ bool lacksDigit(const ZoneGrid& grid, const Group& group, const Solution& soluti
         }
         return grid.at(place).now().character;
     };
-    return !group.own.empty() && characterAt(group.places.back()) == '<' &&
-           std::any_of(group.places.begin(), group.places.end(),
+    if (group.own.empty())
+        return false;
+    const char digit = characterAt(group.places.back());
+    if (digit != '<')
+        return digit < '0' || digit > '9';
+    return std::any_of(group.places.begin(), group.places.end(),
                        [&](ZonePlace place) { return characterAt(place) != '<'; });
 }
 

@@ -17,7 +17,7 @@ namespace kestrelid::reference {
 // zones from text that have all of their lines.
 [[nodiscard]] std::string disagreement(const MachineReadableZone& zone);
 
-// The lines of a zone without faults.
+// The lines of a zone whose digits are right and whose characters are allowed.
 [[nodiscard]] std::vector<std::string> randomZone(ZoneFormat format, std::mt19937& engine);
 
 }  // namespace kestrelid::reference

@@ -28,6 +28,10 @@ const struct {
      "I<UTOD23145890<7349<<<<<<<<<<<\n3407127M9507122UTO<<<<<<<<<<<2\n"
      "STEVENSON<<PETER<JOHN<<<<<<<<<",
      "TD1 I,UTO,D23145890734+,,340712+,M,950712+,UTO,,STEVENSON,PETER JOHN,+"},
+    {"td1NumberOfTen",
+     "I<UTOD23145890<76<<<<<<<<<<<<<\n3407127M9507122UTO<<<<<<<<<<<0\n"
+     "STEVENSON<<PETER<JOHN<<<<<<<<<",
+     "TD1 I,UTO,D231458907+,,340712+,M,950712+,UTO,,STEVENSON,PETER JOHN,+"},
     {"td2", "I<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<\nD231458907UTO7408122F1204159<<<<<<<6",
      "TD2 I,UTO,ERIKSSON,ANNA MARIA,D23145890+,UTO,740812+,F,120415+,,+"},
     {"td2LongNumber", "I<UTOSTEVENSON<<PETER<JOHN<<<<<<<<<<\nD23145890<UTO3407127M95071227349<<<8",
@@ -80,6 +84,10 @@ TEST(ParseZones, TellsWhatIsWrong) {
                         " !digit@1:19 !digit@1:43 !date@1:13"},
         {"februaryInNoLeapYear", replaced(kTd3, "7408122", "7402290"),
          fromTd3First + "L898902C3+,UTO,740229+,F,120415+,ZE184226B+,- !digit@1:43 !date@1:13"},
+        {"longNumberWithoutDigit",
+         "I<UTOD23145890<7A<<<<<<<<<<<<<\n3407127M9507122UTO<<<<<<<<<<<4\nSTEVENSON<<PETER<<<<<<<<<"
+         "<<<<<",
+         "TD1 I,UTO,D23145890-,7A,340712+,M,950712+,UTO,,STEVENSON,PETER,+ !digit@0:14"},
         {"smallLetter", replaced(kTd3, "MARIA", "mARIA"),
          replaced(kTd3Fields, "MARIA", "mARIA") + " !allowed@0:20"},
         {"cyrillicLetter", replaced(kTd3, "L898902C3", "L898902\u04213"),
