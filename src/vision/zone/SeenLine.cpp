@@ -93,9 +93,9 @@ std::optional<Stretch> SeenLine::seen() const {
     return result;
 }
 
-double SeenLine::distanceTo(const SeenLine& other) const {
-    const cv::Point2d middle = (other.stretch.line.start + other.stretch.line.end) / 2.0;
-    return (middle - stretch.line.start).dot(stretch.line.down()) / stretch.pitch;
+double Stretch::distanceTo(const Baseline& other) const {
+    const cv::Point2d middle = (other.start + other.end) / 2.0;
+    return (middle - line.start).dot(line.down()) / pitch;
 }
 
 cv::Mat1b LineReader::crop(const Stretch& stretch, int width) const {

@@ -17,6 +17,9 @@ struct Stretch {
     Baseline line;
     double pitch = 0.0;                // pixels of the view from one character to the next
     double tall = ZoneNetwork::kTall;  // pitches that the crop shows above and below together
+
+    // How many pitches the middle of another line lies below this one.
+    [[nodiscard]] double distanceTo(const Baseline& other) const;
 };
 
 // A stretch as it was read.
@@ -35,9 +38,6 @@ struct SeenLine {
     // From the first to the last character, with the distance between them as it was seen; none
     // where there are too few characters to tell.
     [[nodiscard]] std::optional<Stretch> seen() const;
-
-    // How many pitches the middle of another line lies below this one.
-    [[nodiscard]] double distanceTo(const SeenLine& other) const;
 };
 
 // Reads stretches of one view.

@@ -37,7 +37,7 @@ constexpr double kNearest = 1.15;
 constexpr double kFarthest = 3.6;
 
 // Where a neighbour is looked for, likeliest first.
-constexpr std::array<std::array<double, 2>, 2> kNeighbours{{{2.5, 2.5}, {2.2, 2.8}}};
+const std::array<std::vector<double>, 2> kNeighbours{{{2.5}, {2.2, 2.8}}};
 
 // Moves of the two ends, in pitches, for a line that was not met in its middle.
 constexpr std::array<std::pair<double, double>, 4> kMoves{
@@ -65,7 +65,8 @@ public:
     Expected<std::vector<FoundZone>> run() {
         const cv::Mat1b look = picture_.sample(reader_.view().toPicture, reader_.view().size);
         std::array<std::vector<Rated>, 2> ways;  // one way up, and the other
-        if (auto error = rate(lineCandidates(look), ways))
+        candidates_ = lineCandidates(look);
+        if (auto error = rate(ways))
             return *error;
         if (ways[1].front().probability > ways[0].front().probability)
             std::swap(ways[0], ways[1]);
@@ -90,8 +91,7 @@ private:
     };
 
     // The candidates that read like a zone's lines, best first, and one that does not at the end.
-    Trouble rate(const std::vector<Baseline>& candidates,
-                 std::array<std::vector<Rated>, 2>& ways) const {
+    Trouble rate(std::array<std::vector<Rated>, 2>& ways) const {
         std::vector<Stretch> stretches;
         std::size_t glanced = 0;
         const auto glance = [&]() -> Trouble {
@@ -113,7 +113,7 @@ private:
                     way, [](const Rated& one) { return one.probability > kSureGlance; });
             });
         };
-        for (const Baseline& line : candidates) {
+        for (const Baseline& line : candidates_) {
             const Stretch stretch{line, line.length() / kGlancedCharacters};
             if (!isPlausible(stretch))
                 continue;
@@ -144,9 +144,8 @@ private:
         for (const Rated& rated : stretches) {
             if (rated.probability == 0.0f || tries == kTries)
                 break;
-            const SeenLine candidate{rated.stretch, LineScores({})};
             if (std::ranges::any_of(known, [&](const SeenLine& line) {
-                    return std::abs(line.distanceTo(candidate)) < kSameLine;
+                    return std::abs(line.stretch.distanceTo(rated.stretch.line)) < kSameLine;
                 }))
                 continue;
             // Once there is a zone, another one has to be as clear to be worth the time.
@@ -194,15 +193,32 @@ private:
         return line;
     }
 
-    // What stands above (side -1) or below (side 1) the line at which distances are tried.
+    // How far from the stretch, above (side -1) or below (side 1), candidates lie that may be its
+    // neighbours: in pitches.
+    std::vector<double> neighboursOf(const Stretch& stretch, int side) const {
+        std::vector<double> distances;
+        for (const Baseline& candidate : candidates_) {
+            const double distance = side * stretch.distanceTo(candidate);
+            const auto isSame = [&](double known) { return std::abs(known - distance) < 0.2; };
+            if (distance > kNearest && distance < kFarthest &&
+                std::ranges::none_of(distances, isSame))
+                distances.push_back(distance);
+        }
+        return distances;
+    }
+
+    // What stands above (side -1) or below (side 1) the line: where a candidate lies, or else where
+    // neighbours usually stand.
     Expected<std::optional<SeenLine>> neighbour(const SeenLine& line, int side) const {
         const Stretch stretch = line.seen().value_or(line.stretch);
-        for (const auto& distances : kNeighbours) {
+        std::vector<std::vector<double>> rounds{neighboursOf(stretch, side)};
+        rounds.insert(rounds.end(), kNeighbours.begin(), kNeighbours.end());
+        for (const std::vector<double>& distances : rounds) {
             std::vector<Stretch> tries;
-            for (const double distance : distances) {
-                if (tries.empty() || distance != distances.front())
-                    tries.push_back(moved(stretch, side * distance, side * distance));
-            }
+            for (const double distance : distances)
+                tries.push_back(moved(stretch, side * distance, side * distance));
+            if (tries.empty())
+                continue;
             auto read = reader_.read(tries);
             if (!read)
                 return Failure(read.error());
@@ -212,7 +228,7 @@ private:
             auto better = refined(std::move(*best));
             if (!better)
                 return Failure(better.error());
-            const double distance = side * line.distanceTo(*better);
+            const double distance = side * stretch.distanceTo(better->stretch.line);
             if (distance > kNearest && distance < kFarthest)
                 return std::optional(*std::move(better));
         }
@@ -225,7 +241,9 @@ private:
         const bool mayBeCard = !seen || seen->line.length() < kCardCharacters * seen->pitch;
         const std::size_t most = mayBeCard ? 3 : 2;
         std::vector<SeenLine> stack{std::move(line)};
-        for (const int side : {-1, 1}) {
+        const bool isUpperLine = neighboursOf(stack.front().stretch, -1).empty() &&
+                                 !neighboursOf(stack.front().stretch, 1).empty();
+        for (const int side : {isUpperLine ? 1 : -1, isUpperLine ? -1 : 1}) {
             while (stack.size() < most) {
                 auto next = neighbour(side > 0 ? stack.back() : stack.front(), side);
                 if (!next)
@@ -248,7 +266,7 @@ private:
         }
         double nearest = kFarthest;
         for (std::size_t index = 1; index < stack.size(); ++index)
-            nearest = std::min(nearest, std::abs(stack[index - 1].distanceTo(stack[index])));
+            nearest = std::min(nearest, std::abs(seen[index - 1].distanceTo(seen[index].line)));
         // In a squeezed picture the neighbours would come into view.
         constexpr double kSqueezed = 1.85;  // pitches
         const double tall = nearest < kSqueezed ? std::max(1.0, 0.8 * nearest) : ZoneNetwork::kTall;
@@ -377,6 +395,7 @@ private:
 
     const LineReader& reader_;
     const PictureLevels& picture_;
+    std::vector<Baseline> candidates_;
 };
 
 }  // namespace

@@ -52,7 +52,7 @@ ZoneView turnedView(cv::Size picture, double degrees) {
 
 // How strongly rows of print and the space between them follow one another in that view.
 double rowContrast(const PictureLevels& picture, double degrees) {
-    constexpr double kSide = 240.0;  // pixels
+    constexpr double kSide = 160.0;  // pixels
     ZoneView view = turnedView(picture.size(), degrees);
     const double scale = kSide / kLongestSide;
     view.size = {std::max(1, cvRound(view.size.width * scale)),
