@@ -207,11 +207,14 @@ private:
         return distances;
     }
 
-    // What stands above (side -1) or below (side 1) the line: where a candidate lies, or else where
-    // neighbours usually stand.
-    Expected<std::optional<SeenLine>> neighbour(const SeenLine& line, int side) const {
+    // What stands above (side -1) or below (side 1) the line: where a candidate lies, as far as
+    // another neighbour (pitches; 0: there is none), or else where neighbours usually stand.
+    Expected<std::optional<SeenLine>> neighbour(const SeenLine& line, int side,
+                                                double spacing) const {
         const Stretch stretch = line.seen().value_or(line.stretch);
         std::vector<std::vector<double>> rounds{neighboursOf(stretch, side)};
+        if (spacing > 0.0)
+            rounds.push_back({spacing});
         rounds.insert(rounds.end(), kNeighbours.begin(), kNeighbours.end());
         for (const std::vector<double>& distances : rounds) {
             std::vector<Stretch> tries;
@@ -245,7 +248,9 @@ private:
                                  !neighboursOf(stack.front().stretch, 1).empty();
         for (const int side : {isUpperLine ? 1 : -1, isUpperLine ? -1 : 1}) {
             while (stack.size() < most) {
-                auto next = neighbour(side > 0 ? stack.back() : stack.front(), side);
+                const double spacing =
+                    stack.size() < 2 ? 0.0 : stack[0].stretch.distanceTo(stack[1].stretch.line);
+                auto next = neighbour(side > 0 ? stack.back() : stack.front(), side, spacing);
                 if (!next)
                     return Failure(next.error());
                 if (!*next)
@@ -296,8 +301,9 @@ private:
         constexpr double kOff = 3.0;  // characters; a hidden end or a stain beside the line
         std::vector<Layout> all;
         for (const Layout& layout : kLayouts) {
-            if (layout.lines <= lines &&
-                std::abs(characters - static_cast<double>(layout.characters)) <= kOff)
+            // Any line of a card would do for a zone of one line.
+            const bool isEnough = layout.lines == 1 ? lines == 1 : layout.lines <= lines;
+            if (isEnough && std::abs(characters - static_cast<double>(layout.characters)) <= kOff)
                 all.push_back(layout);
         }
         return all;
