@@ -1,3 +1,5 @@
+#include "vision/zone/NetworkZoneService.h"
+
 #include <kestrelid/DefaultServices.h>
 #include <kestrelid/ImageFile.h>
 
@@ -59,6 +61,32 @@ void rectangles(benchmark::State& state) {
         benchmark::DoNotOptimize(all.rectangles->perform(*frame().bitmap(), {}));
 }
 BENCHMARK(rectangles)->Unit(benchmark::kMillisecond);
+
+// What examine() takes beyond the verdict, the outline being known: of a page with a zone, and of
+// one without.
+void zones(benchmark::State& state, const char* sample, bool hasZone) {
+    const auto picture =
+        std::get<Image>(readImage(std::string(KESTRELID_SAMPLES_DIR) + "/" + sample));
+    const Bitmap& bitmap = *picture.bitmap();
+    const auto found = services().rectangles->perform(bitmap, {});
+    const ZoneRequest request{std::get<std::vector<RectangleObservation>>(found)};
+    vision::NetworkZoneService service({KESTRELID_RESOURCES_DIR, KESTRELID_MODELS_DIR}, 2);
+    const auto read = [&] {
+        const ZoneResult result = service.perform(bitmap, request);
+        const auto* readings = std::get_if<std::vector<ZoneReading>>(&result);
+        return readings && !readings->empty();
+    };
+    if (read() != hasZone)  // loads the network
+        state.SkipWithError("the zone is not found, or one where there is none");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(read());
+}
+BENCHMARK_CAPTURE(zones, passport, "bangladesh-on-wood.jpg", true)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_CAPTURE(zones, receipt, "receipt.jpg", false)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace
 }  // namespace kestrelid
