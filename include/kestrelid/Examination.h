@@ -65,8 +65,8 @@ struct Examination {
     /// Entries of the detector's table, as the verdict counts them.
     std::vector<KeywordMatch> matches{};
 
-    /// The machine-readable zones, the clearest first, the untrustworthy and the illegible among
-    /// them: each says why.
+    /// The machine-readable zones from the top of the picture down, the untrustworthy and the
+    /// illegible among them: each says why.
     std::vector<MachineReadableZone> zones{};
 
     PictureQuality quality{};

@@ -115,7 +115,7 @@ struct ZoneRequest {
     std::vector<RectangleObservation> outlines{};
 };
 
-/// The machine-readable zones that were found, best first; empty: none.
+/// The machine-readable zones that were found, from the top of the picture down; empty: none.
 using ZoneResult = std::variant<std::vector<ZoneReading>, RequestError>;
 
 /// Reads machine-readable zones, whichever way up they stand. Duties as for RectangleService. It

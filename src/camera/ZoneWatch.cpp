@@ -64,7 +64,13 @@ void ZoneWatch::lookNow(const Bitmap& frame) try {
         request.outlines.push_back(around(*tracker_.live().zone));
     const ZoneResult result = zones_->perform(frame, request);
     const auto* readings = std::get_if<std::vector<ZoneReading>>(&result);
-    if (tracker_.see(readings && !readings->empty() ? &readings->front() : nullptr))
+    const ZoneReading* first = nullptr;
+    if (readings && !readings->empty()) {
+        const auto readable = std::ranges::find(*readings, ZoneReading::Legibility::readable,
+                                                &ZoneReading::legibility);
+        first = &*(readable == readings->end() ? readings->begin() : readable);
+    }
+    if (tracker_.see(first))
         tell_(tracker_.live());
 } catch (...) {
     // A frame that memory is too short for, or a host's service that throws: another one follows.

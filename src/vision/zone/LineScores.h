@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <optional>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace kestrelid::vision {
@@ -27,7 +26,7 @@ public:
     explicit LineScores(std::span<const float> scores);
 
     // The likeliest class of each frame, repetitions joined, blanks left out.
-    [[nodiscard]] const std::vector<ZoneMark>& marks() const noexcept { return marks_; }
+    [[nodiscard]] const Wiped<ZoneMark>& marks() const noexcept { return marks_; }
 
     // Of the marks: 0..1; 0 if there is none.
     [[nodiscard]] float meanProbability() const noexcept;
@@ -48,7 +47,7 @@ private:
 
     std::size_t frames_;
     Wiped<float> logProbabilities_;  // frame by frame
-    std::vector<ZoneMark> marks_;
+    Wiped<ZoneMark> marks_;
 };
 
 }  // namespace kestrelid::vision

@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* kModelName = "zone-net.onnx";
 constexpr int kShortestSide = 48;     // pixels; no zone of two lines fits into less
-constexpr std::size_t kOutlines = 2;  // documents that are looked at by their outline
+constexpr std::size_t kOutlines = 5;  // documents that are looked at by their outline
 constexpr float kReadable = 0.8f;     // quality; below, names are wrong though digits pass
 constexpr double kLeastPixels = 6.0;  // a character; below, one in seven is read wrongly
 
@@ -102,6 +102,9 @@ public:
                 zone.reading.legibility = ZoneReading::Legibility::blurred;
             readings.push_back(std::move(zone.reading));
         }
+        std::ranges::stable_sort(readings, [](const ZoneReading& a, const ZoneReading& b) {
+            return a.lines.front().corners[0].y > b.lines.front().corners[0].y;
+        });
         return readings;
     }
 

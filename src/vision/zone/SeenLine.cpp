@@ -25,7 +25,7 @@ int cropWidth(const Stretch& stretch) {
 }
 
 // The longest row of marks without a gap: what stands apart is no part of the line.
-std::span<const ZoneMark> longestRow(const std::vector<ZoneMark>& marks, double pitch) {
+std::span<const ZoneMark> longestRow(const Wiped<ZoneMark>& marks, double pitch) {
     constexpr double kGap = 3.2;  // pitches
     std::size_t first = 0;
     std::span<const ZoneMark> longest;
@@ -68,7 +68,7 @@ cv::Point2d SeenLine::at(double frame) const {
 std::optional<Stretch> SeenLine::seen() const {
     constexpr float kSure = 0.3f;
     constexpr std::size_t kFew = 8;
-    std::vector<ZoneMark> sure;
+    Wiped<ZoneMark> sure;
     std::ranges::copy_if(scores.marks(), std::back_inserter(sure),
                          [](const ZoneMark& mark) { return mark.probability > kSure; });
     if (sure.size() < kFew)
