@@ -28,7 +28,13 @@ private:
             if (photo && qobject_cast<DocumentScannerVC*>(currentWidget()))
                 preview(*photo);
         };
-        present(new DocumentScannerVC(completion, camera_));
+        auto* scanner = new DocumentScannerVC(completion, camera_);
+        // Of the machine-readable zone no more than that it was read.
+        scanner->didReadZone = [this](const LiveZone& live) {
+            setWindowTitle(live.isStrict() ? "Your passport, please: zone read"
+                                           : "Your passport, please");
+        };
+        present(scanner);
     }
 
     void preview(const Image& photo) {

@@ -20,8 +20,9 @@ cameras(const CameraOptions& options = {});
 
 /// A capture platform and a permission of this machine, on GStreamer, and a detector that shares
 /// the given services and stops at the verdict. Cannot fail: what is missing becomes a camera that
-/// does not get ready; see diagnoseCamera(). Without memory for them all services are null.
-/// mainQueue: see CameraServices. Thread: any.
+/// does not get ready; see diagnoseCamera(). Reads no zones unless the host sets
+/// CameraServices::zones afterwards, to recognition.zones for example. Without memory for them all
+/// services are null. mainQueue: see CameraServices. Thread: any.
 [[nodiscard]] KESTRELID_EXPORT CameraServices
 defaultCameraServices(std::shared_ptr<DispatchQueue> mainQueue, const CameraOptions& options = {},
                       PlatformServices recognition = defaultServices());

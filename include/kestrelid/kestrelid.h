@@ -119,6 +119,163 @@ KESTRELID_EXPORT const char* kestrelid_result_reason(const KestrelidResult* resu
 KESTRELID_EXPORT const char* kestrelid_result_recognized_text(const KestrelidResult* result,
                                                               size_t* size);
 
+// ---- Machine-readable zones
+
+// The zones of one picture or of one text, the clearest first or as they stand. Never changes.
+// Personal data: never log it. Its memory is wiped on release.
+//
+// Zones, lines, fields and problems are counted from 0. A text that is asked for is UTF-8, ends in
+// a zero byte and lives as long as the zones. size may be NULL; gets the bytes before the zero
+// byte. What does not exist is NULL and 0, also where zones is NULL.
+typedef struct KestrelidZones KestrelidZones;
+
+// The layout of a zone.
+typedef enum KestrelidZoneFormat {
+    KESTRELID_TD1 = 0,    // cards: three lines of 30
+    KESTRELID_TD2 = 1,    // cards: two lines of 36
+    KESTRELID_TD3 = 2,    // passports: two lines of 44
+    KESTRELID_MRV_A = 3,  // visas: two lines of 44
+    KESTRELID_MRV_B = 4,  // visas: two lines of 36
+    KESTRELID_FRENCH_IDENTITY_CARD = 5,
+    KESTRELID_DRIVING_LICENCE = 6,
+} KestrelidZoneFormat;
+
+// What a field says.
+typedef enum KestrelidZoneFieldKind {
+    KESTRELID_DOCUMENT_CODE = 0,
+    KESTRELID_ISSUING_STATE = 1,
+    KESTRELID_PRIMARY_IDENTIFIER = 2,    // the family name, as a rule
+    KESTRELID_SECONDARY_IDENTIFIER = 3,  // the given names, as a rule
+    KESTRELID_DOCUMENT_NUMBER = 4,
+    KESTRELID_NATIONALITY = 5,
+    KESTRELID_DATE_OF_BIRTH = 6,
+    KESTRELID_SEX = 7,
+    KESTRELID_DATE_OF_EXPIRY = 8,
+    KESTRELID_OPTIONAL_DATA = 9,
+    KESTRELID_FURTHER_OPTIONAL_DATA = 10,
+    KESTRELID_ISSUING_OFFICE = 11,
+    KESTRELID_COMPOSITE = 12,  // the digit over several fields; its text is empty
+} KestrelidZoneFieldKind;
+
+typedef enum KestrelidCheckDigit {
+    KESTRELID_DIGIT_NOT_PRINTED = 0,  // the layout has none here, or a filler stands for it
+    KESTRELID_DIGIT_PASSED = 1,
+    KESTRELID_DIGIT_FAILED = 2,
+} KestrelidCheckDigit;
+
+// Why a zone is not to be trusted.
+typedef enum KestrelidZoneProblem {
+    KESTRELID_TOO_SMALL = 0,  // found but not read: too few pixels a character
+    KESTRELID_BLURRED = 1,    // found but not read: out of focus, moved, or covered
+    KESTRELID_LINE_MISSING = 2,
+    KESTRELID_WRONG_LENGTH = 3,
+    KESTRELID_NOT_ALLOWED = 4,  // a character stands where the layout has none such
+    KESTRELID_CHECK_DIGIT_FAILED = 5,
+    KESTRELID_IMPOSSIBLE_DATE = 6,
+    KESTRELID_UNCLEAR = 7,  // read in doubt where no check digit covers it
+} KestrelidZoneProblem;
+
+// A day of the Gregorian calendar: year 1 to 9999, month 1 to 12.
+typedef struct KestrelidDay {
+    int32_t year;
+    int32_t month;
+    int32_t day;
+} KestrelidDay;
+
+// Shares of the picture's width and height from its top left corner: 0 to 1.
+typedef struct KestrelidPoint {
+    double x;
+    double y;
+} KestrelidPoint;
+
+// Filled by kestrelid_zones_zone(). Later versions append fields only: a library that is older than
+// its caller sets those that it does not know to zero.
+typedef struct KestrelidZone {
+    size_t struct_size;  // sizeof(KestrelidZone), by the caller
+    size_t lines;        // how many it has, also below
+    size_t fields;
+    size_t problems;
+    int32_t format;  // KestrelidZoneFormat
+
+    // 1: complete, its grammar holds, all printed check digits pass, and every character that no
+    // digit covers was read clearly. Says nothing of whether the document is genuine. 0: problems
+    // tell why not.
+    int32_t is_strict;
+
+    double pixels_per_character;  // of the picture; 0: unknown
+
+    // Around the zone, as it is read: top left, top right, bottom right, bottom left. All zero for
+    // a zone of a text.
+    KestrelidPoint corners[4];
+} KestrelidZone;
+
+// Filled by kestrelid_zones_field(); grows as KestrelidZone does.
+typedef struct KestrelidZoneField {
+    size_t struct_size;   // sizeof(KestrelidZoneField), by the caller
+    size_t corrections;   // characters that were taken for others than those read best
+    size_t doubtful;      // characters that might be others, though nothing speaks against them
+    int32_t kind;         // KestrelidZoneFieldKind
+    int32_t check_digit;  // KestrelidCheckDigit
+
+    // Of dates; -1: no date, unknown, or for the whole year not to be told.
+    int32_t year;            // with its century
+    int32_t two_digit_year;  // 0 to 99
+    int32_t month;           // 1 to 12
+    int32_t day;             // 1 to 31
+
+    int32_t is_known_state;        // 1: the code is known; 0: it is not; -1: no state
+    int32_t is_perhaps_truncated;  // 1: the names fill their field, so that some may be left out
+} KestrelidZoneField;
+
+// The zones in text, size bytes of any kind, one line of a zone a line of text; none is no failure.
+// as_of: the day on which the document is looked at, which tells the centuries of its years; NULL:
+// years keep two digits.
+KESTRELID_EXPORT KestrelidStatus kestrelid_zones_parse(const char* text, size_t size,
+                                                       const KestrelidDay* as_of,
+                                                       KestrelidZones** zones,
+                                                       KestrelidError** error);
+
+KESTRELID_EXPORT void kestrelid_zones_release(KestrelidZones* zones);
+
+// 0 for NULL.
+KESTRELID_EXPORT size_t kestrelid_zones_count(const KestrelidZones* zones);
+
+// 1: filled. 0: there is no such zone, or no room for the fields of the first version.
+KESTRELID_EXPORT int kestrelid_zones_zone(const KestrelidZones* zones, size_t zone,
+                                          KestrelidZone* filled);
+
+// As printed, after corrections.
+KESTRELID_EXPORT const char* kestrelid_zones_line(const KestrelidZones* zones, size_t zone,
+                                                  size_t line, size_t* size);
+
+// As kestrelid_zones_zone(). Fields come in the order in which they are printed.
+KESTRELID_EXPORT int kestrelid_zones_field(const KestrelidZones* zones, size_t zone, size_t field,
+                                           KestrelidZoneField* filled);
+
+// For people: without fillers at the end, a blank for a single one between letters.
+KESTRELID_EXPORT const char* kestrelid_zones_field_text(const KestrelidZones* zones, size_t zone,
+                                                        size_t field, size_t* size);
+
+// As printed, after corrections, fillers included.
+KESTRELID_EXPORT const char* kestrelid_zones_field_characters(const KestrelidZones* zones,
+                                                              size_t zone, size_t field,
+                                                              size_t* size);
+
+// The state's name in English; "" for a code that is not known. NULL and 0 for other fields.
+KESTRELID_EXPORT const char* kestrelid_zones_field_state(const KestrelidZones* zones, size_t zone,
+                                                         size_t field, size_t* size);
+
+// One line for a person, which holds nothing that the zone says. kind: may be NULL; gets the
+// KestrelidZoneProblem, or -1.
+KESTRELID_EXPORT const char* kestrelid_zones_problem(const KestrelidZones* zones, size_t zone,
+                                                     size_t problem, int32_t* kind, size_t* size);
+
+// "TD3", "MRV-A" and so on. Static; "unknown" for other numbers.
+KESTRELID_EXPORT const char* kestrelid_zone_format_name(int32_t format);
+
+// "document number" and so on. Static; "unknown" for other numbers.
+KESTRELID_EXPORT const char* kestrelid_zone_field_name(int32_t kind);
+
 // ---- Detectors
 
 // Decides whether pictures show a passport. Immutable: overlapping calls are independent.
@@ -191,6 +348,13 @@ KESTRELID_EXPORT KestrelidStatus kestrelid_detector_validate_wait(KestrelidDetec
                                                                   const KestrelidImage* image,
                                                                   KestrelidResult** result,
                                                                   KestrelidError** error);
+
+// The same verdict, and the machine-readable zones of the picture, both released by the caller.
+// as_of: as for kestrelid_zones_parse(). A zone reader that fails is a line on the console and no
+// zone.
+KESTRELID_EXPORT KestrelidStatus kestrelid_detector_examine_wait(
+    KestrelidDetector* detector, const KestrelidImage* image, const KestrelidDay* as_of,
+    KestrelidResult** result, KestrelidZones** zones, KestrelidError** error);
 
 #ifdef __cplusplus
 }  // extern "C"

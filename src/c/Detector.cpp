@@ -133,3 +133,27 @@ KestrelidStatus kestrelid_detector_validate_wait(KestrelidDetector* detector,
         *result = new KestrelidResult{.own = std::get<Result>(std::move(judgement))};
     });
 }
+
+KestrelidStatus kestrelid_detector_examine_wait(KestrelidDetector* detector,
+                                                const KestrelidImage* image,
+                                                const KestrelidDay* as_of, KestrelidResult** result,
+                                                KestrelidZones** zones, KestrelidError** error) {
+    return guarded(error, [&] {
+        if (result)
+            *result = nullptr;
+        if (zones)
+            *zones = nullptr;
+        require(result, "result");
+        require(zones, "zones");
+        require(detector, "detector");
+        kestrelid::ExaminationResult examined = detector->detector->examineNow(
+            image ? image->image : kestrelid::Image(),
+            {.zoneRules = kestrelid::c::zoneRules(as_of)}, kLongestWait);
+        if (const auto* none = std::get_if<kestrelid::NoVerdict>(&examined))
+            throw Failure{KESTRELID_FAILED, std::string(none->cause)};
+        auto& examination = std::get<kestrelid::Examination>(examined);
+        auto found = std::make_unique<KestrelidZones>(std::move(examination.zones));
+        *result = new KestrelidResult{.own = std::move(examination.verdict)};
+        *zones = found.release();
+    });
+}

@@ -1,5 +1,6 @@
 #include "scanner/DocumentScanner.h"
 
+#include "scanner/ZoneValue.h"
 #include "screens/EngineContext.h"
 
 #include <chrono>
@@ -60,6 +61,10 @@ CaptureSessionHandle DocumentScanner::session() const {
     return manager_ ? CaptureSessionHandle{manager_->session()} : CaptureSessionHandle{};
 }
 
+QVariant DocumentScanner::zone() const {
+    return zoneValue(manager_ ? manager_->zone().value() : LiveZone{});
+}
+
 void DocumentScanner::appear() {
     if (!manager_)
         makeManager();
@@ -72,7 +77,7 @@ void DocumentScanner::makeManager() {
     QQmlEngine* engine = qmlEngine(this);
     if (!engine)
         return;
-    CameraServices services = screens::EngineContext::of(*engine).makeServices(camera_);
+    CameraServices services = screens::EngineContext::of(*engine).makeServices(camera_, readsZone_);
     mainQueue_ = services.mainQueue;
     manager_ = CameraManager::create(std::move(services));
     if (!manager_)
@@ -80,11 +85,22 @@ void DocumentScanner::makeManager() {
     observe(manager_->isAuthorized());
     observe(manager_->isSessionReady());
     observe(manager_->isDocumentDetected());
+    observeZone();
     emit sessionChanged();
 }
 
 void DocumentScanner::observe(const Published<bool>& field) {
     subscriptions_.push_back(field.didChange([this](bool) { follow(); }));
+}
+
+void DocumentScanner::observeZone() {
+    subscriptions_.push_back(manager_->zone().didChange([this](const LiveZone& zone) {
+        // A copy: the observer may replace itself, or release the screen.
+        if (const auto observer = zoneObserver_)
+            observer(zone);
+    }));
+    subscriptions_.push_back(
+        manager_->zone().didChange([this](const LiveZone&) { emit zoneChanged(); }));
 }
 
 void DocumentScanner::follow() {

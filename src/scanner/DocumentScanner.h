@@ -4,6 +4,7 @@
 #include "scanner/ScannerDisplay.h"
 
 #include <kestrelid/CameraManager.h>
+#include <kestrelid/screens/ScannerCamera.h>
 
 #include <memory>
 #include <QColor>
@@ -11,6 +12,7 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 #include <QVariant>
+#include <utility>
 #include <vector>
 
 namespace kestrelid::scanner {
@@ -27,6 +29,8 @@ class DocumentScanner : public QObject {
     Q_PROPERTY(bool isCaptureAllowed READ isCaptureAllowed NOTIFY displayChanged)
     Q_PROPERTY(Status status READ status NOTIFY displayChanged)
     Q_PROPERTY(kestrelid::scanner::CaptureSessionHandle session READ session NOTIFY sessionChanged)
+    Q_PROPERTY(bool readsZone MEMBER readsZone_ NOTIFY readsZoneChanged)  // as camera
+    Q_PROPERTY(QVariant zone READ zone NOTIFY zoneChanged)                // see zoneValue()
     QML_ELEMENT
 
 public:
@@ -47,6 +51,12 @@ public:
     [[nodiscard]] Status status() const;
     [[nodiscard]] CaptureSessionHandle session() const;
 
+    // Made anew each time: only the manager keeps what a document says.
+    [[nodiscard]] QVariant zone() const;
+
+    // Gets what zoneChanged() announces.
+    void setZoneObserver(ZoneObserver observer) { zoneObserver_ = std::move(observer); }
+
     // Checks the permission. Makes the manager first if there is none.
     Q_INVOKABLE void appear();
 
@@ -58,13 +68,18 @@ signals:
     void cameraChanged();
     void displayChanged();
     void sessionChanged();
+    void readsZoneChanged();
+    void zoneChanged();
 
 private:
     void makeManager();
     void observe(const Published<bool>& field);
+    void observeZone();
     void follow();
 
     QString camera_;
+    bool readsZone_ = false;
+    ZoneObserver zoneObserver_;
     std::shared_ptr<DispatchQueue> mainQueue_;
     std::shared_ptr<CameraManager> manager_;
     std::vector<Subscription> subscriptions_;

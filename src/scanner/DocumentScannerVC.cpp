@@ -1,7 +1,10 @@
+#include "scanner/DocumentScanner.h"
 #include "screens/HostedScreen.h"
 
 #include <kestrelid/screens/DocumentScannerVC.h>
 
+#include <QPointer>
+#include <QQuickItem>
 #include <QQuickWidget>
 #include <QVariantMap>
 
@@ -24,9 +27,21 @@ void DocumentScannerVC::showEvent(QShowEvent* event) {
     const QVariantMap properties{
         {QStringLiteral("isPresented"), false},
         {QStringLiteral("completion"), QVariant::fromValue(completion_)},
+        {QStringLiteral("readsZone"), static_cast<bool>(didReadZone)},
     };
-    hosted_ = screens::hostScreen(*this, QStringLiteral("DocumentScannerView"), properties,
-                                  safeAreaMargins, camera_);
+    QQuickWidget* hosted = screens::hostScreen(*this, QStringLiteral("DocumentScannerView"),
+                                               properties, safeAreaMargins, camera_);
+    hosted_ = hosted;
+    auto* shown = hosted->rootObject()
+                      ? hosted->rootObject()->findChild<scanner::DocumentScanner*>()
+                      : nullptr;
+    if (!shown)
+        return;
+    shown->setZoneObserver([controller = QPointer(this)](const LiveZone& zone) {
+        // A copy: the callback may replace itself.
+        if (const auto tell = controller ? controller->didReadZone : ZoneObserver())
+            tell(zone);
+    });
 }
 
 }  // namespace kestrelid

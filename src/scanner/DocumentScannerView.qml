@@ -16,6 +16,10 @@ ScreenItem {
     // A camera's name, or the path of a picture or video file that stands for one; empty: the host's
     // choice, else the first camera. Counts when the screen is first shown.
     property string camera
+    // Whether machine-readable zones are read. Counts when the screen is first shown.
+    property bool readsZone: false
+    // What the frames say of the zone in view, as it grows; null while there is none. Personal data.
+    property alias zone: scanner.zone
     property real textScale: 1
 
     focus: true
@@ -32,6 +36,7 @@ ScreenItem {
         id: scanner
 
         camera: root.camera
+        readsZone: root.readsZone
     }
 
     Rectangle {

@@ -13,15 +13,23 @@ EngineContext& EngineContext::of(QQmlEngine& engine) {
     return *new EngineContext(&engine);
 }
 
-CameraServices EngineContext::makeServices(const QString& camera) {
+CameraServices EngineContext::makeServices(const QString& camera, bool readsZone) {
     CameraOptions options = camera_.options;
     if (!camera.isEmpty())
         options.camera = camera.toStdString();
-    if (camera_.makeServices)
-        return camera_.makeServices(makeQtMainQueue(), options);
-    if (!camera_.recognition)
-        camera_.recognition = defaultServices();
-    return defaultCameraServices(makeQtMainQueue(), options, *camera_.recognition);
+    CameraServices services;
+    if (camera_.makeServices) {
+        services = camera_.makeServices(makeQtMainQueue(), options);
+    } else {
+        if (!camera_.recognition)
+            camera_.recognition = defaultServices();
+        services = defaultCameraServices(makeQtMainQueue(), options, *camera_.recognition);
+        services.zones = camera_.recognition->zones;
+        services.zoneRules = camera_.zoneRules;
+    }
+    if (!readsZone)
+        services.zones = nullptr;
+    return services;
 }
 
 }  // namespace kestrelid::screens

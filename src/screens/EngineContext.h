@@ -17,8 +17,9 @@ public:
 
     void setCamera(ScannerCamera camera) { camera_ = std::move(camera); }
 
-    // For one screen. camera: as CameraOptions::camera; empty: the one that was set.
-    [[nodiscard]] CameraServices makeServices(const QString& camera);
+    // For one screen. camera: as CameraOptions::camera; empty: the one that was set. readsZone:
+    // whether it reads zones.
+    [[nodiscard]] CameraServices makeServices(const QString& camera, bool readsZone);
 
 private:
     using QObject::QObject;

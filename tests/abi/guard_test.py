@@ -12,7 +12,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = sys.argv.pop()
 NOT_POSSIBLE = 77
-HANDLES = {"KestrelidDetector", "KestrelidError", "KestrelidImage", "KestrelidResult"}  # opaque to hosts
+HANDLES = {"KestrelidDetector", "KestrelidError", "KestrelidImage", "KestrelidResult", "KestrelidZones"}  # opaque to hosts
 
 # name -> (pattern, replacement, what the output must say): what was once promised, and no longer holds.
 NAMES = "kestrelid-detection.names", {

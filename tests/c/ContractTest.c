@@ -35,6 +35,8 @@ static void nullHandles(void) {
     CHECK(kestrelid_result_reason_count(NULL) == 0);
     CHECK(kestrelid_result_reason(NULL, 0, &size) == NULL && size == 0);
     CHECK(kestrelid_result_recognized_text(NULL, NULL) == NULL);
+    kestrelid_zones_release(NULL);
+    CHECK(kestrelid_zones_count(NULL) == 0);
 }
 
 static void nullArguments(void) {
@@ -53,6 +55,18 @@ static void nullArguments(void) {
     INVALID(kestrelid_detector_validate(NULL, NULL, NULL, &disposed, count, &error),
             "detector is NULL");
     CHECK(disposed == 1);
+    KestrelidZones* zones = (KestrelidZones*)&zones;
+    INVALID(kestrelid_zones_parse(NULL, 5, NULL, &zones, &error), "text is NULL");
+    CHECK(zones == NULL);
+    INVALID(kestrelid_zones_parse("", 0, NULL, NULL, &error), "zones is NULL");
+    zones = (KestrelidZones*)&zones;
+    INVALID(kestrelid_detector_examine_wait(NULL, NULL, NULL, NULL, &zones, &error),
+            "result is NULL");
+    INVALID(kestrelid_detector_examine_wait(NULL, NULL, NULL, &result, NULL, &error),
+            "zones is NULL");
+    INVALID(kestrelid_detector_examine_wait(NULL, NULL, NULL, &result, &zones, &error),
+            "detector is NULL");
+    CHECK(zones == NULL);
     CHECK(kestrelid_image_read(NULL, NULL, NULL) == KESTRELID_INVALID_ARGUMENT);
     CHECK(kestrelid_image_decode("png", 3, &image, NULL) == KESTRELID_UNREADABLE);
     expectError(kestrelid_image_read("gone.png", &image, &error), KESTRELID_UNREADABLE, &error,
@@ -169,12 +183,62 @@ static void withoutImage(void) {
     kestrelid_result_release(kept.result);
 }
 
+static void zonesOfText(void) {
+    const char text[] =
+        "P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<\n"
+        "L898902C36UTO7408132F1204159ZE184226B<<<<<10";  // 13 for 12: two digits fail
+    const KestrelidDay days[] = {{2020, 1, 1}, {2021, 2, 29}, {0, 1, 1}, {2021, 13, 1}};
+    struct {
+        KestrelidZone known;
+        int64_t later;
+    } newer = {.known = {.struct_size = sizeof(newer)}, .later = 7};
+    KestrelidZoneField field = {.struct_size = sizeof(field)};
+    KestrelidZones* zones = NULL;
+    KestrelidError* error = NULL;
+    int32_t kind = 0;
+    size_t size = 0;
+
+    for (int day = 1; day < 4; ++day)
+        INVALID(kestrelid_zones_parse(text, strlen(text), &days[day], &zones, &error),
+                "as_of is no day");
+    CHECK(kestrelid_zones_parse(text, strlen(text), days, &zones, NULL) == KESTRELID_OK);
+    CHECK(kestrelid_zones_count(zones) == 1);
+    CHECK(kestrelid_zones_zone(zones, 0, &newer.known) && newer.later == 0);
+    CHECK(newer.known.format == KESTRELID_TD3 && !newer.known.is_strict);
+    CHECK(newer.known.lines == 2 && newer.known.fields == 11 && newer.known.problems == 2);
+    CHECK_TEXT(kestrelid_zones_line(zones, 0, 1, &size), strchr(text, '\n') + 1);
+    CHECK(size == 44);
+    CHECK_TEXT(kestrelid_zones_problem(zones, 0, 0, &kind, &size),
+               "line 2, column 20, date of birth: the check digit does not match");
+    CHECK(kind == KESTRELID_CHECK_DIGIT_FAILED && size == 64);
+    CHECK(kestrelid_zones_field(zones, 0, 6, &field));
+    CHECK(field.kind == KESTRELID_DATE_OF_BIRTH && field.check_digit == KESTRELID_DIGIT_FAILED);
+    CHECK(field.year == 1974 && field.month == 8 && field.day == 13 && field.is_known_state == -1);
+    CHECK(kestrelid_zones_field_state(zones, 0, 6, &size) == NULL && size == 0);
+    CHECK(kestrelid_zones_field(zones, 0, 1, &field) && field.is_known_state == 1);
+    CHECK_TEXT(kestrelid_zones_field_state(zones, 0, 1, NULL), "Utopia (specimens)");
+    CHECK_TEXT(kestrelid_zones_field_text(zones, 0, 3, &size), "ANNA MARIA");
+    CHECK(size == 10 && field.year == -1 && field.two_digit_year == -1);
+    CHECK(strstr(kestrelid_zones_field_characters(zones, 0, 3, NULL), "ANNA<MARIA<") != NULL);
+
+    field.struct_size = sizeof(size_t);
+    CHECK(!kestrelid_zones_field(zones, 0, 0, &field) && !kestrelid_zones_zone(zones, 0, NULL));
+    CHECK(!kestrelid_zones_field(zones, 0, 11, &field));
+    CHECK(!kestrelid_zones_zone(zones, 1, &newer.known));
+    CHECK(kestrelid_zones_line(zones, 0, 2, NULL) == NULL);
+    CHECK(kestrelid_zones_problem(zones, 0, 2, &kind, NULL) == NULL && kind == -1);
+    kestrelid_zones_release(zones);
+    CHECK_TEXT(kestrelid_zone_format_name(7), "unknown");
+    CHECK_TEXT(kestrelid_zone_field_name(KESTRELID_DOCUMENT_NUMBER), "document number");
+}
+
 int main(void) {
     nullHandles();
     nullArguments();
     rawPixels();
     options();
     withoutImage();
+    zonesOfText();
     CHECK(KestrelidVersionNumber > 0.0 && strchr(kestrelid_library_version(), '.'));
     return 0;
 }

@@ -2,6 +2,7 @@
 """The binding for Python against the built library, KESTRELID_LIBRARY."""
 
 import concurrent.futures
+import datetime
 import os
 import pathlib
 import subprocess
@@ -41,11 +42,37 @@ class Judging(unittest.TestCase):
                 rows = picture.convert("RGBA").tobytes("raw", "BGRA", width * 4 + 12)
             self.assertEqual(detector.judge_pixels(rows, width, height, "BGRA", width * 4 + 12), verdict)
 
+    def test_examining_gives_the_same_verdict_and_the_zone(self):
+        with kestrelid.Detector(LIBRARY) as owner, kestrelid.Detector(share=owner) as detector:
+            owner.close()  # zones are shared too
+            examination = detector.examine_file(PASSPORT)
+            self.assertEqual(examination.verdict, detector.judge_file(PASSPORT))
+            later = detector.examine_bytes(PASSPORT.read_bytes(), as_of=datetime.date(2020, 1, 1))
+        (zone,) = examination.zones
+        self.assertEqual((zone.format, zone.is_strict, zone.problems), ("TD3", True, ()))
+        self.assertIn("\t".join(zone.lines), (ROOT / "samples" / "manifest.tsv").read_text())
+        self.assertTrue(0.1 < zone.corners[0][0] < zone.corners[1][0] < 1 and 0.5 < zone.corners[0][1] < zone.corners[3][1] < 1)
+        self.assertEqual([z.field("date of birth").year for z in (zone, *later.zones)], [None, 1982])
+        self.assertEqual(zone.field("nationality").state, "Bangladesh")
+
+    def test_zones_of_text(self):
+        first, second = "P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<", "L898902C36UTO7408122F1204159ZE184226B<<<<<10"
+        (sound,), (wrong,) = (kestrelid.parse_zones(f"{first}\n{line}", library=LIBRARY)
+                              for line in (second, second.replace("7408", "7409")))
+        self.assertTrue(sound.is_strict)
+        self.assertEqual((wrong.is_strict, wrong.corners, wrong.problems[0]),
+                         (False, (), ("check digit failed", "line 2, column 20, date of birth: the check digit does not match")))
+        birth = wrong.field("date of birth")
+        self.assertEqual((birth.check_digit, birth.year, birth.two_digit_year, birth.month), ("failed", None, 74, 9))
+        self.assertEqual(kestrelid.parse_zones(b"\xff\0no zone", library=LIBRARY), ())
+
     def test_command(self):
         result = judge("--library", LIBRARY, PASSPORT, "gone.jpg", RECEIPT)
         self.assertEqual(result.returncode, 1)
         self.assertRegex(result.stdout, rf"\A{PASSPORT}: passport \(.*\n{RECEIPT}: not a passport \(.*\n\Z")
         self.assertEqual(result.stderr, "judge.py: gone.jpg: cannot be opened: No such file or directory\n")
+        result = judge("--library", LIBRARY, "--zone", PASSPORT, RECEIPT)
+        self.assertEqual(result.stdout.splitlines()[1::2], [f"{PASSPORT}: zone TD3, strict", f"{RECEIPT}: no machine-readable zone"])
         self.assertEqual(judge("--library", "/nowhere/lib.so", PASSPORT).returncode, 2)
         self.assertEqual(judge().returncode, 2)
 

@@ -36,10 +36,12 @@ def run(name, *arguments, names=b"", **options):
 
 
 class OnePicture(unittest.TestCase):
-    def test_judge_and_own_camera(self):
+    def test_judge_and_own_camera_and_c(self):
         for name, picture, status, output, complaint in (
                 ("judge", PASSPORT, 0, ["a passport"], ""), ("judge", "missing.jpg", 1, [], "missing.jpg: "),
-                ("own-camera", PASSPORT, 0, ["a passport; photo of 960x1280"], "")):
+                ("own-camera", PASSPORT, 0, ["a passport; photo of 960x1280"], ""),
+                ("c-host", PASSPORT, 0, ["a passport; TD3, strict"], ""), ("c-host", DESK, 0, ["not a passport"], ""),
+                ("c-host", "missing.jpg", 1, [], "missing.jpg: ")):
             with self.subTest(name, picture=picture):
                 done = run(name, SAMPLES / picture)
                 self.assertEqual((done.returncode, done.stdout.decode().splitlines()[:1]), (status, output), done.stderr)
@@ -104,27 +106,30 @@ class OnScreen(unittest.TestCase):
         self.screen = screen.Screen()
         self.addCleanup(self.screen.close)
 
-    def show_and_close(self, *command):
+    def show_and_close(self, *command, read=None):
         title = "passport, please"
         shown = screen.Program(self.screen, command, {"QT_QUICK_BACKEND": "software"})
         self.addCleanup(shown.end)
         x, y, width, height = shown.geometry(title)
         screen.wait_for(lambda: min(self.screen.pixel(x + width // 2, y + int(height * 0.45))) > 90, "the passport")
         screen.wait_for(lambda: self.screen.pixel(x + width // 2, y + height - 48) == (255, 255, 255), "the white button")
+        if read:
+            shown.wait_for_title(read)  # the zone of the live picture
         self.screen.click(x + 24, y + 24)  # the close control
         status = shown.process.wait(PATIENCE)
         output = [line for line in shown.end()[1].splitlines() if line and "XDG_RUNTIME_DIR" not in line]
         self.assertEqual((status, output), (0, []))
 
     def test_widgets_host(self):
-        self.show_and_close(program("widgets-host"), str(SAMPLES / PASSPORT))
+        self.show_and_close(program("widgets-host"), str(SAMPLES / PASSPORT), read="zone read")
 
     def test_qml_host(self):
         with tempfile.TemporaryDirectory() as folder:
-            scene = Path(folder) / "Main.qml"
-            view = (ROOT / "examples/qml-host/Main.qml").read_text()
-            scene.write_text(view.replace("DocumentScannerView {", f'DocumentScannerView {{ camera: "{SAMPLES / PASSPORT}"'))
-            self.show_and_close(program("qml-host"), str(scene))
+            for name, read in (("Main.qml", None), ("Zone.qml", "TD3 read")):
+                scene = Path(folder) / name
+                view = (ROOT / "examples/qml-host" / name).read_text()
+                scene.write_text(view.replace("DocumentScannerView {", f'DocumentScannerView {{ camera: "{SAMPLES / PASSPORT}"'))
+                self.show_and_close(program("qml-host"), str(scene), read=read)
         done = run("qml-host", "missing.qml", env=self.screen.environment)
         self.assertEqual(done.returncode, 1)
 

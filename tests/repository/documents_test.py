@@ -5,7 +5,7 @@ import re
 import subprocess
 import unittest
 
-CODE = re.compile(r"((?:^[^\n]*\n)?)^```(cpp|qml|cmake|python)\n(.*?)^```$", re.DOTALL | re.MULTILINE)
+CODE = re.compile(r"((?:^[^\n]*\n)?)^```(c|cpp|qml|cmake|python)\n(.*?)^```$", re.DOTALL | re.MULTILINE)
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 

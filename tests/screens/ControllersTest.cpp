@@ -67,6 +67,24 @@ TEST(DocumentScannerVC, ShowsTheScreenEdgeToEdgeAndHoldsTheCameraWhileItLives) {
     EXPECT_EQ(camera.machine().log.back(), "session released");
 }
 
+TEST(DocumentScannerVC, TellsTheZoneToItsHostWhichMayReleaseItThen) {
+    const FakeCamera camera;
+    std::string told;
+    auto controller =
+        std::make_unique<DocumentScannerVC>([](const auto&) {}, camera.scannerCamera());
+    controller->didReadZone = [&](const LiveZone& live) {
+        told += live.zone->field(ZoneFieldKind::documentNumber)->text.view();
+        told += live.isStrict() ? " strict" : ", ";
+        if (live.isStrict())
+            controller.reset();
+    };
+    open(*controller);
+    camera.makeReady();
+    camera.showZone(kSpecimenZone, 2);
+    EXPECT_EQ(told, "L898902C3, L898902C3 strict");
+    EXPECT_EQ(camera.machine().log.back(), "session released");
+}
+
 std::unique_ptr<ImagePreviewViewController> previewing(std::string& taps) {
     return std::make_unique<ImagePreviewViewController>(
         "Check the photo", std::nullopt, [&taps] { taps += "retake "; },

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/FakeCapture.h"
+#include "tests/support/FakeZones.h"
 #include "tests/support/ManualQueue.h"
 
 #include <kestrelid/screens/ScannerCamera.h>
@@ -28,6 +29,8 @@ struct FakeCamera {
         std::make_shared<FakeAuthorization>(AuthorizationStatus::authorized);
     std::shared_ptr<FakePlatform> platform = std::make_shared<FakePlatform>();
     std::shared_ptr<FakeDetector> detector = std::make_shared<FakeDetector>();
+    std::shared_ptr<FakeZones> zones = std::make_shared<FakeZones>();
+    std::shared_ptr<double> wallClock = std::make_shared<double>(1'700'000'000.0);  // seconds
     std::shared_ptr<ManualQueue> mainQueue = std::make_shared<ManualQueue>();
     std::shared_ptr<ManualQueue> otherQueues = std::make_shared<ManualQueue>();
     std::shared_ptr<int> managersMade = std::make_shared<int>(0);
@@ -39,7 +42,9 @@ struct FakeCamera {
             .capture = platform,
             .detector = detector,
             .mainQueue = mainQueue,
-            .makeSerialQueue = [queue = otherQueues](const std::string&) { return queue; }};
+            .makeSerialQueue = [queue = otherQueues](const std::string&) { return queue; },
+            .now = [now = wallClock] { return WallTime(std::chrono::duration<double>(*now)); },
+            .zones = zones};
         ScannerCamera camera;
         camera.makeServices = [services, made = managersMade,
                                given = optionsGiven](const auto&, const CameraOptions& options) {
@@ -56,6 +61,20 @@ struct FakeCamera {
     void makeReady() const {
         otherQueues->runAll();
         mainQueue->advance(1.0);
+    }
+
+    // Frames with this zone in them; empty: without one.
+    void showZone(const std::vector<std::string>& lines, int frames) const {
+        zones->seen.clear();
+        if (!lines.empty())
+            zones->seen.push_back(clearReading(lines));
+        for (int frame = 0; frame < frames; ++frame) {
+            *wallClock += 0.2;
+            platform->videoOutput.lock()->deliver(
+                std::make_shared<FakePixelBuffer>(blankBitmap(1, 1)));
+            otherQueues->runAll();
+            mainQueue->runAll();
+        }
     }
 
     // One verdict, as the detector gives it.

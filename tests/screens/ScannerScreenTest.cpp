@@ -151,6 +151,45 @@ TEST(ScannerScreen, CompletionOfJavaScriptGetsNullWhereThereIsNoPhoto) {
     EXPECT_EQ(screen->property("got"), "null");
 }
 
+TEST(ScannerScreen, ZoneIsReadWhereTheHostAsksGrowsAndGoesWithThePage) {
+    const FakeCamera camera;
+    ShownScreen host = scanner(camera);
+    camera.makeReady();
+    camera.showZone(kSpecimenZone, 3);
+    EXPECT_TRUE(host.root()->property("zone").isNull()) << "nobody has asked";
+
+    QQmlComponent component(&host.engine());
+    component.setData(R"(import Kestrelid
+        DocumentScannerView {
+            property string told
+            completion: photo => {}
+            readsZone: true
+            onZoneChanged: {
+                const birth = zone?.fields.find(field => field.kind === "dateOfBirth")
+                told += zone ? [zone.format, zone.strict, zone.frames, zone.lines.length, birth.text,
+                                birth.date.month, birth.checkDigit, zone.fields[1].state.isKnown,
+                                zone.problems.map(problem => problem.kind + " " + problem.field)
+                               ].join() + ";" : "none;"
+            }
+        })",
+                      {});
+    const std::unique_ptr<QQuickItem> screen(qobject_cast<QQuickItem*>(component.create()));
+    ASSERT_TRUE(screen) << component.errorString().toStdString();
+    screen->setSize(kPhone);
+    screen->setParentItem(host.window().contentItem());
+    settle();
+    camera.makeReady();
+    std::vector<std::string> damaged = kSpecimenZone;
+    damaged[1].replace(damaged[1].find("7408"), 4, "7409");
+    camera.showZone(kSpecimenZone, 2);
+    camera.showZone({}, 3);
+    camera.showZone(damaged, 1);
+    EXPECT_EQ(screen->property("told").toString().toStdString(),
+              "TD3,false,1,2,740812,8,passed,true,;TD3,true,2,2,740812,8,passed,true,;none;"
+              "TD3,false,1,2,740912,9,failed,true,"
+              "checkDigitFailed dateOfBirth,checkDigitFailed composite;");
+}
+
 TEST(ScannerScreen, CloseCallsTheHostsFunctionAndNothingElse) {
     const FakeCamera camera;
     int closed = 0;

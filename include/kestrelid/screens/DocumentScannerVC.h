@@ -29,6 +29,10 @@ public:
     /// before the first showing. Points.
     QMarginsF safeAreaMargins;
 
+    /// Looked up at each change of the zone. Zones are read only if it is set before the first
+    /// showing; it may release the screen.
+    ZoneObserver didReadZone;
+
 protected:
     void showEvent(QShowEvent* event) override;
 

@@ -4,7 +4,9 @@
 #include <kestrelid/DefaultCamera.h>
 #include <kestrelid/DispatchQueue.h>
 #include <kestrelid/Image.h>
+#include <kestrelid/MachineReadableZone.h>
 #include <kestrelid/PassportDetector.h>
+#include <kestrelid/ZoneTracker.h>
 
 #include <functional>
 #include <memory>
@@ -21,6 +23,9 @@ using PhotoCompletion = std::function<void(const std::optional<Image>& photo)>;
 /// type.
 using ScreenAction = std::function<void()>;
 
+/// Gets what the frames say of the zone in view, as it grows; none once the page has left.
+using ZoneObserver = std::function<void(const LiveZone& zone)>;
+
 /// With what scanning screens work. Main thread.
 struct ScannerCamera {
     /// Which camera; DocumentScannerView.camera, if it is set, replaces options.camera.
@@ -34,6 +39,10 @@ struct ScannerCamera {
     std::function<CameraServices(std::shared_ptr<DispatchQueue> mainQueue,
                                  const CameraOptions& options)>
         makeServices;
+
+    /// For screens that read zones with default services: the day that tells the centuries, say.
+    /// (With makeServices: CameraServices::zones and zoneRules, which only such screens use.)
+    ZoneRules zoneRules{};
 };
 
 }  // namespace kestrelid

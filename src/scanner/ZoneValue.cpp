@@ -1,0 +1,126 @@
+#include "scanner/ZoneValue.h"
+
+#include <optional>
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+#include <QVariantMap>
+#include <string_view>
+
+namespace kestrelid::scanner {
+
+namespace {
+
+QString textOf(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+// "documentNumber" of "document number".
+QString keyOf(ZoneFieldKind kind) {
+    QString key;
+    for (const QString& word : textOf(nameOf(kind)).split(' '))
+        key += key.isEmpty() ? word : word.at(0).toUpper() + word.mid(1);
+    return key;
+}
+
+QString wordOf(CheckDigit checkDigit) {
+    switch (checkDigit) {
+    case CheckDigit::passed:
+        return QStringLiteral("passed");
+    case CheckDigit::failed:
+        return QStringLiteral("failed");
+    case CheckDigit::nonePrinted:
+        break;
+    }
+    return QStringLiteral("none");
+}
+
+QString wordOf(ZoneProblem::Kind kind) {
+    switch (kind) {
+    case ZoneProblem::Kind::tooSmall:
+        return QStringLiteral("tooSmall");
+    case ZoneProblem::Kind::blurred:
+        return QStringLiteral("blurred");
+    case ZoneProblem::Kind::lineMissing:
+        return QStringLiteral("lineMissing");
+    case ZoneProblem::Kind::wrongLength:
+        return QStringLiteral("wrongLength");
+    case ZoneProblem::Kind::notAllowed:
+        return QStringLiteral("notAllowed");
+    case ZoneProblem::Kind::checkDigitFailed:
+        return QStringLiteral("checkDigitFailed");
+    case ZoneProblem::Kind::impossibleDate:
+        return QStringLiteral("impossibleDate");
+    case ZoneProblem::Kind::unclear:
+        break;
+    }
+    return QStringLiteral("unclear");
+}
+
+QVariant null() {
+    return QVariant::fromValue(nullptr);
+}
+
+QVariant valueOf(const std::optional<int>& number) {
+    return number ? QVariant(*number) : null();
+}
+
+QVariant valueOf(const std::optional<ZoneDate>& date) {
+    if (!date)
+        return null();
+    return QVariantMap{{QStringLiteral("year"), valueOf(date->year)},
+                       {QStringLiteral("twoDigitYear"), valueOf(date->twoDigitYear)},
+                       {QStringLiteral("month"), valueOf(date->month)},
+                       {QStringLiteral("day"), valueOf(date->day)}};
+}
+
+QVariant valueOf(const std::optional<ZoneState>& state) {
+    if (!state)
+        return null();
+    return QVariantMap{{QStringLiteral("name"), textOf(state->name)},
+                       {QStringLiteral("isKnown"), state->isKnown}};
+}
+
+QVariantMap valueOf(const ZoneField& field) {
+    return {{QStringLiteral("kind"), keyOf(field.kind)},
+            {QStringLiteral("text"), textOf(field.text.view())},
+            {QStringLiteral("characters"), textOf(field.characters.view())},
+            {QStringLiteral("checkDigit"), wordOf(field.checkDigit)},
+            {QStringLiteral("corrections"), static_cast<int>(field.corrections.size())},
+            {QStringLiteral("doubtful"), static_cast<int>(field.doubtful.size())},
+            {QStringLiteral("date"), valueOf(field.date)},
+            {QStringLiteral("state"), valueOf(field.state)},
+            {QStringLiteral("isPerhapsTruncated"), field.isPerhapsTruncated}};
+}
+
+QVariantMap valueOf(const ZoneProblem& problem) {
+    return {
+        {QStringLiteral("kind"), wordOf(problem.kind)},
+        {QStringLiteral("field"), problem.field ? QVariant(keyOf(*problem.field)) : null()},
+        {QStringLiteral("text"), QString::fromStdString(describe(problem))},
+    };
+}
+
+}  // namespace
+
+QVariant zoneValue(const LiveZone& live) {
+    if (!live.zone)
+        return null();
+    QStringList lines;
+    for (const ZoneLine& line : live.zone->lines)
+        lines << textOf(line.text.view());
+    QVariantList fields;
+    for (const ZoneField& field : live.zone->fields)
+        fields << valueOf(field);
+    QVariantList problems;
+    for (const ZoneProblem& problem : live.zone->problems)
+        problems << valueOf(problem);
+    return QVariantMap{{QStringLiteral("format"), textOf(nameOf(live.zone->format))},
+                       {QStringLiteral("strict"), live.isStrict()},
+                       {QStringLiteral("frames"), live.frames},
+                       {QStringLiteral("lines"), lines},
+                       {QStringLiteral("fields"), fields},
+                       {QStringLiteral("problems"), problems}};
+}
+
+}  // namespace kestrelid::scanner
