@@ -13,53 +13,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// "date of birth" as a key: dateOfBirth.
-std::string asKey(std::string_view name) {
-    std::string key;
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const bool startsWord = i > 0 && name[i - 1] == ' ';
-        if (startsWord)
-            key += static_cast<char>(name[i] - 'a' + 'A');
-        else if (name[i] != ' ')
-            key += name[i];
-    }
-    return key;
-}
-
-const char* wordFor(CheckDigit checkDigit) {
-    switch (checkDigit) {
-    case CheckDigit::passed:
-        return "passed";
-    case CheckDigit::failed:
-        return "failed";
-    case CheckDigit::nonePrinted:
-        break;
-    }
-    return "none";
-}
-
-const char* wordFor(ZoneProblem::Kind kind) {
-    switch (kind) {
-    case ZoneProblem::Kind::tooSmall:
-        return "tooSmall";
-    case ZoneProblem::Kind::blurred:
-        return "blurred";
-    case ZoneProblem::Kind::lineMissing:
-        return "lineMissing";
-    case ZoneProblem::Kind::wrongLength:
-        return "wrongLength";
-    case ZoneProblem::Kind::notAllowed:
-        return "notAllowed";
-    case ZoneProblem::Kind::checkDigitFailed:
-        return "checkDigitFailed";
-    case ZoneProblem::Kind::impossibleDate:
-        return "impossibleDate";
-    case ZoneProblem::Kind::unclear:
-        break;
-    }
-    return "unclear";
-}
-
 std::string twoDigits(std::optional<int> number) {
     if (!number)
         return "??";
@@ -116,9 +69,12 @@ Json fieldAsJson(const ZoneField& field) {
     auto doubtful = Json::array();
     for (const ZonePlace place : field.doubtful)
         doubtful.push_back(placeAsJson(place));
-    Json object{{"kind", asKey(nameOf(field.kind))},     {"text", field.text.view()},
-                {"characters", field.characters.view()}, {"checkDigit", wordFor(field.checkDigit)},
-                {"corrections", std::move(corrections)}, {"doubtful", std::move(doubtful)}};
+    Json object{{"kind", keyOf(field.kind)},
+                {"text", field.text.view()},
+                {"characters", field.characters.view()},
+                {"checkDigit", keyOf(field.checkDigit)},
+                {"corrections", std::move(corrections)},
+                {"doubtful", std::move(doubtful)}};
     if (field.date)
         object["date"] = {{"year", optionalAsJson(field.date->year)},
                           {"twoDigitYear", optionalAsJson(field.date->twoDigitYear)},
@@ -133,8 +89,8 @@ Json fieldAsJson(const ZoneField& field) {
 }
 
 Json problemAsJson(const ZoneProblem& problem) {
-    Json object{{"kind", wordFor(problem.kind)},
-                {"field", problem.field ? Json(asKey(nameOf(*problem.field))) : Json()}};
+    Json object{{"kind", keyOf(problem.kind)},
+                {"field", problem.field ? Json(keyOf(*problem.field)) : Json()}};
     if (problem.place)
         object.update(placeAsJson(*problem.place));
     object["text"] = describe(problem);
@@ -165,9 +121,10 @@ std::string zoneTable(const MachineReadableZone& zone) {
         return {};
     std::vector<Row> rows{{"field", "value", "check digit"}};
     for (const ZoneField& field : zone.fields)
-        rows.push_back(
-            {std::string(nameOf(field.kind)), valueOf(field),
-             field.checkDigit == CheckDigit::nonePrinted ? "-" : wordFor(field.checkDigit)});
+        rows.push_back({std::string(nameOf(field.kind)), valueOf(field),
+                        field.checkDigit == CheckDigit::nonePrinted
+                            ? "-"
+                            : std::string(keyOf(field.checkDigit))});
     Row::size_type last = rows.front().size() - 1;
     std::string table;
     for (const Row& row : rows) {

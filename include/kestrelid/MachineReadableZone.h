@@ -48,12 +48,18 @@ enum class ZoneFieldKind : std::uint8_t {
 /// "document number" and so on, in English.
 [[nodiscard]] KESTRELID_EXPORT std::string_view nameOf(ZoneFieldKind kind) noexcept;
 
+/// "documentNumber" and so on, for programs: the enumerator's own name.
+[[nodiscard]] KESTRELID_EXPORT std::string_view keyOf(ZoneFieldKind kind) noexcept;
+
 /// What a check digit says of the characters that it covers.
 enum class CheckDigit : std::uint8_t {
     nonePrinted,  ///< the layout has none here, or a filler stands for it
     passed,
     failed,
 };
+
+/// "passed", "failed" or "none", for programs.
+[[nodiscard]] KESTRELID_EXPORT std::string_view keyOf(CheckDigit checkDigit) noexcept;
 
 /// Where a character stands, counted from 0.
 struct ZonePlace {
@@ -165,6 +171,9 @@ struct ZoneProblem {
 
     friend bool operator==(const ZoneProblem&, const ZoneProblem&) = default;
 };
+
+/// "checkDigitFailed" and so on, for programs: the enumerator's own name.
+[[nodiscard]] KESTRELID_EXPORT std::string_view keyOf(ZoneProblem::Kind kind) noexcept;
 
 /// The problem in one line of English. Holds nothing that the zone says.
 [[nodiscard]] KESTRELID_EXPORT std::string describe(const ZoneProblem& problem);

@@ -15,48 +15,6 @@ QString textOf(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-// "documentNumber" of "document number".
-QString keyOf(ZoneFieldKind kind) {
-    QString key;
-    for (const QString& word : textOf(nameOf(kind)).split(' '))
-        key += key.isEmpty() ? word : word.at(0).toUpper() + word.mid(1);
-    return key;
-}
-
-QString wordOf(CheckDigit checkDigit) {
-    switch (checkDigit) {
-    case CheckDigit::passed:
-        return QStringLiteral("passed");
-    case CheckDigit::failed:
-        return QStringLiteral("failed");
-    case CheckDigit::nonePrinted:
-        break;
-    }
-    return QStringLiteral("none");
-}
-
-QString wordOf(ZoneProblem::Kind kind) {
-    switch (kind) {
-    case ZoneProblem::Kind::tooSmall:
-        return QStringLiteral("tooSmall");
-    case ZoneProblem::Kind::blurred:
-        return QStringLiteral("blurred");
-    case ZoneProblem::Kind::lineMissing:
-        return QStringLiteral("lineMissing");
-    case ZoneProblem::Kind::wrongLength:
-        return QStringLiteral("wrongLength");
-    case ZoneProblem::Kind::notAllowed:
-        return QStringLiteral("notAllowed");
-    case ZoneProblem::Kind::checkDigitFailed:
-        return QStringLiteral("checkDigitFailed");
-    case ZoneProblem::Kind::impossibleDate:
-        return QStringLiteral("impossibleDate");
-    case ZoneProblem::Kind::unclear:
-        break;
-    }
-    return QStringLiteral("unclear");
-}
-
 QVariant null() {
     return QVariant::fromValue(nullptr);
 }
@@ -82,10 +40,10 @@ QVariant valueOf(const std::optional<ZoneState>& state) {
 }
 
 QVariantMap valueOf(const ZoneField& field) {
-    return {{QStringLiteral("kind"), keyOf(field.kind)},
+    return {{QStringLiteral("kind"), textOf(keyOf(field.kind))},
             {QStringLiteral("text"), textOf(field.text.view())},
             {QStringLiteral("characters"), textOf(field.characters.view())},
-            {QStringLiteral("checkDigit"), wordOf(field.checkDigit)},
+            {QStringLiteral("checkDigit"), textOf(keyOf(field.checkDigit))},
             {QStringLiteral("corrections"), static_cast<int>(field.corrections.size())},
             {QStringLiteral("doubtful"), static_cast<int>(field.doubtful.size())},
             {QStringLiteral("date"), valueOf(field.date)},
@@ -95,8 +53,8 @@ QVariantMap valueOf(const ZoneField& field) {
 
 QVariantMap valueOf(const ZoneProblem& problem) {
     return {
-        {QStringLiteral("kind"), wordOf(problem.kind)},
-        {QStringLiteral("field"), problem.field ? QVariant(keyOf(*problem.field)) : null()},
+        {QStringLiteral("kind"), textOf(keyOf(problem.kind))},
+        {QStringLiteral("field"), problem.field ? QVariant(textOf(keyOf(*problem.field))) : null()},
         {QStringLiteral("text"), QString::fromStdString(describe(problem))},
     };
 }

@@ -57,6 +57,72 @@ std::string_view nameOf(ZoneFieldKind kind) noexcept {
     return "unknown";
 }
 
+std::string_view keyOf(ZoneFieldKind kind) noexcept {
+    switch (kind) {
+    case ZoneFieldKind::documentCode:
+        return "documentCode";
+    case ZoneFieldKind::issuingState:
+        return "issuingState";
+    case ZoneFieldKind::primaryIdentifier:
+        return "primaryIdentifier";
+    case ZoneFieldKind::secondaryIdentifier:
+        return "secondaryIdentifier";
+    case ZoneFieldKind::documentNumber:
+        return "documentNumber";
+    case ZoneFieldKind::nationality:
+        return "nationality";
+    case ZoneFieldKind::dateOfBirth:
+        return "dateOfBirth";
+    case ZoneFieldKind::sex:
+        return "sex";
+    case ZoneFieldKind::dateOfExpiry:
+        return "dateOfExpiry";
+    case ZoneFieldKind::optionalData:
+        return "optionalData";
+    case ZoneFieldKind::furtherOptionalData:
+        return "furtherOptionalData";
+    case ZoneFieldKind::issuingOffice:
+        return "issuingOffice";
+    case ZoneFieldKind::composite:
+        return "composite";
+    }
+    return "unknown";
+}
+
+std::string_view keyOf(CheckDigit checkDigit) noexcept {
+    switch (checkDigit) {
+    case CheckDigit::passed:
+        return "passed";
+    case CheckDigit::failed:
+        return "failed";
+    case CheckDigit::nonePrinted:
+        break;
+    }
+    return "none";
+}
+
+std::string_view keyOf(ZoneProblem::Kind kind) noexcept {
+    switch (kind) {
+    case ZoneProblem::Kind::tooSmall:
+        return "tooSmall";
+    case ZoneProblem::Kind::blurred:
+        return "blurred";
+    case ZoneProblem::Kind::lineMissing:
+        return "lineMissing";
+    case ZoneProblem::Kind::wrongLength:
+        return "wrongLength";
+    case ZoneProblem::Kind::notAllowed:
+        return "notAllowed";
+    case ZoneProblem::Kind::checkDigitFailed:
+        return "checkDigitFailed";
+    case ZoneProblem::Kind::impossibleDate:
+        return "impossibleDate";
+    case ZoneProblem::Kind::unclear:
+        return "unclear";
+    }
+    return "unknown";
+}
+
 namespace {
 
 std::string_view whatIsWrong(ZoneProblem::Kind kind) noexcept {
