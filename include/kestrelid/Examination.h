@@ -33,6 +33,7 @@ struct PictureQuality {
 
 /// How long the parts of an examination took.
 struct ExaminationTimes {
+    /// With its fractions.
     using Milliseconds = std::chrono::duration<double, std::milli>;
 
     Milliseconds outlines{};

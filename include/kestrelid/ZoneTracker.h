@@ -29,6 +29,7 @@ struct LiveZone {
 /// after three frames without a zone the page has left and is forgotten. Thread: one at a time.
 class KESTRELID_EXPORT ZoneTracker {
 public:
+    /// rules: for all its zones.
     explicit ZoneTracker(ZoneRules rules = {}) : rules_(std::move(rules)) {}
 
     /// What a frame showed; null: no zone. Returns whether live() has changed. Memory that is short

@@ -54,6 +54,7 @@ class ReadZone(unittest.TestCase):
         for text, expected in ((zone, (0, b"ERIKSSON, born in 1974\n", 0)), (zone.replace(b"7408", b"7409"), (1, b"", 2))):
             done = run("read-zone", names=text)
             self.assertEqual((done.returncode, done.stdout, len(done.stderr.splitlines())), expected, done.stderr)
+        self.assertEqual(run("read-zone", SAMPLES / PASSPORT).stdout, b"SPECIMEN, born in 1953\n")
 
 
 class OwnRecogniser(unittest.TestCase):
