@@ -22,9 +22,6 @@ from ctypes import POINTER, c_char_p, c_double, c_int, c_int32, c_size_t, c_void
 NETWORK_FIRST, NETWORK, CLASSICAL = 0, 1, 2
 COMPLETE, VERDICT_ONLY = 0, 1
 FORMATS = {"BGRA": 0, "RGB": 1, "L": 2}  # by the names that Pillow uses
-CHECK_DIGITS = ("not printed", "passed", "failed")
-PROBLEMS = ("too small", "blurred", "line missing", "wrong length", "not allowed", "check digit failed",
-            "impossible date", "unclear")
 
 CONSOLE = ctypes.CFUNCTYPE(None, c_void_p, POINTER(ctypes.c_char), c_size_t)
 
@@ -48,10 +45,10 @@ class Verdict:
 @dataclasses.dataclass(frozen=True)
 class ZoneField:
     """Personal data: never log it. What is None does not exist, or is not known."""
-    kind: str  # "document number", for example
+    kind: str  # "documentNumber", for example
     text: str  # for people
     characters: str  # as printed, fillers included
-    check_digit: str  # one of CHECK_DIGITS
+    check_digit: str  # "none", "passed" or "failed"
     corrections: int  # characters that were taken for others than those read best
     doubtful: int  # characters that might be others
     year: "int | None"  # with its century, if as_of was given
@@ -69,7 +66,7 @@ class Zone:
     is_strict: bool  # nothing speaks against it
     lines: tuple
     fields: tuple  # of ZoneField
-    problems: tuple  # a name of PROBLEMS and one line of text each, which hold nothing that the zone says
+    problems: tuple  # "checkDigitFailed", for example, and one line of text each: nothing of what the zone says
     corners: tuple  # x and y from the picture's top left corner, 0 to 1; empty for a zone of a text
     pixels_per_character: float  # 0: unknown
 
@@ -135,7 +132,9 @@ _FUNCTIONS = {
     "zones_field_state": (c_char_p, [c_void_p, c_size_t, c_size_t, c_void_p]),
     "zones_problem": (c_char_p, [c_void_p, c_size_t, c_size_t, POINTER(c_int32), c_void_p]),
     "zone_format_name": (c_char_p, [c_int32]),
-    "zone_field_name": (c_char_p, [c_int32]),
+    "zone_field_key": (c_char_p, [c_int32]),
+    "check_digit_key": (c_char_p, [c_int32]),
+    "zone_problem_key": (c_char_p, [c_int32]),
     "detector_create": (c_int, [POINTER(_Options), c_void_p, c_void_p]),
     "detector_release": (None, [c_void_p]),
     "detector_validate_wait": (c_int, [c_void_p, c_void_p, c_void_p, c_void_p]),
@@ -200,15 +199,15 @@ class _Library:
         self.zones_field(zones, zone, index, ctypes.byref(field))
         state = self.zones_field_state(zones, zone, index, None)
         date = (None if part < 0 else part for part in (field.year, field.two_digit_year, field.month, field.day))
-        return ZoneField(self.zone_field_name(field.kind).decode(), self.zones_field_text(zones, zone, index, None).decode(),
-                         self.zones_field_characters(zones, zone, index, None).decode(), CHECK_DIGITS[field.check_digit],
-                         field.corrections, field.doubtful, *date, None if state is None else state.decode(),
-                         bool(field.is_perhaps_truncated))
+        return ZoneField(self.zone_field_key(field.kind).decode(), self.zones_field_text(zones, zone, index, None).decode(),
+                         self.zones_field_characters(zones, zone, index, None).decode(),
+                         self.check_digit_key(field.check_digit).decode(), field.corrections, field.doubtful, *date,
+                         None if state is None else state.decode(), bool(field.is_perhaps_truncated))
 
     def _problem(self, zones, zone, index):
         kind = c_int32()
         text = self.zones_problem(zones, zone, index, ctypes.byref(kind), None)
-        return PROBLEMS[kind.value], text.decode()
+        return self.zone_problem_key(kind).decode(), text.decode()
 
 
 def _day(as_of):

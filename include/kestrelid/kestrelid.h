@@ -273,8 +273,15 @@ KESTRELID_EXPORT const char* kestrelid_zones_problem(const KestrelidZones* zones
 // "TD3", "MRV-A" and so on. Static; "unknown" for other numbers.
 KESTRELID_EXPORT const char* kestrelid_zone_format_name(int32_t format);
 
-// "document number" and so on. Static; "unknown" for other numbers.
-KESTRELID_EXPORT const char* kestrelid_zone_field_name(int32_t kind);
+// "documentNumber" and so on, for programs: the words of kestrelid's JSON. Static; "unknown" for
+// other numbers.
+KESTRELID_EXPORT const char* kestrelid_zone_field_key(int32_t kind);
+
+// "none", "passed" or "failed"; as above.
+KESTRELID_EXPORT const char* kestrelid_check_digit_key(int32_t check_digit);
+
+// "checkDigitFailed" and so on; as above.
+KESTRELID_EXPORT const char* kestrelid_zone_problem_key(int32_t kind);
 
 // ---- Detectors
 

