@@ -67,12 +67,12 @@ void CameraWatch::observe() {
 
 // Frames come several a second, and most of them change no answer.
 void CameraWatch::zoneGrew(const LiveZone& live) {
-    const bool isStrict = live.isStrict();
-    const auto problems = live.zone ? std::optional(live.zone->problems) : std::nullopt;
-    if (isStrict == isZoneStrict_ && problems == zoneProblems_)
+    ZoneAnswer answer{.isInView = live.zone.has_value(), .isStrict = live.isStrict(), .problems{}};
+    if (live.zone)
+        answer.problems = live.zone->problems;
+    if (answer == zoneTold_)
         return;
-    isZoneStrict_ = isStrict;
-    zoneProblems_ = problems;
+    zoneTold_ = std::move(answer);
     callbacks_.tell(ZoneChanged{live});
 }
 

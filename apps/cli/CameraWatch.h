@@ -48,6 +48,13 @@ public:
 
 private:
     enum class Photo { unwanted, wanted, requested, written };
+    struct ZoneAnswer {
+        bool isInView = false;
+        bool isStrict = false;
+        std::vector<ZoneProblem> problems;
+
+        friend bool operator==(const ZoneAnswer&, const ZoneAnswer&) = default;
+    };
 
     void observe();
     void zoneGrew(const LiveZone& live);
@@ -72,9 +79,7 @@ private:
     double startedAt_ = 0.0;         // on the clock of callbacks_.elapsed
     std::optional<double> readyAt_;  // likewise
     Photo photo_ = Photo::unwanted;
-    // Of the zone that was told last.
-    bool isZoneStrict_ = false;
-    std::optional<std::vector<ZoneProblem>> zoneProblems_;  // absent: there was none
+    ZoneAnswer zoneTold_;
 };
 
 }  // namespace kestrelid::cli
