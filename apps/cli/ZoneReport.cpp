@@ -31,7 +31,8 @@ std::string valueOf(const ZoneField& field) {
     if (field.date)
         value = asText(*field.date);
     if (field.state)
-        value += field.state->isKnown ? ", " + field.state->name : ", not a known code";
+        value +=
+            field.state->isKnown ? ", " + std::string(field.state->name) : ", not a known code";
     if (field.isPerhapsTruncated)
         value += " (perhaps cut short)";
     if (!field.corrections.empty())

@@ -91,7 +91,7 @@ public:
     }
 
     /// What the frames say of the zone in view, if the host gave a ZoneService. Published as it
-    /// grows, and once the page has left.
+    /// grows, and once the page has left or the camera has given no frame for two seconds.
     [[nodiscard]] const Published<LiveZone>& zone() const noexcept { return zone_; }
 
     /// For the capture platform. Frame queue.
@@ -112,6 +112,7 @@ private:
     void handleDetectionResult(bool isPassport, float confidence);  // main queue
     void judge(const Bitmap& frame);                                // frame queue
     void publishZoneLater(const LiveZone& zone);                    // any thread
+    void forgetZoneIfSilent(std::uint64_t looks);                   // main queue
     void deliver(const std::optional<Image>& photo);                // main queue
     void deliverLater(std::optional<Image> photo);                  // any thread
 

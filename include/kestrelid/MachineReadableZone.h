@@ -107,7 +107,8 @@ struct ZoneDate {
 
 /// What a state's or an organisation's code stands for.
 struct ZoneState {
-    std::string name;      ///< English; empty for a code that is not known
+    std::string_view
+        name;  ///< English, static, ends in a zero byte; empty for a code that is not known
     bool isKnown = false;  ///< ISO 3166-1, or a code of ICAO Doc 9303-3, section 5
 
     friend bool operator==(const ZoneState&, const ZoneState&) = default;
@@ -227,7 +228,7 @@ struct ZoneLine {
 struct MachineReadableZone {
     ZoneFormat format = ZoneFormat::td3;
     std::vector<ZoneLine> lines{};
-    std::vector<ZoneField> fields{};      ///< in the order in which they are printed
+    Wiped<ZoneField> fields{};            ///< in the order in which they are printed
     std::vector<ZoneProblem> problems{};  ///< empty: the zone is to be trusted
     double pixelsPerCharacter = 0.0;      ///< of the picture; 0: unknown
 

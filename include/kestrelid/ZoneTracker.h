@@ -36,12 +36,14 @@ public:
     /// makes it a frame without news.
     bool see(const ZoneReading* reading) noexcept;
 
+    /// Forgets the page. Returns whether one was known.
+    bool forget() noexcept;
+
     /// What is known after the last frame.
     [[nodiscard]] const LiveZone& live() const noexcept { return live_; }
 
 private:
     bool join(const ZoneReading& reading);
-    bool forget() noexcept;
 
     ZoneRules rules_;
     LiveZone live_;

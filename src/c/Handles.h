@@ -31,7 +31,6 @@ struct KestrelidZones {
     explicit KestrelidZones(std::vector<kestrelid::MachineReadableZone> given);
     KestrelidZones(const KestrelidZones&) = delete;
     KestrelidZones& operator=(const KestrelidZones&) = delete;
-    ~KestrelidZones();
 
     std::vector<kestrelid::MachineReadableZone> zones;
     std::vector<std::vector<std::string>> problems;  // of each zone

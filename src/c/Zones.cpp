@@ -61,10 +61,6 @@ static_assert(same(KESTRELID_TOO_SMALL, ZoneProblem::Kind::tooSmall) &&
 
 constexpr std::string_view kEnd("\0", 1);
 
-void wipe(std::string& text) noexcept {
-    ::explicit_bzero(text.data(), text.size());
-}
-
 // Null if there is no such one.
 template <typename List>
 const typename List::value_type* at(const List& list, std::size_t index) {
@@ -148,17 +144,6 @@ KestrelidZones::KestrelidZones(std::vector<MachineReadableZone> given) : zones(s
         auto& described = problems.emplace_back();
         for (const ZoneProblem& problem : zone.problems)
             described.push_back(describe(problem));
-    }
-}
-
-// Texts wipe themselves.
-KestrelidZones::~KestrelidZones() {
-    for (MachineReadableZone& zone : zones) {
-        for (ZoneField& field : zone.fields) {
-            ::explicit_bzero(&field.date, sizeof(field.date));
-            if (field.state)
-                wipe(field.state->name);
-        }
     }
 }
 
@@ -255,7 +240,10 @@ const char* kestrelid_zones_field_characters(const KestrelidZones* zones, size_t
 const char* kestrelid_zones_field_state(const KestrelidZones* zones, size_t zone, size_t field,
                                         size_t* size) {
     const ZoneField* found = fieldAt(zones, zone, field);
-    return shown(found && found->state ? &found->state->name : nullptr, size);
+    if (!found || !found->state)
+        return shown(nullptr, 0, size);
+    const std::string_view name = found->state->name;
+    return shown(name.empty() ? "" : name.data(), name.size(), size);
 }
 
 const char* kestrelid_zones_problem(const KestrelidZones* zones, size_t zone, size_t problem,

@@ -18,6 +18,7 @@ namespace {
 constexpr std::chrono::duration<double> kReadinessCheckDelay{1.0};
 // Two looks of a page that is laid down are enough for a strict answer.
 constexpr std::chrono::duration<double> kZoneInterval{0.15};
+constexpr std::chrono::duration<double> kZoneSilence{2.0};
 constexpr std::int64_t kVerdictsToAppear = 1;     // in a row
 constexpr std::int64_t kVerdictsToDisappear = 2;  // in a row: a single blurred frame is no absence
 
@@ -235,10 +236,23 @@ void CameraManager::handleDetectionResult(bool isPassport, float confidence) {
 }
 
 void CameraManager::publishZoneLater(const LiveZone& zone) {
-    submit(*services_.mainQueue, [weak = weak_from_this(), zone] {
-        if (const auto self = weak.lock())
-            self->zone_.publish(zone);
+    submit(*services_.mainQueue, [weak = weak_from_this(), zone, looks = zoneWatch_->looks()] {
+        const auto self = weak.lock();
+        if (!self)
+            return;
+        if (zone.zone)
+            self->services_.mainQueue->asyncAfter(kZoneSilence, [weak, looks] {
+                if (const auto later = weak.lock())
+                    later->forgetZoneIfSilent(looks);
+            });
+        self->zone_.publish(zone);
     });
+}
+
+// A camera that was unplugged shows no frame in which the page is missing.
+void CameraManager::forgetZoneIfSilent(std::uint64_t looks) {
+    if (zoneWatch_->looks() == looks && zone_.value().zone)
+        base::runBlock("camera", [this] { zoneWatch_->forget(); });
 }
 
 void CameraManager::capturePhoto() {

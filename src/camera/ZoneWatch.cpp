@@ -58,7 +58,18 @@ void ZoneWatch::look(Bitmap frame) {
     }
 }
 
+void ZoneWatch::forget() {
+    queue_->async([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self)
+            return;
+        self->tracker_.forget();
+        self->tell_(self->tracker_.live());
+    });
+}
+
 void ZoneWatch::lookNow(const Bitmap& frame) try {
+    ++looks_;
     ZoneRequest request;
     if (tracker_.live().zone && !tracker_.live().zone->lines.empty())
         request.outlines.push_back(around(*tracker_.live().zone));

@@ -6,6 +6,7 @@
 #include <kestrelid/ZoneTracker.h>
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -24,6 +25,12 @@ public:
     // Whether an earlier frame is still looked at. Any thread.
     [[nodiscard]] bool isBusy() const noexcept { return isBusy_; }
 
+    // Frames that were looked at so far. Any thread.
+    [[nodiscard]] std::uint64_t looks() const noexcept { return looks_; }
+
+    // Forgets the page and tells it, later. Any thread. Throws if the queue cannot take it.
+    void forget();
+
     // Looks at the frame later. Call it while the watch is not busy; any thread. Throws if the
     // queue cannot take it.
     void look(Bitmap frame);
@@ -35,6 +42,7 @@ private:
     const std::shared_ptr<DispatchQueue> queue_;
     const Tell tell_;
     std::atomic<bool> isBusy_ = false;
+    std::atomic<std::uint64_t> looks_ = 0;
     ZoneTracker tracker_;  // the queue's
 };
 

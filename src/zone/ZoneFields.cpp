@@ -207,7 +207,7 @@ private:
         }
         if (kind == ZoneFieldKind::issuingState || kind == ZoneFieldKind::nationality) {
             const std::string_view name = stateName(field.text.view());
-            field.state = ZoneState{std::string(name), !name.empty()};
+            field.state = ZoneState{name, !name.empty()};
         }
         field.isPerhapsTruncated =
             isName(kind) && !field.characters.empty() && !field.characters.view().ends_with('<');

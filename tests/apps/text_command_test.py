@@ -10,7 +10,7 @@ from command_line import ROOT, CommandLineTest, json_lines, run
 class WrongUsage(CommandLineTest):
     def test_is_one_line_and_status_2(self):
         for arguments in [
-            [], ["frobnicate"], ["--frobnicate"], ["text", "--jobs", "2"], ["doctor", "a.jpg"], ["text", "--\x1b[31m\n"], ["zone", "a.txt"],
+            [], ["frobnicate"], ["--frobnicate"], ["text", "--jobs", "2"], ["doctor", "a.jpg"], ["text", "--\x1b[31m\n"], ["zone"], ["watch", "--as-of", "2026-01-31"],
             ["zone", "--text", "--as-of", "2026-02-30"], ["zone", "--text", "--as-of", "today"],
             ["validate"], ["validate", "--json"], ["validate", "-", "a.jpg", "-"],
         ]:

@@ -11,7 +11,7 @@ from PIL import Image, ImageChops
 
 from command_line import PASSPORT, PATIENCE, CommandLineTest, json_lines, png, run
 
-KEYS = ["file", "isPassport", "confidence", "reasons", "recognizedText", "milliseconds", "outline"]
+KEYS = ["file", "isPassport", "confidence", "reasons", "recognizedText", "milliseconds", "outline", "zones"]
 
 
 class Verdicts(CommandLineTest):
@@ -35,8 +35,14 @@ class Verdicts(CommandLineTest):
 
         readable = run("validate", "--effort", "verdict", *names).stdout.decode().splitlines()
         self.assertRegex(readable[0], rf"^{names[0]}: passport, confidence 0\.500, \d+ ms$")
-        self.assertRegex(readable[4], rf"^{names[1]}: not a passport, confidence 0\.000, \d+ ms$")
-        self.assertEqual(readable[5:], ["    " + reason for reason in sheet["reasons"]])
+        self.assertEqual(readable[4], "    Zone TD3, strict")
+        self.assertRegex(readable[5], rf"^{names[1]}: not a passport, confidence 0\.000, \d+ ms$")
+        self.assertEqual(readable[6:], ["    " + reason for reason in sheet["reasons"]])
+        zones = run("zone", "--json", *names, str(self.folder / "gone.png"))
+        self.assertEqual(zones.returncode, 1)
+        self.assert_error_lines(zones, [f"kestrelid: {self.folder / 'gone.png'}: "])
+        self.assertEqual([entry.get("zones") for entry in json_lines(zones.stdout)], [passport["zones"], [], None])
+        self.assertTrue(passport["zones"][0]["strict"])
 
     def test_missing_models_are_an_error_not_a_verdict(self):
         result = run("validate", "--json", "--resources", str(self.folder), str(PASSPORT))

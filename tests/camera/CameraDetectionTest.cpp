@@ -120,6 +120,12 @@ TEST(CameraZones, AreReadBesideTheVerdictsAndForgottenWithThePage) {
     deliver(6);
     EXPECT_THAT(frames, ElementsAre(-1, 2, 0));
     EXPECT_FALSE(camera.manager->zone().value().zone);
+    zones->isInView = true;
+    deliver(1);
+    EXPECT_TRUE(camera.manager->zone().value().zone);
+    camera.mainQueue->advance(2.0);  // no frame any more
+    camera.settle();
+    EXPECT_FALSE(camera.manager->zone().value().zone);
 }
 
 }  // namespace

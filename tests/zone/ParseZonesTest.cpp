@@ -126,7 +126,7 @@ TEST(ParseZones, NoticesEachErrorUnderADigit) {
     for (const auto& row : kSound) {
         const std::string text = row.text.substr(0, row.text.find("\r"));
         const auto zones = parseZones(text);
-        for (const ZoneField& field : zones.empty() ? std::vector<ZoneField>() : zones[0].fields) {
+        for (const ZoneField& field : zones.empty() ? Wiped<ZoneField>() : zones[0].fields) {
             for (std::size_t i = 0;
                  field.checkDigit == CheckDigit::passed && i <= field.places.size(); ++i) {
                 const ZonePlace place =

@@ -11,7 +11,7 @@
 namespace kestrelid::vision {
 namespace {
 
-constexpr std::size_t kGlanced = 6;       // candidates; a page of print has many more
+constexpr std::size_t kGlanced = 6;        // candidates; a page of print has many more
 constexpr std::size_t kGlancedAtOnce = 6;  // before it is asked whether that will do
 constexpr std::size_t kTries = 4;          // lines that a zone is built around, each way up
 // Of a candidate's length over all layouts: 44, 36 or 30 characters are within what the network
