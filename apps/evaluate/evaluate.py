@@ -95,7 +95,11 @@ def _read_zones(options, pictures):
     if options.verbose:
         for picture, row in zip(pictures, rows):
             print(f"{tables.shown(picture.name)}: {' '.join(sorted(zones.compared(picture, row))) or 'none'}")
-    print(tables.zones(zones.counts(pictures, rows)), end="", flush=True)
+    counts = zones.counts(pictures, rows)
+    print(tables.zones(counts), end="", flush=True)
+    if options.json:
+        with open(options.json, "w", encoding="utf-8") as file:
+            json.dump({"manifest": options.manifest, "zones": counts}, file)
     return 1 if any("error" in row for row in rows) else 0
 
 

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""Holds the real recogniser to floors.tsv: at least and at most so many pictures of a kind called passports.
+"""Holds the real recogniser to floors.tsv: at least and at most so many pictures of a kind called passports, or with a
+zone that is what a word of the evaluation says.
 
 Usage: floors_test.py KESTRELID SET MANIFEST, where KESTRELID is the program and SET a name in floors.tsv. Exit status 77 (skipped) where MANIFEST does not exist. A gain raises the floor.
 """
@@ -14,10 +15,9 @@ SKIPPED = 77
 EVALUATE = pathlib.Path(__file__).parents[2] / "apps/evaluate/evaluate.py"
 
 
-def measure(kestrelid, manifest, rows):
-    """The evaluation's JSON for the efforts that rows name."""
-    efforts = sorted({row["effort"] for row in rows} - {"-"})
-    options = [f"--kestrelid={kestrelid}", *(f"--effort={effort}" for effort in efforts)]
+def measure(kestrelid, manifest, *options):
+    """The evaluation's JSON."""
+    options = [f"--kestrelid={kestrelid}", *options]
     with tempfile.TemporaryDirectory() as folder:
         output = pathlib.Path(folder) / "result.json"
         subprocess.run([sys.executable, "-B", EVALUATE, manifest, *options, "--json", output], check=True)
@@ -26,6 +26,9 @@ def measure(kestrelid, manifest, rows):
 
 def counted(result, row):
     """The figure that a row bounds; None where the evaluation has no such kind."""
+    if row["effort"] == "zones":
+        kind, word = row["kind"].split()
+        return result["zones"].get(kind, {}).get(word)
     if row["effort"] == "-":
         return result["combinations"][0]["outlines"]["all"]["good"]
     combination = next(entry for entry in result["combinations"] if entry["effort"] == row["effort"])
@@ -39,7 +42,9 @@ def main(kestrelid, name, manifest):
         return SKIPPED
     with open(pathlib.Path(__file__).with_name("floors.tsv"), newline="") as table:
         rows = [row for row in csv.DictReader(table, delimiter="\t") if row["set"] == name]
-    result = measure(kestrelid, manifest, rows)
+    efforts = sorted({row["effort"] for row in rows} - {"-", "zones"})
+    result = measure(kestrelid, manifest, *(f"--effort={effort}" for effort in efforts))
+    result |= measure(kestrelid, manifest, "--zones")
     failures = [f"efforts disagree: {entry}" for entry in result["disagreements"]]
     failures += [
         f"{combination['effort']}: {combination['noVerdict']} pictures without a verdict"

@@ -23,7 +23,8 @@ QQuickWidget* hosted(QWidget& controller) {
 void open(QWidget& widget) {
     widget.resize(kPhone);
     widget.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget, kPatience));
+    widget.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&widget, kPatience)) << "keys would go nowhere";
     settle();
 }
 
