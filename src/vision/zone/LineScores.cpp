@@ -76,6 +76,32 @@ ZoneCharacter LineScores::characterIn(std::size_t first, std::size_t last) const
     return character;
 }
 
+// Print is evenly spaced. Where two characters stand too far apart something between them was
+// hidden, and where they stand too near there is one too many: the count alone would hide both.
+void LineScores::doubtUnevenPlaces(Aligned& aligned) {
+    constexpr double kNearest = 0.5;  // of the usual step
+    constexpr double kFarthest = 1.65;
+    constexpr float kDoubt = 0.5f;  // what is left of the probabilities
+    std::vector<double> steps;
+    for (std::size_t place = 1; place < aligned.frames.size(); ++place)
+        steps.push_back(aligned.frames[place] - aligned.frames[place - 1]);
+    if (steps.empty())
+        return;
+    std::vector<double> sorted = steps;
+    const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
+    std::nth_element(sorted.begin(), middle, sorted.end());
+    for (std::size_t place = 1; place < aligned.frames.size(); ++place) {
+        const double step = steps[place - 1] / *middle;
+        if (step >= kNearest && step <= kFarthest)
+            continue;
+        for (ZoneCharacter* const beside :
+             {&aligned.characters[place - 1], &aligned.characters[place]}) {
+            for (ZoneCharacter::Choice& choice : beside->choices)
+                choice.probability *= kDoubt;
+        }
+    }
+}
+
 // Viterbi over states (characters done, class of the running one). A class directly after itself
 // needs a blank between, as the network was trained.
 std::optional<LineScores::Aligned> LineScores::align(std::size_t count) const {
@@ -187,7 +213,6 @@ std::optional<LineScores::Aligned> LineScores::align(std::size_t count) const {
     }
 
     Aligned aligned;
-    float sum = 0.0f;
     for (std::size_t index = 0; index < count; ++index) {
         // A frame to each side where it belongs to no neighbour: a second choice may peak there.
         const std::size_t before = index > 0 ? spans[index - 1].last + 1 : 0;
@@ -197,8 +222,11 @@ std::optional<LineScores::Aligned> LineScores::align(std::size_t count) const {
         const std::size_t last = std::max(first, std::min(after - 1, spans[index].last + 1));
         aligned.characters.push_back(characterIn(first, last));
         aligned.frames.push_back(static_cast<double>(spans[index].first + spans[index].last) / 2.0);
-        sum += std::log(std::max(aligned.characters.back().choices[0].probability, 1e-6f));
     }
+    doubtUnevenPlaces(aligned);
+    float sum = 0.0f;
+    for (const ZoneCharacter& character : aligned.characters)
+        sum += std::log(std::max(character.choices[0].probability, 1e-6f));
     aligned.quality = std::exp(sum / static_cast<float>(count));
     return aligned;
 }

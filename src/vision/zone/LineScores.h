@@ -38,10 +38,12 @@ public:
     };
 
     // The likeliest reading of exactly count characters; none if there are fewer frames. A place
-    // where the network saw nothing has a small probability.
+    // where the network saw nothing has a small probability, and so have neighbours that stand
+    // farther apart or nearer than print does.
     [[nodiscard]] std::optional<Aligned> align(std::size_t count) const;
 
 private:
+    static void doubtUnevenPlaces(Aligned& aligned);
     [[nodiscard]] float logProbability(std::size_t frame, std::size_t type) const;
     [[nodiscard]] ZoneCharacter characterIn(std::size_t first, std::size_t last) const;
 

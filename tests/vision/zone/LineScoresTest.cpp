@@ -36,10 +36,11 @@ TEST(LineScores, AlignsExactlySoManyCharacters) {
         const char* text;    // '?': whatever, for nothing is to be seen there
         std::size_t unsure;  // characters
     } rows[] = {
-        {".A.B.C.", 3, "ABC", 0},    {"A.AA.<.<<", 4, "AA<<", 0}, {"..A....B..", 2, "AB", 0},
-        {".A......B.", 3, "A?B", 1}, {"ABC", 3, "ABC", 0},        {"A7.7A", 4, "A77A", 0},
-        {".A.B.C.", 2, "??", 0},     {"AB", 3, nullptr, 0},       {"", 1, nullptr, 0},
-        {"AB", 0, nullptr, 0},
+        {".A.B.C.", 3, "ABC", 0},   {"A.AA.<.<<", 4, "AA<<", 0},
+        {"..A....B..", 2, "AB", 0}, {".A......B.", 3, "A?B", 2},
+        {"ABC", 3, "ABC", 0},       {"A..B..C........D..E", 5, "ABCDE", 2},
+        {".A.B.C.", 2, "??", 0},    {"AB", 3, nullptr, 0},
+        {"", 1, nullptr, 0},        {"AB", 0, nullptr, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.frames) + " " + std::to_string(row.count));
