@@ -36,6 +36,8 @@ std::variant<Zones, std::string> zonesInPicture(const PictureInput& input,
     const auto read = inputImage(input);
     if (const auto* cause = std::get_if<std::string>(&read))
         return *cause;
+    if (!services.rectangles || !services.zones)
+        return std::string("out of memory");
     const Bitmap& bitmap = *std::get<Image>(read).bitmap();
     const RectangleResult outlines = services.rectangles->perform(bitmap, {});
     ZoneRequest request;

@@ -49,6 +49,7 @@ struct [[gnu::visibility("hidden")]] PassportDetector::Examining {
     ExaminationCompletion completion;
     std::vector<RectangleObservation> outlines{};
     std::vector<TextObservation> lines{};
+    std::vector<KeywordMatch> matches{};
     ExaminationTimes times{};
 };
 
@@ -327,9 +328,11 @@ std::string PassportDetector::Call::recognizedText() const {
 
 PassportValidationResult PassportDetector::Call::verdict(std::string recognizedText) const {
     const std::string cleaned = detection::normalize(recognizedText);
-    detection::Score score = detection::combine(
-        outline.score, outline.reason, detection::KeywordTable::passport().matches(cleaned),
-        detection::detectMRZLikeLines(cleaned));
+    auto matches = detection::KeywordTable::passport().matches(cleaned);
+    detection::Score score = detection::combine(outline.score, outline.reason, matches,
+                                                detection::detectMRZLikeLines(cleaned));
+    if (examining)
+        examining->matches = std::move(matches);
     return makeResult(score.isPassport, score.confidence, std::move(score.reasons),
                       std::move(recognizedText));
 }
@@ -350,8 +353,7 @@ Examination PassportDetector::Call::examination(PassportValidationResult verdict
         result.outlines = examining->outlines;
         result.chosenOutline = detection::largestRectangle(result.outlines);
         result.lines = detection::inPicture(examining->lines, outline.textRegion, bitmap);
-        result.matches = detection::KeywordTable::passport().matches(
-            detection::normalize(result.verdict.recognizedText()));
+        result.matches = examining->matches;
         const Stopwatch zoneStopwatch;
         if (zones)
             result.zones = detection::readZones(*zones, *console, bitmap, result.outlines,

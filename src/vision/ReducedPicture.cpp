@@ -7,6 +7,11 @@
 
 namespace kestrelid::vision {
 
+cv::Mat viewOf(const Bitmap& bitmap) {
+    return {bitmap.height(), bitmap.width(), CV_8UC(bytesPerPixel(bitmap.format())),
+            const_cast<std::byte*>(bitmap.row(0)), static_cast<std::size_t>(bitmap.stride())};
+}
+
 cv::Mat inBgr(const cv::Mat& picture, PixelFormat format) {
     cv::Mat result;
     switch (format) {
@@ -24,11 +29,7 @@ cv::Mat inBgr(const cv::Mat& picture, PixelFormat format) {
 }
 
 cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide) {
-    const int channels = bytesPerPixel(bitmap.format());
-    // OpenCV has no read-only header; nothing below writes to it.
-    const cv::Mat view(bitmap.height(), bitmap.width(), CV_8UC(channels),
-                       const_cast<std::byte*>(bitmap.row(0)),
-                       static_cast<std::size_t>(bitmap.stride()));
+    const cv::Mat view = viewOf(bitmap);
     cv::Mat picture = view;
     const int longest = std::max(view.cols, view.rows);
     if (longest > longestSide) {

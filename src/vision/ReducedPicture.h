@@ -8,6 +8,9 @@
 
 namespace kestrelid::vision {
 
+// The bitmap's rows, not to be written to: OpenCV has no read-only matrix.
+[[nodiscard]] cv::Mat viewOf(const Bitmap& bitmap);
+
 // A copy in blue, green, red of rows in that format.
 [[nodiscard]] cv::Mat inBgr(const cv::Mat& picture, PixelFormat format);
 

@@ -10,10 +10,7 @@ namespace kestrelid::vision {
 
 cv::Mat outlinePicture(const Bitmap& bitmap) {
     constexpr int kLongestSide = 1400;  // pixels
-    // A view: OpenCV has no read-only matrix, and nothing here writes through it.
-    cv::Mat picture(bitmap.height(), bitmap.width(), CV_8UC(bytesPerPixel(bitmap.format())),
-                    const_cast<std::byte*>(bitmap.row(0)),
-                    static_cast<std::size_t>(bitmap.stride()));
+    cv::Mat picture = viewOf(bitmap);
     // Exact halving is several times as fast as averaging over odd factors. A last odd row or
     // column, less than a thousandth, is dropped.
     while (std::max(picture.cols, picture.rows) > kLongestSide &&

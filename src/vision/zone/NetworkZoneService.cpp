@@ -77,6 +77,8 @@ public:
                 return Failure(zones.error());
             bool isReadable = false;
             for (FoundZone& zone : *zones) {
+                if (!isLikeAZone(zone.reading))
+                    continue;
                 isReadable = isReadable || zone.quality >= kReadable;
                 add(std::move(zone));
             }
@@ -94,8 +96,6 @@ public:
     std::vector<ZoneReading> take() {
         std::vector<ZoneReading> readings;
         for (FoundZone& zone : zones_) {
-            if (!isLikeAZone(zone.reading))
-                continue;
             if (zone.reading.pixelsPerCharacter < kLeastPixels)
                 zone.reading.legibility = ZoneReading::Legibility::tooSmall;
             else if (zone.quality < kReadable)

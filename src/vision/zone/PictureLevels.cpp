@@ -1,5 +1,7 @@
 #include "vision/zone/PictureLevels.h"
 
+#include "vision/ReducedPicture.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
@@ -11,10 +13,7 @@ namespace {
 constexpr int kSmallestSide = 64;  // pixels; nothing is read from a smaller level
 
 cv::Mat1b inGrey(const Bitmap& bitmap) {
-    // A view: OpenCV has no read-only matrix, and nothing here writes through it.
-    const cv::Mat view(bitmap.height(), bitmap.width(), CV_8UC(bytesPerPixel(bitmap.format())),
-                       const_cast<std::byte*>(bitmap.row(0)),
-                       static_cast<std::size_t>(bitmap.stride()));
+    const cv::Mat view = viewOf(bitmap);
     cv::Mat1b grey;
     switch (bitmap.format()) {
     case PixelFormat::bgra8:

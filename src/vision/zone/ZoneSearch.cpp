@@ -11,9 +11,8 @@
 namespace kestrelid::vision {
 namespace {
 
-constexpr std::size_t kGlanced = 6;        // candidates; a page of print has many more
-constexpr std::size_t kGlancedAtOnce = 6;  // before it is asked whether that will do
-constexpr std::size_t kTries = 4;          // lines that a zone is built around, each way up
+constexpr std::size_t kGlanced = 6;  // candidates; a page of print has many more
+constexpr std::size_t kTries = 4;    // lines that a zone is built around, each way up
 // Of a candidate's length over all layouts: 44, 36 or 30 characters are within what the network
 // reads when they are taken for this many.
 constexpr double kGlancedCharacters = 36.6;
@@ -23,6 +22,7 @@ constexpr float kGlanceProbability = 0.6f;
 constexpr float kSureGlance = 0.97f;  // hardly anything but a zone is read as surely
 constexpr float kLineProbability = 0.5f;
 constexpr float kSureLine = 0.9f;
+constexpr float kPoorLine = 0.8f;
 constexpr float kSureZone = 0.95f;           // quality
 constexpr float kStraight = 0.98f;           // hardly better when read again
 constexpr float kWorthStraightening = 0.4f;  // below, it is no zone
@@ -68,7 +68,10 @@ public:
         candidates_ = lineCandidates(look);
         if (auto error = rate(ways))
             return *error;
-        if (ways[1].front().probability > ways[0].front().probability)
+        const auto best = [](const std::vector<Rated>& way) {
+            return way.empty() ? 0.0f : way.front().probability;
+        };
+        if (best(ways[1]) > best(ways[0]))
             std::swap(ways[0], ways[1]);
         std::vector<FoundZone> found;
         for (const auto& stretches : ways) {
@@ -90,50 +93,29 @@ private:
         Stretch stretch;
     };
 
-    // The candidates that read like a zone's lines, best first, and one that does not at the end.
+    // The longest candidates that read like a zone's lines, best first.
     Trouble rate(std::array<std::vector<Rated>, 2>& ways) const {
         std::vector<Stretch> stretches;
-        std::size_t glanced = 0;
-        const auto glance = [&]() -> Trouble {
-            const auto glances = reader_.glance(stretches);
-            if (!glances)
-                return Failure(glances.error());
-            for (std::size_t index = 0; index < stretches.size(); ++index) {
-                const LineScores& scores = (*glances)[index];
-                if (scores.marks().size() >= kGlanceMarks &&
-                    scores.meanProbability() > kGlanceProbability)
-                    ways[index % 2].push_back({scores.meanProbability(), stretches[index]});
-            }
-            stretches.clear();
-            return std::nullopt;
-        };
-        const auto isEnough = [&] {
-            return std::ranges::any_of(ways, [](const auto& way) {
-                return std::ranges::any_of(
-                    way, [](const Rated& one) { return one.probability > kSureGlance; });
-            });
-        };
         for (const Baseline& line : candidates_) {
             const Stretch stretch{line, line.length() / kGlancedCharacters};
             if (!isPlausible(stretch))
                 continue;
             stretches.push_back(stretch);
             stretches.push_back({line.reversed(), stretch.pitch});
-            if (++glanced % kGlancedAtOnce == 0) {
-                if (auto error = glance())
-                    return error;
-            }
-            if (glanced == kGlanced || isEnough())
+            if (stretches.size() == 2 * kGlanced)
                 break;
         }
-        if (!stretches.empty()) {
-            if (auto error = glance())
-                return error;
+        const auto glances = reader_.glance(stretches);
+        if (!glances)
+            return Failure(glances.error());
+        for (std::size_t index = 0; index < stretches.size(); ++index) {
+            const LineScores& scores = (*glances)[index];
+            if (scores.marks().size() >= kGlanceMarks &&
+                scores.meanProbability() > kGlanceProbability)
+                ways[index % 2].push_back({scores.meanProbability(), stretches[index]});
         }
-        for (auto& way : ways) {
+        for (auto& way : ways)
             std::ranges::stable_sort(way, std::greater{}, &Rated::probability);
-            way.emplace_back();
-        }
         return std::nullopt;
     }
 
@@ -142,7 +124,7 @@ private:
         std::vector<SeenLine> known;  // every line read so far
         std::size_t tries = 0;
         for (const Rated& rated : stretches) {
-            if (rated.probability == 0.0f || tries == kTries)
+            if (tries == kTries)
                 break;
             if (std::ranges::any_of(known, [&](const SeenLine& line) {
                     return std::abs(line.stretch.distanceTo(rated.stretch.line)) < kSameLine;
@@ -171,18 +153,8 @@ private:
         return std::nullopt;
     }
 
-    // The line with the stretch where its characters were seen; read again where that went badly.
-    Expected<SeenLine> refined(SeenLine line) const {
-        const auto seen = line.seen();
-        if (!seen || !isPlausible(*seen))
-            return line;
-        std::vector<Stretch> tries{*seen};
-        if (line.scores.meanProbability() > kSureLine)
-            tries.clear();
-        else if (line.scores.meanProbability() < 0.8f) {
-            for (const auto& [atStart, atEnd] : kMoves)
-                tries.push_back(moved(*seen, atStart, atEnd));
-        }
+    // Of the line and what is read at tries the one that seems most of a zone's line.
+    Expected<SeenLine> bestOf(SeenLine line, std::span<const Stretch> tries) const {
         auto read = reader_.read(tries);
         if (!read)
             return Failure(read.error());
@@ -191,6 +163,19 @@ private:
                 line = std::move(other);
         }
         return line;
+    }
+
+    // The line, read again where its characters were seen if it was read badly.
+    Expected<SeenLine> refined(SeenLine line) const {
+        const auto seen = line.seen();
+        if (!seen || !isPlausible(*seen) || line.scores.meanProbability() > kSureLine)
+            return line;
+        std::vector<Stretch> tries{*seen};
+        if (line.scores.meanProbability() < kPoorLine) {
+            for (const auto& [atStart, atEnd] : kMoves)
+                tries.push_back(moved(*seen, atStart, atEnd));
+        }
+        return bestOf(std::move(line), tries);
     }
 
     // How far from the stretch, above (side -1) or below (side 1), candidates lie that may be its
@@ -357,13 +342,10 @@ private:
             std::vector<Stretch> tries;
             for (const auto& [atStart, atEnd] : kMoves)
                 tries.push_back(moved(line.stretch, atStart, atEnd));
-            auto read = reader_.read(tries);
-            if (!read)
-                return Failure(read.error());
-            for (SeenLine& other : *read) {
-                if (other.weight() > line.weight())
-                    line = std::move(other);
-            }
+            auto best = bestOf(std::move(line), tries);
+            if (!best)
+                return Failure(best.error());
+            line = *std::move(best);
         }
         return std::nullopt;
     }
