@@ -88,7 +88,7 @@ def main(source, folder, seed=1):
             rng = np.random.default_rng([int(seed), number, place])
             name = f"{number:04d}-{way}.jpg"
             (folder / name).write_bytes(light.jpeg(spoil(rng, pixels[..., ::-1]), 90))
-            rows.append((*manifest.row(name, way, None), row["mrz1"], row["mrz2"]))
+            rows.append((*manifest.row(name, way, None), row["mrz1"], row["mrz2"], row.get("mrz3") or "-"))
     manifest.write(folder, rows)
 
 

@@ -2,7 +2,7 @@
 
 from pathlib import Path
 
-COLUMNS = ("file", "kind", "quad_tl_tr_br_bl", "mrz1", "mrz2", "licence", "shows")
+COLUMNS = ("file", "kind", "quad_tl_tr_br_bl", "mrz1", "mrz2", "mrz3", "licence", "shows")
 _ABSENT = "-"
 
 
@@ -13,8 +13,8 @@ def row(name, kind, quad):
 
 
 def full_row(name, scene, recipe):
-    """All of COLUMNS for a scenes.Scene drawn of recipe; only passports have lines of a zone."""
-    lines = scene.zone if len(scene.zone) == 2 else (_ABSENT, _ABSENT)
+    """All of COLUMNS for a scenes.Scene drawn of recipe."""
+    lines = (*scene.zone, _ABSENT, _ABSENT, _ABSENT)[:3]
     kind, quad = (scene.kinds[0], scene.quads[0]) if scene.kinds else ("other-scene", None)
     return *row(name, kind, quad), *lines, "drawn by this project", recipe.shows()
 

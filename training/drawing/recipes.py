@@ -2,15 +2,18 @@
 
 from dataclasses import dataclass
 
-from . import papers, passports, utopia
+from . import cards, papers, passports, utopia
 from .desks import DESKS
 
-KINDS = {  # kind, as the manifest names it: its layouts
+KINDS = {  # what may be asked for: its layouts
     "passport-drawn": {
         "bangladesh-page": passports.bangladesh_page, "bangladesh-spread": passports.bangladesh_spread,
         "utopia-classic": utopia.classic, "utopia-trilingual": utopia.trilingual,
         "utopia-columns": utopia.columns},
-    "other-id": {"identity-card": utopia.identity_card},
+    "other-id": {"identity-card": cards.identity_card},
+    "other-zone": {
+        "identity-card": cards.identity_card, "large-identity-card": cards.large_identity_card,
+        "french-layout": cards.french_layout, "visa": cards.visa, "small-visa": cards.small_visa},
     "other-document": {"receipt": papers.receipt, "letter": papers.letter, "blank": papers.blank},
     "other-scene": {"none": None},
 }
@@ -62,7 +65,7 @@ def random_recipe(rng, kind, size=None):
     layout = str(rng.choice(list(KINDS[kind])))
     size = size or SIZES[int(rng.integers(len(SIZES)))]
     fills = layout != "none" and rng.random() < 0.06
-    in_hand = kind in ("passport-drawn", "other-id") and not fills and rng.random() < 0.15
+    in_hand = kind in ("passport-drawn", "other-id", "other-zone") and not fills and rng.random() < 0.15
     dim = rng.random() < 0.15
     return Recipe(
         layout, str(rng.choice(sorted(DESKS))), size,

@@ -19,7 +19,7 @@ _BARE_MM = (125, 88)  # a desk without document is seen from as near as one with
 class Scene:
     """pixels: height x width x 3, uint8, RGB. quads: corners in pixels, 4 x 2 each, clockwise
     around the document, some perhaps outside the picture; the uppermost document last. kinds goes
-    with quads. zone: the machine-readable lines of a photographed passport."""
+    with quads. zone: the machine-readable lines of a photographed document."""
 
     pixels: np.ndarray
     quads: list = field(default_factory=list)

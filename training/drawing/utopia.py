@@ -1,4 +1,4 @@
-"""Passport pages and identity cards of Utopia (UTO), the example state of ICAO Doc 9303."""
+"""Passport pages of Utopia (UTO), the example state of ICAO Doc 9303."""
 
 from . import portrait, zone
 from .guilloche import security_paper
@@ -17,7 +17,8 @@ _LOOKS = {  # tints of the paper, its inks, and the colour of labels
 }
 
 
-def _paper(rng, look, size=PAGE_MM):
+def paper(rng, look, size=PAGE_MM):
+    """Security paper of size (width, height in mm): (Sheet, the colour of labels). look: "blue", "rose" or "sand"."""
     tints, inks, label = _LOOKS[look]
     return Sheet.of(security_paper(rng, *size, tints, inks)), label
 
@@ -31,7 +32,7 @@ def _finish(sheet, person):
 def classic(rng):
     """A Document: English and French labels, portrait on the left."""
     person = invent(rng, "UTO")
-    sheet, label = _paper(rng, "blue")
+    sheet, label = paper(rng, "blue")
     sheet.text(5, 7.2, "UTOPIA", "serif-bold", 5.2, label)
     sheet.text(43, 7.2, "PASSPORT / PASSEPORT", "bold", 4.2, label)
     holder(sheet, rng, person, 5, 12, 34, ghost=(106, 37, 13))
@@ -57,7 +58,7 @@ def classic(rng):
 def trilingual(rng):
     """A Document: English, German and Spanish labels, portrait on the right, light capitals."""
     person = invent(rng, "UTO")
-    sheet, label = _paper(rng, "rose")
+    sheet, label = paper(rng, "rose")
     sheet.text(6, 6.6, "REPUBLIC OF UTOPIA", "bold", 3.8, label)
     sheet.text(6, 11.2, "PASSPORT · REISEPASS · PASAPORTE", "bold", 3.3, label)
     holder(sheet, rng, person, 86, 8, 33, ghost=(64, 32, 15))
@@ -84,7 +85,7 @@ def trilingual(rng):
 def columns(rng):
     """A Document: English labels in two columns, a large serif face, a narrow portrait."""
     person = invent(rng, "UTO")
-    sheet, label = _paper(rng, "sand")
+    sheet, label = paper(rng, "sand")
     sheet.box(0, 0, 125, 9.6, fill=label)
     sheet.text(6, 6.9, "PASSPORT", "serif-bold", 5.0, (250, 246, 234))
     sheet.text(119, 6.9, "UTOPIA", "serif-bold", 5.0, (250, 246, 234), "rs")
@@ -103,21 +104,3 @@ def columns(rng):
     sheet.stamp(84, 42, "SPECIMEN", 14, (140, 90, 40), 0.15, 20)
     sheet.stamp(106, 63, "SPECIMEN", 5.5, (170, 30, 40), 0.5, 0)
     return _finish(sheet, person)
-
-
-def identity_card(rng):
-    """A Document of 85.6 x 54 mm with three zone lines; not a passport, and it does not say so."""
-    person = invent(rng, "UTO")
-    size = (85.6, 54.0)  # Doc 9303-5: a TD1 card
-    sheet, label = _paper(rng, str(rng.choice(["blue", "rose", "sand"])), size)
-    sheet.text(4, 4.6, "UTOPIA", "bold", 3.0, label)
-    sheet.text(81.6, 4.6, "IDENTITY CARD / CARTE D'IDENTITÉ", "bold", 2.7, label, "rs")
-    holder(sheet, rng, person, 4, 6.6, 19.5)
-    rows = [("Name", f"{person.surname}, {person.given}"), ("Card number", person.number),
-            ("Born", f"{spelled(person.born)}, {person.place}"),
-            ("Valid until", spelled(person.expires))]
-    for position, (name, value) in enumerate(rows):
-        field(sheet, 27, 8.6 + 6.0 * position, name, value, 54, "bold", 2.7, label, 2.1)
-    sheet.stamp(64, 27, "SPECIMEN", 5.0, (170, 30, 40), 0.45, 8)
-    print_zone(sheet, zone.td1(person), (size[0] - 30 * 2.54) / 2, 50.2, leading=5.4)
-    return Document(sheet.array(), "other-id", (), 3.2, 0.8)

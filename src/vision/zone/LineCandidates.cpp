@@ -17,7 +17,11 @@ constexpr double kLeastElongated = 9.0;  // length over height
 
 // About the height of a character, in pixels. Larger print is looked for in a reduced picture.
 constexpr int kSize = 7;
-constexpr std::array kReductions{1.0, 0.64, 0.41};
+constexpr double kReduction = 0.64;
+constexpr int kReductions = 3;
+
+// Neighbouring columns hardly differ once they are smoothed: every fourth is looked at.
+constexpr double kColumns = 4.0;
 
 // Print is where much changes along the row, more than around it.
 struct Contrast {
@@ -78,7 +82,7 @@ std::optional<Baseline> middleOf(const cv::Mat1i& labels, int label, const cv::R
             heights.push_back(count);
         }
     }
-    constexpr std::size_t kLeast = 10;  // columns
+    constexpr std::size_t kLeast = 5;  // columns
     if (middles.size() < kLeast)
         return std::nullopt;
     Line line = fitted(middles);
@@ -99,14 +103,15 @@ std::optional<Baseline> middleOf(const cv::Mat1i& labels, int label, const cv::R
     std::ranges::nth_element(heights,
                              heights.begin() + static_cast<std::ptrdiff_t>(heights.size() / 2));
     const double height = heights[heights.size() / 2];
-    if (std::abs(line.slope) > kSteepest || bounds.width < kLeastElongated * height)
+    if (std::abs(line.slope) > kSteepest * kColumns ||
+        bounds.width * kColumns < kLeastElongated * height)
         return std::nullopt;
     const double left = bounds.x;
     const double right = bounds.x + bounds.width;
-    return Baseline{{left, line.at(left)}, {right, line.at(right)}};
+    return Baseline{{left * kColumns, line.at(left)}, {right * kColumns, line.at(right)}};
 }
 
-// How much print runs along the rows, for each pixel.
+// How much print runs along the rows, for each pixel of every fourth column.
 cv::Mat1f activity(const cv::Mat1b& picture) {
     cv::Mat hat;
     cv::morphologyEx(picture, hat, cv::MORPH_BLACKHAT, box(kSize, kSize));
@@ -116,7 +121,10 @@ cv::Mat1f activity(const cv::Mat1b& picture) {
     cv::convertScaleAbs(change, strength, 1.0 / kShrunk);
     cv::Mat1f smooth;
     cv::boxFilter(strength, smooth, CV_32F, {odd(2.2 * kSize), odd(0.5 * kSize)});
-    return smooth;
+    cv::Mat1f columns;
+    cv::resize(smooth, columns, {cvCeil(smooth.cols / kColumns), smooth.rows}, 0, 0,
+               cv::INTER_NEAREST);
+    return columns;
 }
 
 bool isSame(const Baseline& a, const Baseline& b, double size) {
@@ -132,8 +140,8 @@ void addLines(const cv::Mat1f& active, const cv::Mat1f& surroundings, const Cont
     cv::max(surroundings * contrast.overSurroundings, contrast.least, limit);
     cv::Mat1b mask;
     cv::compare(active, limit, mask, cv::CMP_GT);
-    cv::morphologyEx(mask, mask, cv::MORPH_CLOSE, box(2.4 * kSize, 1));
-    cv::morphologyEx(mask, mask, cv::MORPH_OPEN, box(1.5 * kSize, 0.35 * kSize));
+    cv::morphologyEx(mask, mask, cv::MORPH_CLOSE, box(2.4 * kSize / kColumns, 1));
+    cv::morphologyEx(mask, mask, cv::MORPH_OPEN, box(1.5 * kSize / kColumns, 0.35 * kSize));
     cv::Mat1i labels;
     cv::Mat1i stats;
     cv::Mat centroids;
@@ -158,15 +166,16 @@ void addLines(const cv::Mat1f& active, const cv::Mat1f& surroundings, const Cont
 
 std::vector<Baseline> lineCandidates(const cv::Mat1b& picture) {
     std::vector<Baseline> found;
-    for (const double reduction : kReductions) {
-        cv::Mat1b reduced = picture;
-        if (reduction < 1.0)
-            cv::resize(picture, reduced, {}, reduction, reduction, cv::INTER_AREA);
+    cv::Mat1b reduced = picture;
+    double reduction = 1.0;
+    for (int step = 0; step < kReductions; ++step) {
         const cv::Mat1f active = activity(reduced);
         cv::Mat1f surroundings;
-        cv::blur(active, surroundings, {odd(9.0 * kSize), odd(9.0 * kSize)});
+        cv::blur(active, surroundings, {odd(9.0 * kSize / kColumns), odd(9.0 * kSize)});
         for (const Contrast& contrast : kContrasts)
             addLines(active, surroundings, contrast, reduction, found);
+        cv::resize(reduced, reduced, {}, kReduction, kReduction, cv::INTER_LINEAR);
+        reduction *= kReduction;
     }
     std::ranges::stable_sort(
         found, [](const Baseline& a, const Baseline& b) { return a.length() > b.length(); });

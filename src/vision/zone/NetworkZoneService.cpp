@@ -6,10 +6,13 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace kestrelid::vision {
 namespace {
@@ -20,15 +23,14 @@ constexpr std::size_t kOutlines = 5;  // documents that are looked at by their o
 constexpr float kReadable = 0.8f;     // quality; below, names are wrong though digits pass
 constexpr double kLeastPixels = 6.0;  // a character; below, one in seven is read wrongly
 
-Expected<std::shared_ptr<const ZoneNetwork>> openNetwork(const ResourceFolders& resources,
-                                                         int threads) {
+Expected<std::shared_ptr<const ZoneNetwork>> openNetwork(const ResourceFolders& resources) {
     const auto path = resources.find(kModelName);
     if (!path)
         return failure(resources.missing(kModelName));
     const auto runtime = OnnxRuntime::load(resources);
     if (!runtime)
         return Failure(runtime.error());
-    auto session = (*runtime)->open(*path, threads);
+    auto session = (*runtime)->open(*path, 1);  // a look is small work
     if (!session)
         return Failure(session.error());
     return std::make_shared<const ZoneNetwork>(*std::move(session));
@@ -65,33 +67,36 @@ bool isSame(const ZoneReading& a, const ZoneReading& b) {
 // The zones of several looks, each once.
 class Found {
 public:
-    Found(const ZoneNetwork& network, const PictureLevels& picture)
-        : network_(network), picture_(picture) {}
+    Found(const ZoneNetwork& network, const PictureLevels& picture, int threads)
+        : network_(network), picture_(picture), threads_(threads) {}
 
-    // Until a view shows a zone that can be read.
-    std::optional<Failure> look(std::span<const ZoneView> views) {
-        for (const ZoneView& view : views) {
-            const LineReader reader(network_, picture_, view);
-            auto zones = searchZones(reader, picture_);
+    // The first view with a zone that can be read, and those before it. Views are looked at side by
+    // side, where there are threads for it.
+    std::optional<Failure> look(const std::vector<ZoneView>& views) {
+        std::vector<std::optional<Expected<std::vector<FoundZone>>>> seen(views.size());
+        std::atomic<int> last = static_cast<int>(views.size()) - 1;
+        const auto search = [&](const cv::Range& range) {
+            for (int index = range.start; index < range.end && index <= last; ++index) {
+                const auto at = static_cast<std::size_t>(index);
+                seen[at] = likelyZones(views[at]);
+                if (*seen[at] && hasReadable(**seen[at])) {
+                    for (int known = last; index < known;)
+                        last.compare_exchange_weak(known, index);
+                }
+            }
+        };
+        cv::parallel_for_({0, static_cast<int>(views.size())}, search, threads_);
+        for (int index = 0; index <= last; ++index) {
+            auto& zones = *seen[static_cast<std::size_t>(index)];
             if (!zones)
                 return Failure(zones.error());
-            bool isReadable = false;
-            for (FoundZone& zone : *zones) {
-                if (!isLikeAZone(zone.reading))
-                    continue;
-                isReadable = isReadable || zone.quality >= kReadable;
+            for (FoundZone& zone : *zones)
                 add(std::move(zone));
-            }
-            if (isReadable)
-                break;
         }
         return std::nullopt;
     }
 
-    [[nodiscard]] bool hasReadable() const {
-        return std::ranges::any_of(zones_,
-                                   [](const FoundZone& zone) { return zone.quality >= kReadable; });
-    }
+    [[nodiscard]] bool hasReadable() const { return hasReadable(zones_); }
 
     std::vector<ZoneReading> take() {
         std::vector<ZoneReading> readings;
@@ -109,6 +114,18 @@ public:
     }
 
 private:
+    static bool hasReadable(const std::vector<FoundZone>& zones) {
+        return std::ranges::any_of(zones,
+                                   [](const FoundZone& zone) { return zone.quality >= kReadable; });
+    }
+
+    [[nodiscard]] Expected<std::vector<FoundZone>> likelyZones(const ZoneView& view) const {
+        auto zones = searchZones(LineReader(network_, picture_, view), picture_);
+        if (zones)
+            std::erase_if(*zones, [](const FoundZone& zone) { return !isLikeAZone(zone.reading); });
+        return zones;
+    }
+
     void add(FoundZone zone) {
         const auto same = std::ranges::find_if(
             zones_, [&](const FoundZone& known) { return isSame(known.reading, zone.reading); });
@@ -122,6 +139,7 @@ private:
 
     const ZoneNetwork& network_;
     const PictureLevels& picture_;
+    int threads_;
     std::vector<FoundZone> zones_;
 };
 
@@ -135,7 +153,7 @@ NetworkZoneService::~NetworkZoneService() = default;
 Expected<std::shared_ptr<const ZoneNetwork>> NetworkZoneService::network() {
     const std::scoped_lock lock(loading_);
     if (!network_) {
-        auto opened = openNetwork(resources_, threads_);
+        auto opened = openNetwork(resources_);
         if (!opened)
             return opened;
         network_ = *std::move(opened);
@@ -145,7 +163,7 @@ Expected<std::shared_ptr<const ZoneNetwork>> NetworkZoneService::network() {
 
 ServiceStatus NetworkZoneService::diagnose() const {
     const std::string name = "zone network";
-    const auto opened = openNetwork(resources_, 1);
+    const auto opened = openNetwork(resources_);
     if (!opened)
         return {name, false, opened.error().description + "; no machine-readable zone is read"};
     return {name, true, resources_.find(kModelName)->string()};
@@ -159,7 +177,7 @@ ZoneResult NetworkZoneService::perform(const Bitmap& bitmap, const ZoneRequest& 
         if (std::min(bitmap.width(), bitmap.height()) < kShortestSide)
             return std::vector<ZoneReading>();
         const PictureLevels picture(bitmap);
-        Found found(**opened, picture);
+        Found found(**opened, picture, threads_);
         const auto count = std::min(request.outlines.size(), kOutlines);
         for (const RectangleObservation& outline : std::span(request.outlines).first(count)) {
             if (auto error = found.look(viewsOfOutline(outline, picture.size())))

@@ -68,8 +68,13 @@ cv::Mat1b PictureLevels::sample(const cv::Matx33d& toPicture, cv::Size size) con
     const double shift = (scale - 1.0) / 2.0;
     const cv::Matx33d toLevel = cv::Matx33d(scale, 0, shift, 0, scale, shift, 0, 0, 1) * toPicture;
     cv::Mat1b sampled;
-    cv::warpPerspective(levels_[level], sampled, toLevel, size,
-                        cv::INTER_LINEAR | cv::WARP_INVERSE_MAP, cv::BORDER_REPLICATE);
+    constexpr int kHow = cv::INTER_LINEAR | cv::WARP_INVERSE_MAP;
+    if (toLevel(2, 0) == 0.0 && toLevel(2, 1) == 0.0 &&
+        toLevel(2, 2) == 1.0)  // takes half the time
+        cv::warpAffine(levels_[level], sampled, toLevel.get_minor<2, 3>(0, 0), size, kHow,
+                       cv::BORDER_REPLICATE);
+    else
+        cv::warpPerspective(levels_[level], sampled, toLevel, size, kHow, cv::BORDER_REPLICATE);
     return sampled;
 }
 

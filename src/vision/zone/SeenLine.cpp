@@ -1,5 +1,7 @@
 #include "vision/zone/SeenLine.h"
 
+#include "vision/zone/EvenPrint.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -127,14 +129,21 @@ Expected<std::vector<SeenLine>> LineReader::read(std::span<const Stretch> stretc
 
 Expected<std::vector<LineScores>> LineReader::glance(std::span<const Stretch> stretches) const {
     std::vector<cv::Mat1b> crops;
-    for (Stretch stretch : stretches) {
-        const double half = stretch.pitch * (kGlance / ZoneNetwork::kPitch / 2.0 - kPad);
-        const cv::Point2d middle = (stretch.line.start + stretch.line.end) / 2.0;
-        const cv::Point2d along = stretch.line.along();
-        stretch.line = {middle - along * half, middle + along * half};
-        crops.push_back(crop(stretch, kGlance));
-    }
+    for (const Stretch& stretch : stretches)
+        crops.push_back(middle(stretch));
     return network_->read(crops);
+}
+
+bool LineReader::isEvenPrint(const Stretch& stretch) const {
+    return vision::isEvenPrint(middle(stretch));
+}
+
+cv::Mat1b LineReader::middle(Stretch stretch) const {
+    const double half = stretch.pitch * (kGlance / ZoneNetwork::kPitch / 2.0 - kPad);
+    const cv::Point2d middle = (stretch.line.start + stretch.line.end) / 2.0;
+    const cv::Point2d along = stretch.line.along();
+    stretch.line = {middle - along * half, middle + along * half};
+    return crop(stretch, kGlance);
 }
 
 }  // namespace kestrelid::vision

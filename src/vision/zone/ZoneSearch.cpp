@@ -6,13 +6,14 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <ranges>
 #include <utility>
 
 namespace kestrelid::vision {
 namespace {
 
-constexpr std::size_t kGlanced = 6;  // candidates; a page of print has many more
-constexpr std::size_t kTries = 4;    // lines that a zone is built around, each way up
+constexpr std::size_t kLookedAt = 8;  // candidates; a page of print has many more
+constexpr std::size_t kTries = 4;     // lines that a zone is built around, each way up
 // Of a candidate's length over all layouts: 44, 36 or 30 characters are within what the network
 // reads when they are taken for this many.
 constexpr double kGlancedCharacters = 36.6;
@@ -93,17 +94,15 @@ private:
         Stretch stretch;
     };
 
-    // The longest candidates that read like a zone's lines, best first.
+    // The longest candidates that look and read like a zone's lines, best first.
     Trouble rate(std::array<std::vector<Rated>, 2>& ways) const {
         std::vector<Stretch> stretches;
-        for (const Baseline& line : candidates_) {
+        for (const Baseline& line : candidates_ | std::views::take(kLookedAt)) {
             const Stretch stretch{line, line.length() / kGlancedCharacters};
-            if (!isPlausible(stretch))
+            if (!isPlausible(stretch) || !reader_.isEvenPrint(stretch))
                 continue;
             stretches.push_back(stretch);
             stretches.push_back({line.reversed(), stretch.pitch});
-            if (stretches.size() == 2 * kGlanced)
-                break;
         }
         const auto glances = reader_.glance(stretches);
         if (!glances)

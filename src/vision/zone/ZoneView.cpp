@@ -60,9 +60,9 @@ double rowContrast(const PictureLevels& picture, double degrees) {
     view.toPicture = view.toPicture * cv::Matx33d(1.0 / scale, 0, 0, 0, 1.0 / scale, 0, 0, 0, 1);
     const cv::Mat1b small = picture.sample(view.toPicture, view.size);
     cv::Mat change;
-    cv::Sobel(small, change, CV_32F, 1, 0, 3);
+    cv::absdiff(small.colRange(2, small.cols), small.colRange(0, small.cols - 2), change);
     cv::Mat rows;
-    cv::reduce(cv::abs(change), rows, 1, cv::REDUCE_AVG, CV_32F);
+    cv::reduce(change, rows, 1, cv::REDUCE_AVG, CV_32F);
     cv::Mat step;
     cv::subtract(rows.rowRange(1, rows.rows), rows.rowRange(0, rows.rows - 1), step);
     return cv::norm(step, cv::NORM_L2SQR) / std::max(cv::norm(rows, cv::NORM_L2SQR), 1e-6);
