@@ -49,6 +49,11 @@ bool isLikeAZone(const ZoneReading& reading) {
     });
 }
 
+// Lines of which an end is hidden or cut off may pass for those of a shorter layout.
+bool isReadable(const FoundZone& zone) {
+    return zone.quality >= kReadable && parseZone(zone.reading).has_value();
+}
+
 bool isSame(const ZoneReading& a, const ZoneReading& b) {
     const auto corners = [](const ZoneReading& zone) {
         std::vector<cv::Point2f> points;
@@ -115,8 +120,7 @@ public:
 
 private:
     static bool hasReadable(const std::vector<FoundZone>& zones) {
-        return std::ranges::any_of(zones,
-                                   [](const FoundZone& zone) { return zone.quality >= kReadable; });
+        return std::ranges::any_of(zones, isReadable);
     }
 
     [[nodiscard]] Expected<std::vector<FoundZone>> likelyZones(const ZoneView& view) const {
@@ -131,7 +135,8 @@ private:
             zones_, [&](const FoundZone& known) { return isSame(known.reading, zone.reading); });
         if (same == zones_.end())
             zones_.push_back(std::move(zone));
-        else if (same->quality < zone.quality)
+        else if (std::pair(isReadable(*same), same->quality) <
+                 std::pair(isReadable(zone), zone.quality))
             *same = std::move(zone);
         std::ranges::stable_sort(
             zones_, [](const FoundZone& a, const FoundZone& b) { return a.quality > b.quality; });
