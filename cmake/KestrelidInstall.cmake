@@ -87,7 +87,14 @@ install(FILES ${package_files} DESTINATION ${package_folder} COMPONENT Developme
 # pkg-config: prefix is reckoned from where the file lies.
 set(pc_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 file(RELATIVE_PATH prefix_from_pc "${CMAKE_INSTALL_PREFIX}/${pc_folder}" "${CMAKE_INSTALL_PREFIX}")
-list(JOIN KESTRELID_PC_REQUIRES ", " pc_requires)
+# Only who links the static library asks for what is in it; pkg-config would look for these modules
+# whenever it is asked for flags.
+set(pc_private "")
+if(NOT BUILD_SHARED_LIBS)
+    list(JOIN KESTRELID_PC_REQUIRES ", " pc_private)
+    string(PREPEND pc_private "Requires.private: ")
+    string(APPEND pc_private "\nLibs.private: -lopencv_imgproc -lopencv_core -lstdc++ -ldl -pthread\n")
+endif()
 set(pc_modules kestrelid-detection)
 if(TARGET KestrelidScreens AND BUILD_SHARED_LIBS)
     list(APPEND pc_modules kestrelid)

@@ -129,6 +129,7 @@ kestrelid_package(Tools kestrelid-tools graphics "passport detector, command lin
          "kestrelid-demo shows the scanning screens, with a drawn passport where there is"
          "no camera."
     DEPENDS "libkestrelid${number} (= ${version})"
-    RECOMMENDS kestrelid-models-${number} qt6-wayland)
+    RECOMMENDS kestrelid-models-${number} qt6-wayland
+    SUGGESTS poppler-utils)
 
 include(CPack)

@@ -58,16 +58,33 @@ Examples:
   kestrelid doctor
   kestrelid doctor --json --resources /opt/kestrelid/models)";
 
+// Marks an argument that CLI11 is to take as it stands.
+constexpr char kAsItStands = '\x01';
+
 // The arguments from last to first, as CLI11 takes them. It would take a file named "[a,b]" for a
-// list of two.
+// list of two, and refuses names that look like options after a name and "--".
 std::vector<std::string> reversedArguments(int argc, const char* const* argv) {
     std::vector<std::string> arguments;
-    for (int i = argc - 1; i > 0; --i) {
+    bool isName = false;
+    for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
+        if (i > 1 && !isName && argument == "--") {
+            isName = true;
+            continue;
+        }
         const bool looksLikeList = argument.starts_with('[') && argument.ends_with(']');
-        arguments.push_back((looksLikeList ? "./" : "") + std::string(argument));
+        const bool isMarked = isName || looksLikeList || argument.starts_with(kAsItStands);
+        arguments.push_back((isMarked ? std::string(1, kAsItStands) : "") + std::string(argument));
     }
+    std::ranges::reverse(arguments);
     return arguments;
+}
+
+void unmark(std::vector<std::string>& names) {
+    for (std::string& name : names) {
+        if (name.starts_with(kAsItStands))
+            name.erase(0, 1);
+    }
 }
 
 void addResources(CLI::App& command, std::filesystem::path& resources) {
@@ -84,10 +101,12 @@ void addValidate(CLI::App& command, ValidateOptions& options) {
     command
         .add_option(
             "FILE", options.inputs,
-            "Pictures (JPEG, PNG, WebP, TIFF, HEIC), folders of them, or - for standard input")
+            "Pictures (JPEG, PNG, WebP, TIFF, HEIC), PDF, folders of them, or - for standard input")
         ->required()
         ->type_name("");
     command.add_flag("--json", options.json, "One JSON object a line and input");
+    command.add_flag("!--no-text", options.withText,
+                     "Leave the recognised text and what zones say out of the JSON");
     command.add_option("-j,--jobs", options.jobs, "Pictures judged at once, 1 to 64")
         ->type_name("N")
         ->check(CLI::Range(1, 64).description(""));
@@ -107,6 +126,9 @@ void addValidate(CLI::App& command, ValidateOptions& options) {
             "Write copies with outline and verdict drawn on them into DIR")
         ->type_name("DIR");
     command.callback([&options] {
+        unmark(options.inputs);
+        if (!options.withText && !options.json)
+            throw CLI::ValidationError("--no-text", "needs --json");
         const auto standardInputs =
             std::count(options.inputs.begin(), options.inputs.end(), kStandardInputName);
         if (standardInputs > 1)
@@ -131,12 +153,13 @@ void addZone(CLI::App& command, ZoneOptions& options) {
     command.footer(kZoneFooter);
     command
         .add_option("FILE", options.files,
-                    "Pictures (JPEG, PNG, WebP, TIFF, HEIC), folders of them, or - for standard "
-                    "input; with --text: text")
+                    "Pictures (JPEG, PNG, WebP, TIFF, HEIC), PDF, folders of them, or - for "
+                    "standard input; with --text: text")
         ->type_name("");
     command.add_flag("--text", options.isText,
                      "FILE, or standard input, holds text that was already recognised");
     command.callback([&options] {
+        unmark(options.files);
         if (!options.isText && options.files.empty())
             throw CLI::RequiredError("FILE");
     });
@@ -241,6 +264,7 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
     textCommand->add_option("FILE", text.files, "Text in UTF-8; - or none: standard input")
         ->type_name("");
     textCommand->add_flag("--json", text.json, "One JSON object a line and file");
+    textCommand->callback([&text] { unmark(text.files); });
     CLI::App* zoneCommand =
         app.add_subcommand("zone", "Read machine-readable zones, and check their digits");
     addZone(*zoneCommand, zone);

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <memory>
 
 namespace kestrelid::cli {
@@ -34,6 +35,14 @@ BytesResult readFile(const std::filesystem::path& path, std::size_t maximum) {
     if (!file)
         return ReadError{std::strerror(errno)};
     return readAll(file.get(), maximum);
+}
+
+std::string startOfFile(const std::filesystem::path& path) {
+    std::string start(16, '\0');
+    std::ifstream file(path, std::ios::binary);
+    file.read(start.data(), static_cast<std::streamsize>(start.size()));
+    start.resize(static_cast<std::size_t>(file.gcount()));
+    return start;
 }
 
 BytesResult readStandardInput(std::size_t maximum) {

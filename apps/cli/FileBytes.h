@@ -18,6 +18,9 @@ using BytesResult = std::variant<std::string, ReadError>;
 // error if there are more than maximum bytes.
 [[nodiscard]] BytesResult readFile(const std::filesystem::path& path, std::size_t maximum);
 
+// The first bytes of a regular file: 16, or fewer where it is shorter or cannot be read.
+[[nodiscard]] std::string startOfFile(const std::filesystem::path& path);
+
 // The rest of standard input, likewise.
 [[nodiscard]] BytesResult readStandardInput(std::size_t maximum);
 

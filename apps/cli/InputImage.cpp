@@ -1,9 +1,11 @@
 #include "apps/cli/InputImage.h"
 
 #include "apps/cli/FileBytes.h"
+#include "apps/cli/PdfPages.h"
 
 #include <kestrelid/ImageFile.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <span>
 #include <system_error>
@@ -39,9 +41,13 @@ ImageResult read(const PictureInput& input) {
     const auto* path = std::get_if<fs::path>(&input.source);
     if (path == nullptr)
         return decoded(readStandardInput(kMaximumFileSize));
+    std::error_code ignored;
     if (isStream(*path))
         return decoded(readFile(*path, kMaximumFileSize));
-    return readImage(*path, {.sufficientSide = kSufficientSide});
+    if (fs::is_regular_file(*path, ignored) && isPdf(startOfFile(*path)))
+        return pdfPage(*path, std::max(input.page, 1), kSufficientSide);
+    return readImage(*path,
+                     {.sufficientSide = kSufficientSide, .page = std::max(input.page - 1, 0)});
 }
 
 }  // namespace

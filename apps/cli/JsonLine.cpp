@@ -2,7 +2,10 @@
 
 #include "apps/cli/TerminalText.h"
 
+#include <kestrelid/TextEvidence.h>
+
 #include <cstdio>
+#include <utility>
 
 namespace kestrelid::cli {
 
@@ -20,6 +23,22 @@ std::string jsonLine(const nlohmann::ordered_json& object) {
     });
     line += '\n';
     return line;
+}
+
+nlohmann::ordered_json fileAsJson(std::string_view name, int page) {
+    nlohmann::ordered_json object{{"schema", kJsonSchema}, {"file", name}};
+    if (invalidUtf8Offset(name)) {
+        constexpr std::string_view kDigits = "0123456789abcdef";
+        std::string bytes;
+        for (const char byte : name) {
+            bytes += kDigits[static_cast<unsigned char>(byte) >> 4];
+            bytes += kDigits[static_cast<unsigned char>(byte) & 15];
+        }
+        object["fileBytes"] = std::move(bytes);
+    }
+    if (page > 0)
+        object["page"] = page;
+    return object;
 }
 
 }  // namespace kestrelid::cli

@@ -1,7 +1,6 @@
 #include "apps/cli/ProgressBar.h"
 
 #include <cstdio>
-#include <string>
 #include <unistd.h>
 
 namespace kestrelid::cli {
@@ -19,9 +18,29 @@ void ProgressBar::show(std::size_t done) {
     constexpr std::size_t kWidth = 30;  // characters
     const std::size_t filled = done * kWidth / total_;
     const std::string bar = std::string(filled, '#') + std::string(kWidth - filled, '.');
-    std::fprintf(stderr, "\r[%s] %zu of %zu", bar.c_str(), done, total_);
+    std::fprintf(stderr, "\r[%s] %zu of %zu%s", bar.c_str(), done, total_, remaining(done).c_str());
     std::fflush(stderr);
     shown_ = true;
+}
+
+// Telling after a few: the first takes longer, since the models are loaded for it.
+std::string ProgressBar::remaining(std::size_t done) const {
+    constexpr std::size_t kTelling = 5;
+    if (done < kTelling || done == total_)
+        return "";
+    const double taken =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    const auto seconds =
+        static_cast<long>(taken / static_cast<double>(done) * static_cast<double>(total_ - done));
+    char text[64];
+    if (seconds < 60)
+        std::snprintf(text, sizeof text, ", %ld s left \x1b[K", seconds + 1);
+    else if (seconds < 3600)
+        std::snprintf(text, sizeof text, ", %ld min left \x1b[K", seconds / 60 + 1);
+    else
+        std::snprintf(text, sizeof text, ", %ld h %ld min left \x1b[K", seconds / 3600,
+                      seconds / 60 % 60);
+    return text;
 }
 
 void ProgressBar::clear() {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
+#include <string>
 
 namespace kestrelid::cli {
 
@@ -18,6 +20,9 @@ public:
     void clear();
 
 private:
+    [[nodiscard]] std::string remaining(std::size_t done) const;
+
+    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     const std::size_t total_;
     const bool enabled_;
     bool shown_ = false;

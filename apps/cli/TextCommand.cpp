@@ -21,13 +21,13 @@ std::string asJson(const std::string& name, const TextEvidence& evidence) {
     auto matches = nlohmann::ordered_json::array();
     for (const KeywordMatch& match : evidence.matches)
         matches.push_back({{"keyword", match.keyword}, {"distance", match.distance}});
-    return jsonLine(
-        {{"file", name},
-         {"cleaned", evidence.cleaned},
-         {"matched", evidence.matches.size()},
-         {"matches", std::move(matches)},
-         {"keywordReason", evidence.keywordReason},
-         {"mrzLike", {{"found", evidence.mrzLike.found}, {"reason", evidence.mrzLike.reason}}}});
+    nlohmann::ordered_json object = fileAsJson(name);
+    object["cleaned"] = evidence.cleaned;
+    object["matched"] = evidence.matches.size();
+    object["matches"] = std::move(matches);
+    object["keywordReason"] = evidence.keywordReason;
+    object["mrzLike"] = {{"found", evidence.mrzLike.found}, {"reason", evidence.mrzLike.reason}};
+    return jsonLine(object);
 }
 
 std::string asText(const std::string& name, const TextEvidence& evidence) {
@@ -62,7 +62,7 @@ ExitStatus text(const TextOptions& options) {
     for (const std::string& name : options.files.empty() ? standardInput : options.files) {
         if (const auto cause = weigh(name, options.json)) {
             if (options.json)
-                writeOutput(errorAsJson(name, *cause));
+                writeOutput(errorAsJson({name, name}, *cause));
             writeError(name, *cause);
             status = ExitStatus::inputFailed;
         }

@@ -35,7 +35,7 @@ struct Outcome {
 
 // annotation: the path of the annotated copy, or null for none.
 Outcome outcomeOf(PictureJudge& judge, const PictureInput& input, const fs::path* annotation,
-                  bool json) try {
+                  const ValidateOptions& options) try {
     JudgeResult judged = judge.judge(input);
     if (auto* error = std::get_if<JudgeError>(&judged))
         return {std::move(*error), {}};
@@ -43,31 +43,50 @@ Outcome outcomeOf(PictureJudge& judge, const PictureInput& input, const fs::path
     std::optional<ImageError> annotationError;
     if (annotation != nullptr)
         annotationError = writeImage(*annotation, annotated(picture));
-    return {(json ? verdictAsJson : verdictAsText)(input.name, picture.examination,
-                                                   picture.milliseconds),
-            std::move(annotationError)};
+    std::string report =
+        options.json
+            ? verdictAsJson(input, picture.examination, picture.milliseconds, options.withText)
+            : verdictAsText(shownName(input), picture.examination, picture.milliseconds);
+    return {std::move(report), std::move(annotationError)};
 } catch (const std::exception& error) {
     return {JudgeError{error.what()}, {}};  // no memory left for this picture; the next may fit
 }
 
-ExitStatus report(const std::string& name, const Outcome& outcome, bool json) {
+// Writes the outcome; gives the cause if the input failed.
+std::optional<std::string> report(const PictureInput& input, const Outcome& outcome, bool json) {
+    std::string cause;
     if (const auto* error = std::get_if<JudgeError>(&outcome.report)) {
         if (json)
-            writeOutput(errorAsJson(name, error->cause));
-        writeError(name, error->cause);
-        return ExitStatus::inputFailed;
+            writeOutput(errorAsJson(input, error->cause));
+        cause = error->cause;
+    } else {
+        writeOutput(std::get<std::string>(outcome.report));
+        if (!outcome.annotationError)
+            return std::nullopt;
+        cause = "cannot write the annotated copy: " + outcome.annotationError->cause;
     }
-    writeOutput(std::get<std::string>(outcome.report));
-    if (!outcome.annotationError)
-        return ExitStatus::done;
-    writeError(name, "cannot write the annotated copy: " + outcome.annotationError->cause);
-    return ExitStatus::inputFailed;
+    writeError(shownName(input), cause);
+    return cause;
+}
+
+// What failed stands far up by now.
+void reportAgain(const std::vector<std::pair<std::string, std::string>>& failed,
+                 std::size_t total) {
+    constexpr std::size_t kScreenful = 20;  // inputs
+    if (failed.empty() || total <= kScreenful)
+        return;
+    writeError(std::to_string(failed.size()) + " of " + std::to_string(total) + " failed:");
+    for (const auto& [name, cause] : failed)
+        writeError(name, cause);
 }
 
 }  // namespace
 
 ExitStatus validate(const ValidateOptions& options) {
-    const std::vector<PictureInput> inputs = pictureInputs(options.inputs);
+    const PictureInputs found = pictureInputs(options.inputs);
+    const std::vector<PictureInput>& inputs = found.pictures;
+    if (const std::string line = passedOver(found); !line.empty())
+        writeError(line);
     const std::size_t processors = std::max(1u, std::thread::hardware_concurrency());
     const std::size_t allowed = options.jobs > 0 ? static_cast<std::size_t>(options.jobs)
                                                  : std::min(processors, kMostJobsUnasked);
@@ -95,15 +114,19 @@ ExitStatus validate(const ValidateOptions& options) {
     ProgressBar progress(inputs.size());
     ExitStatus status = ExitStatus::done;
     std::size_t finished = 0;
+    std::vector<std::pair<std::string, std::string>> failed;
     runInOrder(
         inputs.size(), jobs,
         [&](std::size_t worker, std::size_t index) {
             const fs::path* annotation = annotations.empty() ? nullptr : &annotations[index];
-            return outcomeOf(*judges[worker], inputs[index], annotation, options.json);
+            return outcomeOf(*judges[worker], inputs[index], annotation, options);
         },
         [&](std::size_t index, const Outcome& outcome) {
             progress.clear();
-            status = graver(status, report(inputs[index].name, outcome, options.json));
+            if (auto cause = report(inputs[index], outcome, options.json)) {
+                failed.emplace_back(shownName(inputs[index]), *std::move(cause));
+                status = ExitStatus::inputFailed;
+            }
             progress.show(finished);
         },
         [&](std::size_t number) {
@@ -111,6 +134,7 @@ ExitStatus validate(const ValidateOptions& options) {
             progress.show(finished);
         });
     progress.clear();
+    reportAgain(failed, inputs.size());
     return graver(status, outputStatus());
 }
 

@@ -46,24 +46,28 @@ std::string verdictAsText(std::string_view name, const Examination& examination,
     return text;
 }
 
-std::string verdictAsJson(std::string_view name, const Examination& examination,
-                          double milliseconds) {
+std::string verdictAsJson(const PictureInput& input, const Examination& examination,
+                          double milliseconds, bool withText) {
     const PassportValidationResult& verdict = examination.verdict;
     nlohmann::ordered_json outline;
     if (examination.chosenOutline)
         outline = outlineAsJson(examination.outlines[*examination.chosenOutline]);
-    return jsonLine({{"file", name},
-                     {"isPassport", verdict.isPassport()},
-                     {"confidence", verdict.confidence()},
-                     {"reasons", verdict.reasons()},
-                     {"recognizedText", verdict.recognizedText()},
-                     {"milliseconds", std::round(milliseconds * 10.0) / 10.0},
-                     {"outline", std::move(outline)},
-                     {"zones", zonesAsJson(examination.zones)}});
+    nlohmann::ordered_json object = fileAsJson(input.name, input.page);
+    object["isPassport"] = verdict.isPassport();
+    object["confidence"] = verdict.confidence();
+    object["reasons"] = verdict.reasons();
+    if (withText)
+        object["recognizedText"] = verdict.recognizedText();
+    object["milliseconds"] = std::round(milliseconds * 10.0) / 10.0;
+    object["outline"] = std::move(outline);
+    object["zones"] = zonesAsJson(examination.zones, withText);
+    return jsonLine(object);
 }
 
-std::string errorAsJson(std::string_view name, std::string_view cause) {
-    return jsonLine({{"file", name}, {"error", cause}});
+std::string errorAsJson(const PictureInput& input, std::string_view cause) {
+    nlohmann::ordered_json object = fileAsJson(input.name, input.page);
+    object["error"] = cause;
+    return jsonLine(object);
 }
 
 }  // namespace kestrelid::cli

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "apps/cli/PictureInputs.h"
+
 #include <kestrelid/Examination.h>
 
 #include <string>
@@ -12,12 +14,13 @@ namespace kestrelid::cli {
 [[nodiscard]] std::string verdictAsText(std::string_view name, const Examination& examination,
                                         double milliseconds);
 
-// One JSON object on a line: file, isPassport, confidence, reasons, recognizedText, milliseconds,
-// outline, zones.
-[[nodiscard]] std::string verdictAsJson(std::string_view name, const Examination& examination,
-                                        double milliseconds);
+// One JSON object on a line: the file, isPassport, confidence, reasons, recognizedText,
+// milliseconds, outline, zones. Without text, there is no recognizedText, and zones say only format
+// and strict.
+[[nodiscard]] std::string verdictAsJson(const PictureInput& input, const Examination& examination,
+                                        double milliseconds, bool withText);
 
-// One JSON object on a line: file, error.
-[[nodiscard]] std::string errorAsJson(std::string_view name, std::string_view cause);
+// One JSON object on a line: the file, error.
+[[nodiscard]] std::string errorAsJson(const PictureInput& input, std::string_view cause);
 
 }  // namespace kestrelid::cli

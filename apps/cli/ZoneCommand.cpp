@@ -2,6 +2,7 @@
 
 #include "apps/cli/FileBytes.h"
 #include "apps/cli/InputImage.h"
+#include "apps/cli/JsonLine.h"
 #include "apps/cli/PictureInputs.h"
 #include "apps/cli/StandardStreams.h"
 #include "apps/cli/VerdictText.h"
@@ -55,16 +56,22 @@ std::variant<Zones, std::string> zonesInPicture(const PictureInput& input,
 }
 
 // Writes what was found, or why nothing could be looked for.
-ExitStatus report(const std::string& name, const std::variant<Zones, std::string>& result,
+ExitStatus report(const PictureInput& input, const std::variant<Zones, std::string>& result,
                   bool json) {
     if (const auto* cause = std::get_if<std::string>(&result)) {
         if (json)
-            writeOutput(errorAsJson(name, *cause));
-        writeError(name, *cause);
+            writeOutput(errorAsJson(input, *cause));
+        writeError(shownName(input), *cause);
         return ExitStatus::inputFailed;
     }
     const auto& zones = std::get<Zones>(result);
-    writeOutput(json ? zonesAsJson(name, zones) : zonesAsText(name, zones));
+    if (json) {
+        nlohmann::ordered_json object = fileAsJson(input.name, input.page);
+        object["zones"] = zonesAsJson(zones);
+        writeOutput(jsonLine(object));
+    } else {
+        writeOutput(zonesAsText(shownName(input), zones));
+    }
     return ExitStatus::done;
 }
 
@@ -99,13 +106,16 @@ ExitStatus zone(const ZoneOptions& options) {
     if (options.isText) {
         const std::vector<std::string> standardInput{std::string(kStandardInputName)};
         for (const std::string& name : options.files.empty() ? standardInput : options.files)
-            status = graver(status, report(name, zonesInText(name, rules), options.json));
+            status = graver(status, report({name, name}, zonesInText(name, rules), options.json));
         return graver(status, outputStatus());
     }
     const PlatformServices services = defaultServices({.resources = options.resources});
-    for (const PictureInput& input : pictureInputs(options.files))
-        status = graver(status,
-                        report(input.name, zonesInPicture(input, services, rules), options.json));
+    const PictureInputs inputs = pictureInputs(options.files);
+    if (const std::string line = passedOver(inputs); !line.empty())
+        writeError(line);
+    for (const PictureInput& input : inputs.pictures)
+        status =
+            graver(status, report(input, zonesInPicture(input, services, rules), options.json));
     return graver(status, outputStatus());
 }
 

@@ -1,7 +1,8 @@
 #include "apps/cli/ZoneReport.h"
 
-#include "apps/cli/JsonLine.h"
 #include "apps/cli/TerminalText.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
@@ -98,7 +99,9 @@ Json problemAsJson(const ZoneProblem& problem) {
     return object;
 }
 
-Json zoneAsJson(const MachineReadableZone& zone) {
+Json zoneAsJson(const MachineReadableZone& zone, bool withText) {
+    if (!withText)
+        return {{"format", nameOf(zone.format)}, {"strict", zone.isTrustworthy()}};
     auto lines = Json::array();
     for (const ZoneLine& line : zone.lines)
         lines.push_back(line.text.view());
@@ -150,10 +153,10 @@ std::string zoneSummary(const MachineReadableZone& zone) {
     return others == 0 ? text : text + " (and " + std::to_string(others) + " more)";
 }
 
-nlohmann::ordered_json zonesAsJson(std::span<const MachineReadableZone> zones) {
+nlohmann::ordered_json zonesAsJson(std::span<const MachineReadableZone> zones, bool withText) {
     auto list = Json::array();
     for (const MachineReadableZone& zone : zones)
-        list.push_back(zoneAsJson(zone));
+        list.push_back(zoneAsJson(zone, withText));
     return list;
 }
 
@@ -166,10 +169,6 @@ std::string zonesAsText(std::string_view name, std::span<const MachineReadableZo
             text += "    Problem: " + describe(problem) + "\n";
     }
     return zones.empty() ? terminalText(name) + ": no machine-readable zone\n" : text;
-}
-
-std::string zonesAsJson(std::string_view name, std::span<const MachineReadableZone> zones) {
-    return jsonLine({{"file", name}, {"zones", zonesAsJson(zones)}});
 }
 
 }  // namespace kestrelid::cli

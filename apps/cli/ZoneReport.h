@@ -21,11 +21,9 @@ namespace kestrelid::cli {
 // "Zone TD3, strict", or what speaks first against it. Nothing that the zone says.
 [[nodiscard]] std::string zoneSummary(const MachineReadableZone& zone);
 
-// An array of objects: format, lines, strict, fields, problems.
-[[nodiscard]] nlohmann::ordered_json zonesAsJson(std::span<const MachineReadableZone> zones);
-
-// One JSON object on a line: file, zones.
-[[nodiscard]] std::string zonesAsJson(std::string_view name,
-                                      std::span<const MachineReadableZone> zones);
+// An array of objects: format, lines, strict, fields, problems; without text, only format and
+// strict.
+[[nodiscard]] nlohmann::ordered_json zonesAsJson(std::span<const MachineReadableZone> zones,
+                                                 bool withText = true);
 
 }  // namespace kestrelid::cli

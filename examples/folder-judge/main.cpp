@@ -44,17 +44,17 @@ std::optional<Options> parse(int count, char** arguments) {
     return options;
 }
 
-// JSON holds UTF-8 only, file names hold any bytes: what is not UTF-8 shows as U+FFFD, and the name
-// stands in hexadecimal digits beside it.
+// As `kestrelid validate --json --no-text` has it. JSON holds UTF-8 only, file names hold any
+// bytes: what is not UTF-8 shows as U+FFFD, and the name stands in hexadecimal digits beside it.
 std::string lineOf(const std::string& name, Json findings) {
-    Json object{{"name", name}};
+    Json object{{"schema", 1}, {"file", name}};
     const auto lenient = Json::error_handler_t::replace;
     if (kestrelid::invalidUtf8Offset(name)) {
         constexpr char kDigits[] = "0123456789abcdef";
         std::string bytes;
         for (const char byte : name)
             bytes.append({kDigits[(byte >> 4) & 15], kDigits[byte & 15]});
-        object["nameBytes"] = bytes;
+        object["fileBytes"] = bytes;
     }
     object.update(findings);
     return object.dump(-1, ' ', false, lenient) + '\n';
@@ -90,7 +90,7 @@ int main(int count, char** arguments) {
                 status = 1;
             } else {
                 const auto& result = std::get<kestrelid::PassportValidationResult>(judged);
-                findings["passport"] = result.isPassport();
+                findings["isPassport"] = result.isPassport();
                 findings["confidence"] = result.confidence();
                 findings["reasons"] = result.reasons();
             }

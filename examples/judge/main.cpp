@@ -2,7 +2,9 @@
 #include <kestrelid/ImageFile.h>
 #include <kestrelid/PassportDetector.h>
 
-int main(int, char** arguments) {
+int main(int count, char** arguments) {
+    if (count != 2)
+        return std::cerr << "usage: judge PICTURE\n", 2;
     const auto picture = kestrelid::readImage(arguments[1]);
     if (const auto* error = std::get_if<kestrelid::ImageError>(&picture))
         return std::cerr << arguments[1] << ": " << error->cause << '\n', 1;

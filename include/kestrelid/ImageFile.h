@@ -23,6 +23,8 @@ struct DecodeOptions {
     /// Pixels. A decoder that can give a smaller picture for less work (JPEG: by halves) may do so
     /// as long as the longer side stays at least this long; 0: full size.
     int sufficientSide = 0;
+    /// Which page of a TIFF, from 0. Other pictures have only page 0.
+    int page = 0;
 };
 
 /// Why a picture could not be read or written: one line, without the file's name. "out of memory"
@@ -39,6 +41,15 @@ using ImageResult = std::variant<Image, ImageError>;
 /// lossless WebP and HEIC; a file that would need more than 600 MB is refused. Thread: any.
 [[nodiscard]] KESTRELID_EXPORT ImageResult decodeImage(std::span<const std::byte> file,
                                                        const DecodeOptions& options = {});
+
+/// Whether a file that begins like this is of a format that decodeImage() reads: 16 bytes are
+/// enough. Thread: any.
+[[nodiscard]] KESTRELID_EXPORT bool isImageFormat(std::span<const std::byte> start) noexcept;
+
+/// How many pages a TIFF has, reduced copies of others left out; 1 for any other file, whether it
+/// can be decoded or not. A page that is damaged counts: decodeImage() says what is wrong with it.
+/// Takes time for each page, not for its pixels. Thread: any.
+[[nodiscard]] KESTRELID_EXPORT int countPages(std::span<const std::byte> file) noexcept;
 
 /// Reads and decodes a file; errors as for decodeImage(), and those of the file system. Thread:
 /// any.

@@ -27,7 +27,10 @@ ImageResult decodeByFormat(std::span<const std::byte> file, const DecodeOptions&
     if (file.size() > kMaximumFileSize)
         return ImageError{std::to_string(file.size()) + " bytes, at most " +
                           std::to_string(kMaximumFileSize) + " are read"};
-    switch (imagefile::imageFormatOf(file)) {
+    const imagefile::ImageFormat format = imagefile::imageFormatOf(file);
+    if (options.page != 0 && format != imagefile::ImageFormat::tiff)
+        return ImageError{"the file has only one page"};
+    switch (format) {
     case imagefile::ImageFormat::jpeg:
         return imagefile::decodeJpeg(file, options);
     case imagefile::ImageFormat::png:
@@ -35,7 +38,7 @@ ImageResult decodeByFormat(std::span<const std::byte> file, const DecodeOptions&
     case imagefile::ImageFormat::webp:
         return imagefile::decodeWebP(file);
     case imagefile::ImageFormat::tiff:
-        return imagefile::decodeTiff(file);
+        return imagefile::decodeTiff(file, options.page);
     case imagefile::ImageFormat::heif:
         return imagefile::decodeHeif(file);
     case imagefile::ImageFormat::unknown:
@@ -81,6 +84,19 @@ ImageResult decodeImage(std::span<const std::byte> file, const DecodeOptions& op
         return decodeByFormat(file, options);
     } catch (const std::exception& error) {
         return shortage(error);
+    }
+}
+
+bool isImageFormat(std::span<const std::byte> start) noexcept {
+    return imagefile::imageFormatOf(start) != imagefile::ImageFormat::unknown;
+}
+
+int countPages(std::span<const std::byte> file) noexcept {
+    try {
+        const bool isTiff = imagefile::imageFormatOf(file) == imagefile::ImageFormat::tiff;
+        return isTiff ? imagefile::countTiffPages(file) : 1;
+    } catch (const std::exception&) {
+        return 1;  // and there will be no memory for it either
     }
 }
 

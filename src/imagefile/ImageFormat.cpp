@@ -25,24 +25,25 @@ struct OtherFormat {
     std::size_t offset;
     std::string_view bytes;
     const char* name;
+    const char* article = "a ";
 };
 
 constexpr std::array kOtherFormats = {
     OtherFormat{0, "GIF8"sv, "GIF"},
     OtherFormat{0, "BM"sv, "BMP"},
     OtherFormat{0, "%PDF"sv, "PDF"},
-    OtherFormat{4, "ftypavif"sv, "AVIF"},
+    OtherFormat{4, "ftypavif"sv, "AVIF", "an "},
     OtherFormat{4, "ftyp"sv, "video"},
     OtherFormat{0, "\0\0\0\x0CjP  "sv, "JPEG 2000"},
     OtherFormat{0, "\0\0\0\x0CJXL "sv, "JPEG XL"},
     OtherFormat{0, "\xFF\x0A"sv, "JPEG XL"},
-    OtherFormat{0, "<svg"sv, "SVG"},
-    OtherFormat{0, "<?xml"sv, "XML"},
+    OtherFormat{0, "<svg"sv, "SVG", "an "},
+    OtherFormat{0, "<?xml"sv, "XML", "an "},
 };
 
 }  // namespace
 
-ImageFormat imageFormatOf(std::span<const std::byte> file) {
+ImageFormat imageFormatOf(std::span<const std::byte> file) noexcept {
     if (standsAt(file, 0, "\xFF\xD8\xFF"sv))
         return ImageFormat::jpeg;
     if (standsAt(file, 0, "\x89PNG\r\n\x1A\n"sv))
@@ -66,8 +67,9 @@ std::string unknownFormatCause(std::span<const std::byte> file) {
     const auto other = std::ranges::find_if(kOtherFormats, [&](const OtherFormat& format) {
         return standsAt(file, format.offset, format.bytes);
     });
-    const std::string found =
-        other == kOtherFormats.end() ? "unknown format" : std::string("a ") + other->name + " file";
+    const std::string found = other == kOtherFormats.end()
+                                  ? "unknown format"
+                                  : std::string(other->article) + other->name + " file";
     return found + "; JPEG, PNG, WebP, TIFF and HEIC pictures are read";
 }
 

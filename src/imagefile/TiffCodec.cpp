@@ -225,13 +225,45 @@ std::int64_t partBytes(TIFF* tiff) {
     return planes ? part * std::min(tagOf(tiff, TIFFTAG_SAMPLESPERPIXEL), 4) : part;
 }
 
+// Thumbnails and masks are no pages, unless the file begins with one.
+bool isOwnPage(TIFF* tiff) {
+    std::uint32_t type = 0;
+    TIFFGetField(tiff, TIFFTAG_SUBFILETYPE, &type);
+    return (type & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) == 0;
+}
+
+bool toNextPage(TIFF* tiff) {
+    do {
+        if (TIFFReadDirectory(tiff) != 1)
+            return false;
+    } while (!isOwnPage(tiff));
+    return true;
+}
+
 }  // namespace
 
-ImageResult decodeTiff(std::span<const std::byte> file) {
+int countTiffPages(std::span<const std::byte> file) {
+    Source source{.file = file};
+    const Tiff tiff = openTiff(source);
+    if (!tiff)
+        return 1;
+    int pages = 1;
+    while (toNextPage(tiff.get()))
+        ++pages;
+    const bool endsDamaged = source.complaint.front() != '\0';
+    return endsDamaged ? pages + 1 : pages;
+}
+
+ImageResult decodeTiff(std::span<const std::byte> file, int page) {
     Source source{.file = file};
     const Tiff tiff = openTiff(source);
     if (!tiff)
         return errorFor(source);
+    for (int at = 0; at < page; ++at) {
+        if (!toNextPage(tiff.get()))
+            return source.complaint.front() == '\0' ? ImageError{"the TIFF file has no such page"}
+                                                    : errorFor(source);
+    }
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &width);

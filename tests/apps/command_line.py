@@ -10,6 +10,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
+import jsonschema
 from PIL import Image
 
 KESTRELID = os.environ["KESTRELID"]
@@ -25,6 +26,15 @@ def run(*arguments, program=KESTRELID, stdin=b"", **options):
 
 def json_lines(output):
     return [json.loads(line) for line in output.decode().splitlines()]
+
+
+def findings(output):
+    """Lines that tell about files, as the published schema has them."""
+    lines = json_lines(output)
+    schema = json.loads((ROOT / "packaging/schema/findings-1.schema.json").read_text("utf-8"))
+    for line in lines:
+        jsonschema.validate(line, schema)
+    return lines
 
 
 def png(width, height):

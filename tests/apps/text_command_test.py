@@ -36,6 +36,8 @@ class WrongUsage(CommandLineTest):
             self.assertEqual(sorted(set(options)), sorted(completed))
             for option in options:
                 self.assertIn(f"Fl -{option[2:]}", manual)
+                self.assertIn(option, (ROOT / "packaging/completion/_kestrelid").read_text("utf-8"))
+                self.assertIn(f"-l {option[2:]} ", (ROOT / "packaging/completion/kestrelid.fish").read_text("utf-8"))
         self.assertRegex(run("--version").stdout.decode(), r"^kestrelid \d+\.\d+\.\d+\n$")
 
 
@@ -46,6 +48,7 @@ class Text(CommandLineTest):
         self.assertEqual(
             list(json.loads(result.stdout).items()),
             [
+                ("schema", 1),
                 ("file", "-"),
                 ("cleaned", "PASSPORT"),
                 ("matched", 4),
@@ -71,7 +74,7 @@ class Text(CommandLineTest):
         self.assertEqual([entry["file"] for entry in objects], names)
         self.assertEqual(["error" in entry for entry in objects], [False, True, True, True, True, False])
         for entry, (_, cause) in zip(objects[1:], cases):
-            self.assertEqual(set(entry), {"file", "error"})
+            self.assertEqual(set(entry), {"schema", "file", "error"})
             self.assertTrue(entry["error"].endswith(cause), entry)
         self.assert_error_lines(result, [f"kestrelid: {name}: " for name in names[1:-1]])
 
@@ -97,7 +100,7 @@ class Zone(CommandLineTest):
         self.assertEqual(result.returncode, 1)
         self.assert_error_lines(result, [f"kestrelid: {files[2]}: "])
         sound, none, missing, wrong = json_lines(result.stdout)
-        self.assertEqual((none, list(missing)), ({"file": str(files[1]), "zones": []}, ["file", "error"]))
+        self.assertEqual((none, list(missing)), ({"schema": 1, "file": str(files[1]), "zones": []}, ["schema", "file", "error"]))
         (zone,) = sound["zones"]
         self.assertEqual([zone["format"], zone["strict"], zone["problems"]], ["TD3", True, []])
         self.assertEqual("\n".join(zone["lines"]).encode() + b"\n", self.FIRST + self.SECOND)

@@ -7,11 +7,11 @@ import signal
 import subprocess
 import unittest
 
-from PIL import Image, ImageChops
+from PIL import Image, ImageChops, TiffImagePlugin
 
-from command_line import PASSPORT, PATIENCE, CommandLineTest, json_lines, png, run
+from command_line import PASSPORT, PATIENCE, SAMPLES, CommandLineTest, findings, png, run
 
-KEYS = ["file", "isPassport", "confidence", "reasons", "recognizedText", "milliseconds", "outline", "zones"]
+KEYS = ["schema", "file", "isPassport", "confidence", "reasons", "recognizedText", "milliseconds", "outline", "zones"]
 
 
 class Verdicts(CommandLineTest):
@@ -20,7 +20,7 @@ class Verdicts(CommandLineTest):
         names = [str(PASSPORT), str(blank)]
         result = run("validate", "--json", *names)
         self.assertEqual((result.returncode, result.stderr), (0, b""))
-        passport, sheet = json_lines(result.stdout)
+        passport, sheet = findings(result.stdout)
         self.assertEqual([list(passport), list(sheet)], [KEYS, KEYS])
         self.assertEqual([passport["file"], sheet["file"]], names)
         self.assertEqual((passport["isPassport"], passport["confidence"]), (True, 0.5))
@@ -41,13 +41,16 @@ class Verdicts(CommandLineTest):
         zones = run("zone", "--json", *names, str(self.folder / "gone.png"))
         self.assertEqual(zones.returncode, 1)
         self.assert_error_lines(zones, [f"kestrelid: {self.folder / 'gone.png'}: "])
-        self.assertEqual([entry.get("zones") for entry in json_lines(zones.stdout)], [passport["zones"], [], None])
+        self.assertEqual([entry.get("zones") for entry in findings(zones.stdout)], [passport["zones"], [], None])
         self.assertTrue(passport["zones"][0]["strict"])
+        lean = findings(run("validate", "--json", "--no-text", "--effort", "verdict", *names).stdout)[0]
+        self.assertEqual(list(lean), [key for key in KEYS if key != "recognizedText"])
+        self.assertEqual(lean["zones"], [{"format": "TD3", "strict": True}])
 
     def test_missing_models_are_an_error_not_a_verdict(self):
         result = run("validate", "--json", "--resources", str(self.folder), str(PASSPORT))
         self.assertEqual(result.returncode, 1)
-        self.assertEqual(list(json_lines(result.stdout)[0]), ["file", "error"])
+        self.assertEqual(list(findings(result.stdout)[0]), ["schema", "file", "error"])
         self.assert_error_lines(result, [f"kestrelid: {PASSPORT}: "])
 
 
@@ -64,22 +67,52 @@ class Inputs(CommandLineTest):
         names = [str(path) for path in [good, *bad, good]] + [""]
         result = run("validate", "--json", *names)
         self.assertEqual(result.returncode, 1)
-        objects = json_lines(result.stdout)
+        objects = findings(result.stdout)
         self.assertEqual([entry["file"] for entry in objects], names)
-        kinds = [KEYS, *[["file", "error"]] * len(bad), KEYS, ["file", "error"]]
+        kinds = [KEYS, *[["schema", "file", "error"]] * len(bad), KEYS, ["schema", "file", "error"]]
         self.assertEqual([list(entry) for entry in objects], kinds)
         prefixes = [f"kestrelid: {name}: " for name in names[1 : len(bad) + 1]]
         self.assert_error_lines(result, [*prefixes, "kestrelid: '': "])
         self.assertEqual(run("validate", *names).stderr, result.stderr)
 
     def test_folder_stands_for_its_pictures_by_name(self):
-        for name in ["b.PNG", "a.png", "c.tIfF", ".hidden.png", "notes.txt", "sub/d.png", "folder.png/e.png"]:
+        pictures = ["a.png", "b.jpe", "c.tIfF", "folder.png/e.png", "page", "sub/deep/d.png", "sub/f.JFIF"]
+        for name in [*pictures, ".hidden.png", ".hidden/g.png", "folder.png/.h.png"]:
             self.write(f"set/{name}", png(32, 32))
+        for name in ["notes.txt", "sub/list"]:
+            self.write(f"set/{name}", b"no picture")
+        os.symlink("..", self.folder / "set/loop")
         os.symlink("gone.png", self.folder / "set/z.png")
-        result = run("validate", "--json", "set", cwd=self.folder)
-        names = [entry["file"] for entry in json_lines(result.stdout)]
-        self.assertEqual(names, ["set/a.png", "set/b.PNG", "set/c.tIfF", "set/z.png"])
-        self.assert_error_lines(result, ["kestrelid: set/z.png: "])
+        for command in ["validate", "zone"]:
+            result = run(command, "--json", "set", cwd=self.folder)
+            names = [entry["file"] for entry in findings(result.stdout)]
+            self.assertEqual(names, [f"set/{name}" for name in [*pictures, "z.png"]])
+            self.assert_error_lines(result, ["kestrelid: passed over 2 files that are no pictures, 3 hidden entries, 1 link to a",
+                                             "kestrelid: set/z.png: "])
+
+    def test_each_page_of_a_file_has_its_own_answer(self):
+        with Image.open(PASSPORT) as passport, Image.open(SAMPLES / "desk.jpg") as desk:
+            pages = [desk.resize((320, 180)), passport.copy(), desk.resize((322, 180))]
+        tiff, pdf = str(self.folder / "pages.tif"), str(self.folder / "pages.pdf")
+        with TiffImagePlugin.AppendingTiffWriter(tiff, True) as file:
+            for page, kind in (pages[0], 0), (pages[1], 0), (pages[1].resize((32, 18)), 1), (pages[2], 0):
+                page.save(file, format="TIFF", tiffinfo={254: kind})  # 1: a reduced copy of another page
+                file.newFrame()
+        pages[0].save(pdf, save_all=True, append_images=pages[1:])
+        cut = self.write("cut.tif", (self.folder / "pages.tif").read_bytes()[:-60])
+        broken = self.write("broken.pdf", b"%PDF-1.4 nonsense")
+        marked = self.folder / "marked"
+        result = run("validate", "--json", "--annotate", str(marked), tiff, pdf, str(cut), str(broken))
+        self.assertEqual(result.returncode, 1)
+        answers = [(os.path.basename(line["file"]), line.get("page"), line.get("isPassport")) for line in findings(result.stdout)]
+        verdicts = [(1, False), (2, True), (3, False)]
+        self.assertEqual(answers[:6], [(name, *verdict) for name in ("pages.tif", "pages.pdf") for verdict in verdicts])
+        self.assertEqual(answers[6:8], [("cut.tif", 1, False), ("cut.tif", 2, True)])
+        self.assertEqual((answers[-1], answers[-2][2]), (("broken.pdf", None, None), None))
+        self.assert_error_lines(result, [f"kestrelid: {cut}, page 3: ", f"kestrelid: {broken}: the PDF file cannot be read: "])
+        self.assertIn("pages-2.jpg", os.listdir(marked))
+        missing = run("validate", pdf, env={**os.environ, "PATH": "/nonexistent"})
+        self.assert_error_lines(missing, [f"kestrelid: {pdf}: a PDF file; to read it, install pdfinfo"])
 
     def test_standard_input_and_pipes_are_pictures_too(self):
         for name in ["-", "/dev/stdin"]:
@@ -92,20 +125,23 @@ class Inputs(CommandLineTest):
             self.assert_error_lines(result, ["kestrelid: -: "])
 
     def test_names_that_look_like_something_else(self):
-        names = ["text", "a,b", "%s", "[a]", "-x.png"]
+        names = ["text", "a,b", "%s", "[a]", "\x01", "-x.png"]
         for name in names:
             self.write(name, png(32, 32))
-        result = run("validate", "--json", "--", *names, cwd=self.folder)
-        self.assertEqual((result.returncode, result.stderr), (0, b""))
-        self.assertEqual([entry["file"] for entry in json_lines(result.stdout)], ["text", "a,b", "%s", "./[a]", "-x.png"])
+        for arguments in (["--", *names], [*names[:3], "--", *names[3:]]):
+            result = run("validate", "--json", *arguments, cwd=self.folder)
+            self.assertEqual((result.returncode, result.stderr), (0, b""))
+            self.assertEqual([entry["file"] for entry in findings(result.stdout)], names)
 
     def test_hostile_names_break_neither_json_nor_the_terminal(self):
         name = os.fsencode(self.folder) + b"/bad\xff\x1b[31m\n\xc2\x9b.png"
         with open(name, "wb") as file:
             file.write(png(32, 32))
         json_output = run("validate", "--json", name, name + b"x")
-        self.assertEqual(len(json_lines(json_output.stdout)), 2)
-        self.assertIn("bad\ufffd\x1b[31m\n\x9b.png", json_lines(json_output.stdout)[0]["file"])
+        self.assertEqual(len(findings(json_output.stdout)), 2)
+        entry = findings(json_output.stdout)[0]
+        self.assertIn("bad\ufffd\x1b[31m\n\x9b.png", entry["file"])
+        self.assertEqual(bytes.fromhex(entry["fileBytes"]), name)
         readable = run("validate", name, name + b"x")
         for output in [json_output.stdout, json_output.stderr, readable.stdout, readable.stderr]:
             self.assertNotRegex(output, rb"[\x00-\x09\x0b-\x1f\x7f\xff]|\xc2[\x80-\x9f]")
@@ -117,8 +153,10 @@ class Streams(CommandLineTest):
         names = [str(PASSPORT)] + [str(self.write(f"{n}.png", png(32 + n, 32))) for n in range(20)]
         names.insert(10, str(self.folder / "missing.jpg"))
         result = run("validate", "--json", "--jobs", "4", *names)
-        self.assertEqual([entry["file"] for entry in json_lines(result.stdout)], names)
+        self.assertEqual([entry["file"] for entry in findings(result.stdout)], names)
         self.assertEqual(result.returncode, 1)
+        failed = f"kestrelid: {names[10]}: "  # told again at the end of so many
+        self.assert_error_lines(result, [failed, "kestrelid: 1 of 22", failed])
 
     def test_a_verdict_is_written_while_the_next_input_is_awaited_and_a_signal_ends_the_wait(self):
         blank = self.write("blank.png", png(32, 32))
@@ -193,7 +231,7 @@ class Annotations(CommandLineTest):
         (self.folder / "marked/blank.png").mkdir(parents=True)  # in the way
         result = run("validate", "--json", "--annotate", str(self.folder / "marked"), "-", str(blank), stdin=png(64, 48))
         self.assertEqual(result.returncode, 1)
-        self.assertEqual([list(entry) for entry in json_lines(result.stdout)], [KEYS, KEYS])
+        self.assertEqual([list(entry) for entry in findings(result.stdout)], [KEYS, KEYS])
         self.assert_error_lines(result, [f"kestrelid: {blank}: cannot write the annotated copy: "])
         self.assertEqual(sorted(os.listdir(self.folder / "marked")), ["blank.png", "stdin.jpg"])
 

@@ -12,6 +12,8 @@ import tempfile
 import unittest
 from pathlib import Path
 
+import jsonschema
+
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "apps" / "demo"))
 import screen  # noqa: E402
 
@@ -77,9 +79,11 @@ class FolderJudge(unittest.TestCase):
     def test_every_name_gets_one_line_and_unreadable_ones_exit_status_1(self):
         names = [str(SAMPLES / name) for name in (PASSPORT, DESK, "missing.jpg")]
         done = run("folder-judge", "--jobs", 2, names="\n".join(names + [""]).encode())
-        lines = {line["name"]: line for line in map(json.loads, done.stdout.splitlines())}
+        lines = {line["file"]: line for line in map(json.loads, done.stdout.splitlines())}
+        for line in lines.values():
+            jsonschema.validate(line, json.loads((ROOT / "packaging/schema/findings-1.schema.json").read_text("utf-8")))
         self.assertEqual((done.returncode, set(lines)), (1, set(names)))
-        self.assertEqual([lines[name].get("passport") for name in names], [True, False, None])
+        self.assertEqual([lines[name].get("isPassport") for name in names], [True, False, None])
         self.assertEqual((lines[names[0]]["confidence"], len(lines[names[0]]["reasons"])), (0.5, 3))
         self.assertIn("No such file", lines[names[2]]["error"])
 
@@ -88,7 +92,7 @@ class FolderJudge(unittest.TestCase):
             file = os.fsencode(folder) + b'/a\nb"\\\x01\xff.jpg'
             os.symlink(SAMPLES / DESK, file)
             done = run("folder-judge", "-0", names=file + b"\0")
-        self.assertEqual((done.returncode, bytes.fromhex(json.loads(done.stdout)["nameBytes"])), (0, file))
+        self.assertEqual((done.returncode, bytes.fromhex(json.loads(done.stdout)["fileBytes"])), (0, file))
 
     def test_exit_status_of_wrong_usage_and_of_lost_output(self):
         for arguments in (["--jobs"], ["--jobs", "0"], ["-1"]):

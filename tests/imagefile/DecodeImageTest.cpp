@@ -159,7 +159,7 @@ TEST(DecodeImage, NamesWhatItDoesNotRead) {
         {bytesOf(std::string_view("\0\0\0\x20"
                                   "ftypavif\0\0\0\0",
                                   16)),
-         "a AVIF file; "},
+         "an AVIF file; "},
         {bytesOf("just text"), "unknown format; "},
         {bytesOf("\xFF"), "unknown format; "},
         {{}, "the file is empty"},

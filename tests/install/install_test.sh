@@ -83,7 +83,9 @@ Detection() {
 PkgConfig() {
     local flags
     export PKG_CONFIG_PATH=$libraries/pkgconfig
-    flags=$(pkg-config --cflags --libs kestrelid-detection)
+    # Where no other module is known.
+    flags=$(PKG_CONFIG_LIBDIR=$libraries/pkgconfig pkg-config --cflags --libs kestrelid-detection) ||
+        fail "kestrelid-detection.pc asks for other modules"
     [[ $flags != *opencv* && $flags != *Qt6* ]] || fail "a host of the shared library is told of what is inside: $flags"
     # shellcheck disable=SC2086  # words
     c++ -std=c++20 "$here/consumer/main.cpp" $flags -Wl,-rpath,"$libraries" -o "$work/$group/consumer"
