@@ -18,16 +18,21 @@ namespace {
 constexpr std::size_t kMaximumTextSize = 16u * 1024 * 1024;  // bytes
 
 std::string asJson(const std::string& name, const TextEvidence& evidence) {
-    auto matches = nlohmann::ordered_json::array();
-    for (const KeywordMatch& match : evidence.matches)
-        matches.push_back({{"keyword", match.keyword}, {"distance", match.distance}});
-    return jsonLine(
-        {{"file", name},
-         {"cleaned", evidence.cleaned},
-         {"matched", evidence.matches.size()},
-         {"matches", std::move(matches)},
-         {"keywordReason", evidence.keywordReason},
-         {"mrzLike", {{"found", evidence.mrzLike.found}, {"reason", evidence.mrzLike.reason}}}});
+    std::string matches;
+    for (const KeywordMatch& match : evidence.matches) {
+        matches += matches.empty() ? "" : ",";
+        matches += jsonObject(
+            {{"keyword", jsonString(match.keyword)}, {"distance", std::to_string(match.distance)}});
+    }
+    const std::string mrzLike = jsonObject({{"found", evidence.mrzLike.found ? "true" : "false"},
+                                            {"reason", jsonString(evidence.mrzLike.reason)}});
+    return jsonObject({{"file", jsonString(name)},
+                       {"cleaned", jsonString(evidence.cleaned)},
+                       {"matched", std::to_string(evidence.matches.size())},
+                       {"matches", "[" + matches + "]"},
+                       {"keywordReason", jsonString(evidence.keywordReason)},
+                       {"mrzLike", mrzLike}}) +
+           "\n";
 }
 
 std::string asText(const std::string& name, const TextEvidence& evidence) {

@@ -63,7 +63,7 @@ std::string verdictAsJson(std::string_view name, const Examination& examination,
 }
 
 std::string errorAsJson(std::string_view name, std::string_view cause) {
-    return jsonLine({{"file", name}, {"error", cause}});
+    return jsonObject({{"file", jsonString(name)}, {"error", jsonString(cause)}}) + "\n";
 }
 
 }  // namespace kestrelid::cli

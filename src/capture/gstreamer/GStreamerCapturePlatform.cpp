@@ -1,5 +1,6 @@
 #include "capture/gstreamer/GStreamerCapturePlatform.h"
 
+#include "base/Failures.h"
 #include "capture/CameraFile.h"
 #include "capture/gstreamer/DeviceSource.h"
 #include "capture/gstreamer/FileCamera.h"
@@ -146,7 +147,7 @@ GStreamerCapturePlatform::makeInput(std::shared_ptr<CaptureDevice> device) {
             return opened.error();
         return std::make_shared<GStreamerInput>(*std::move(opened), own->mounting());
     } catch (const std::exception&) {
-        return CaptureError{"out of memory"};  // needs none for itself
+        return CaptureError{base::kOutOfMemory};
     }
 }
 
