@@ -70,7 +70,9 @@ std::vector<FoundCamera> GStreamerCapturePlatform::find() {
     if (!watch_ || !watch_->isWhole())
         watch_ = DeviceWatch::start();
     std::vector<FoundCamera> found = camerasOf(watch_);
-    if (found.empty() && openRemote_)
+    // The watch keeps the first connection to PipeWire, even a failed one, also when PipeWire has
+    // started again; inside a sandbox it has none.
+    if (found.empty() && openRemote_ && (!watch_ || watch_->isWhole()))
         found = camerasOf(DeviceWatch::ofRemote(openRemote_));
     return found;
 }
