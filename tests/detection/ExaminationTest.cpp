@@ -90,6 +90,12 @@ TEST_F(ExaminationTest, GivesTheVerdictAndEverythingBesideIt) {
     EXPECT_TRUE(console.empty());
 }
 
+TEST_F(ExaminationTest, PlacesLinesOfAnOutlineThatLeavesThePicture) {
+    rectangles[1].boundingBox = {-0.25, 0.75, 0.5, 0.5};  // read in columns 0..50 of rows 0..25
+    EXPECT_THAT(sidesOf(std::get<Examination>(detector()->examineNow(image)).lines.at(0)),
+                testing::Pointwise(testing::DoubleNear(1e-9), {0.125, 0.8125, 0.125, 0.125}));
+}
+
 TEST_F(ExaminationTest, ProofsAreIndependent) {
     auto examined = std::get<Examination>(detector()->examineNow(image));
     examined.zones[0].problems.push_back({});
