@@ -46,7 +46,7 @@ TEST(Scoring, AddsTheThreeFindings) {
                 ElementsAre("No passport keywords found.", "MRZ-like text detected (two lines)."));
 }
 
-TEST(Console, TellsThatThereIsNoMemoryWithoutTakingAny) {
+TEST(Console, TellsAShortageWithoutAddingToIt) {
     std::string told;
     const Console console([&](std::string_view line) { told = line; });
     const std::string text = "why";
