@@ -10,35 +10,47 @@
 namespace kestrelid::cli {
 
 std::string jsonLine(const nlohmann::ordered_json& object) {
+    return jsonText(object) + "\n";
+}
+
+std::string jsonText(const nlohmann::ordered_json& value) {
     const std::string dump =
-        object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+        value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 
     // Outside strings a dump on one line is ASCII without control characters, so each one found
     // lies in a string.
-    std::string line = withoutControls(dump, [](char32_t codePoint) {
+    return withoutControls(dump, [](char32_t codePoint) {
         char buffer[8];
         const int length = std::snprintf(buffer, sizeof buffer, "\\u%04x",
                                          static_cast<unsigned>(codePoint) & 0xFFFFu);
         return std::string(buffer, static_cast<std::size_t>(length));
     });
-    line += '\n';
-    return line;
 }
 
-nlohmann::ordered_json fileAsJson(std::string_view name, int page) {
-    nlohmann::ordered_json object{{"schema", kJsonSchema}, {"file", name}};
+std::string jsonObject(const JsonMembers& members) {
+    std::string object;
+    for (const auto& [name, value] : members) {
+        object += object.empty() ? "{\"" : ",\"";
+        object += name;
+        object += "\":" + value;
+    }
+    return object + "}";
+}
+
+JsonMembers fileMembers(std::string_view name, int page) {
+    JsonMembers members{{"schema", std::to_string(kJsonSchema)}, {"file", jsonText(name)}};
     if (invalidUtf8Offset(name)) {
         constexpr std::string_view kDigits = "0123456789abcdef";
-        std::string bytes;
+        std::string bytes = "\"";
         for (const char byte : name) {
             bytes += kDigits[static_cast<unsigned char>(byte) >> 4];
             bytes += kDigits[static_cast<unsigned char>(byte) & 15];
         }
-        object["fileBytes"] = std::move(bytes);
+        members.emplace_back("fileBytes", bytes + "\"");
     }
     if (page > 0)
-        object["page"] = page;
-    return object;
+        members.emplace_back("page", std::to_string(page));
+    return members;
 }
 
 }  // namespace kestrelid::cli

@@ -18,16 +18,21 @@ namespace {
 constexpr std::size_t kMaximumTextSize = 16u * 1024 * 1024;  // bytes
 
 std::string asJson(const std::string& name, const TextEvidence& evidence) {
-    auto matches = nlohmann::ordered_json::array();
-    for (const KeywordMatch& match : evidence.matches)
-        matches.push_back({{"keyword", match.keyword}, {"distance", match.distance}});
-    nlohmann::ordered_json object = fileAsJson(name);
-    object["cleaned"] = evidence.cleaned;
-    object["matched"] = evidence.matches.size();
-    object["matches"] = std::move(matches);
-    object["keywordReason"] = evidence.keywordReason;
-    object["mrzLike"] = {{"found", evidence.mrzLike.found}, {"reason", evidence.mrzLike.reason}};
-    return jsonLine(object);
+    std::string matches;
+    for (const KeywordMatch& match : evidence.matches) {
+        matches += matches.empty() ? "" : ",";
+        matches += jsonObject(
+            {{"keyword", jsonText(match.keyword)}, {"distance", std::to_string(match.distance)}});
+    }
+    JsonMembers members = fileMembers(name);
+    members.emplace_back("cleaned", jsonText(evidence.cleaned));
+    members.emplace_back("matched", std::to_string(evidence.matches.size()));
+    members.emplace_back("matches", "[" + matches + "]");
+    members.emplace_back("keywordReason", jsonText(evidence.keywordReason));
+    members.emplace_back("mrzLike",
+                         jsonObject({{"found", evidence.mrzLike.found ? "true" : "false"},
+                                     {"reason", jsonText(evidence.mrzLike.reason)}}));
+    return jsonObject(members) + "\n";
 }
 
 std::string asText(const std::string& name, const TextEvidence& evidence) {

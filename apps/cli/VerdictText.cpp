@@ -52,22 +52,25 @@ std::string verdictAsJson(const PictureInput& input, const Examination& examinat
     nlohmann::ordered_json outline;
     if (examination.chosenOutline)
         outline = outlineAsJson(examination.outlines[*examination.chosenOutline]);
-    nlohmann::ordered_json object = fileAsJson(input.name, input.page);
-    object["isPassport"] = verdict.isPassport();
-    object["confidence"] = verdict.confidence();
-    object["reasons"] = verdict.reasons();
+    JsonMembers members = fileMembers(input.name, input.page);
+    const auto add = [&](const char* name, const nlohmann::ordered_json& value) {
+        members.emplace_back(name, jsonText(value));
+    };
+    add("isPassport", verdict.isPassport());
+    add("confidence", verdict.confidence());
+    add("reasons", verdict.reasons());
     if (withText)
-        object["recognizedText"] = verdict.recognizedText();
-    object["milliseconds"] = std::round(milliseconds * 10.0) / 10.0;
-    object["outline"] = std::move(outline);
-    object["zones"] = zonesAsJson(examination.zones, withText);
-    return jsonLine(object);
+        add("recognizedText", verdict.recognizedText());
+    add("milliseconds", std::round(milliseconds * 10.0) / 10.0);
+    add("outline", outline);
+    add("zones", zonesAsJson(examination.zones, withText));
+    return jsonObject(members) + "\n";
 }
 
 std::string errorAsJson(const PictureInput& input, std::string_view cause) {
-    nlohmann::ordered_json object = fileAsJson(input.name, input.page);
-    object["error"] = cause;
-    return jsonLine(object);
+    JsonMembers members = fileMembers(input.name, input.page);
+    members.emplace_back("error", jsonText(cause));
+    return jsonObject(members) + "\n";
 }
 
 }  // namespace kestrelid::cli

@@ -66,9 +66,9 @@ ExitStatus report(const PictureInput& input, const std::variant<Zones, std::stri
     }
     const auto& zones = std::get<Zones>(result);
     if (json) {
-        nlohmann::ordered_json object = fileAsJson(input.name, input.page);
-        object["zones"] = zonesAsJson(zones);
-        writeOutput(jsonLine(object));
+        JsonMembers members = fileMembers(input.name, input.page);
+        members.emplace_back("zones", jsonText(zonesAsJson(zones)));
+        writeOutput(jsonObject(members) + "\n");
     } else {
         writeOutput(zonesAsText(shownName(input), zones));
     }

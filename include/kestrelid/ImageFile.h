@@ -27,10 +27,10 @@ struct DecodeOptions {
     int page = 0;
 };
 
-/// Why a picture could not be read or written: one line, without the file's name. "out of memory"
-/// if memory was refused: the file may be whole.
+/// Why a picture could not be read or written.
 struct ImageError {
-    std::string cause;
+    std::string cause;           ///< one line, without the file's name
+    bool isOutOfMemory = false;  ///< memory was refused: the file may be whole
 };
 
 using ImageResult = std::variant<Image, ImageError>;

@@ -20,8 +20,7 @@ using kestrelid::c::require;
 // prefix: what the cause is said of.
 KestrelidImage* upright(const kestrelid::ImageResult& result, const std::string& prefix) {
     if (const auto* error = std::get_if<kestrelid::ImageError>(&result))
-        throw Failure{error->cause == "out of memory" ? KESTRELID_OUT_OF_MEMORY
-                                                      : KESTRELID_UNREADABLE,
+        throw Failure{error->isOutOfMemory ? KESTRELID_OUT_OF_MEMORY : KESTRELID_UNREADABLE,
                       prefix + error->cause};
     kestrelid::Image shown = std::get<kestrelid::Image>(result).upright();
     if (!shown.bitmap())

@@ -1,5 +1,7 @@
 #include "imagefile/DecodingLimits.h"
 
+#include "base/Failures.h"
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -48,9 +50,13 @@ std::optional<ImageError> checkMemory(std::int64_t bytes) {
                       std::to_string(kMaximumDecoderMemory / 1'000'000) + " MB are used"};
 }
 
+ImageError outOfMemory() noexcept {
+    return {.cause = base::kOutOfMemory, .isOutOfMemory = true};
+}
+
 ImageError decodingError(Fault fault, const char* format, const std::string& text) {
     if (saysThatMemoryIsShort(text))
-        return {kOutOfMemory};
+        return outOfMemory();
     std::string line = text.substr(0, kMaximumCauseLength);
     std::replace_if(
         line.begin(), line.end(), [](char c) { return c < ' ' || c > '~'; }, ' ');

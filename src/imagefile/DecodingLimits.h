@@ -19,11 +19,11 @@ inline constexpr std::int64_t kMaximumDecoderMemory = 2 * 3 * kMaximumPixels;
 // holds beside them.
 [[nodiscard]] std::optional<ImageError> checkMemory(std::int64_t bytes);
 
-// Short enough for std::string to hold it without asking for memory.
-inline constexpr const char* kOutOfMemory = "out of memory";
+// Memory was refused. Takes none.
+[[nodiscard]] ImageError outOfMemory() noexcept;
 
 // "truncated JPEG: text", for instance, as one printable line whatever the library wrote. A text
-// that says that memory was refused becomes kOutOfMemory: the picture may be whole.
+// that says that memory was refused becomes outOfMemory().
 enum class Fault { truncated, damaged, unsupported };
 [[nodiscard]] ImageError decodingError(Fault fault, const char* format, const std::string& text);
 

@@ -37,7 +37,7 @@ ImageError errorFor(const heif_error& error) {
         return decodingError(Fault::unsupported, "HEIC", error.message);
     switch (error.code) {
     case heif_error_Memory_allocation_error:
-        return {kOutOfMemory};
+        return outOfMemory();
     case heif_error_Unsupported_feature:
     case heif_error_Unsupported_filetype:
     case heif_error_Plugin_loading_error:
@@ -79,7 +79,7 @@ ImageResult decodeHeif(std::span<const std::byte> file) {
     const Context context(heif_context_alloc());
     const Options options(heif_decoding_options_alloc());
     if (!context || !options)
-        return ImageError{kOutOfMemory};
+        return outOfMemory();
     heif_error error = heif_context_read_from_memory_without_copy(context.get(), file.data(),
                                                                   file.size(), nullptr);
     if (error.code != heif_error_Ok)

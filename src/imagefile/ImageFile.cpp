@@ -20,7 +20,7 @@ namespace {
 // Whatever stops the libraries, in words that need no memory.
 ImageError shortage(const std::exception& error) {
     const bool isThread = dynamic_cast<const std::system_error*>(&error) != nullptr;
-    return {isThread ? "no thread left" : imagefile::kOutOfMemory};
+    return isThread ? ImageError{"no thread left"} : imagefile::outOfMemory();
 }
 
 ImageResult decodeByFormat(std::span<const std::byte> file, const DecodeOptions& options) {
@@ -65,7 +65,7 @@ std::optional<ImageError> encodeAndReplace(const std::filesystem::path& path, co
         return ImageError{"the image has no bitmap"};
     const Image upright = image.upright();
     if (!upright.bitmap())
-        return ImageError{imagefile::kOutOfMemory};
+        return imagefile::outOfMemory();
     const Bitmap& bitmap = *upright.bitmap();
     if (bitmap.stride() > std::numeric_limits<int>::max())
         return ImageError{"the picture's rows lie too far apart for the encoder"};

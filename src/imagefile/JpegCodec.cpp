@@ -87,7 +87,7 @@ ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& opt
 
     const Turbo turbo(tjInitDecompress());
     if (!turbo)
-        return ImageError{"the JPEG decoder does not start"};
+        return outOfMemory();  // it asks for nothing else
     base::PixelStore pixels(width, height, layout.bytesPerPixel);
     // Scans are limited, because a small file can repeat
     // a scan of a large picture hundreds of times.
@@ -111,7 +111,7 @@ ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& opt
 FileBytes encodeJpeg(const Bitmap& bitmap, int quality) {
     const Turbo turbo(tjInitCompress());
     if (!turbo)
-        return tl::unexpected(ImageError{"the JPEG encoder does not start"});
+        return tl::unexpected(outOfMemory());
     const bool gray = bitmap.format() == PixelFormat::gray8;
     const int format = gray                                   ? TJPF_GRAY
                        : bitmap.format() == PixelFormat::rgb8 ? TJPF_RGB

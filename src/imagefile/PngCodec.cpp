@@ -183,7 +183,7 @@ ImageResult decodePng(std::span<const std::byte> file) {
     PngReader reader(file);
     ImageResult decoded = decode(reader);
     if (reader.isShort())
-        return ImageError{kOutOfMemory};
+        return outOfMemory();
     return decoded;
 }
 

@@ -19,7 +19,7 @@ constexpr int kLossless = 2;  // WebPBitstreamFeatures::format
 ImageError errorFor(VP8StatusCode status) {
     switch (status) {
     case VP8_STATUS_OUT_OF_MEMORY:
-        return {"out of memory"};
+        return outOfMemory();
     case VP8_STATUS_NOT_ENOUGH_DATA:
     case VP8_STATUS_SUSPENDED:
         return decodingError(Fault::truncated, "WebP", "the file ends early");

@@ -1,5 +1,5 @@
 """A camera that PipeWire offers, from a PipeWire of the test's own: listed, watched, photographed; by PipeWire's socket,
-and inside a sandbox by the connection that a portal hands out.
+also where PipeWire has started again, and inside a sandbox by the connection that a portal hands out.
 
 Skipped with one line where PipeWire is not installed or does not start.
 """
@@ -16,6 +16,7 @@ from pathlib import Path
 
 KESTRELID = os.environ["KESTRELID"]
 PORTAL = os.environ["KESTRELID_TEST_PORTAL"]
+LISTER = os.environ["KESTRELID_CAMERA_LISTER"]
 NEEDED = ["dbus-run-session", "pipewire", "wireplumber", "pw-cli", "gst-launch-1.0"]
 CAMERA = "TestCamera"
 PATIENCE = 60  # seconds, for each thing that is waited for; machines that build meanwhile are slow
@@ -69,6 +70,7 @@ class Stack:
         for process in reversed(self.processes):
             process.kill()
             process.wait()
+        self.processes.clear()
 
     def sandbox(self):
         """What a program inside one sees: no socket of PipeWire, but the portal."""
@@ -123,17 +125,34 @@ def check(folder, is_sandboxed):
             raise
 
 
-def exit_code(way, is_sandboxed):
+def check_restart(folder):
+    """PipeWire starts after the program that asks, and again."""
+    stack = Stack(folder)
+    with subprocess.Popen(["timeout", str(4 * PATIENCE), LISTER], env=stack.environment, stdin=subprocess.PIPE,
+                          stdout=subprocess.PIPE, text=True) as lister:
+        def listed():
+            print(file=lister.stdin, flush=True)
+            return lister.stdout.readline().split()
+
+        assert listed() == [], "there is no PipeWire yet"
+        for time_of_start in range(2):
+            with stack:
+                assert listed() == [CAMERA], f"not listed after start {time_of_start}"
+        lister.stdin.close()
+        assert lister.wait() == 0, "the program did not end well"
+
+
+def exit_code(way, check):
     with tempfile.TemporaryDirectory(prefix="kestrelid-") as folder:
         try:
-            check(Path(folder), is_sandboxed)
+            check(Path(folder))
         except NoPipeWire as reason:
             print(f"PipeWire is not tested: {reason}")
             return 77
         except AssertionError as failure:
             print(f"FAILED: {failure}")
             return 1
-    print(f"PipeWire's camera was listed, watched and photographed, by {way}")
+    print(f"PipeWire's camera was there, {way}")
     return 0
 
 
@@ -145,7 +164,9 @@ def main():
                   "gstreamer1.0-tools)")
             return 77
         return subprocess.run(["dbus-run-session", "--", sys.executable, "-B", __file__, "--inside"]).returncode
-    return exit_code("its socket", False) or exit_code("a portal", True)
+    return (exit_code("listed, watched and photographed by its socket", lambda folder: check(folder, False))
+            or exit_code("listed, watched and photographed by a portal", lambda folder: check(folder, True))
+            or exit_code("listed after PipeWire had started again", check_restart))
 
 
 if __name__ == "__main__":

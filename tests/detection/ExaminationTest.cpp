@@ -12,12 +12,15 @@ using namespace test;
 struct FakeZones final : ZoneService {
     ZoneResult perform(const Bitmap&, const ZoneRequest& request) override {
         lastRequest = request;
+        if (duringRequest)
+            duringRequest();
         if (isThrown)
             throw 42;
         return result;
     }
     ZoneResult result;
     ZoneRequest lastRequest;
+    std::function<void()> duringRequest;
     bool isThrown = false;
 };
 
@@ -37,7 +40,9 @@ ZoneReading passportZone() {
 
 struct ExaminationTest : testing::Test {
     ExaminationTest() {
-        rectangles = {rectangleOf(0.2, 0.2), rectangleOf(0.5, 0.8)};
+        rectangles = {rectangleOf(0.2, 0.2), rectangleOf(0.5, 0.5), rectangleOf(0.5, 0.5)};
+        rectangles[1].boundingBox.x = 0.25;
+        rectangles[1].boundingBox.y = 0.25;
         zones->result = std::vector{passportZone()};
     }
 
@@ -48,6 +53,11 @@ struct ExaminationTest : testing::Test {
              .queue = std::make_shared<base::AsioQueue>("test", 2),
              .console = [this](std::string_view line) { console.emplace_back(line); },
              .zones = zones});
+    }
+
+    static std::vector<double> sidesOf(const TextObservation& line) {
+        const NormalizedRect& box = line.boundingBox();
+        return {box.x, box.y, box.width, box.height};
     }
 
     std::vector<RectangleObservation> rectangles;
@@ -64,20 +74,26 @@ TEST_F(ExaminationTest, GivesTheVerdictAndEverythingBesideIt) {
     const auto examined = std::get<Examination>(judge->examineNow(image));
     EXPECT_EQ(examined.verdict, verdict);
     EXPECT_TRUE(verdict.isPassport());
-    EXPECT_EQ(examined.outlines.size(), 2u);
+    EXPECT_EQ(examined.outlines.size(), 3u);
     EXPECT_EQ(examined.chosenOutline, 1u);
-    EXPECT_EQ(zones->lastRequest.outlines.at(0).boundingBox.width, 0.5) << "the largest first";
-    // Read in the upper 80 rows of the left half.
+    EXPECT_EQ(zones->lastRequest.outlines.at(0).boundingBox.x, 0.25) << "the first of the largest";
+    // Read in the middle half of the columns and rows.
     ASSERT_EQ(examined.lines.size(), 1u);
     EXPECT_EQ(examined.lines[0].topCandidates(1).at(0).confidence, 0.9f);
-    const NormalizedRect& box = examined.lines[0].boundingBox();
-    EXPECT_THAT((std::vector{box.x, box.y, box.width, box.height}),
-                testing::Pointwise(testing::DoubleNear(1e-9), {0.25, 0.4, 0.25, 0.4}));
+    EXPECT_THAT(sidesOf(examined.lines[0]),
+                testing::Pointwise(testing::DoubleNear(1e-9), {0.5, 0.375, 0.25, 0.25}));
     EXPECT_GE(examined.matches.size(), 3u);
     EXPECT_EQ(examined.quality.pixelsPerCharacter, 17.0);
+    EXPECT_GT(examined.times.outlines.count(), 0.0);
     ASSERT_TRUE(examined.strictPassportZone());
     EXPECT_TRUE(examined.isPassport(PassportProof::both));
     EXPECT_TRUE(console.empty());
+}
+
+TEST_F(ExaminationTest, PlacesLinesOfAnOutlineThatLeavesThePicture) {
+    rectangles[1].boundingBox = {-0.25, 0.75, 0.5, 0.5};  // read in columns 0..50 of rows 0..25
+    EXPECT_THAT(sidesOf(std::get<Examination>(detector()->examineNow(image)).lines.at(0)),
+                testing::Pointwise(testing::DoubleNear(1e-9), {0.125, 0.8125, 0.125, 0.125}));
 }
 
 TEST_F(ExaminationTest, ProofsAreIndependent) {
@@ -91,6 +107,7 @@ TEST_F(ExaminationTest, ProofsAreIndependent) {
     EXPECT_FALSE(examined.isPassport(PassportProof::verdict));
     EXPECT_TRUE(examined.isPassport(PassportProof::strictZone));
     EXPECT_FALSE(examined.chosenOutline);
+    EXPECT_EQ(sidesOf(examined.lines.at(0)), (std::vector{0.5, 0.25, 0.5, 0.5}));
 }
 
 TEST_F(ExaminationTest, ZonesThatFailLeaveTheVerdict) {
@@ -108,12 +125,17 @@ TEST_F(ExaminationTest, ZonesThatFailLeaveTheVerdict) {
 }
 
 TEST_F(ExaminationTest, StopsBetweenItsParts) {
-    std::stop_source stop;
-    text->duringRequest = [&] { stop.request_stop(); };
-    const auto result = detector()->examineNow(image, {.zoneRules = {}, .stop = stop.get_token()});
-    ASSERT_TRUE(std::holds_alternative<NoVerdict>(result));
-    EXPECT_EQ(std::get<NoVerdict>(result).reason, NoVerdict::Reason::abandoned);
-    EXPECT_TRUE(zones->lastRequest.outlines.empty()) << "nothing was looked for any more";
+    for (const bool isDuringText : {true, false}) {
+        std::stop_source stop;
+        (isDuringText ? text->duringRequest : zones->duringRequest) = [&] { stop.request_stop(); };
+        const auto result =
+            detector()->examineNow(image, {.zoneRules = {}, .stop = stop.get_token()});
+        ASSERT_TRUE(std::holds_alternative<NoVerdict>(result));
+        EXPECT_EQ(std::get<NoVerdict>(result).reason, NoVerdict::Reason::abandoned);
+        EXPECT_EQ(zones->lastRequest.outlines.empty(), isDuringText)
+            << "looked for what nobody wants";
+        text->duringRequest = nullptr;
+    }
 }
 
 TEST_F(ExaminationTest, QualityIsThatOfTheDocument) {

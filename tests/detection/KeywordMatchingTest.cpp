@@ -62,6 +62,7 @@ TEST(EditDistance, ComparesCharactersByCanonicalEquivalence) {
     EXPECT_EQ(editDistance("ab", ""), 2);
     EXPECT_EQ(editDistance("caf\u00E9", "cafe\u0301"), 0);
     EXPECT_EQ(editDistance(std::string(63, 'a'), std::string(65, 'a')), 2);
+    EXPECT_EQ(editDistance(std::string(64, 'a'), std::string(128, 'a')), 64);
     EXPECT_EQ(editDistance(std::string(130, 'a') + "b", "c" + std::string(130, 'a')), 2);
 }
 

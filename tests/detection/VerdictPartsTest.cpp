@@ -1,3 +1,4 @@
+#include "detection/Console.h"
 #include "detection/Scoring.h"
 
 #include <kestrelid/TextEvidence.h>
@@ -43,6 +44,17 @@ TEST(Scoring, AddsTheThreeFindings) {
     }
     EXPECT_THAT(combine(0.0, "", {}, zone).reasons,
                 ElementsAre("No passport keywords found.", "MRZ-like text detected (two lines)."));
+}
+
+TEST(Console, TellsAShortageWithoutAddingToIt) {
+    std::string told;
+    const Console console([&](std::string_view line) { told = line; });
+    const std::string text = "why";
+    const std::string_view longerThanAnyString(text.data(), text.max_size() + 1);
+    console.tell("Failed:", longerThanAnyString);
+    EXPECT_EQ(told, "Failed: not enough memory");
+    console.tell(std::string(50, 'x'), longerThanAnyString);
+    EXPECT_EQ(told, std::string(46, 'x') + " not enough memory");
 }
 
 TEST(TextObservation, GivesAsManyReadingsAsAreAskedFor) {

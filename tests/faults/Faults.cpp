@@ -25,7 +25,8 @@ namespace {
 // Libraries that end the process when they are refused this: see README.md.
 constexpr std::array kExemptions = {
     std::pair(memory, "libglib-2.0.so"), std::pair(memory, "ld-linux"),
-    std::pair(memory, "libonnxruntime"), std::pair(thread, "libde265.so")};
+    std::pair(memory, "libonnxruntime"), std::pair(memory, "libtbb.so"),
+    std::pair(thread, "libde265.so")};
 
 Fault wanted;
 int reportsOfRun = -1;

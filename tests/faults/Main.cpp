@@ -3,16 +3,19 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <sstream>
 #include <sys/mman.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 // usage: kestrelid_faults             lists the scenarios
@@ -40,6 +43,32 @@ long entriesIn(const char* folder) {
     return std::distance(std::filesystem::directory_iterator(folder), {});
 }
 
+long threads() {
+    return entriesIn("/proc/self/task");
+}
+
+// Whether a thread beside this one runs or wants to. Those that wait for work sleep.
+bool isAnyAwake() {
+    const std::string own = std::to_string(getpid());
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string line;
+        std::getline(std::ifstream(thread.path() / "stat"), line);
+        const std::size_t state = line.rfind(')') + 2;
+        if (thread.path().filename() != own && state < line.size() && line[state] != 'S')
+            return true;
+    }
+    return false;
+}
+
+// Nobody waits for the threads of a released queue: they end by themselves, soon. What they hold
+// would count as a leak until then.
+void waitForThreadsAbove(long before) {
+    using namespace std::chrono_literals;
+    const auto limit = std::chrono::steady_clock::now() + 10s;
+    while (threads() > before && isAnyAwake() && std::chrono::steady_clock::now() < limit)
+        std::this_thread::sleep_for(1ms);
+}
+
 // One line, whatever the library says.
 std::string printable(const std::string& text) {
     std::string line;
@@ -54,6 +83,7 @@ std::string printable(const std::string& text) {
 
 void makeRuns(const Scenario& scenario, const Fault& fault, const std::string& runs) {
     for (const char kind : runs) {
+        const long before = threads();
         alarm(kDeadline);
         beginRun(static_cast<Run>(kind), fault, reports);
         std::string answer;
@@ -64,8 +94,9 @@ void makeRuns(const Scenario& scenario, const Fault& fault, const std::string& r
         }
         dprintf(reports, "answer %c %s\n", kind, printable(answer).c_str());
         answer = {};
+        waitForThreadsAbove(before);
         dprintf(reports, "held %ld %ld %ld\n", heldAllocations.load(), entriesIn("/proc/self/fd"),
-                entriesIn("/proc/self/task"));
+                threads());
     }
     writeRequests(reports);
 }

@@ -57,6 +57,8 @@ std::string answerOf(const Image& image) {
 std::string read(const std::filesystem::path& path) {
     const ImageResult result = attempt([&] { return readImage(path); });
     const auto* error = std::get_if<ImageError>(&result);
+    if (error && error->isOutOfMemory != error->cause.ends_with(" memory"))
+        return "another kind than the cause: " + error->cause;
     return error ? "error: " + error->cause : answerOf(std::get<Image>(result));
 }
 
@@ -74,6 +76,8 @@ std::string write(const char* name) {
 std::string answerOf(KestrelidStatus status, KestrelidError* error, const std::string& good) {
     const std::string cause = kestrelid_error_text(error);
     kestrelid_error_free(error);
+    if (!cause.empty() && (status == KESTRELID_OUT_OF_MEMORY) != cause.ends_with(" memory"))
+        return "another status than the cause: " + cause;
     return status == KESTRELID_OK ? good : "error: " + std::to_string(status) + " " + cause;
 }
 
@@ -114,8 +118,8 @@ std::string parseText() {
 }
 
 // As main() of the program does.
-std::string textCommand() {
-    const cli::TextOptions options{.files = {kSource / "README.md"}};
+std::string textCommand(bool json) {
+    const cli::TextOptions options{.files = {kSource / "README.md"}, .json = json};
     try {
         return attempt([&] { return cli::text(options); }) == cli::ExitStatus::done
                    ? "done"
@@ -322,7 +326,8 @@ std::vector<Scenario> scenarios() {
              return validate([] { return defaultServices(); }, image);
          }},
         {"text", weighText},
-        {"text.command", textCommand},
+        {"text.command", [] { return textCommand(false); }},
+        {"text.json", [] { return textCommand(true); }},
         {"zone", parseText},
         {"write.jpg", [] { return write("a.jpg"); }},
         {"write.png", [] { return write("a.png"); }},

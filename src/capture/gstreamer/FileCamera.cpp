@@ -1,5 +1,6 @@
 #include "capture/gstreamer/FileCamera.h"
 
+#include "base/Failures.h"
 #include "capture/gstreamer/GStreamerLibrary.h"
 #include "capture/gstreamer/PictureSource.h"
 #include "capture/gstreamer/VideoFileSource.h"
@@ -43,7 +44,7 @@ OpenedSource openCameraFile(const std::filesystem::path& path) noexcept {
             return tl::unexpected(CaptureError{"GStreamer does not start"});
         return isPicture(path) ? openPicture(path) : VideoFileSource::open(path);
     } catch (const std::exception&) {
-        return tl::unexpected(CaptureError{"out of memory"});  // needs none for itself
+        return tl::unexpected(CaptureError{base::kOutOfMemory});
     }
 }
 

@@ -1,5 +1,6 @@
 #include "capture/gstreamer/GStreamerCapturePlatform.h"
 
+#include "base/Failures.h"
 #include "capture/CameraFile.h"
 #include "capture/gstreamer/DeviceSource.h"
 #include "capture/gstreamer/FileCamera.h"
@@ -69,7 +70,9 @@ std::vector<FoundCamera> GStreamerCapturePlatform::find() {
     if (!watch_ || !watch_->isWhole())
         watch_ = DeviceWatch::start();
     std::vector<FoundCamera> found = camerasOf(watch_);
-    if (found.empty() && openRemote_)
+    // The watch keeps the first connection to PipeWire, even a failed one, also when PipeWire has
+    // started again; inside a sandbox it has none.
+    if (found.empty() && openRemote_ && (!watch_ || watch_->isWhole()))
         found = camerasOf(DeviceWatch::ofRemote(openRemote_));
     return found;
 }
@@ -146,7 +149,7 @@ GStreamerCapturePlatform::makeInput(std::shared_ptr<CaptureDevice> device) {
             return opened.error();
         return std::make_shared<GStreamerInput>(*std::move(opened), own->mounting());
     } catch (const std::exception&) {
-        return CaptureError{"out of memory"};  // needs none for itself
+        return CaptureError{base::kOutOfMemory};
     }
 }
 

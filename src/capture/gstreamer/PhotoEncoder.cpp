@@ -2,6 +2,7 @@
 
 #include "capture/gstreamer/FormatChoice.h"
 #include "capture/gstreamer/PixelConversion.h"
+#include "imagefile/DecodingLimits.h"
 #include "imagefile/JpegCodec.h"
 #include "imagefile/JpegOrientation.h"
 
@@ -27,7 +28,7 @@ imagefile::FileBytes encode(const Bitmap& bitmap, const PhotoDimensions& bound,
     if (!fits(size, bound)) {
         scaled = convertToBgra(bitmap, scaledInto(size, bound));
         if (!scaled)
-            return tl::unexpected(ImageError{"no memory for the photo"});
+            return tl::unexpected(imagefile::outOfMemory());
     }
     imagefile::FileBytes file = imagefile::encodeJpeg(scaled ? *scaled : bitmap, kQuality);
     if (file && orientation != Orientation::up)
@@ -77,7 +78,7 @@ imagefile::FileBytes encodePhoto(const Still& still, const PhotoSettings& settin
         return fromSample(std::get<SampleHandle>(still.pixels).get(), settings.maxPhotoDimensions,
                           still.orientation);
     } catch (const std::exception&) {
-        return tl::unexpected(ImageError{});  // a cause would need memory
+        return tl::unexpected(imagefile::outOfMemory());
     }
 }
 

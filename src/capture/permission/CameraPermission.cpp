@@ -4,9 +4,12 @@
 #include "capture/permission/DeviceNodes.h"
 #include "capture/permission/PortalAuthorization.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <string_view>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -51,6 +54,31 @@ std::string flatpakApplication() {
     return {};
 }
 
+// Where PipeWire's own library looks for the socket.
+std::filesystem::path pipeWireSocket() {
+    const char* name = std::getenv("PIPEWIRE_REMOTE");
+    const std::filesystem::path socket = name ? name : "pipewire-0";
+    for (const char* folder : {"PIPEWIRE_RUNTIME_DIR", "XDG_RUNTIME_DIR"}) {
+        if (const char* path = std::getenv(folder))
+            return path / socket;  // socket alone if it is absolute
+    }
+    return socket.is_absolute() ? socket : std::filesystem::path();
+}
+
+base::OwnedDescriptor connectToPipeWire() {
+    const std::string path = pipeWireSocket();
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    if (path.empty() || path.size() >= sizeof address.sun_path)
+        return {};
+    std::ranges::copy(path, address.sun_path);
+    base::OwnedDescriptor connection(
+        ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!connection.isOpen() ||
+        ::connect(connection.number(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
+        return {};
+    return connection;
+}
+
 }  // namespace
 
 AuthorizationStatus FileAuthorization::status() {
@@ -85,7 +113,7 @@ makeCameraAuthorization(const PermissionEnvironment& environment) {
 
 OpenCameraRemote makeCameraRemote(const PermissionEnvironment& environment) {
     if (!environment.isSandboxed)
-        return {};
+        return connectToPipeWire;
     // A bus connection of its own will do: the portal knows a program by its sandbox.
     return [environment] { return PortalAuthorization(environment).openRemote(); };
 }

@@ -45,8 +45,8 @@ struct PermissionEnvironment {
 [[nodiscard]] std::shared_ptr<CameraAuthorization>
 makeCameraAuthorization(const PermissionEnvironment& environment);
 
-// Opens the connection that a sandbox's portal gives to programs that were granted the camera.
-// Empty outside a sandbox.
+// Opens the connection that a sandbox's portal gives to programs that were granted the camera;
+// outside a sandbox the socket that PipeWire listens at now.
 [[nodiscard]] OpenCameraRemote makeCameraRemote(const PermissionEnvironment& environment);
 
 // For a file that stands for a camera.

@@ -22,13 +22,13 @@ using Failure = tl::unexpected<RequestError>;
     return Failure(RequestError{base::oneLine(description)});
 }
 
-// What an adapter answers for an exception; "out of memory" if there is none for words.
+// What an adapter answers for an exception; kOutOfMemory if there is none for words.
 [[nodiscard]] inline RequestError requestFailed(std::string_view what,
                                                 std::string_view cause) noexcept {
     try {
         return failure(std::string(what) + ": " + std::string(cause)).value();
     } catch (const std::bad_alloc&) {
-        return {"out of memory"};  // short enough for std::string to hold it in itself
+        return {base::kOutOfMemory};
     }
 }
 

@@ -1,16 +1,19 @@
 #include "capture/permission/CameraPermission.h"
 #include "tests/capture/permission/FakePortal.h"
 #include "tests/capture/permission/NodeFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <fcntl.h>
 #include <future>
 #include <gtest/gtest.h>
 #include <memory>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <thread>
 
 namespace kestrelid::test {
@@ -228,8 +231,43 @@ TEST_F(PortalAuthorization, ThereIsNothingToGrantOrHandOverWithoutAPortal) {
     auto surroundings = environment();
     surroundings.busAddress = "unix:path=/nonexistent";
     EXPECT_EQ(Answer(*capture::makeCameraAuthorization(surroundings)).wait(), false);
-    surroundings.isSandboxed = false;
-    EXPECT_FALSE(capture::makeCameraRemote(surroundings));
+}
+
+TEST(CameraRemote, IsOutsideASandboxTheSocketThatPipeWireListensAt) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "pipewire-0";
+    const base::OwnedDescriptor server(::socket(AF_UNIX, SOCK_STREAM, 0));
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(::bind(server.number(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(::listen(server.number(), 9), 0);
+    const std::string nowhere = "/nonexistent";
+    const struct {
+        std::string remote, runtimeFolder, userFolder;  // empty: not in the environment
+        bool isOpen;
+    } rows[] = {{"", "", folder.path(), true},
+                {"", folder.path(), nowhere, true},
+                {"", nowhere, folder.path(), false},
+                {"other", "", folder.path(), false},
+                {path, nowhere, nowhere, true},
+                {path, "", "", true},
+                {"", "", "", false},
+                {path + std::string(200, 'x'), "", "", false}};
+    const char* const before = std::getenv("XDG_RUNTIME_DIR");
+    const std::string own = before ? before : "";
+    const auto set = [](const char* name, const std::string& value) {
+        value.empty() ? unsetenv(name) : setenv(name, value.c_str(), 1);
+    };
+    for (const auto& row : rows) {
+        set("PIPEWIRE_REMOTE", row.remote);
+        set("PIPEWIRE_RUNTIME_DIR", row.runtimeFolder);
+        set("XDG_RUNTIME_DIR", row.userFolder);
+        EXPECT_EQ(capture::makeCameraRemote({})().isOpen(), row.isOpen)
+            << row.remote << ' ' << row.runtimeFolder << ' ' << row.userFolder;
+    }
+    set("PIPEWIRE_REMOTE", "");
+    set("PIPEWIRE_RUNTIME_DIR", "");
+    set("XDG_RUNTIME_DIR", own);
 }
 
 }  // namespace
