@@ -54,7 +54,7 @@ def judged(client, names, waiting):
     each. A picture that loses four processes is given up."""
     names = enumerate(names)
     asked = {}
-    done = distributed.as_completed(raise_errors=False)
+    done = distributed.as_completed(loop=client.loop, raise_errors=False)
 
     def ask():
         for number, name in names:
@@ -94,12 +94,16 @@ def cluster(options):
         worker = {"nthreads": 1, "n_workers": options.workers}
         hosts = [options.ssh[0], *options.ssh]  # the scheduler runs beside the first one's workers
         return distributed.Client(distributed.SSHCluster(hosts, worker_options=worker, remote_python=options.remote_python))
+    # Whoever may connect may run code: with a key made for this run, nobody else on the machine can. Status pages, which Dask
+    # would show to the whole network, stay on the machine too.
+    here = "127.0.0.1:0"
     return distributed.Client(distributed.LocalCluster(
-        n_workers=options.workers, threads_per_worker=1, host="127.0.0.1", dashboard_address=None))
+        n_workers=options.workers, threads_per_worker=1, host="127.0.0.1", dashboard_address=here, worker_dashboard_address=here,
+        security=distributed.Security.temporary()))
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, epilog="Exit status: 0 all judged, 1 some could not be, 2 wrong usage.")
+    parser = argparse.ArgumentParser(description=__doc__, epilog="Exit status: 0 all judged, 1 some could not be, 2 wrong usage or no cluster.")
     parser.add_argument("inputs", nargs="+", metavar="FILE", help="pictures, folders, or - for names on standard input")
     parser.add_argument("--output", type=argparse.FileType("w", encoding="utf-8"), default=sys.stdout, metavar="FILE",
                         help="JSON lines (default: standard output)")
@@ -114,8 +118,13 @@ def main():
 
     set_up()
     failed = False
-    with cluster(options) as client, options.output as output:
+    try:
+        client = cluster(options)
         client.register_worker_plugin(Detectors(options.effort, options.text_threads))
+    except OSError as error:  # no connection, or a machine that lacks the library
+        print(f"judge_folder.py: {error}", file=sys.stderr)
+        return 2
+    with client, options.output as output:
         processes = sum(client.nthreads().values())
         for name, findings in judged(client, pictures(options.inputs), 8 * max(processes, 4)):
             failed = failed or "error" in findings

@@ -1,6 +1,7 @@
 """The evaluation over programs that answer what the test has them answer."""
 
 import base64
+import importlib.util
 import io
 import json
 import re
@@ -85,6 +86,7 @@ class Evaluate(unittest.TestCase):
         self.assertEqual(written["disagreements"], ["miss.jpg"])
         self.assertEqual((other["effort"], other["pictures"]), ("-", complete["pictures"]))
 
+    @unittest.skipUnless(importlib.util.find_spec("matplotlib"), "python3-matplotlib is missing: run tools/setup")
     def test_report_holds_all_it_shows_and_draws_outlines_on_wrong_pictures(self):
         program = self.write("judge", STAND_IN)
         self.write("judge.json", json.dumps({"complete": COMPLETE}))

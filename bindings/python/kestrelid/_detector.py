@@ -48,7 +48,7 @@ class _Handle:
         _Handle.alive.add(self)
 
     def __del__(self) -> None:
-        if self.address and not _Handle.inherited and not sys.is_finalizing():
+        if not sys.is_finalizing() and self.address and not _Handle.inherited:
             self.library.detector_release(self.address)
 
     @staticmethod
