@@ -63,10 +63,7 @@ def test_every_form_of_a_picture_gives_one_verdict(detector):
     with Image.open(PASSPORT) as picture:
         rgb = numpy.asarray(picture)
         opaque = numpy.dstack([rgb, numpy.full(rgb.shape[:2], 255, numpy.uint8)])
-        turned = picture.rotate(90, expand=True)
-        turned.getexif()[0x0112] = 6
-        forms = {"str": str(PASSPORT), "bytes": PASSPORT.read_bytes(), "Pillow": picture, "Pillow, turned": turned,
-                 "Pillow with alpha": Image.fromarray(opaque)}
+        forms = {"str": str(PASSPORT), "bytes": PASSPORT.read_bytes(), "Pillow": picture}
         for name, form in forms.items():
             assert detector.judge(form) == result, name
     for form, pixels in (("rgb", rgb), ("bgr", rgb[..., ::-1]), ("rgba", opaque), ("bgra", opaque[..., [2, 1, 0, 3]])):
@@ -137,6 +134,28 @@ def test_arrays_of_any_strides_arrive_as_they_look(case):
     else:
         for channel, colour in enumerate(library.format.rstrip("a")):
             assert (received[..., channel] == view[..., form.index(colour)]).all()
+
+
+def test_pillow_images_arrive_as_their_file_looks():
+    rgb = numpy.arange(24, dtype=numpy.uint8).reshape(2, 4, 3) * 10
+    gray = rgb[..., 0]
+    turned = Image.fromarray(rgb)
+    turned.getexif()[0x0112] = 6  # its top stands at the right when it is shown
+    clear = numpy.dstack([rgb, numpy.full((2, 4), 255, numpy.uint8)])
+    clear[0, 1, 3] = 0
+    holed = rgb.copy()
+    holed[0, 1] = 255
+    palette = Image.fromarray(gray).convert("P")
+    palette.info["transparency"] = int(numpy.asarray(palette)[0, 1])
+    holed_gray = gray.copy()
+    holed_gray[0, 1] = 255
+    for name, picture, expected in (
+            ("RGB", Image.fromarray(rgb), rgb), ("L", Image.fromarray(gray), gray), ("turned", turned, numpy.rot90(rgb, -1)),
+            ("RGBA", Image.fromarray(clear), holed), ("palette", palette, numpy.dstack([holed_gray] * 3)),
+            ("CMYK", Image.fromarray(rgb).convert("CMYK"), rgb)):
+        library = Receiver()
+        _pictures.image(library, picture, None)
+        assert (library.rows.reshape(*expected.shape) == expected).all(), name
 
 
 PIXELS = numpy.zeros((4, 5, 3), numpy.uint8)
