@@ -38,7 +38,7 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 # As CPack itself would set it: anything else it puts above the summary of each package.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${CMAKE_PROJECT_NAME} built using CMake")
 set(CPACK_PACKAGE_CONTACT "The Kestrelid authors <maintainers@kestrelid.example>")
-set(CPACK_COMPONENTS_ALL Runtime Models ScreensRuntime Qml Development Tools)
+set(CPACK_COMPONENTS_ALL Runtime Models ScreensRuntime Qml Development Python Tools)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_THREADS 0)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -123,6 +123,30 @@ kestrelid_package(Development libkestrelid-dev libdevel "passport scanning, deve
     SUGGESTS qt6-declarative-dev qml6-module-kestrelid kestrelid-models
     BREAKS "libkestrelid${number} (<< ${version})" "libkestrelid${number} (>> ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+
+# As pip would lay it, so that `pip list` and importlib.metadata know it; compiled when it is installed, as Debian does.
+set(modules lib/python3/dist-packages)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/bindings/python/kestrelid" DESTINATION ${modules} COMPONENT Python
+    FILES_MATCHING PATTERN "*.py" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
+set(metadata "${PROJECT_BINARY_DIR}/packaging/python")
+file(WRITE "${metadata}/METADATA" "Metadata-Version: 2.1\nName: kestrelid\nVersion: ${PROJECT_VERSION}\n"
+    "Summary: Whether a picture shows a passport, and its machine-readable zone\nLicense: Apache-2.0\nRequires-Python: >=3.9\n")
+file(WRITE "${metadata}/INSTALLER" "dpkg\n")
+file(WRITE "${metadata}/top_level.txt" "kestrelid\n")
+install(FILES "${metadata}/METADATA" "${metadata}/INSTALLER" "${metadata}/top_level.txt"
+    DESTINATION "${modules}/kestrelid-${PROJECT_VERSION}.dist-info" COMPONENT Python)
+# The interface for C keeps its functions within a minor version.
+math(EXPR above "${PROJECT_VERSION_MINOR} + 1")
+kestrelid_package(Python python3-kestrelid python "passport detector, Python 3 package"
+    TEXT "Tells whether a picture shows a passport: paths, bytes, NumPy arrays and Pillow"
+         "images. Typed. Everything runs on the machine."
+    DEPENDS "python3:any" "libkestrelid-detection${number} (>= ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})"
+            "libkestrelid-detection${number} (<< ${PROJECT_VERSION_MAJOR}.${above}~)"
+    RECOMMENDS kestrelid-models-${number}
+    SUGGESTS python3-numpy python3-pil)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA "${packaging}/python3/postinst;${packaging}/python3/prerm")
 
 kestrelid_package(Tools kestrelid-tools graphics "passport detector, command line and demo"
     TEXT "The program kestrelid judges pictures and what a camera sees. The program"

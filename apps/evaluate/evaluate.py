@@ -20,6 +20,7 @@ x,y;x,y;x,y;x,y from the top left clockwise, or -; mrz1, mrz2, mrz3: the lines o
 Examples:
   tools/evaluate samples/manifest.tsv
   tools/evaluate samples/manifest.tsv --effort verdict --outlines --verbose
+  tools/evaluate samples/manifest.tsv --report out/report
 
 Delays mean something on a quiet machine only. Exit status: 0 all judged, 1 a picture without a
 verdict or efforts that disagree, 2 wrong usage."""
@@ -64,9 +65,14 @@ def _options():
     parser.add_argument("--zones", action="store_true",
                         help="read machine-readable zones instead, and compare them with the known ones")
     parser.add_argument("--verbose", action="store_true", help="tell of every picture")
+    parser.add_argument("--report", metavar="DIR", help="write the page DIR/index.html with plots, and with the pictures that were "
+                        "called wrongly: it is as personal as they are")
     parser.add_argument("--json", metavar="FILE", help="write the result to FILE as well")
     parser.add_argument("--kestrelid", default="kestrelid", metavar="PATH", help=argparse.SUPPRESS)
-    return parser.parse_args()
+    options = parser.parse_args()
+    if options.report and options.zones:
+        parser.error("--report tells of verdicts, not of --zones")
+    return options
 
 
 def _measured(options, pictures):
@@ -110,6 +116,9 @@ def main():
     pictures = labels.read(options.manifest)[:options.limit]
     if options.zones:
         return _read_zones(options, pictures)
+    if options.report:
+        import report  # its plots need a package of their own
+        report.folder(options.report)
     combinations = _measured(options, pictures)
     disagreements = figures.disagreements(combinations)
     if options.verbose:
@@ -124,6 +133,8 @@ def main():
     if options.json:
         with open(options.json, "w", encoding="utf-8") as file:
             json.dump({"manifest": options.manifest, "combinations": combinations, "disagreements": disagreements}, file)
+    if options.report:
+        report.write(options.report, options.manifest, pictures, combinations)
     return 1 if failed or disagreements else 0
 
 

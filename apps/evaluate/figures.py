@@ -66,8 +66,11 @@ def _entry(picture, row, known):
         return entry | {"error": row["error"]}
     matched = sum(reason.count(" (distance ") for reason in row.get("reasons", []))
     entry |= {name: row[name] for name in ("isPassport", "confidence", "milliseconds")} | {"matched": matched}
+    entry |= {"reasons": row["reasons"]} if "reasons" in row else {}
+    entry |= {"known": known} if known else {}
     outline = row.get("outline")
     if outline:
+        entry["corners"] = outline["corners"]
         x, y, width, height = outline["box"]
         box = _box_around([(x, y), (x + width, y + height)])
         entry["area"] = _area(box)

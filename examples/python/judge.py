@@ -9,13 +9,13 @@ import kestrelid
 
 
 def examine(detector, file):
-    examination = detector.examine_file(file, as_of=datetime.date.today())
+    examination = detector.examine(file, as_of=datetime.date.today())
     lines = []
     for zone in examination.zones:
         # What is wrong names places and fields, never what stands there.
-        wrong = "; ".join(text for _, text in zone.problems)
+        wrong = "; ".join(problem.text for problem in zone.problems)
         lines.append(f"zone {zone.format}, " + (f"not strict: {wrong}" if wrong else "strict"))
-    return examination.verdict, lines or ["no machine-readable zone"]
+    return examination, lines or ["no machine-readable zone"]
 
 
 def main():
@@ -25,25 +25,21 @@ def main():
     parser.add_argument("files", nargs="+", metavar="FILE")
     arguments = parser.parse_args()
     try:
-        detector = kestrelid.Detector(arguments.library, effort=kestrelid.VERDICT_ONLY,
-                                      console=lambda line: print(line, file=sys.stderr))
-    except OSError as error:
+        detector = kestrelid.Detector(library=arguments.library, effort="verdict")
+    except kestrelid.LibraryError as error:
         print(f"judge.py: {error}", file=sys.stderr)
         return 2
     status = 0
     with detector:
         for file in arguments.files:
             try:
-                if arguments.zone:
-                    verdict, zones = examine(detector, file)
-                else:
-                    verdict, zones = detector.judge_file(file), []
+                result, zones = examine(detector, file) if arguments.zone else (detector.judge(file), [])
             except kestrelid.Error as error:
                 print(f"judge.py: {error}", file=sys.stderr)
                 status = 1
                 continue
-            word = "passport" if verdict.is_passport else "not a passport"
-            print(f"{file}: {word} ({verdict.confidence:.2f}; {'; '.join(verdict.reasons)})")
+            word = "passport" if result.is_passport else "not a passport"
+            print(f"{file}: {word} ({result.confidence:.2f}; {'; '.join(result.reasons)})")
             for line in zones:
                 print(f"{file}: {line}")
     return status

@@ -1,6 +1,10 @@
 """The evaluation over programs that answer what the test has them answer."""
 
+import base64
+import importlib.util
+import io
 import json
+import re
 import subprocess
 import sys
 import tempfile
@@ -27,7 +31,7 @@ OUTLINE = {"corners": [[0.2, 0.2], [0.5, 0.2], [0.5, 0.8], [0.2, 0.8]], "box": [
 COMPLETE = {
     "hit.jpg": {"isPassport": True, "milliseconds": 10, "reasons": ["A (distance 0); B (distance 1)"], "outline": OUTLINE},
     "miss.jpg": {"isPassport": False, "milliseconds": 20, "outline": None},
-    "false.jpg": {"isPassport": True, "milliseconds": 30, "outline": None},
+    "false.jpg": {"isPassport": True, "milliseconds": 30, "reasons": ["<b>"], "outline": OUTLINE},
     "bad.jpg": {"error": "truncated"},
 }
 MANIFEST = """# comment
@@ -81,6 +85,27 @@ class Evaluate(unittest.TestCase):
         self.assertEqual(hit["matched"], 2)
         self.assertEqual(written["disagreements"], ["miss.jpg"])
         self.assertEqual((other["effort"], other["pictures"]), ("-", complete["pictures"]))
+
+    @unittest.skipUnless(importlib.util.find_spec("matplotlib"), "python3-matplotlib is missing: run tools/setup")
+    def test_report_holds_all_it_shows_and_draws_outlines_on_wrong_pictures(self):
+        program = self.write("judge", STAND_IN)
+        self.write("judge.json", json.dumps({"complete": COMPLETE}))
+        result = self.run_on(program, "--effort", "complete", "--report", self.folder / "new/report")
+        self.assertEqual((result.returncode, result.stderr), (1, "evaluate: bad.jpg: truncated\n"))
+        page = (self.folder / "new/report/index.html").read_text()
+        self.assertEqual(re.findall(r'(?:src|href)="(?!data:image/(?:png|jpeg);base64,)|https?:|<b></', page), [])
+        images = {name: Image.open(io.BytesIO(base64.b64decode(data)))
+                  for name, data in re.findall(r'alt="(.*?)" src="data:image/[a-z]+;base64,(.*?)"', page)}
+        self.assertEqual(list(images), ["Hits by kind", "Delays", "Confidence", "Overlap of outlines with the known ones",
+                                        "miss.jpg", "false.jpg"])
+        for name, x, colour in (("miss.jpg", 10, (0, 183, 255)), ("false.jpg", 10, (255, 122, 0))):  # known; found
+            shown = images[name].getpixel((x, 50))
+            self.assertLess(max(abs(a - b) for a, b in zip(shown, colour)), 90, (name, shown))
+        self.assertIn("<li>bad.jpg: truncated</li>", page)
+        for options, status, cause in ((["--report", self.folder / "m.tsv"], 1, "m.tsv: File exists"), (["--report", "x", "--zones"], 2, "--zones")):
+            result = self.run_on("/nowhere", *options)
+            self.assertEqual((result.returncode, len(result.stderr.splitlines())), (status, 1))
+            self.assertIn(cause, result.stderr)
 
     def test_programs_that_fail_are_told_in_one_line(self):
         for script, cause in [("kill -9 $$", "died: Killed"), ("echo no models >&2", "no models"), ("echo 1", "1 lines for 5"),

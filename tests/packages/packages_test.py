@@ -152,7 +152,7 @@ class PackagesTest(unittest.TestCase):
         before = self.system.install_files(self.files.values())
         self.assertLessEqual(self.files.keys(), self.system.packages())
         self.put_passport()
-        for check in (self.check_commands, self.check_qml_module, self.check_demo):
+        for check in (self.check_commands, self.check_python, self.check_qml_module, self.check_demo):
             with self.subTest(check.__name__):
                 check()
         self.install_next_beside("libkestrelid0")
@@ -165,6 +165,11 @@ class PackagesTest(unittest.TestCase):
         self.assertEqual([part["name"] for part in report["parts"] if not part["available"]], [])
         line = self.system.run("kestrelid", "validate", "--json", "/tmp/home/passport.jpg", user=True).stdout
         self.assertTrue(json.loads(line)["isPassport"])
+
+    def check_python(self):
+        program = "import kestrelid as k; d = k.Detector(); print(d.judge('passport.jpg'), k.__version__ == d.library_version)"
+        said = self.system.run("sh", "-c", f'cd /tmp/home && python3 -c "{program}"', user=True).stdout
+        self.assertEqual(said, "<Result: passport, confidence 0.500> True\n")
 
     def check_qml_module(self):
         (self.system.home() / "Main.qml").write_text(QML, encoding="utf-8")

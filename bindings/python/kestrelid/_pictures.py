@@ -1,0 +1,134 @@
+"""What stands for a picture in Python becomes an image of the library.
+
+Arrays are seen through the buffer protocol and Pillow is looked at only if somebody else imported it, so that this
+package needs neither NumPy nor Pillow.
+"""
+
+from __future__ import annotations
+
+import ctypes
+import os
+import sys
+from ctypes import c_void_p
+from typing import TYPE_CHECKING, Any, Literal, NoReturn, Optional, Union
+
+from ._errors import ArgumentError, UnreadableError
+from ._library import Library, Pixels
+
+if TYPE_CHECKING:
+    import numpy
+    import numpy.typing
+    import PIL.Image
+
+Format = Literal["rgb", "bgr", "rgba", "bgra", "gray"]
+Picture = Union[str, "os.PathLike[Any]", bytes, bytearray, memoryview, "numpy.typing.NDArray[numpy.uint8]",
+                "PIL.Image.Image"]
+
+# KestrelidPixelFormat -> bytes a pixel.
+_BGRA, _RGB, _GRAY = 0, 1, 2
+_DEPTHS = {_BGRA: 4, _RGB: 3, _GRAY: 1}
+
+# format -> channels, what the library is given, and from which channels that is made if not from these.
+_FORMATS: dict[str, tuple[int, int, Optional[tuple[int, ...]]]] = {
+    "rgb": (3, _RGB, None), "bgr": (3, _RGB, (2, 1, 0)), "rgba": (4, _RGB, (0, 1, 2)), "bgra": (4, _BGRA, None),
+    "gray": (1, _GRAY, None)}
+
+# The library's own limits, held before anything is copied.
+_MAXIMUM_SIDE, _MAXIMUM_PIXELS = 20000, 100_000_000
+
+
+def image(library: Library, picture: Any, format: Optional[Format]) -> c_void_p:
+    """An image of the library, to be released."""
+    pillow: Any = sys.modules.get("PIL.Image")
+    is_pillow = pillow is not None and isinstance(picture, pillow.Image)
+    is_path = isinstance(picture, (str, os.PathLike))
+    view = None if is_path or is_pillow else _view(picture)
+    if view is not None and (view.ndim != 1 or view.format != "B"):
+        return _of_array(library, view, format)
+    if format is not None:
+        raise ArgumentError("format= is for arrays of pixels, of shape (height, width) or (height, width, channels)")
+    if is_path:
+        path = os.fsencode(picture)
+        if b"\0" in path:
+            raise ArgumentError("a path cannot hold a zero byte")
+        return library.make(library.image_read, path)
+    if view is not None:
+        encoded = picture if type(picture) is bytes else view.tobytes()
+        return library.make(library.image_decode, encoded, len(encoded))
+    return _of_pillow(library, picture)
+
+
+def _view(picture: Any) -> memoryview:
+    try:
+        return memoryview(picture)
+    except (TypeError, ValueError, BufferError):  # an array whose items no buffer can describe among them
+        kind = f"{type(picture).__module__}.{type(picture).__qualname__}".replace("builtins.", "")
+    raise TypeError(f"a picture is a path, the bytes of a file, an array of uint8 or a Pillow image, not {kind}"
+                    + (f" of {picture.dtype}" if hasattr(picture, "dtype") else ""))
+
+
+def _refuse(complaint: str) -> NoReturn:
+    raise ArgumentError(complaint)
+
+
+def _check_size(width: int, height: int) -> None:
+    if not (0 < width <= _MAXIMUM_SIDE and 0 < height <= _MAXIMUM_SIDE and width * height <= _MAXIMUM_PIXELS):
+        _refuse(f"a picture of {width}x{height} is out of range: 1 to {_MAXIMUM_SIDE} pixels a side, "
+                f"{_MAXIMUM_PIXELS // 1_000_000} million in all")
+
+
+def _of_array(library: Library, view: memoryview, format: Optional[Format]) -> c_void_p:
+    given = shape = tuple(view.shape or ())
+    if view.format not in ("B", "<B", ">B", "=B", "@B"):
+        raise TypeError(f"an array of uint8 is needed, not one whose items are '{view.format}' of {view.itemsize} bytes")
+    if len(shape) == 2:
+        shape = (*shape, 1)
+    if len(shape) != 3 or shape[2] not in (1, 3, 4):
+        _refuse(f"an array of shape {given} is no picture: (height, width) or (height, width, 1, 3 or 4) is")
+    height, width, channels = shape
+    if format is None:
+        if channels != 1:
+            _refuse("format= must say what the channels are: " +
+                    ("'rgb', or 'bgr' as OpenCV has them" if channels == 3 else "'rgba' or 'bgra'"))
+        format = "gray"
+    if format not in _FORMATS:
+        _refuse(f"format={format!r} is none of {', '.join(_FORMATS)}")
+    needed, pixel_format, order = _FORMATS[format]
+    if channels != needed:
+        _refuse(f"format={format!r} needs {needed} channels; the array of shape {given} has {channels}")
+    _check_size(width, height)
+    rows = view.tobytes()  # whatever the strides are: row after row, channel beside channel
+    if order:
+        ordered = bytearray(width * height * len(order))
+        for channel, source in enumerate(order):
+            ordered[channel::len(order)] = rows[source::channels]
+        rows = bytes(ordered)
+    return _of_rows(library, rows, width, height, pixel_format)
+
+
+def _of_rows(library: Library, rows: bytes, width: int, height: int, pixel_format: int) -> c_void_p:
+    address = ctypes.cast(ctypes.c_char_p(rows), c_void_p)
+    return library.make(library.image_from_pixels, ctypes.byref(
+        Pixels(ctypes.sizeof(Pixels), address, len(rows), width * _DEPTHS[pixel_format], width, height, pixel_format)))
+
+
+def _of_pillow(library: Library, picture: Any) -> c_void_p:
+    """As the library sees the file: turned as its EXIF data say, and on white where it lets through."""
+    from PIL import Image, ImageOps
+
+    _check_size(*picture.size)
+    if picture.mode.startswith(("I", "F")):
+        _refuse(f"a Pillow image of mode {picture.mode} has no fixed range of values: convert it to 'L' or 'RGB' first")
+    try:
+        if picture.getexif().get(0x0112, 1) != 1:
+            picture = ImageOps.exif_transpose(picture)
+        if picture.mode in ("RGBA", "LA", "PA", "RGBa", "La") or "transparency" in picture.info:
+            white = Image.new("RGBA", picture.size, "white")
+            picture = Image.alpha_composite(white, picture.convert("RGBA"))
+        if picture.mode not in ("L", "RGB"):
+            picture = picture.convert("RGB")
+        rows = picture.tobytes()
+    except (OSError, SyntaxError, ValueError, EOFError) as error:
+        raise UnreadableError(f"Pillow cannot read the image: {' '.join(str(error).split())}") from error
+    width, height = picture.size
+    return _of_rows(library, rows, width, height, _GRAY if picture.mode == "L" else _RGB)
