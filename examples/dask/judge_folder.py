@@ -30,7 +30,7 @@ def judge(name):
         result = distributed.get_worker().kestrelid.judge(name)
     except (kestrelid.Error, MemoryError) as error:
         return {"error": str(error) or "not enough memory"}
-    return {"passport": result.is_passport, "confidence": round(result.confidence, 5), "reasons": result.reasons}
+    return {"isPassport": result.is_passport, "confidence": round(result.confidence, 5), "reasons": result.reasons}
 
 
 def pictures(inputs):
@@ -78,8 +78,8 @@ def line(name, findings):
     """As folder-judge writes it: a name that is not UTF-8 stands beside it in hexadecimal digits."""
     encoded = os.fsencode(name)
     shown = encoded.decode(errors="replace")
-    bytes_of_name = {} if os.fsencode(shown) == encoded else {"nameBytes": encoded.hex()}
-    return json.dumps({"name": shown, **bytes_of_name, **findings}, ensure_ascii=False) + "\n"
+    bytes_of_name = {} if os.fsencode(shown) == encoded else {"fileBytes": encoded.hex()}
+    return json.dumps({"schema": 1, "file": shown, **bytes_of_name, **findings}, ensure_ascii=False) + "\n"
 
 
 def set_up():

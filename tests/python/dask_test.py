@@ -91,8 +91,8 @@ class ManyMachines(unittest.TestCase):
         self.assertEqual(process.returncode, 1, complaints)
         lines = [json.loads(line) for line in output.read_text().splitlines()]
         wrong = [line for line in lines if "error" in line]
-        self.assertEqual([bytes.fromhex(line["nameBytes"]) for line in wrong], [torn])
-        judged = {line["name"]: line["passport"] for line in lines if "error" not in line}
+        self.assertEqual([bytes.fromhex(line["fileBytes"]) for line in wrong], [torn])
+        judged = {line["file"]: line["isPassport"] for line in lines if "error" not in line}
         self.assertEqual((len(lines), judged), (201, {
             str(self.folder / f"{name}.{number}.jpg"): verdict for name, verdict in verdicts.items() for number in range(100)}))
 
