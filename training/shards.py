@@ -11,14 +11,14 @@ import cv2
 import numpy as np
 
 import backgrounds
-from drawing import papers, passports, scenes, utopia
+from drawing import cards, papers, passports, scenes, utopia
 from drawing.invented import invented, printed
 
 SIDE = 256  # pixels; the network is trained on smaller ones
 SCENES = 1000  # a shard
 _MOST = 6  # documents a scene
 _LAYOUTS = (passports.bangladesh_page, passports.bangladesh_spread, utopia.classic, utopia.trilingual,
-            utopia.identity_card, papers.receipt)  # the others are held out
+            cards.identity_card, papers.receipt)  # the others are held out
 
 
 def draw_invented(seed, longest, places, layouts, covers):

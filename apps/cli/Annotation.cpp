@@ -38,6 +38,12 @@ void copyAsRgb(const Bitmap& bitmap, cv::Mat& rgb) {
     case PixelFormat::bgra8:
         cv::cvtColor(source, rgb, cv::COLOR_BGRA2RGB);
         break;
+    case PixelFormat::bgr8:
+        cv::cvtColor(source, rgb, cv::COLOR_BGR2RGB);
+        break;
+    case PixelFormat::rgba8:
+        cv::cvtColor(source, rgb, cv::COLOR_RGBA2RGB);
+        break;
     case PixelFormat::gray8:
         cv::cvtColor(source, rgb, cv::COLOR_GRAY2RGB);
         break;

@@ -52,6 +52,10 @@ cv::Mat evenPicture(const Bitmap& bitmap) {
         cv::cvtColor(gray, gray, cv::COLOR_RGB2GRAY);
     else if (bitmap.format() == PixelFormat::bgra8)
         cv::cvtColor(gray, gray, cv::COLOR_BGRA2GRAY);
+    else if (bitmap.format() == PixelFormat::bgr8)
+        cv::cvtColor(gray, gray, cv::COLOR_BGR2GRAY);
+    else if (bitmap.format() == PixelFormat::rgba8)
+        cv::cvtColor(gray, gray, cv::COLOR_RGBA2GRAY);
     const int longest = std::max(gray.cols, gray.rows);
     if (longest < kEnlargedSide)
         gray = scaled(gray, std::min(2.5, static_cast<double>(kEnlargedSide) / longest));

@@ -14,11 +14,23 @@ enum class PixelFormat : std::uint8_t {
     bgra8,  ///< four bytes a pixel: blue, green, red, alpha (ignored)
     rgb8,   ///< three bytes a pixel
     gray8,  ///< one byte a pixel
+    bgr8,   ///< three bytes a pixel: blue, green, red
+    rgba8,  ///< four bytes a pixel: red, green, blue, alpha (ignored)
 };
 
 /// Bytes of one pixel: 4, 3 or 1.
 [[nodiscard]] constexpr int bytesPerPixel(PixelFormat format) noexcept {
-    return format == PixelFormat::bgra8 ? 4 : format == PixelFormat::rgb8 ? 3 : 1;
+    switch (format) {
+    case PixelFormat::bgra8:
+    case PixelFormat::rgba8:
+        return 4;
+    case PixelFormat::rgb8:
+    case PixelFormat::bgr8:
+        return 3;
+    case PixelFormat::gray8:
+        break;
+    }
+    return 1;
 }
 
 /// Whole pixels, origin at the top left, y growing downwards.

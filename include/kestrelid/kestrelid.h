@@ -54,6 +54,8 @@ typedef enum KestrelidPixelFormat {
     KESTRELID_BGRA8 = 0,  // four bytes a pixel: blue, green, red, alpha (ignored)
     KESTRELID_RGB8 = 1,   // three bytes a pixel
     KESTRELID_GRAY8 = 2,  // one byte a pixel
+    KESTRELID_BGR8 = 3,   // three bytes a pixel: blue, green, red
+    KESTRELID_RGBA8 = 4,  // four bytes a pixel: red, green, blue, alpha (ignored)
 } KestrelidPixelFormat;
 
 // Rows from top to bottom.

@@ -70,9 +70,11 @@ Image uprightCopy(const Bitmap& stored, Orientation orientation) {
     const Walk walk = walkOf(stored, orientation);
     switch (stored.format()) {
     case PixelFormat::bgra8:
+    case PixelFormat::rgba8:
         copyShown<4>(walk, shown);
         break;
     case PixelFormat::rgb8:
+    case PixelFormat::bgr8:
         copyShown<3>(walk, shown);
         break;
     case PixelFormat::gray8:

@@ -38,7 +38,7 @@ void checkPixels(const KestrelidPixels& pixels) {
                               offsetof(KestrelidPixels, format) + sizeof(pixels.format),
                               sizeof(KestrelidPixels));
     require(pixels.bytes, "bytes");
-    check(pixels.format >= KESTRELID_BGRA8 && pixels.format <= KESTRELID_GRAY8,
+    check(pixels.format >= KESTRELID_BGRA8 && pixels.format <= KESTRELID_RGBA8,
           "format is none of KestrelidPixelFormat");
     check(pixels.width > 0 && pixels.height > 0 && pixels.width <= kestrelid::kMaximumSide &&
               pixels.height <= kestrelid::kMaximumSide &&

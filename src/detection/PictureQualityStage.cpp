@@ -17,7 +17,7 @@ int grey(const std::byte* bytes, PixelFormat format) {
     const auto channel = [&](std::size_t index) { return std::to_integer<int>(bytes[index]); };
     if (format == PixelFormat::gray8)
         return channel(0);
-    const bool isBlueFirst = format == PixelFormat::bgra8;
+    const bool isBlueFirst = format == PixelFormat::bgra8 || format == PixelFormat::bgr8;
     const int red = channel(isBlueFirst ? 2 : 0);
     const int blue = channel(isBlueFirst ? 0 : 2);
     return (299 * red + 587 * channel(1) + 114 * blue + 500) / 1000;

@@ -67,6 +67,22 @@ PixelLayout layoutFor(int components) {
     }
 }
 
+int turboFormat(PixelFormat format) {
+    switch (format) {
+    case PixelFormat::bgra8:
+        return TJPF_BGRX;
+    case PixelFormat::rgb8:
+        return TJPF_RGB;
+    case PixelFormat::bgr8:
+        return TJPF_BGR;
+    case PixelFormat::rgba8:
+        return TJPF_RGBX;
+    case PixelFormat::gray8:
+        break;
+    }
+    return TJPF_GRAY;
+}
+
 }  // namespace
 
 ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& options) {
@@ -113,9 +129,7 @@ FileBytes encodeJpeg(const Bitmap& bitmap, int quality) {
     if (!turbo)
         return tl::unexpected(outOfMemory());
     const bool gray = bitmap.format() == PixelFormat::gray8;
-    const int format = gray                                   ? TJPF_GRAY
-                       : bitmap.format() == PixelFormat::rgb8 ? TJPF_RGB
-                                                              : TJPF_BGRX;
+    const int format = turboFormat(bitmap.format());
     unsigned char* encoded = nullptr;
     unsigned long size = 0;
     const int result =

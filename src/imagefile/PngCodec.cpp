@@ -188,17 +188,20 @@ ImageResult decodePng(std::span<const std::byte> file) {
 }
 
 FileBytes encodePng(const Bitmap& bitmap) {
-    if (bitmap.format() != PixelFormat::bgra8)
+    const PixelFormat format = bitmap.format();
+    if (format == PixelFormat::gray8 || format == PixelFormat::rgb8)
         return encodeOpaque(bitmap);
     // libpng would write the fourth byte as transparency; a Bitmap's means nothing.
+    const int pixel = bytesPerPixel(format);
+    const int red = format == PixelFormat::rgba8 ? 0 : 2;
     base::PixelStore rgb(bitmap.width(), bitmap.height(), bytesPerPixel(PixelFormat::rgb8));
     for (int y = 0; y < bitmap.height(); ++y) {
         const std::byte* from = bitmap.row(y);
         std::byte* to = rgb.row(y);
-        for (int x = 0; x < bitmap.width(); ++x, from += 4, to += 3) {
-            to[0] = from[2];
+        for (int x = 0; x < bitmap.width(); ++x, from += pixel, to += 3) {
+            to[0] = from[red];
             to[1] = from[1];
-            to[2] = from[0];
+            to[2] = from[2 - red];
         }
     }
     return encodeOpaque(*std::move(rgb).toImage(PixelFormat::rgb8, Orientation::up).bitmap());

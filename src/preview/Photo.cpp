@@ -29,6 +29,10 @@ QImage::Format formatOf(PixelFormat format) {
         return QImage::Format_RGB32;
     case PixelFormat::rgb8:
         return QImage::Format_RGB888;
+    case PixelFormat::bgr8:
+        return QImage::Format_BGR888;
+    case PixelFormat::rgba8:
+        return QImage::Format_RGBX8888;
     case PixelFormat::gray8:
         return QImage::Format_Grayscale8;
     }

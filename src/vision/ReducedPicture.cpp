@@ -21,6 +21,12 @@ cv::Mat inBgr(const cv::Mat& picture, PixelFormat format) {
     case PixelFormat::rgb8:
         cv::cvtColor(picture, result, cv::COLOR_RGB2BGR);
         break;
+    case PixelFormat::bgr8:
+        result = picture.clone();
+        break;
+    case PixelFormat::rgba8:
+        cv::cvtColor(picture, result, cv::COLOR_RGBA2BGR);
+        break;
     case PixelFormat::gray8:
         cv::cvtColor(picture, result, cv::COLOR_GRAY2BGR);
         break;

@@ -56,6 +56,7 @@ TEST_F(ImageFile, OfNoUseIsAnErrorWithItsCause) {
 
 Bitmap withFormat(PixelFormat format) {
     const int pixel = bytesPerPixel(format);
+    const bool isBlueFirst = format == PixelFormat::bgra8 || format == PixelFormat::bgr8;
     const int stride = kWidth * pixel + 5;
     const std::size_t size = static_cast<std::size_t>(stride) * kHeight;
     auto pixels = std::make_shared<std::byte[]>(size);  // the fourth byte, 0, is no transparency
@@ -65,7 +66,7 @@ Bitmap withFormat(PixelFormat format) {
             std::byte* to = pixels.get() + y * stride + x * pixel;
             to[0] = static_cast<std::byte>(lumaOf(color));
             for (std::size_t channel = 0; channel < 3 && pixel > 1; ++channel)
-                to[channel] = static_cast<std::byte>(color[pixel == 4 ? 2 - channel : channel]);
+                to[channel] = static_cast<std::byte>(color[isBlueFirst ? 2 - channel : channel]);
         }
     return Bitmap::wrap(kWidth, kHeight, stride, format, std::move(pixels), size).value();
 }
@@ -73,7 +74,8 @@ Bitmap withFormat(PixelFormat format) {
 TEST_F(ImageFile, IsWrittenAsItIsShown) {
     const std::pair<const char*, int> names[] = {
         {"a.png", 0}, {"b.PNG", 0}, {"c.jpg", 8}, {"d.JPEG", 8}};
-    for (const PixelFormat format : {PixelFormat::bgra8, PixelFormat::rgb8, PixelFormat::gray8}) {
+    for (const PixelFormat format : {PixelFormat::bgra8, PixelFormat::rgb8, PixelFormat::gray8,
+                                     PixelFormat::bgr8, PixelFormat::rgba8}) {
         for (const auto& [name, tolerance] : names) {
             const auto error =
                 writeImage(folder_ / name, Image(withFormat(format), Orientation::left));

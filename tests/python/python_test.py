@@ -116,8 +116,8 @@ class Receiver:
     def make(self, function, pointer):
         pixels = pointer._obj
         self.rows = numpy.frombuffer(_library.ctypes.string_at(pixels.bytes, pixels.size), numpy.uint8).reshape(
-            pixels.height, pixels.stride)[:, :pixels.width * {0: 4, 1: 3, 2: 1}[pixels.format]]
-        self.format = {0: "bgra", 1: "rgb", 2: "gray"}[pixels.format]
+            pixels.height, pixels.stride)[:, :pixels.width * (4, 3, 1, 3, 4)[pixels.format]]
+        self.format = ("bgra", "rgb", "gray", "bgr", "rgba")[pixels.format]
 
     image_from_pixels = None
 
@@ -128,12 +128,8 @@ def test_arrays_of_any_strides_arrive_as_they_look(case):
     view, form = case
     library = Receiver()
     _pictures.image(library, view, form)
-    received = library.rows.reshape(*view.shape[:2], -1)
-    if form == "gray":
-        assert library.format == "gray" and (received[..., 0] == view.reshape(view.shape[:2])).all()
-    else:
-        for channel, colour in enumerate(library.format.rstrip("a")):
-            assert (received[..., channel] == view[..., form.index(colour)]).all()
+    assert library.format == form
+    assert (library.rows.reshape(*view.shape[:2], -1) == view.reshape(*view.shape[:2], -1)).all()
 
 
 def test_pillow_images_arrive_as_their_file_looks():

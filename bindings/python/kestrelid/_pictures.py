@@ -25,13 +25,9 @@ Picture = Union[str, "os.PathLike[Any]", bytes, bytearray, memoryview, "numpy.ty
                 "PIL.Image.Image"]
 
 # KestrelidPixelFormat -> bytes a pixel.
-_BGRA, _RGB, _GRAY = 0, 1, 2
-_DEPTHS = {_BGRA: 4, _RGB: 3, _GRAY: 1}
-
-# format -> channels, what the library is given, and from which channels that is made if not from these.
-_FORMATS: dict[str, tuple[int, int, Optional[tuple[int, ...]]]] = {
-    "rgb": (3, _RGB, None), "bgr": (3, _RGB, (2, 1, 0)), "rgba": (4, _RGB, (0, 1, 2)), "bgra": (4, _BGRA, None),
-    "gray": (1, _GRAY, None)}
+_BGRA, _RGB, _GRAY, _BGR, _RGBA = range(5)
+_DEPTHS = {_BGRA: 4, _RGB: 3, _GRAY: 1, _BGR: 3, _RGBA: 4}
+_FORMATS = {"rgb": _RGB, "bgr": _BGR, "rgba": _RGBA, "bgra": _BGRA, "gray": _GRAY}
 
 # The library's own limits, held before anything is copied.
 _MAXIMUM_SIDE, _MAXIMUM_PIXELS = 20000, 100_000_000
@@ -93,16 +89,12 @@ def _of_array(library: Library, view: memoryview, format: Optional[Format]) -> c
         format = "gray"
     if format not in _FORMATS:
         _refuse(f"format={format!r} is none of {', '.join(_FORMATS)}")
-    needed, pixel_format, order = _FORMATS[format]
+    pixel_format = _FORMATS[format]
+    needed = _DEPTHS[pixel_format]
     if channels != needed:
         _refuse(f"format={format!r} needs {needed} channels; the array of shape {given} has {channels}")
     _check_size(width, height)
     rows = view.tobytes()  # whatever the strides are: row after row, channel beside channel
-    if order:
-        ordered = bytearray(width * height * len(order))
-        for channel, source in enumerate(order):
-            ordered[channel::len(order)] = rows[source::channels]
-        rows = bytes(ordered)
     return _of_rows(library, rows, width, height, pixel_format)
 
 

@@ -64,6 +64,10 @@ GstVideoFormat videoFormat(PixelFormat format) {
         return GST_VIDEO_FORMAT_BGRx;
     case PixelFormat::rgb8:
         return GST_VIDEO_FORMAT_RGB;
+    case PixelFormat::bgr8:
+        return GST_VIDEO_FORMAT_BGR;
+    case PixelFormat::rgba8:
+        return GST_VIDEO_FORMAT_RGBx;
     case PixelFormat::gray8:
         return GST_VIDEO_FORMAT_GRAY8;
     }

@@ -1,5 +1,7 @@
 #include "vision/outlines/WorkingPicture.h"
 
+#include "vision/ReducedPicture.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -10,13 +12,6 @@
 namespace kestrelid::vision {
 
 namespace {
-
-// A view: OpenCV has no read-only matrix, and nothing here writes through it.
-cv::Mat viewOf(const Bitmap& bitmap) {
-    auto* pixels = const_cast<std::byte*>(bitmap.row(0));
-    return {bitmap.height(), bitmap.width(), CV_8UC(bytesPerPixel(bitmap.format())), pixels,
-            static_cast<std::size_t>(bitmap.stride())};
-}
 
 // The factor that brings the brightest parts (99.5 % of the pixels are darker) to a well-lit level.
 // A dim picture keeps enough steps for edges up to about a factor of eight; beyond that there is
@@ -77,18 +72,10 @@ WorkingPicture makeWorkingPicture(const Bitmap& bitmap, int longestSide) {
 
     WorkingPicture picture;
     cv::Mat bgr;
-    switch (bitmap.format()) {
-    case PixelFormat::gray8:
+    if (bitmap.format() == PixelFormat::gray8) {
         picture.luma = small;
-        break;
-    case PixelFormat::bgra8:
-        cv::cvtColor(small, bgr, cv::COLOR_BGRA2BGR);
-        break;
-    case PixelFormat::rgb8:
-        cv::cvtColor(small, bgr, cv::COLOR_RGB2BGR);
-        break;
-    }
-    if (!bgr.empty()) {
+    } else {
+        bgr = inBgr(small, bitmap.format());
         cv::cvtColor(bgr, picture.luma, cv::COLOR_BGR2GRAY);
     }
     const double gain = brighteningOf(picture.luma);

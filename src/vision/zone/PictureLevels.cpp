@@ -22,6 +22,12 @@ cv::Mat1b inGrey(const Bitmap& bitmap) {
     case PixelFormat::rgb8:
         cv::cvtColor(view, grey, cv::COLOR_RGB2GRAY);
         break;
+    case PixelFormat::bgr8:
+        cv::cvtColor(view, grey, cv::COLOR_BGR2GRAY);
+        break;
+    case PixelFormat::rgba8:
+        cv::cvtColor(view, grey, cv::COLOR_RGBA2GRAY);
+        break;
     case PixelFormat::gray8:
         grey = view;
         break;

@@ -87,11 +87,13 @@ cv::Mat3b laidOn(const cv::Mat3b& desk, const cv::Mat3b& page, const vision::Qua
 }
 
 Bitmap bitmapOf(const cv::Mat3b& bgr, PixelFormat format) {
-    cv::Mat converted;
-    cv::cvtColor(bgr, converted,
-                 format == PixelFormat::bgra8  ? cv::COLOR_BGR2BGRA
-                 : format == PixelFormat::rgb8 ? cv::COLOR_BGR2RGB
-                                               : cv::COLOR_BGR2GRAY);
+    cv::Mat converted = bgr;
+    if (format != PixelFormat::bgr8)
+        cv::cvtColor(bgr, converted,
+                     format == PixelFormat::bgra8   ? cv::COLOR_BGR2BGRA
+                     : format == PixelFormat::rgba8 ? cv::COLOR_BGR2RGBA
+                     : format == PixelFormat::rgb8  ? cv::COLOR_BGR2RGB
+                                                    : cv::COLOR_BGR2GRAY);
     const std::size_t row = static_cast<std::size_t>(converted.cols) * converted.elemSize();
     const std::size_t stride = row + 24;  // rows are seldom packed in camera frames
     const std::size_t size = stride * static_cast<std::size_t>(converted.rows);

@@ -23,10 +23,12 @@ TEST(WorkingPictureTest, KeepsProportionsAndNeverEnlarges) {
 TEST(WorkingPictureTest, ColourFormatsAgree) {
     const cv::Mat3b page = test::drawnPage();
     const WorkingPicture bgra = makeWorkingPicture(test::bitmapOf(page, PixelFormat::bgra8), 512);
-    const WorkingPicture rgb = makeWorkingPicture(test::bitmapOf(page, PixelFormat::rgb8), 512);
     const WorkingPicture grey = makeWorkingPicture(test::bitmapOf(page, PixelFormat::gray8), 512);
-    EXPECT_EQ(cv::norm(bgra.luma, rgb.luma, cv::NORM_INF), 0.0);
-    EXPECT_EQ(cv::norm(bgra.colour, rgb.colour, cv::NORM_INF), 0.0);
+    for (const PixelFormat format : {PixelFormat::rgb8, PixelFormat::bgr8, PixelFormat::rgba8}) {
+        const WorkingPicture other = makeWorkingPicture(test::bitmapOf(page, format), 512);
+        EXPECT_EQ(cv::norm(bgra.luma, other.luma, cv::NORM_INF), 0.0);
+        EXPECT_EQ(cv::norm(bgra.colour, other.colour, cv::NORM_INF), 0.0);
+    }
     EXPECT_LE(cv::norm(bgra.luma, grey.luma, cv::NORM_INF), 2.0);
     EXPECT_TRUE(grey.colour.empty());
 }

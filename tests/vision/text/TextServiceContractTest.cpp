@@ -60,7 +60,8 @@ TEST_P(TextServiceContract, ReadsAllFourTurnsInReadingOrder) {
 }
 
 TEST_P(TextServiceContract, ReadsEveryPixelFormatAndUnevenLight) {
-    for (const auto format : {PixelFormat::bgra8, PixelFormat::rgb8, PixelFormat::gray8}) {
+    for (const auto format : {PixelFormat::bgra8, PixelFormat::rgb8, PixelFormat::gray8,
+                              PixelFormat::bgr8, PixelFormat::rgba8}) {
         SCOPED_TRACE(bytesPerPixel(format));
         EXPECT_THAT(textsOf(read(drawnPage(kLines, 0, format, Paper::shaded))),
                     ElementsAreArray(kTexts));
