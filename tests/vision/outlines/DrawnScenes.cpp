@@ -87,8 +87,10 @@ cv::Mat3b laidOn(const cv::Mat3b& desk, const cv::Mat3b& page, const vision::Qua
 }
 
 Bitmap bitmapOf(const cv::Mat3b& bgr, PixelFormat format) {
-    cv::Mat converted = bgr;
-    if (format != PixelFormat::bgr8)
+    cv::Mat converted;
+    if (format == PixelFormat::bgr8)
+        converted = bgr;
+    else
         cv::cvtColor(bgr, converted,
                      format == PixelFormat::bgra8   ? cv::COLOR_BGR2BGRA
                      : format == PixelFormat::rgba8 ? cv::COLOR_BGR2RGBA
