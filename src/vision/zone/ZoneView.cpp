@@ -83,25 +83,26 @@ std::vector<ZoneView> viewsOfOutline(const RectangleObservation& outline, cv::Si
 }
 
 std::vector<ZoneView> viewsOfPicture(const PictureLevels& picture) {
-    constexpr double kStep = 5.0;  // degrees; candidates may be tilted by 11 in a view
     struct Turn {
         double contrast = -1.0;
         double degrees = 0.0;
     };
-    Turn lying;
-    Turn standing;
-    for (double degrees = -45.0; degrees < 45.0; degrees += kStep) {
-        const Turn asItLies{rowContrast(picture, degrees), degrees};
-        const Turn turned{rowContrast(picture, degrees + 90.0), degrees + 90.0};
-        if (asItLies.contrast > lying.contrast)
-            lying = asItLies;
-        if (turned.contrast > standing.contrast)
-            standing = turned;
-    }
-    if (standing.contrast > lying.contrast)
-        std::swap(lying, standing);
-    return {turnedView(picture.size(), lying.degrees),
-            turnedView(picture.size(), standing.degrees)};
+    constexpr double kStep = 5.0;         // candidates may be tilted by 11 in a view
+    constexpr std::size_t kQuarter = 18;  // steps
+    std::array<Turn, 2 * kQuarter> turns;
+    const auto measure = [&](const cv::Range& range) {
+        for (int index = range.start; index < range.end; ++index) {
+            const double degrees = index * kStep - 45.0;
+            turns[static_cast<std::size_t>(index)] = {rowContrast(picture, degrees), degrees};
+        }
+    };
+    cv::parallel_for_({0, static_cast<int>(turns.size())}, measure);
+    const auto middle = turns.begin() + kQuarter;
+    Turn first = *std::ranges::max_element(turns.begin(), middle, {}, &Turn::contrast);
+    Turn second = *std::ranges::max_element(middle, turns.end(), {}, &Turn::contrast);
+    if (second.contrast > first.contrast)
+        std::swap(first, second);
+    return {turnedView(picture.size(), first.degrees), turnedView(picture.size(), second.degrees)};
 }
 
 }  // namespace kestrelid::vision
