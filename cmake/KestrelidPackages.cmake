@@ -38,7 +38,7 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 # As CPack itself would set it: anything else it puts above the summary of each package.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${CMAKE_PROJECT_NAME} built using CMake")
 set(CPACK_PACKAGE_CONTACT "The Kestrelid authors <maintainers@kestrelid.example>")
-set(CPACK_COMPONENTS_ALL Runtime Models ScreensRuntime Qml Development Python Tools)
+set(CPACK_COMPONENTS_ALL Runtime Models ScreensRuntime Qml Development Documentation Python Tools)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_THREADS 0)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -123,6 +123,18 @@ kestrelid_package(Development libkestrelid-dev libdevel "passport scanning, deve
     SUGGESTS qt6-declarative-dev qml6-module-kestrelid kestrelid-models
     BREAKS "libkestrelid${number} (<< ${version})" "libkestrelid${number} (>> ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+
+# The site is what tools/docs built.
+set(documents "${CMAKE_INSTALL_DATADIR}/doc/kestrelid-doc")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/build/docs/" DESTINATION "${documents}/html" COMPONENT Documentation)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${documents}" COMPONENT Documentation
+    PATTERN "__pycache__" EXCLUDE)
+kestrelid_package(Documentation kestrelid-doc doc "passport scanning, documents and examples"
+    TEXT "Guides, the reference of the C++ and C interfaces as a site to read offline, and"
+         "the examples, each of which builds by itself."
+    SUGGESTS libkestrelid-dev)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SHLIBDEPS OFF)
 
 # As pip would lay it, so that `pip list` and importlib.metadata know it; compiled when it is installed, as Debian does.
 set(modules lib/python3/dist-packages)

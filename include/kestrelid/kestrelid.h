@@ -365,6 +365,20 @@ KESTRELID_EXPORT KestrelidStatus kestrelid_detector_examine_wait(
     KestrelidDetector* detector, const KestrelidImage* image, const KestrelidDay* as_of,
     KestrelidResult** result, KestrelidZones** zones, KestrelidError** error);
 
+// What the verdict of kestrelid_detector_examine_wait() was reached by; other results have neither.
+// 1: corners, four, are filled with the outline that the text was read in, as in KestrelidZone.
+// 0: there is none.
+KESTRELID_EXPORT int kestrelid_result_outline(const KestrelidResult* result,
+                                              KestrelidPoint* corners);
+
+// Entries of the detector's table that the text holds, as they are counted. 0 for NULL.
+KESTRELID_EXPORT size_t kestrelid_result_match_count(const KestrelidResult* result);
+
+// As it stands in the table. Form and life as for kestrelid_result_reason(). distance: may be NULL;
+// gets the edits between the entry and the text.
+KESTRELID_EXPORT const char* kestrelid_result_match(const KestrelidResult* result, size_t index,
+                                                    int32_t* distance, size_t* size);
+
 #ifdef __cplusplus
 }  // extern "C"
 #endif

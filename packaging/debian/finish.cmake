@@ -25,8 +25,10 @@ foreach(component ${CPACK_COMPONENTS_ALL})
         execute_process(COMMAND "${strip}" --strip-unneeded "${runtime}" COMMAND_ERROR_IS_FATAL ANY)
     endforeach()
 
-    # The file copyright takes their place.
-    file(REMOVE_RECURSE "${usr}/share/doc")
+    # The file copyright takes the place of licences.
+    if(NOT component STREQUAL Documentation)
+        file(REMOVE_RECURSE "${usr}/share/doc")
+    endif()
     file(COPY "${CPACK_KESTRELID_PACKAGING}/copyright" DESTINATION "${documents}" NO_SOURCE_PERMISSIONS)
     file(COPY_FILE "${CPACK_KESTRELID_PACKAGING}/changelog" "${documents}/changelog.Debian")
     compress("${documents}/changelog.Debian")

@@ -153,7 +153,17 @@ KestrelidStatus kestrelid_detector_examine_wait(KestrelidDetector* detector,
             throw Failure{KESTRELID_FAILED, std::string(none->cause)};
         auto& examination = std::get<kestrelid::Examination>(examined);
         auto found = std::make_unique<KestrelidZones>(std::move(examination.zones));
-        *result = new KestrelidResult{.own = std::move(examination.verdict)};
+        auto verdict = std::make_unique<KestrelidResult>();
+        if (examination.chosenOutline) {
+            verdict->outline.emplace();
+            std::ranges::transform(examination.outlines[*examination.chosenOutline].corners,
+                                   verdict->outline->begin(), kestrelid::c::pointForC);
+        }
+        for (const kestrelid::KeywordMatch& match : examination.matches)
+            verdict->matches.push_back(
+                {std::string(match.keyword), static_cast<std::int32_t>(match.distance)});
+        verdict->own = std::move(examination.verdict);
+        *result = verdict.release();
         *zones = found.release();
     });
 }

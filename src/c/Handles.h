@@ -7,6 +7,8 @@
 #include <kestrelid/PassportDetector.h>
 #include <kestrelid/PassportValidationResult.h>
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,6 +22,14 @@ struct KestrelidImage {
 struct KestrelidResult {
     std::optional<kestrelid::PassportValidationResult> own;
     const kestrelid::PassportValidationResult* shown = nullptr;
+
+    // Of an examination.
+    struct Match {
+        std::string keyword;
+        std::int32_t distance = 0;
+    };
+    std::optional<std::array<KestrelidPoint, 4>> outline{};
+    std::vector<Match> matches{};
 
     [[nodiscard]] const kestrelid::PassportValidationResult& value() const {
         return shown ? *shown : *own;
@@ -42,6 +52,11 @@ struct KestrelidDetector {
 };
 
 namespace kestrelid::c {
+
+// NormalizedPoint has its origin at the lower left.
+inline KestrelidPoint pointForC(const NormalizedPoint& point) {
+    return {point.x, 1.0 - point.y};
+}
 
 // asOf: may be null. Throws a Failure if it is no day.
 ZoneRules zoneRules(const KestrelidDay* asOf);

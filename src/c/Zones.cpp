@@ -111,11 +111,6 @@ bool fill(Struct* filled, std::size_t firstSize, Struct known) {
     return true;
 }
 
-// NormalizedPoint has its origin at the lower left.
-KestrelidPoint fromTopLeft(const kestrelid::NormalizedPoint& point) {
-    return {.x = point.x, .y = 1.0 - point.y};
-}
-
 }  // namespace
 
 kestrelid::ZoneRules kestrelid::c::zoneRules(const KestrelidDay* asOf) {
@@ -183,10 +178,10 @@ int kestrelid_zones_zone(const KestrelidZones* zones, size_t zone, KestrelidZone
     if (isOfPicture) {
         const auto& first = found->lines.front().corners;
         const auto& last = found->lines.back().corners;
-        known.corners[0] = fromTopLeft(first[0]);
-        known.corners[1] = fromTopLeft(first[1]);
-        known.corners[2] = fromTopLeft(last[2]);
-        known.corners[3] = fromTopLeft(last[3]);
+        known.corners[0] = kestrelid::c::pointForC(first[0]);
+        known.corners[1] = kestrelid::c::pointForC(first[1]);
+        known.corners[2] = kestrelid::c::pointForC(last[2]);
+        known.corners[3] = kestrelid::c::pointForC(last[3]);
     }
     return fill(filled, offsetof(KestrelidZone, corners) + sizeof(known.corners), known) ? 1 : 0;
 }

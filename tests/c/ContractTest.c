@@ -64,6 +64,9 @@ static void nullArguments(void) {
     INVALID(kestrelid_detector_examine_wait(NULL, NULL, NULL, &result, &zones, &error),
             "detector is NULL");
     CHECK(zones == NULL);
+    int32_t distance = 7;
+    CHECK(kestrelid_result_outline(NULL, NULL) == 0 && kestrelid_result_match_count(NULL) == 0);
+    CHECK(kestrelid_result_match(NULL, 0, &distance, NULL) == NULL && distance == 0);
     CHECK(kestrelid_image_read(NULL, NULL, NULL) == KESTRELID_INVALID_ARGUMENT);
     CHECK(kestrelid_image_decode("png", 3, &image, NULL) == KESTRELID_UNREADABLE);
     expectError(kestrelid_image_read("gone.png", &image, &error), KESTRELID_UNREADABLE, &error,

@@ -159,6 +159,11 @@ class PackagesTest(unittest.TestCase):
         self.system.purge(self.files.keys())
         self.assert_nothing_left(before)
 
+    def test_documents_and_examples(self):
+        listed = subprocess.run(["dpkg-deb", "--contents", self.files["kestrelid-doc"]], capture_output=True, text=True, check=True)
+        for name in ("html/index.html", "html/classkestrelid_1_1PassportDetector.html", "examples/judge/CMakeLists.txt"):
+            self.assertIn(f"/usr/share/doc/kestrelid-doc/{name}\n", listed.stdout)
+
     def check_commands(self):
         report = json.loads(self.system.run("kestrelid", "doctor", "--json", user=True).stdout)
         self.assertTrue(report["complete"])

@@ -74,6 +74,10 @@ def test_examining_gives_the_verdict_and_the_zone_and_shows_nothing_of_it(detect
     examination = detector.examine(PASSPORT, as_of=datetime.date(2020, 1, 1))
     verdict = detector.judge(PASSPORT)
     assert [getattr(examination, name) for name in vars(verdict)] == list(vars(verdict).values())
+    assert all(f"{match.keyword} (distance {match.distance})" in verdict.reasons[1] for match in examination.matches)
+    assert len(examination.matches) == verdict.reasons[1].count("(distance")
+    (left, top), (right, _), (_, bottom), _ = examination.outline
+    assert 0 < left < 0.2 < 0.8 < right < 1 and 0 < top < 0.3 < 0.7 < bottom < 1
     (zone,) = examination.zones
     assert (zone.format, zone.is_strict, zone.problems) == ("TD3", True, ())
     assert "\t".join(zone.lines) in (ROOT / "samples/manifest.tsv").read_text()

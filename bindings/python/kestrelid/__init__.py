@@ -15,8 +15,8 @@ environment variable KESTRELID_LIBRARY says.
 from ._detector import Detector, parse_zones
 from ._errors import ArgumentError, Error, LibraryError, OutOfMemoryError, UnreadableError
 from ._pictures import Format, Picture
-from ._results import Examination, Result, Zone, ZoneField, ZoneProblem
+from ._results import Examination, KeywordMatch, Result, Zone, ZoneField, ZoneProblem
 from ._version import __version__
 
-__all__ = ["ArgumentError", "Detector", "Error", "Examination", "Format", "LibraryError", "OutOfMemoryError", "Picture",
-           "Result", "UnreadableError", "Zone", "ZoneField", "ZoneProblem", "__version__", "parse_zones"]
+__all__ = ["ArgumentError", "Detector", "Error", "Examination", "Format", "KeywordMatch", "LibraryError",
+           "OutOfMemoryError", "Picture", "Result", "UnreadableError", "Zone", "ZoneField", "ZoneProblem", "__version__", "parse_zones"]

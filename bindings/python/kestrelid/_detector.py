@@ -16,7 +16,7 @@ from . import _pictures
 from ._errors import ArgumentError, Error
 from ._library import CONSOLE, Day, Library, Options, ZoneFieldStruct, ZoneStruct, load
 from ._pictures import Format, Picture
-from ._results import Examination, Point, Result, Zone, ZoneField, ZoneProblem
+from ._results import Examination, KeywordMatch, Outline, Point, Result, Zone, ZoneField, ZoneProblem
 
 Outlines = Literal["network-first", "network", "classical"]
 Effort = Literal["complete", "verdict"]
@@ -119,10 +119,14 @@ class Detector:
             library.call(library.detector_examine_wait, detector, image, _day(as_of), ctypes.byref(result),
                          ctypes.byref(zones))
         try:
-            verdict = _result(library, result)
+            outline, matches = _outline(library, result), _matches(library, result)
         finally:
-            found = _zones(library, zones)
-        return Examination(verdict.is_passport, verdict.confidence, verdict.reasons, verdict.recognized_text, found)
+            try:
+                verdict = _result(library, result)
+            finally:
+                found = _zones(library, zones)
+        return Examination(verdict.is_passport, verdict.confidence, verdict.reasons, verdict.recognized_text, outline,
+                           matches, found)
 
     @property
     def library_version(self) -> str:
@@ -182,6 +186,24 @@ def _result(library: Library, result: c_void_p) -> Result:
         library.result_release(result)
 
 
+def _outline(library: Library, result: c_void_p) -> Optional[Outline]:
+    corners = (ctypes.c_double * 8)()
+    return _corners(corners) if library.result_outline(result, corners) else None
+
+
+def _corners(values: Any) -> Outline:
+    points: list[Point] = list(zip(values[::2], values[1::2]))
+    return points[0], points[1], points[2], points[3]
+
+
+def _matches(library: Library, result: c_void_p) -> tuple[KeywordMatch, ...]:
+    distance, matches = ctypes.c_int32(), []
+    for index in range(library.result_match_count(result)):
+        keyword = library.text(library.result_match, result, index, ctypes.byref(distance))
+        matches.append(KeywordMatch(keyword or "", distance.value))
+    return tuple(matches)
+
+
 def _zones(library: Library, zones: c_void_p) -> tuple[Zone, ...]:
     """Releases the zones."""
     try:
@@ -193,13 +215,12 @@ def _zones(library: Library, zones: c_void_p) -> tuple[Zone, ...]:
 def _zone(library: Library, zones: c_void_p, index: int) -> Zone:
     zone = ZoneStruct(ctypes.sizeof(ZoneStruct))
     library.zones_zone(zones, index, ctypes.byref(zone))
-    points: list[Point] = list(zip(zone.corners[::2], zone.corners[1::2]))
     return Zone(
         library.zone_format_name(zone.format).decode(), bool(zone.is_strict),
         tuple(library.text(library.zones_line, zones, index, line) or "" for line in range(zone.lines)),
         tuple(_field(library, zones, index, field) for field in range(zone.fields)),
         tuple(_problem(library, zones, index, problem) for problem in range(zone.problems)),
-        (points[0], points[1], points[2], points[3]) if any(zone.corners) else None, zone.pixels_per_character)
+        _corners(zone.corners) if any(zone.corners) else None, zone.pixels_per_character)
 
 
 def _field(library: Library, zones: c_void_p, zone: int, index: int) -> ZoneField:

@@ -7,6 +7,7 @@ import datetime
 from typing import Optional, Tuple
 
 Point = Tuple[float, float]  # x and y from the picture's top left corner, as shares of its width and height
+Outline = Tuple[Point, Point, Point, Point]  # from the top left clockwise
 
 
 @dataclasses.dataclass(frozen=True, repr=False)
@@ -27,12 +28,22 @@ class Result:
 
 @dataclasses.dataclass(frozen=True, repr=False)
 class Examination(Result):
-    """The verdict of judge(), and the machine-readable zones."""
+    """The verdict of judge(), what it was reached by, and the machine-readable zones."""
 
-    zones: tuple[Zone, ...]  # the clearest first
+    outline: Optional[Outline]  # the document in which the text was read, where one was found
+    matches: tuple[KeywordMatch, ...]  # in the order of the detector's table
+    zones: tuple[Zone, ...]  # from the top of the picture down
 
     def _rest(self) -> str:
         return f"{super()._rest()}, zones: {len(self.zones)}"
+
+
+@dataclasses.dataclass(frozen=True)
+class KeywordMatch:
+    """An entry of the detector's table that the text holds."""
+
+    keyword: str
+    distance: int  # edits between the entry and the text
 
 
 @dataclasses.dataclass(frozen=True, repr=False)
@@ -44,7 +55,7 @@ class Zone:
     lines: tuple[str, ...]  # as printed, after corrections
     fields: tuple[ZoneField, ...]  # as printed
     problems: tuple[ZoneProblem, ...]  # why it is not strict
-    corners: Optional[tuple[Point, Point, Point, Point]]  # from the top left clockwise, as it is read; None: of a text
+    corners: Optional[Outline]  # as it is read; None: of a text
     pixels_per_character: float  # 0: unknown
 
     def field(self, kind: str) -> Optional[ZoneField]:
