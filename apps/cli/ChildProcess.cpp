@@ -41,25 +41,29 @@ private:
     std::array<int, 2> ends_{-1, -1};
 };
 
-// The process, or 0.
-pid_t start(const std::vector<std::string>& command, const Pipe& output, const Pipe& errors) {
+// 0, or the errno. process: set on success.
+int start(const std::vector<std::string>& command, const Pipe& output, const Pipe& errors,
+          pid_t& process) {
     std::vector<char*> arguments;
     for (const std::string& argument : command)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;
-    if (::posix_spawn_file_actions_init(&actions) != 0)
-        return 0;
-    pid_t process = 0;
-    const bool isPrepared =
-        ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0) == 0 &&
-        ::posix_spawn_file_actions_adddup2(&actions, output.writing(), STDOUT_FILENO) == 0 &&
-        ::posix_spawn_file_actions_adddup2(&actions, errors.writing(), STDERR_FILENO) == 0;
-    if (!isPrepared || ::posix_spawnp(&process, arguments.front(), &actions, nullptr,
-                                      arguments.data(), environ) != 0)
-        process = 0;
+    if (output.writing() < 0 || errors.writing() < 0)
+        return EMFILE;
+    if (const int error = ::posix_spawn_file_actions_init(&actions); error != 0)
+        return error;
+    int error =
+        ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    if (error == 0)
+        error = ::posix_spawn_file_actions_adddup2(&actions, output.writing(), STDOUT_FILENO);
+    if (error == 0)
+        error = ::posix_spawn_file_actions_adddup2(&actions, errors.writing(), STDERR_FILENO);
+    if (error == 0)
+        error = ::posix_spawnp(&process, arguments.front(), &actions, nullptr, arguments.data(),
+                               environ);
     ::posix_spawn_file_actions_destroy(&actions);
-    return process;
+    return error;
 }
 
 // Reads what there is; closes the end where there will be no more.
@@ -89,8 +93,9 @@ ProcessResult runProcess(const std::vector<std::string>& command, std::size_t ma
     ProcessResult result;
     Pipe output;
     Pipe errors;
-    const pid_t process = start(command, output, errors);
-    if (process == 0)
+    pid_t process = 0;
+    result.status = start(command, output, errors, process);
+    if (result.status != 0)
         return result;
     output.closeEnd(1);
     errors.closeEnd(1);

@@ -10,7 +10,7 @@ namespace kestrelid::cli {
 struct ProcessResult {
     enum class End { exited, notStarted, tooLate, tooLarge };
     End end = End::notStarted;
-    int status = -1;     // of exited: 0 to 255, or 128 and the signal's number
+    int status = -1;  // of exited: 0 to 255, or 128 and the signal's number; of notStarted: errno
     std::string output;  // what it wrote to standard output
     std::string errors;  // what it wrote to standard error, as far as the same limit
 };

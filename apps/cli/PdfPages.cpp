@@ -2,8 +2,10 @@
 
 #include "apps/cli/ChildProcess.h"
 
+#include <cerrno>
 #include <charconv>
 #include <chrono>
+#include <cstring>
 #include <span>
 #include <string>
 
@@ -19,6 +21,8 @@ std::variant<std::string, ImageError> outputOf(std::vector<std::string> command)
     ProcessResult result = runProcess(command, kMaximumFileSize, kPatience);
     switch (result.end) {
     case ProcessResult::End::notStarted:
+        if (result.status != ENOENT)
+            return ImageError{program + " cannot be started: " + std::strerror(result.status)};
         return ImageError{"a PDF file; to read it, install " + program +
                           " (Debian package poppler-utils)"};
     case ProcessResult::End::tooLate:

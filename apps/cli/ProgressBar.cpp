@@ -18,7 +18,8 @@ void ProgressBar::show(std::size_t done) {
     constexpr std::size_t kWidth = 30;  // characters
     const std::size_t filled = done * kWidth / total_;
     const std::string bar = std::string(filled, '#') + std::string(kWidth - filled, '.');
-    std::fprintf(stderr, "\r[%s] %zu of %zu%s", bar.c_str(), done, total_, remaining(done).c_str());
+    std::fprintf(stderr, "\r[%s] %zu of %zu%s\x1b[K", bar.c_str(), done, total_,
+                 remaining(done).c_str());
     std::fflush(stderr);
     shown_ = true;
 }
@@ -34,12 +35,11 @@ std::string ProgressBar::remaining(std::size_t done) const {
         static_cast<long>(taken / static_cast<double>(done) * static_cast<double>(total_ - done));
     char text[64];
     if (seconds < 60)
-        std::snprintf(text, sizeof text, ", %ld s left \x1b[K", seconds + 1);
+        std::snprintf(text, sizeof text, ", %ld s left", seconds + 1);
     else if (seconds < 3600)
-        std::snprintf(text, sizeof text, ", %ld min left \x1b[K", seconds / 60 + 1);
+        std::snprintf(text, sizeof text, ", %ld min left", seconds / 60 + 1);
     else
-        std::snprintf(text, sizeof text, ", %ld h %ld min left \x1b[K", seconds / 3600,
-                      seconds / 60 % 60);
+        std::snprintf(text, sizeof text, ", %ld h %ld min left", seconds / 3600, seconds / 60 % 60);
     return text;
 }
 

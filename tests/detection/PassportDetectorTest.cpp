@@ -18,6 +18,12 @@
 #include <thread>
 #include <unistd.h>
 
+// glibc keeps the folders of LOCPATH when it makes a locale.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
+const char* __lsan_default_suppressions() {
+    return "leak:argz_add_sep\n";
+}
+
 namespace kestrelid::detection {
 namespace {
 
