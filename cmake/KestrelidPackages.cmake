@@ -130,8 +130,8 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/build/docs/" DESTINATION "${documents}/
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${documents}" COMPONENT Documentation
     PATTERN "__pycache__" EXCLUDE)
 kestrelid_package(Documentation kestrelid-doc doc "passport scanning, documents and examples"
-    TEXT "Guides, the reference of the C++ and C interfaces as a site to read offline, and"
-         "the examples, each of which builds by itself."
+    TEXT "Guides and the reference of the C++ and C interfaces, as a site to read"
+         "offline, and the examples, each of which builds by itself."
     SUGGESTS libkestrelid-dev)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SHLIBDEPS OFF)
