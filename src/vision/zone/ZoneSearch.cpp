@@ -6,7 +6,7 @@
 #include <array>
 #include <cmath>
 #include <optional>
-#include <ranges>
+#include <span>
 #include <utility>
 
 namespace kestrelid::vision {
@@ -97,7 +97,8 @@ private:
     // The longest candidates that look and read like a zone's lines, best first.
     Trouble rate(std::array<std::vector<Rated>, 2>& ways) const {
         std::vector<Stretch> stretches;
-        for (const Baseline& line : candidates_ | std::views::take(kLookedAt)) {
+        const std::size_t count = std::min(candidates_.size(), kLookedAt);
+        for (const Baseline& line : std::span(candidates_).first(count)) {
             const Stretch stretch{line, line.length() / kGlancedCharacters};
             if (!isPlausible(stretch) || !reader_.isEvenPrint(stretch))
                 continue;
