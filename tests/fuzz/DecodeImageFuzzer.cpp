@@ -12,8 +12,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // The last byte chooses the reduction, so that a
     // picture file followed by one byte is a fitting seed.
     const int sufficientSide = data[size - 1];
-    const auto result = decodeImage({reinterpret_cast<const std::byte*>(data), size - 1},
-                                    {.sufficientSide = sufficientSide});
+    const std::span file(reinterpret_cast<const std::byte*>(data), size - 1);
+    const int pages = countPages(file);
+    if (pages < 1)
+        std::abort();
+    const auto result =
+        decodeImage(file, {.sufficientSide = sufficientSide, .page = sufficientSide % pages});
     if (const auto* error = std::get_if<ImageError>(&result)) {
         if (error->cause.empty() || error->cause.find('\n') != std::string::npos)
             std::abort();
