@@ -105,8 +105,9 @@ void addValidate(CLI::App& command, ValidateOptions& options) {
         ->required()
         ->type_name("");
     command.add_flag("--json", options.json, "One JSON object a line and input");
-    command.add_flag("!--no-text", options.withText,
-                     "Leave the recognised text and what zones say out of the JSON");
+    command.add_flag_callback(
+        "--no-text", [&] { options.withText = false; },
+        "Leave the recognised text and what zones say out of the JSON");
     command.add_option("-j,--jobs", options.jobs, "Pictures judged at once, 1 to 64")
         ->type_name("N")
         ->check(CLI::Range(1, 64).description(""));
