@@ -48,9 +48,9 @@ int start(const std::vector<std::string>& command, const Pipe& output, const Pip
     for (const std::string& argument : command)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
     if (output.writing() < 0 || errors.writing() < 0)
         return EMFILE;
+    posix_spawn_file_actions_t actions;
     if (const int error = ::posix_spawn_file_actions_init(&actions); error != 0)
         return error;
     int error =

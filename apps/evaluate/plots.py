@@ -15,10 +15,10 @@ _COLOURS = ["#0072b2", "#e69f00", "#009e73", "#cc79a7", "#56b4e9", "#d55e00"]  #
 _PASSPORTS, _OTHERS = _COLOURS[2], _COLOURS[5]
 
 
-def _axes(rows, height, columns=1):
+def _axes(rows, height):
     figure = Figure(figsize=(9, 1 + height * rows), dpi=110, layout="constrained")
     FigureCanvasAgg(figure)
-    axes = figure.subplots(rows, columns, squeeze=False)[:, 0]
+    axes = figure.subplots(rows, squeeze=False)[:, 0]
     for axis in axes:
         axis.spines[["top", "right"]].set_visible(False)
         axis.grid(axis="x", alpha=0.3)

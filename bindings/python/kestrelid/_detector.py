@@ -197,7 +197,7 @@ def _corners(values: Any) -> Outline:
 
 
 def _matches(library: Library, result: c_void_p) -> tuple[KeywordMatch, ...]:
-    distance, matches = ctypes.c_int32(), []
+    distance, matches = c_int32(), []
     for index in range(library.result_match_count(result)):
         keyword = library.text(library.result_match, result, index, ctypes.byref(distance))
         matches.append(KeywordMatch(keyword or "", distance.value))
