@@ -49,10 +49,7 @@ Rectangle {
         Accessible.onPressAction: area.tapped()
         onTapped: button.tapped()
 
-        TapHandler {
-            gesturePolicy: TapHandler.ReleaseWithinBounds
-            onTapped: area.tapped()
-        }
+        Tap { control: area }
     }
 
     FocusRing {

@@ -29,10 +29,7 @@ Item {
         Accessible.onPressAction: area.tapped()
         onTapped: button.tapped()
 
-        TapHandler {
-            gesturePolicy: TapHandler.ReleaseWithinBounds
-            onTapped: area.tapped()
-        }
+        Tap { control: area }
 
         // Half of the line lies on each side of the circle's edge.
         Rectangle {

@@ -54,10 +54,7 @@ Item {
             Accessible.onPressAction: closeArea.tapped()
             onTapped: bar.closeTapped()
 
-            TapHandler {
-                gesturePolicy: TapHandler.ReleaseWithinBounds
-                onTapped: closeArea.tapped()
-            }
+            Tap { control: closeArea }
             FocusRing {
                 screen: bar.screen
                 control: closeArea

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QFont>
 #include <QStringList>
+#include <QStyleHints>
 #include <utility>
 
 namespace {
@@ -53,6 +54,7 @@ int main(int argc, char** argv) {
     font.setHintingPreference(QFont::PreferNoHinting);
     QApplication::setFont(font);
     QApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::styleHints()->setMousePressAndHoldInterval(0);  // each press is a long one
     if (QApplication::arguments().contains("--renew"))
         testing::GTEST_FLAG(filter) = "*Pixels*";
     testing::UnitTest::GetInstance()->listeners().Append(new WarningsFail);
