@@ -45,7 +45,7 @@ int main(int count, char** arguments) {
     int status = 0;
     for (const std::string& file : files) {
         const auto start = Clock::now();
-        Json object{{"file", file}};
+        Json object{{"schema", 1}, {"file", file}};
         failure.clear();
         // Larger pictures take longer and say no more.
         const auto picture = readImage(file, {.sufficientSide = 1920});
@@ -66,7 +66,7 @@ int main(int count, char** arguments) {
             }
         }
         if (!failure.empty()) {
-            object = {{"file", file}, {"error", failure}};
+            object = {{"schema", 1}, {"file", file}, {"error", failure}};
             std::cerr << file << ": " << failure << '\n';
             status = 1;
         }

@@ -14,6 +14,7 @@ import unittest
 
 try:
     import distributed
+    import jsonschema
     from PIL import Image
 except ImportError as missing:
     print(f"skipped: {missing}: run tools/setup")
@@ -90,6 +91,9 @@ class ManyMachines(unittest.TestCase):
         self.assertTrue(60 <= written < 190, written)
         self.assertEqual(process.returncode, 1, complaints)
         lines = [json.loads(line) for line in output.read_text().splitlines()]
+        schema = json.loads((ROOT / "packaging/schema/findings-1.schema.json").read_text("utf-8"))
+        for line in lines:
+            jsonschema.validate(line, schema)
         wrong = [line for line in lines if "error" in line]
         self.assertEqual([bytes.fromhex(line["fileBytes"]) for line in wrong], [torn])
         judged = {line["file"]: line["isPassport"] for line in lines if "error" not in line}
