@@ -39,7 +39,10 @@ std::string camerasAsJson(const std::vector<CameraDescription>& cameras) {
                                {"height", format.height},
                                {"framesPerSecond", format.framesPerSecond},
                                {"encoding", format.encoding}});
-        list.push_back({{"name", camera.name}, {"formats", std::move(formats)}});
+        list.push_back({{"name", camera.name},
+                        {"position", keyOf(camera.position)},
+                        {"infrared", camera.isInfrared},
+                        {"formats", std::move(formats)}});
     }
     return jsonLine({{"cameras", std::move(list)}});
 }

@@ -99,9 +99,10 @@ std::string CameraWatch::whyNotReady() const {
     const std::optional<std::string> name = cameraName();
     if (!name)
         return callbacks_.whyNoCamera();
-    if (const auto& error = capture_->error())
-        return *name + ": " + error->description;
-    return *name + ": opened, but gives no pictures; another program may be using it";
+    const CameraStatus& status = manager_->cameraStatus().value();
+    return *name + ": " +
+           (status.cause.empty() ? "gives no pictures; another program may be using it"
+                                 : status.cause);
 }
 
 void CameraWatch::tickLater() {

@@ -27,10 +27,7 @@ std::shared_ptr<CaptureDevice> CaptureRecorder::defaultVideoDevice() {
 
 std::variant<std::shared_ptr<CaptureInput>, CaptureError>
 CaptureRecorder::makeInput(std::shared_ptr<CaptureDevice> device) {
-    auto opened = platform_->makeInput(std::move(device));
-    const auto* error = std::get_if<CaptureError>(&opened);
-    error_ = error != nullptr ? std::optional(*error) : std::nullopt;
-    return opened;
+    return platform_->makeInput(std::move(device));
 }
 
 }  // namespace kestrelid::cli

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kestrelid/CameraStatus.h>
 #include <kestrelid/CaptureServices.h>
 #include <kestrelid/detection/PassportDetector.h>
 #include <kestrelid/DispatchQueue.h>
@@ -60,11 +61,11 @@ public:
 
     /// Configures and starts the session on the session queue; isSessionReady is published 1 s
     /// after it has started, or false at once if there is no usable camera. A session that runs
-    /// already refuses a second input: it runs on, and isSessionReady is published false.
+    /// already may refuse a second input: it runs on, and isSessionReady is published false.
     void setupSession();
 
-    /// Takes a photo of the device's full size. Ends in exactly one call of onPhotoCapture, however
-    /// many are under way.
+    /// Takes a photo of the output's largest size. Ends in exactly one call of onPhotoCapture,
+    /// however many are under way.
     void capturePhoto();
 
     /// Gets every photo, or nothing if it failed. If it is empty, photos are taken and thrown away.
@@ -94,6 +95,12 @@ public:
     /// grows, and once the page has left or the camera has given no frame for two seconds.
     [[nodiscard]] const Published<LiveZone>& zone() const noexcept { return zone_; }
 
+    /// What the camera is doing, and why: also what the values above do not tell. Published on a
+    /// change only.
+    [[nodiscard]] const Published<CameraStatus>& cameraStatus() const noexcept {
+        return cameraStatus_;
+    }
+
     /// For the capture platform. Frame queue.
     void didOutput(const SampleBuffer& sampleBuffer) override;
     /// For the capture platform. Any thread.
@@ -103,18 +110,22 @@ public:
 private:
     explicit CameraManager(CameraServices services);
 
-    void askForAccess();                                            // main queue
-    void publishNotReadyLater();                                    // any thread
-    void configureSession();                                        // session queue
-    bool addDefaultDevice();                                        // session queue
-    void addVideoOutput();                                          // session queue
-    void performCapture();                                          // session queue
-    void handleDetectionResult(bool isPassport, float confidence);  // main queue
-    void judge(const Bitmap& frame);                                // frame queue
-    void publishZoneLater(const LiveZone& zone);                    // any thread
-    void forgetZoneIfSilent(std::uint64_t looks);                   // main queue
-    void deliver(const std::optional<Image>& photo);                // main queue
-    void deliverLater(std::optional<Image> photo);                  // any thread
+    void askForAccess();                                                           // main queue
+    void publishNotReadyLater();                                                   // any thread
+    void configureSession();                                                       // session queue
+    void followSession();                                                          // session queue
+    void publishWithoutSession(CameraState state, const std::string& cause = {});  // main queue
+    void publishWithoutSessionLater(CameraState state, std::string cause);         // any thread
+    void publishCamera(const CameraStatus& status);                                // main queue
+    bool addDefaultDevice();                                                       // session queue
+    void addVideoOutput();                                                         // session queue
+    void performCapture();                                                         // session queue
+    void handleDetectionResult(bool isPassport, float confidence);                 // main queue
+    void judge(const Bitmap& frame);                                               // frame queue
+    void publishZoneLater(const LiveZone& zone);                                   // any thread
+    void forgetZoneIfSilent(std::uint64_t looks);                                  // main queue
+    void deliver(const std::optional<Image>& photo);                               // main queue
+    void deliverLater(std::optional<Image> photo);                                 // any thread
 
     const CameraServices services_;
     const std::shared_ptr<CaptureSession> session_;
@@ -125,6 +136,7 @@ private:
     Published<bool> isSessionReady_{false};         // main queue
     Published<bool> isDocumentDetected_{false};     // main queue
     Published<float> detectionConfidence_{0.0f};    // main queue
+    Published<CameraStatus> cameraStatus_{{}};      // main queue
     std::int64_t consecutiveDetectedCount_ = 0;     // main queue
     std::int64_t consecutiveNotDetectedCount_ = 0;  // main queue
     WallTime lastDetectionTime_;                    // frame queue

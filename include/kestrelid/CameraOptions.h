@@ -1,18 +1,35 @@
 #pragma once
 
+#include <kestrelid/Export.h>
 #include <kestrelid/Image.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kestrelid {
 
+/// Where a camera looks, as its driver says.
+enum class CameraPosition : std::uint8_t {
+    unknown,   ///< most drivers do not say
+    back,      ///< away from the person
+    front,     ///< at the person
+    external,  ///< plugged in
+};
+
+/// A word for each: "unknown", "back", "front", "external".
+[[nodiscard]] KESTRELID_EXPORT std::string_view keyOf(CameraPosition position) noexcept;
+
 /// Which camera, and how it is mounted.
 struct CameraOptions {
     /// A camera's name as cameras() gives it, or the path of a picture or video file, which then
-    /// stands for a camera and needs no permission. Empty: the first camera.
+    /// stands for a camera and needs no permission. Empty: the first of cameras().
     std::string camera;
+
+    /// Only a camera that looks there. A file looks anywhere.
+    std::optional<CameraPosition> position{};
 
     /// For a camera whose driver does not know how it is mounted, or is wrong about it.
     std::optional<Orientation> orientation;
@@ -31,6 +48,8 @@ struct CameraFormat {
 struct CameraDescription {
     std::string name;
     std::vector<CameraFormat> formats;  ///< largest first
+    CameraPosition position = CameraPosition::unknown;
+    bool isInfrared = false;  ///< shows no colours, as a camera that knows faces
 };
 
 }  // namespace kestrelid

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kestrelid/Bitmap.h>
+#include <kestrelid/CameraStatus.h>
 #include <kestrelid/DispatchQueue.h>
 #include <kestrelid/Export.h>
 #include <kestrelid/Image.h>
@@ -175,7 +176,7 @@ public:
     /// The modes that photos may ask for.
     [[nodiscard]] virtual std::vector<FlashMode> supportedFlashModes() const = 0;
 
-    /// The largest still of the device.
+    /// The largest still of the device, of those that it gives within a second.
     [[nodiscard]] virtual PhotoDimensions maxPhotoDimensions() const = 0;
 
     /// Returns at once. The delegate is held until it has been called, exactly once, within 3 s,
@@ -201,7 +202,7 @@ enum class SessionPreset : std::uint8_t {
 };
 
 /// One device's way to its outputs. Releasing it stops it and lets the device go within a second.
-/// Thread: session queue, but isRunning() and addPreviewSurface(): any.
+/// Thread: session queue, but isRunning(), status() and addPreviewSurface(): any.
 class KESTRELID_EXPORT CaptureSession {
 public:
     virtual ~CaptureSession();
@@ -214,7 +215,8 @@ public:
     /// adapter may have nothing to change here.
     virtual void setSessionPreset(SessionPreset preset) = 0;
 
-    /// False if it already has an input whose device is still there.
+    /// False if it already has an input of another device that is still there. A session may also
+    /// refuse the device that it has; one that takes it runs on undisturbed.
     [[nodiscard]] virtual bool canAddInput(const std::shared_ptr<CaptureInput>& input) const = 0;
     /// Call it only if canAddInput() is true.
     virtual void addInput(std::shared_ptr<CaptureInput> input) = 0;
@@ -228,9 +230,17 @@ public:
     virtual void startRunning() = 0;
 
     /// True from a successful start until the session is released or the device is lost: unplugged,
-    /// failed, or without a frame for 1.5 s. What was lost stays lost until an input is added and
-    /// the session is started again.
+    /// failed, or without a frame for 1.5 s. A session may open a lost device again by itself, and
+    /// runs then; otherwise an input must be added and the session started again.
     [[nodiscard]] virtual bool isRunning() const = 0;
+
+    /// What the device is doing. By default only whether the session is running.
+    [[nodiscard]] virtual CameraStatus status() const;
+
+    /// Calls observer after each change of status() until the session is released; replaces the
+    /// former one. By default nothing is told. Thread of observer: any, one call at a time; it must
+    /// return at once, and must not release the session.
+    virtual void observeStatus(std::function<void()> observer);
 
     /// Shows its frames on surface from now on, for as long as the surface lives.
     virtual void addPreviewSurface(std::weak_ptr<PreviewSurface> surface) = 0;

@@ -13,8 +13,9 @@
 
 namespace kestrelid {
 
-/// The machine's cameras, or the file of options.camera. Thread: any; takes seconds where the
-/// desktop hangs.
+/// The machine's cameras, best first: those at the back, then external and unknown ones, then those
+/// at the front, infrared ones last. Or the file of options.camera. Thread: any; takes seconds
+/// where the desktop hangs.
 [[nodiscard]] KESTRELID_EXPORT std::vector<CameraDescription>
 cameras(const CameraOptions& options = {});
 

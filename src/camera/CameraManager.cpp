@@ -108,6 +108,7 @@ void CameraManager::checkAuthorization() {
     case AuthorizationStatus::restricted:
     case AuthorizationStatus::denied:
         publish(false);
+        base::runBlock("camera", [this] { publishWithoutSession(CameraState::denied); });
         break;
     }
 }
@@ -118,6 +119,8 @@ void CameraManager::askForAccess() {
             self->isAuthorized_.publish(granted);
             if (granted)
                 self->setupSession();
+            else
+                self->publishWithoutSession(CameraState::denied);
         });
     });
 }
@@ -132,7 +135,35 @@ void CameraManager::publishNotReadyLater() {
            [self = shared_from_this()] { self->isSessionReady_.publish(false); });
 }
 
+void CameraManager::publishCamera(const CameraStatus& status) {
+    if (status != cameraStatus_.value())
+        cameraStatus_.publish(status);
+}
+
+// A session that runs keeps its camera, whatever was found since.
+void CameraManager::publishWithoutSession(CameraState state, const std::string& cause) {
+    if (!session_->isRunning())
+        publishCamera({.state = state, .cause = cause});
+}
+
+void CameraManager::publishWithoutSessionLater(CameraState state, std::string cause) {
+    submit(*services_.mainQueue, [self = shared_from_this(), state, cause = std::move(cause)] {
+        self->publishWithoutSession(state, cause);
+    });
+}
+
+void CameraManager::followSession() {
+    // Called on threads that must not release the manager.
+    session_->observeStatus([weak = weak_from_this(), mainQueue = services_.mainQueue] {
+        submit(*mainQueue, [weak] {
+            if (const auto self = weak.lock())
+                self->publishCamera(self->session_->status());
+        });
+    });
+}
+
 void CameraManager::configureSession() try {
+    followSession();
     session_->beginConfiguration();
     session_->setSessionPreset(SessionPreset::photo);
     if (!addDefaultDevice()) {
@@ -146,6 +177,12 @@ void CameraManager::configureSession() try {
         addVideoOutput();
     session_->commitConfiguration();
     session_->startRunning();
+    submit(*services_.mainQueue, [self = shared_from_this()] {
+        CameraStatus status = self->session_->status();
+        if (status.state == CameraState::idle)
+            status.state = CameraState::failed;
+        self->publishCamera(status);
+    });
     services_.mainQueue->asyncAfter(kReadinessCheckDelay, [self = shared_from_this()] {
         base::runBlock("camera",
                        [&] { self->isSessionReady_.publish(self->session_->isRunning()); });
@@ -156,9 +193,15 @@ void CameraManager::configureSession() try {
 
 bool CameraManager::addDefaultDevice() {
     const std::shared_ptr<CaptureDevice> device = services_.capture->defaultVideoDevice();
-    if (!device)
+    if (!device) {
+        publishWithoutSessionLater(CameraState::absent, {});
         return false;
+    }
     const auto opened = services_.capture->makeInput(device);
+    if (const auto* error = std::get_if<CaptureError>(&opened)) {
+        publishWithoutSessionLater(CameraState::failed, error->description);
+        return false;
+    }
     const auto* input = std::get_if<std::shared_ptr<CaptureInput>>(&opened);
     if (!input || !session_->canAddInput(*input))
         return false;

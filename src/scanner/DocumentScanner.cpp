@@ -65,6 +65,15 @@ QVariant DocumentScanner::zone() const {
     return zoneValue(manager_ ? manager_->zone().value() : LiveZone{});
 }
 
+QString DocumentScanner::cameraState() const {
+    const auto key = keyOf(manager_ ? manager_->cameraStatus().value().state : CameraState::idle);
+    return QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
+}
+
+QString DocumentScanner::cameraCause() const {
+    return manager_ ? QString::fromStdString(manager_->cameraStatus().value().cause) : QString();
+}
+
 void DocumentScanner::appear() {
     if (!manager_)
         makeManager();
@@ -85,7 +94,9 @@ void DocumentScanner::makeManager() {
     observe(manager_->isAuthorized());
     observe(manager_->isSessionReady());
     observe(manager_->isDocumentDetected());
-    observeZone();
+    observe(manager_->zone(), &DocumentScanner::zoneObserver_, &DocumentScanner::zoneChanged);
+    observe(manager_->cameraStatus(), &DocumentScanner::cameraObserver_,
+            &DocumentScanner::cameraStatusChanged);
     emit sessionChanged();
 }
 
@@ -93,14 +104,17 @@ void DocumentScanner::observe(const Published<bool>& field) {
     subscriptions_.push_back(field.didChange([this](bool) { follow(); }));
 }
 
-void DocumentScanner::observeZone() {
-    subscriptions_.push_back(manager_->zone().didChange([this](const LiveZone& zone) {
+template <typename Value>
+void DocumentScanner::observe(const Published<Value>& field,
+                              std::function<void(const Value&)> DocumentScanner::*observer,
+                              void (DocumentScanner::*changed)()) {
+    subscriptions_.push_back(field.didChange([this, observer](const Value& value) {
         // A copy: the observer may replace itself, or release the screen.
-        if (const auto observer = zoneObserver_)
-            observer(zone);
+        if (const auto tell = this->*observer)
+            tell(value);
     }));
     subscriptions_.push_back(
-        manager_->zone().didChange([this](const LiveZone&) { emit zoneChanged(); }));
+        field.didChange([this, changed](const Value&) { emit(this->*changed)(); }));
 }
 
 void DocumentScanner::follow() {

@@ -29,8 +29,10 @@ class DocumentScanner : public QObject {
     Q_PROPERTY(bool isCaptureAllowed READ isCaptureAllowed NOTIFY displayChanged)
     Q_PROPERTY(Status status READ status NOTIFY displayChanged)
     Q_PROPERTY(kestrelid::scanner::CaptureSessionHandle session READ session NOTIFY sessionChanged)
-    Q_PROPERTY(bool readsZone MEMBER readsZone_ NOTIFY readsZoneChanged)  // as camera
-    Q_PROPERTY(QVariant zone READ zone NOTIFY zoneChanged)                // see zoneValue()
+    Q_PROPERTY(bool readsZone MEMBER readsZone_ NOTIFY readsZoneChanged)         // as camera
+    Q_PROPERTY(QVariant zone READ zone NOTIFY zoneChanged)                       // see zoneValue()
+    Q_PROPERTY(QString cameraState READ cameraState NOTIFY cameraStatusChanged)  // keyOf()
+    Q_PROPERTY(QString cameraCause READ cameraCause NOTIFY cameraStatusChanged)
     QML_ELEMENT
 
 public:
@@ -54,6 +56,12 @@ public:
     // Made anew each time: only the manager keeps what a document says.
     [[nodiscard]] QVariant zone() const;
 
+    [[nodiscard]] QString cameraState() const;
+    [[nodiscard]] QString cameraCause() const;
+
+    // Gets what cameraStatusChanged() announces.
+    void setCameraObserver(CameraObserver observer) { cameraObserver_ = std::move(observer); }
+
     // Gets what zoneChanged() announces.
     void setZoneObserver(ZoneObserver observer) { zoneObserver_ = std::move(observer); }
 
@@ -70,16 +78,21 @@ signals:
     void sessionChanged();
     void readsZoneChanged();
     void zoneChanged();
+    void cameraStatusChanged();
 
 private:
     void makeManager();
     void observe(const Published<bool>& field);
-    void observeZone();
+    template <typename Value>
+    void observe(const Published<Value>& field,
+                 std::function<void(const Value&)> DocumentScanner::*observer,
+                 void (DocumentScanner::*changed)());
     void follow();
 
     QString camera_;
     bool readsZone_ = false;
     ZoneObserver zoneObserver_;
+    CameraObserver cameraObserver_;
     std::shared_ptr<DispatchQueue> mainQueue_;
     std::shared_ptr<CameraManager> manager_;
     std::vector<Subscription> subscriptions_;

@@ -42,6 +42,10 @@ void DocumentScannerVC::showEvent(QShowEvent* event) {
         if (const auto tell = controller ? controller->didReadZone : ZoneObserver())
             tell(zone);
     });
+    shown->setCameraObserver([controller = QPointer(this)](const CameraStatus& status) {
+        if (const auto tell = controller ? controller->didChangeCamera : CameraObserver())
+            tell(status);
+    });
 }
 
 }  // namespace kestrelid

@@ -20,6 +20,11 @@ ScreenItem {
     property bool readsZone: false
     // What the frames say of the zone in view, as it grows; null while there is none. Personal data.
     property alias zone: scanner.zone
+    // What the camera is doing: "idle", "starting", "live", "lost" (it comes back by itself), "busy",
+    // "failed", "denied" or "absent".
+    property alias cameraState: scanner.cameraState
+    // Why, in one line for whoever looks after the machine; may be empty.
+    property alias cameraCause: scanner.cameraCause
     property real textScale: 1
 
     focus: true

@@ -53,7 +53,8 @@ TEST(CameraListTest, NamesFormatsOrSaysThatThereIsNone) {
         {.name = "Back", .formats = {}}};
     EXPECT_EQ(camerasAsText(cameras), "Front\n    1920x1080, 30 frames/s, jpeg\n"
                                       "    640x480, 7.5 frames/s, raw\nBack\n");
-    EXPECT_EQ(camerasAsJson({cameras[1]}), "{\"cameras\":[{\"name\":\"Back\",\"formats\":[]}]}\n");
+    EXPECT_EQ(camerasAsJson({cameras[1]}), "{\"cameras\":[{\"name\":\"Back\",\"position\":"
+                                           "\"unknown\",\"infrared\":false,\"formats\":[]}]}\n");
     EXPECT_EQ(whyNoCamera("Side", cameras),
               "Side: neither a file nor a camera; the cameras are: Front, Back");
     for (const std::string& line : {camerasAsText({}), whyNoCamera("", {})})

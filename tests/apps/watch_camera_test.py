@@ -76,7 +76,7 @@ class Cameras(CommandLineTest):
         self.assertIn(b": passport, ", run("validate", photo).stdout)
 
     def test_failures_are_one_line_with_the_name(self):
-        for failure, cause in [("open", "does not open"), ("start", "gives no pictures")]:
+        for failure, cause in [("open", "does not open"), ("start", "does not start")]:
             self.describe("device Desk", f"fail {failure}")
             result = self.kestrelid("watch", "--camera", "Desk")
             self.assertEqual(result.returncode, 1)

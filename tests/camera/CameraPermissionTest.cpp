@@ -45,6 +45,8 @@ TEST(CameraPermission, LeadsTo) {
         camera.settle();
         EXPECT_EQ(camera.announced(), row.announced);
         EXPECT_EQ(!camera.machine().log.empty(), row.configures);
+        EXPECT_EQ(camera.manager->cameraStatus().value().state,
+                  row.configures ? CameraState::live : CameraState::denied);
     }
 }
 

@@ -34,25 +34,33 @@ TEST(CameraSession, EndsIn) {
         Operations operations;
         Operations atOnce;  // published before the second is over
         Operations afterASecond;
+        CameraStatus camera;
     };
     const Operations ready{"isSessionReady = true"};
     const Operations notReady{"isSessionReady = false"};
     const Case cases[] = {
-        {"starts", nullptr, kStarted, {}, ready},
-        {"no camera", &FakeMachine::hasDevice, kFailed, notReady, {}},
-        {"camera does not open", &FakeMachine::deviceOpens, kFailed, notReady, {}},
-        {"input refused", &FakeMachine::takesInput, kFailed, notReady, {}},
+        {"starts", nullptr, kStarted, {}, ready, {CameraState::live, ""}},
+        {"no camera", &FakeMachine::hasDevice, kFailed, notReady, {}, {CameraState::absent, ""}},
+        {"camera does not open",
+         &FakeMachine::deviceOpens,
+         kFailed,
+         notReady,
+         {},
+         {CameraState::failed, "in use by another program"}},
+        {"input refused", &FakeMachine::takesInput, kFailed, notReady, {}, {}},
         {"no photo output",
          &FakeMachine::takesPhotoOutput,
          without({"addOutput photo"}),
          {},
-         ready},
+         ready,
+         {CameraState::live, ""}},
         {"no video output",
          &FakeMachine::takesVideoOutput,
          without({"setVideoSettings", "setSampleBufferDelegate", "addOutput video"}),
          {},
-         ready},
-        {"does not start", &FakeMachine::starts, kStarted, {}, notReady},
+         ready,
+         {CameraState::live, ""}},
+        {"does not start", &FakeMachine::starts, kStarted, {}, notReady, {CameraState::failed, ""}},
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.name);
@@ -72,6 +80,7 @@ TEST(CameraSession, EndsIn) {
         EXPECT_EQ(camera.announced(), row.atOnce);
         camera.mainQueue->advance(0.001);
         EXPECT_EQ(camera.announced(), row.afterASecond);
+        EXPECT_EQ(camera.manager->cameraStatus().value(), row.camera);
     }
 }
 
@@ -95,7 +104,9 @@ TEST(CameraSession, CameraThatComesBackIsSetUpAgain) {
     camera.becomeReady();
     camera.judge(true, 1.0);
     camera.platform->session.lock()->lose();
-    EXPECT_TRUE(camera.manager->isSessionReady().value()) << "a loss alone publishes nothing";
+    camera.settle();
+    EXPECT_TRUE(camera.manager->isSessionReady().value()) << "of a loss only the status tells";
+    EXPECT_EQ(camera.manager->cameraStatus().value().cause, "unplugged");
     camera.announcements.clear();
     camera.machine().log.clear();
 

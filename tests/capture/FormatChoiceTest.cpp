@@ -1,5 +1,6 @@
 #include "capture/gstreamer/FormatChoice.h"
 #include "capture/gstreamer/CameraNames.h"
+#include "capture/gstreamer/CameraPreference.h"
 #include "capture/gstreamer/CapsFormats.h"
 #include "capture/gstreamer/GStreamerLibrary.h"
 
@@ -59,6 +60,12 @@ TEST(FormatChoice, TakesALiveAndAStillFormat) {
          jpeg(1600, 1200, 15),
          {2000, 2000}},
         {"no still within the bound", {vga, hd}, hd, vga, {320, 240}},
+        {"the sooner still of a size, whatever its encoding",
+         {hd, raw(3840, 2160, 2), jpeg(3840, 2160, 30)},
+         hd,
+         jpeg(3840, 2160, 30)},
+        {"a still that would take seconds", {hd, raw(3840, 2160, 1)}, hd},
+        {"nothing but slow", {raw(3840, 2160, 1)}, raw(3840, 2160, 1)},
     };
     for (const ChoiceCase& row : cases) {
         SCOPED_TRACE(row.name);
@@ -132,6 +139,19 @@ TEST(CameraNames, AreUniqueAndEachCameraStandsOnce) {
     for (const NamedCamera& camera : named)
         names += std::to_string(camera.index) + " " + camera.name + ", ";
     EXPECT_EQ(names, "0 Webcam, 1 Webcam 2, 3 Camera, 4 Webcam 3, 5 Webcam 2 2, ");
+}
+
+TEST(CameraPreference, PutsTheBackFirstAndInfraredLast) {
+    VideoFormat gray = raw(640, 480, 30);
+    gray.layout = "GRAY8";
+    const std::vector<VideoFormat> colour{gray, jpeg(640, 480, 30)};
+    EXPECT_TRUE(isInfrared("Lid", {gray}));
+    EXPECT_TRUE(isInfrared("Lid (IR Camera)", colour));
+    EXPECT_FALSE(isInfrared("Iris", colour));
+    std::string order;
+    for (const char* location : {"back", "external", "", "front"})
+        order += std::to_string(preferenceOf(positionFrom(location), false));
+    EXPECT_EQ(order + std::to_string(preferenceOf(positionFrom("back"), true)), "01123");
 }
 
 TEST(CameraNames, MountingComesFromLibcamera) {

@@ -87,33 +87,34 @@ TEST(Consumers, MayComeWhileTheSessionRuns) {
 }
 
 TEST(Configuration, TakesEffectWhenItIsCommittedAndOneOfEachKindFits) {
-    const test::TestCamera camera;
-    CaptureRig rig({});
-    const auto makeInput = [&] {
+    const test::TestCamera cameras("device Desk\ndevice Lid\n");
+    CaptureRig rig(cameraNamed("Desk"));
+    const CaptureRig other(cameraNamed("Lid"));
+    const auto makeInput = [](const CaptureRig& of) {
         return std::get<std::shared_ptr<CaptureInput>>(
-            rig.platform->makeInput(rig.platform->defaultVideoDevice()));
+            of.platform->makeInput(of.platform->defaultVideoDevice()));
     };
-    const auto input = makeInput();
+    const auto input = makeInput(rig);
     rig.session->startRunning();
     EXPECT_FALSE(rig.session->isRunning()) << "no input";
     rig.session->beginConfiguration();
     rig.session->addInput(input);
     rig.session->addOutput(rig.photoOutput);
-    EXPECT_FALSE(rig.session->canAddInput(makeInput()));
+    EXPECT_FALSE(rig.session->canAddInput(makeInput(rig)));
     EXPECT_FALSE(rig.session->canAddOutput(rig.platform->makePhotoOutput()));
     EXPECT_TRUE(rig.photoOutput->connections().empty());
     EXPECT_TRUE(rig.photoOutput->availablePhotoCodecTypes().empty());
     rig.session->commitConfiguration();
     EXPECT_EQ(rig.photoOutput->connections().size(), 1u);
-    EXPECT_FALSE(rig.session->canAddInput(makeInput()));
+    EXPECT_FALSE(rig.session->canAddInput(makeInput(other)));
     EXPECT_TRUE(rig.session->canAddOutput(rig.videoOutput));
     rig.takePhotos(1);
     EXPECT_NE(rig.photos(1).at(0).error, "") << "not running yet";
     rig.session->startRunning();
     EXPECT_TRUE(rig.session->isRunning());
-    rig.session->startRunning();
+    EXPECT_EQ(rig.start(), "") << "the same device once more";
     EXPECT_TRUE(rig.session->isRunning());
-    EXPECT_EQ(camera.count("format"), 1) << "a second start does nothing";
+    EXPECT_EQ(cameras.count("format"), 1) << "a second start does nothing";
 }
 
 }  // namespace

@@ -186,6 +186,22 @@ TEST(ScannerScreen, ZoneIsReadWhereTheHostAsksGrowsAndGoesWithThePage) {
               "checkDigitFailed dateOfBirth,checkDigitFailed composite;");
 }
 
+TEST(ScannerScreen, TellsWhatTheCameraIsDoing) {
+    const FakeCamera camera;
+    ShownScreen host = scanner(camera);
+    const auto screen = scannerOf(host, R"(
+        property string told
+        completion: photo => {}
+        onCameraStateChanged: told += cameraState + " " + cameraCause + ";")");
+    camera.makeReady();
+    const auto session = camera.platform->session.lock();
+    session->lose();
+    camera.mainQueue->runAll();
+    session->heal();
+    camera.mainQueue->runAll();
+    EXPECT_EQ(screen->property("told").toString().toStdString(), "live ;lost unplugged;live ;");
+}
+
 TEST(ScannerScreen, CloseCallsTheHostsFunctionAndNothingElse) {
     const FakeCamera camera;
     int closed = 0;

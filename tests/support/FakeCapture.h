@@ -177,16 +177,29 @@ public:
     void startRunning() override {
         machine_->note("startRunning");
         isRunning_ = machine_->starts;
+        lost_.reset();
     }
     [[nodiscard]] bool isRunning() const override { return isRunning_; }
     void addPreviewSurface(std::weak_ptr<PreviewSurface> surface) override {
         surfaces.push_back(std::move(surface));
     }
 
-    // The device is gone.
+    [[nodiscard]] CameraStatus status() const override {
+        return lost_.value_or(CaptureSession::status());
+    }
+    void observeStatus(std::function<void()> observer) override { observer_ = std::move(observer); }
+
+    // The device is gone, and may come back by itself.
     void lose() {
         isRunning_ = false;
         hasInput_ = false;
+        lost_ = CameraStatus{.state = CameraState::lost, .cause = "unplugged"};
+        observer_();
+    }
+    void heal() {
+        isRunning_ = hasInput_ = true;
+        lost_.reset();
+        observer_();
     }
 
     std::vector<std::weak_ptr<PreviewSurface>> surfaces;
@@ -201,6 +214,8 @@ private:
     bool hasPhotoOutput_ = false;
     bool hasVideoOutput_ = false;
     bool isRunning_ = false;
+    std::optional<CameraStatus> lost_;
+    std::function<void()> observer_;
 };
 
 // Makes one session and one output of each kind, and remembers them for the test.

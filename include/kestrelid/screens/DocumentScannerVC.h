@@ -33,6 +33,10 @@ public:
     /// showing; it may release the screen.
     ZoneObserver didReadZone;
 
+    /// Looked up whenever the camera starts, is lost, comes back and so on; it may release the
+    /// screen.
+    CameraObserver didChangeCamera;
+
 protected:
     void showEvent(QShowEvent* event) override;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kestrelid/CameraManager.h>
+#include <kestrelid/CameraStatus.h>
 #include <kestrelid/DefaultCamera.h>
 #include <kestrelid/DispatchQueue.h>
 #include <kestrelid/Image.h>
@@ -25,6 +26,9 @@ using ScreenAction = std::function<void()>;
 
 /// Gets what the frames say of the zone in view, as it grows; none once the page has left.
 using ZoneObserver = std::function<void(const LiveZone& zone)>;
+
+/// Gets what the camera is doing, whenever that changes.
+using CameraObserver = std::function<void(const CameraStatus& status)>;
 
 /// With what scanning screens work. Main thread.
 struct ScannerCamera {

@@ -17,8 +17,8 @@ namespace kestrelid::capture {
 inline constexpr const char* kSinkName = "sink";      // appsink of BGRA or BGRx; always
 inline constexpr const char* kFilterName = "filter";  // capsfilter whose buffers are the stills
 
-// A camera, or a file that stands for one, after it was opened. Thread: any.
-class CameraSource {
+// A camera, or a file that stands for one. Thread: any.
+class CameraSource : public std::enable_shared_from_this<CameraSource> {
 public:
     using Assembled = tl::expected<ElementHandle, CaptureError>;
 
@@ -30,7 +30,12 @@ public:
     // At least one.
     [[nodiscard]] virtual const std::vector<VideoFormat>& formats() const = 0;
 
-    // A file starts again at its end and cannot get lost; a device's filter changes its format.
+    // The same camera as it is announced now; null while it is not.
+    [[nodiscard]] virtual std::shared_ptr<const CameraSource> announced() const {
+        return shared_from_this();
+    }
+
+    // A file starts again at its end and is not unplugged; a device's filter changes its format.
     [[nodiscard]] virtual bool isFile() const = 0;
 
     // A new pipeline for one of formats(), stopped.

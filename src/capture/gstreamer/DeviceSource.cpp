@@ -1,8 +1,10 @@
 #include "capture/gstreamer/DeviceSource.h"
 
 #include "capture/gstreamer/CameraNames.h"
+#include "capture/gstreamer/CameraPreference.h"
 #include "capture/gstreamer/CapsFormats.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -34,7 +36,7 @@ std::string providerOf(GstDevice* device) {
     return name;
 }
 
-AnnouncedCamera announced(GstDevice* device) {
+AnnouncedCamera announcedCamera(GstDevice* device) {
     const TextHandle name(gst_device_get_display_name(device));
     return {.name = name ? name.get() : "",
             .node = property(device, {"api.v4l2.path", "device.path"}),
@@ -43,25 +45,10 @@ AnnouncedCamera announced(GstDevice* device) {
 
 }  // namespace
 
-DeviceSource::DeviceSource(std::shared_ptr<DeviceWatch> watch, DeviceHandle device,
-                           std::vector<VideoFormat> formats)
-    : watch_(std::move(watch)), device_(std::move(device)), formats_(std::move(formats)) {}
-
-OpenedSource DeviceSource::open() const {
-    const ElementHandle pipeline = adopt(gst_pipeline_new(nullptr));
-    GstElement* element = gst_device_create_element(device_.get(), nullptr);
-    if (!element)
-        return tl::unexpected(CaptureError{"GStreamer makes no source for this camera"});
-    gst_bin_add(GST_BIN(pipeline.get()), element);
-    const auto change = gst_element_set_state(pipeline.get(), GST_STATE_READY);
-    const BusHandle bus(gst_element_get_bus(pipeline.get()));
-    const MessageHandle message(gst_bus_pop_filtered(bus.get(), GST_MESSAGE_ERROR));
-    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
-    if (change == GST_STATE_CHANGE_FAILURE)
-        return tl::unexpected(
-            CaptureError{message ? errorText(message.get()) : "the camera does not open"});
-    return shared_from_this();
-}
+DeviceSource::DeviceSource(std::shared_ptr<DeviceWatch> watch, GstDevice* device, std::string name,
+                           std::shared_ptr<const Devices> beside, std::vector<VideoFormat> formats)
+    : watch_(std::move(watch)), device_(device), name_(std::move(name)), beside_(std::move(beside)),
+      formats_(std::move(formats)) {}
 
 CameraSource::Assembled DeviceSource::assemble(const VideoFormat& format) const {
     // Never the camera's own layout, so that frames are copies. Otherwise a screen that still shows
@@ -75,7 +62,7 @@ CameraSource::Assembled DeviceSource::assemble(const VideoFormat& format) const 
         " sync=false async=false max-buffers=1 drop=true");
     if (!assembled)
         return assembled;
-    GstElement* element = gst_device_create_element(device_.get(), nullptr);
+    GstElement* element = gst_device_create_element(device_, nullptr);
     if (!element)
         return tl::unexpected(CaptureError{"GStreamer makes no source for this camera"});
     gst_bin_add(GST_BIN(assembled->get()), element);
@@ -88,33 +75,57 @@ CameraSource::Assembled DeviceSource::assemble(const VideoFormat& format) const 
 }
 
 std::shared_ptr<const void> DeviceSource::watchRemoval(std::function<void()> removed) const {
-    return watch_->watchRemoval(device_.get(), std::move(removed));
+    return watch_->watchRemoval(device_, std::move(removed));
+}
+
+bool DeviceSource::stoodBeside(const DeviceSource& other) const {
+    return std::any_of(beside_->begin(), beside_->end(),
+                       [&](const DeviceHandle& device) { return device.get() == other.device_; });
+}
+
+// Plugged in again it is another device of the same name; one that stood beside it is its twin.
+std::shared_ptr<const CameraSource> DeviceSource::announced() const {
+    std::shared_ptr<const CameraSource> again;
+    for (const FoundCamera& camera : findCameras(watch_)) {
+        if (camera.source->device_ == device_)
+            return shared_from_this();
+        if (!again && camera.source->name_ == name_ && !stoodBeside(*camera.source))
+            again = camera.source;
+    }
+    return again;
 }
 
 std::vector<FoundCamera> findCameras(const std::shared_ptr<DeviceWatch>& watch) {
-    std::vector<DeviceHandle> usable;
+    const auto devices = std::make_shared<const Devices>(watch->devices());
+    std::vector<GstDevice*> usable;
     std::vector<std::vector<VideoFormat>> formats;
     std::vector<AnnouncedCamera> all;
-    for (DeviceHandle& device : watch->devices()) {
+    for (const DeviceHandle& device : *devices) {
         const CapsHandle caps(gst_device_get_caps(device.get()));
         std::vector<VideoFormat> offered = formatsIn(caps.get());
         if (offered.empty())
             continue;  // a node for something else than pictures
-        all.push_back(announced(device.get()));
+        all.push_back(announcedCamera(device.get()));
         formats.push_back(std::move(offered));
-        usable.push_back(std::move(device));
+        usable.push_back(device.get());
     }
     std::vector<FoundCamera> found;
     for (NamedCamera& camera : nameCameras(all)) {
-        GstDevice* device = usable[camera.index].get();
-        const Mounting mounting = mountingFrom(property(device, {"api.libcamera.location"}),
-                                               property(device, {"api.libcamera.rotation"}));
+        GstDevice* device = usable[camera.index];
+        const std::string location = property(device, {"api.libcamera.location"});
+        const bool infrared = isInfrared(camera.name, formats[camera.index]);
         found.push_back(
             {.name = std::move(camera.name),
-             .mounting = mounting,
-             .source = std::make_shared<const DeviceSource>(watch, std::move(usable[camera.index]),
-                                                            std::move(formats[camera.index]))});
+             .mounting = mountingFrom(location, property(device, {"api.libcamera.rotation"})),
+             .position = positionFrom(location),
+             .isInfrared = infrared,
+             .source = std::make_shared<const DeviceSource>(
+                 watch, device, std::move(all[camera.index].name), devices,
+                 std::move(formats[camera.index]))});
     }
+    std::stable_sort(found.begin(), found.end(), [](const FoundCamera& a, const FoundCamera& b) {
+        return preferenceOf(a.position, a.isInfrared) < preferenceOf(b.position, b.isInfrared);
+    });
     return found;
 }
 

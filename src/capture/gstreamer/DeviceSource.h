@@ -4,39 +4,49 @@
 #include "capture/gstreamer/DeviceWatch.h"
 #include "capture/gstreamer/GStreamerInput.h"
 
-#include <optional>
+#include <kestrelid/CameraOptions.h>
+
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace kestrelid::capture {
 
-// A camera of the machine.
-class DeviceSource final : public CameraSource, public std::enable_shared_from_this<DeviceSource> {
-public:
-    DeviceSource(std::shared_ptr<DeviceWatch> watch, DeviceHandle device,
-                 std::vector<VideoFormat> formats);
+using Devices = std::vector<DeviceHandle>;
 
-    // Tries whether the device opens, and lets it go again.
-    [[nodiscard]] OpenedSource open() const;
+// A camera of the machine.
+class DeviceSource final : public CameraSource {
+public:
+    // name: as the device announces it, which others may do too. beside: all that were announced
+    // then.
+    DeviceSource(std::shared_ptr<DeviceWatch> watch, GstDevice* device, std::string name,
+                 std::shared_ptr<const Devices> beside, std::vector<VideoFormat> formats);
 
     const std::vector<VideoFormat>& formats() const override { return formats_; }
     bool isFile() const override { return false; }
     Assembled assemble(const VideoFormat& format) const override;
     std::shared_ptr<const void> watchRemoval(std::function<void()> removed) const override;
+    std::shared_ptr<const CameraSource> announced() const override;
 
 private:
+    [[nodiscard]] bool stoodBeside(const DeviceSource& other) const;
+
     const std::shared_ptr<DeviceWatch> watch_;
-    const DeviceHandle device_;
+    GstDevice* const device_;  // held by beside_
+    const std::string name_;
+    const std::shared_ptr<const Devices> beside_;
     const std::vector<VideoFormat> formats_;
 };
 
 struct FoundCamera {
     std::string name;
     Mounting mounting;
+    CameraPosition position = CameraPosition::unknown;
+    bool isInfrared = false;
     std::shared_ptr<const DeviceSource> source;
 };
 
-// The cameras that are there now and have a format that can be used.
+// The cameras that are there now and have a format that can be used, best first.
 [[nodiscard]] std::vector<FoundCamera> findCameras(const std::shared_ptr<DeviceWatch>& watch);
 
 }  // namespace kestrelid::capture

@@ -40,6 +40,18 @@ auto liveRank(const VideoFormat& format) {
                            format.encoding == Encoding::jpeg);
 }
 
+constexpr double kLatestStill = 1.0;  // seconds; a person takes longer for a failure
+
+// Seconds until a still of that format, about: the change to it, and a frame and a half.
+double stillDelay(const VideoFormat& format, const std::optional<VideoFormat>& live) {
+    constexpr double kSwitch = 0.1;   // in place
+    constexpr double kRestart = 0.3;  // with other elements
+    double delay = 0.0;
+    if (live && !(format == *live))
+        delay = format.encoding == live->encoding ? kSwitch : kRestart;
+    return delay + 1.5 / std::max(deliveredRate(format), 1e-9);
+}
+
 bool fits(const VideoFormat& format, const PhotoDimensions& bound) {
     return (bound.width <= 0 || format.width <= bound.width) &&
            (bound.height <= 0 || format.height <= bound.height);
@@ -63,9 +75,10 @@ std::optional<VideoFormat> chooseStill(const std::vector<VideoFormat>& formats,
                                        const std::optional<VideoFormat>& live) {
     const auto rank = [&](const VideoFormat& format) {
         const bool fit = fits(format, bound);
-        return std::make_tuple(!fit, fit ? -format.area() : format.area(),
-                               live && format.encoding != live->encoding,
-                               live && !(format == *live), -deliveredRate(format));
+        const double delay = stillDelay(format, live);
+        const bool late = delay > kLatestStill;
+        return std::make_tuple(!fit, late, late ? delay : 0.0, fit ? -format.area() : format.area(),
+                               delay);
     };
     const auto best = std::min_element(
         formats.begin(), formats.end(),

@@ -16,8 +16,9 @@ inline constexpr PhotoDimensions kLiveDimensions{.width = 1280, .height = 720};
 // size. Empty if formats is empty.
 [[nodiscard]] std::optional<VideoFormat> chooseLive(const std::vector<VideoFormat>& formats);
 
-// The format for stills: the largest within bound, or the smallest if none fits. bound: 0x0 for
-// none. live: preferred among formats of one size, because it needs no switch.
+// The format for stills: the largest within bound whose first frame comes within a second, or else
+// the quickest; the smallest if none fits. bound: 0x0 for none. live: what flows, which needs no
+// switch.
 [[nodiscard]] std::optional<VideoFormat> chooseStill(const std::vector<VideoFormat>& formats,
                                                      const PhotoDimensions& bound,
                                                      const std::optional<VideoFormat>& live);

@@ -3,6 +3,8 @@
 #include "capture/gstreamer/MappedFrame.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -36,14 +38,35 @@ void FrameDelivery::deliver(SampleHandle frame) {
     const std::optional<Bitmap> bitmap = mapFrame(std::move(frame));
     if (!bitmap)
         return;
+    const std::lock_guard lock(delivering_);
+    size_ = {.width = bitmap->width(), .height = bitmap->height()};
+    deliver(*bitmap);
+}
+
+void FrameDelivery::deliverBlank() noexcept try {
+    const std::unique_lock lock(delivering_, std::try_to_lock);
+    if (!lock || size_.width <= 0)
+        return;
+    const auto stride =
+        static_cast<std::ptrdiff_t>(size_.width) * bytesPerPixel(PixelFormat::bgra8);
+    const auto bytes = static_cast<std::size_t>(stride) * size_.height;
+    std::shared_ptr<const std::byte[]> black = std::make_shared<std::byte[]>(bytes);
+    if (const auto blank = Bitmap::wrap(size_.width, size_.height, stride, PixelFormat::bgra8,
+                                        std::move(black), bytes))
+        deliver(*blank);
+} catch (const std::exception&) {
+    // The next one is due soon.
+}
+
+void FrameDelivery::deliver(const Bitmap& frame) {
     std::shared_ptr<GStreamerVideoOutput> output;
     {
         const std::lock_guard lock(mutex_);
         output = output_;
     }
     if (output)
-        output->post(*bitmap, outputCalls_);
-    show(*bitmap);
+        output->post(frame, outputCalls_);
+    show(frame);
 }
 
 void FrameDelivery::show(const Bitmap& frame) {

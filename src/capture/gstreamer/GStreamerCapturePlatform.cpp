@@ -84,13 +84,15 @@ Mounting GStreamerCapturePlatform::mounting(const Mounting& known) const {
 
 std::shared_ptr<CaptureDevice> GStreamerCapturePlatform::defaultVideoDevice() try {
     if (const auto file = cameraFile(options_))
-        return std::make_shared<GStreamerDevice>(file->filename().string(), mounting({}),
+        return std::make_shared<GStreamerDevice>(file->string(), file->filename().string(),
+                                                 mounting({}),
                                                  [file = *file] { return openCameraFile(file); });
     for (const FoundCamera& camera : find()) {
-        if (options_.camera.empty() || options_.camera == camera.name)
+        if ((options_.camera.empty() || options_.camera == camera.name) &&
+            (!options_.position || options_.position == camera.position))
             return std::make_shared<GStreamerDevice>(
-                camera.name, mounting(camera.mounting),
-                [source = camera.source] { return source->open(); });
+                camera.name, camera.name, mounting(camera.mounting),
+                [source = camera.source]() -> OpenedSource { return source; });
     }
     return nullptr;
 } catch (const std::exception&) {
@@ -107,7 +109,10 @@ std::vector<CameraDescription> GStreamerCapturePlatform::cameras() {
         return all;
     }
     for (const FoundCamera& camera : find())
-        all.push_back({.name = camera.name, .formats = cameraFormats(camera.source->formats())});
+        all.push_back({.name = camera.name,
+                       .formats = cameraFormats(camera.source->formats()),
+                       .position = camera.position,
+                       .isInfrared = camera.isInfrared});
     return all;
 }
 
@@ -147,7 +152,7 @@ GStreamerCapturePlatform::makeInput(std::shared_ptr<CaptureDevice> device) {
         auto opened = own->open();
         if (!opened)
             return opened.error();
-        return std::make_shared<GStreamerInput>(*std::move(opened), own->mounting());
+        return std::make_shared<GStreamerInput>(*std::move(opened), own->mounting(), own->id());
     } catch (const std::exception&) {
         return CaptureError{base::kOutOfMemory};
     }

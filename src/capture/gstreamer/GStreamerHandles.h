@@ -50,12 +50,11 @@ GStreamerHandle<T> adopt(T* object) {
     return GStreamerHandle<T>(object);
 }
 
-// The error of a message of that kind, as one line.
-inline std::string errorText(GstMessage* message) {
+// The error of a message of that kind.
+inline ErrorHandle errorOf(GstMessage* message) {
     GError* error = nullptr;
     gst_message_parse_error(message, &error, nullptr);
-    const ErrorHandle owner(error);
-    return error ? error->message : "unknown error";
+    return ErrorHandle(error);
 }
 
 }  // namespace kestrelid::capture

@@ -5,6 +5,7 @@
 #include <kestrelid/CaptureServices.h>
 
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -17,15 +18,29 @@ struct Mounting {
 
 class GStreamerInput final : public CaptureInput {
 public:
-    GStreamerInput(std::shared_ptr<const CameraSource> source, Mounting mounting)
-        : source_(std::move(source)), mounting_(mounting) {}
+    // device: tells it from other devices, in words of its platform.
+    GStreamerInput(std::shared_ptr<const CameraSource> source, Mounting mounting,
+                   std::string device)
+        : source_(std::move(source)), mounting_(mounting), device_(std::move(device)) {}
 
     [[nodiscard]] const CameraSource& source() const { return *source_; }
     [[nodiscard]] const Mounting& mounting() const { return mounting_; }
+    [[nodiscard]] bool isSameDevice(const GStreamerInput& other) const {
+        return device_ == other.device_;
+    }
+
+    // As its device is announced now; null while it is not.
+    [[nodiscard]] std::shared_ptr<const GStreamerInput> announced() const {
+        auto source = source_->announced();
+        return source
+                   ? std::make_shared<const GStreamerInput>(std::move(source), mounting_, device_)
+                   : nullptr;
+    }
 
 private:
     const std::shared_ptr<const CameraSource> source_;
     const Mounting mounting_;
+    const std::string device_;
 };
 
 }  // namespace kestrelid::capture

@@ -10,6 +10,7 @@ GStreamerSession::GStreamerSession(const Patience& patience)
 
 GStreamerSession::~GStreamerSession() {
     engine_->requestStop();
+    engine_->board().close();
     // A surface that releases the session runs on a thread that the engine has to wait for.
     const bool outside = delivery_->close();
     if (photoOutput_)
@@ -35,7 +36,11 @@ void GStreamerSession::setSessionPreset(SessionPreset /*preset*/) {
 }
 
 bool GStreamerSession::canAddInput(const std::shared_ptr<CaptureInput>& input) const {
-    return std::dynamic_pointer_cast<GStreamerInput>(input) && !newInput_ && !engine_->input();
+    const auto own = std::dynamic_pointer_cast<GStreamerInput>(input);
+    if (!own || newInput_)
+        return false;
+    const auto current = engine_->input();
+    return !current || current->isSameDevice(*own);
 }
 
 void GStreamerSession::addInput(std::shared_ptr<CaptureInput> input) {
@@ -84,6 +89,14 @@ void GStreamerSession::startRunning() {
 
 bool GStreamerSession::isRunning() const {
     return engine_->isRunning();
+}
+
+CameraStatus GStreamerSession::status() const {
+    return engine_->board().status();
+}
+
+void GStreamerSession::observeStatus(std::function<void()> observer) {
+    engine_->board().observe(std::move(observer));
 }
 
 void GStreamerSession::addPreviewSurface(std::weak_ptr<PreviewSurface> surface) {

@@ -7,6 +7,7 @@
 
 #include <kestrelid/CaptureServices.h>
 
+#include <functional>
 #include <memory>
 
 namespace kestrelid::capture {
@@ -25,6 +26,8 @@ public:
     void addOutput(std::shared_ptr<CaptureOutput> output) override;
     void startRunning() override;
     bool isRunning() const override;
+    CameraStatus status() const override;
+    void observeStatus(std::function<void()> observer) override;
     void addPreviewSurface(std::weak_ptr<PreviewSurface> surface) override;
 
 private:

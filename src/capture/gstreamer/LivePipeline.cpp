@@ -1,9 +1,11 @@
 #include "capture/gstreamer/LivePipeline.h"
 
+#include "base/Failures.h"
 #include "capture/gstreamer/CapsFormats.h"
 
 #include <gst/app/gstappsink.h>
 
+#include <new>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -23,6 +25,15 @@ bool hasSize(const GstCaps* caps, const VideoFormat& format) {
            height == format.height;
 }
 
+PipelineFailure failureOf(GstMessage* message) try {
+    const ErrorHandle error = errorOf(message);
+    return {.isBusy = error && g_error_matches(error.get(), GST_RESOURCE_ERROR,
+                                               GST_RESOURCE_ERROR_BUSY) != FALSE,
+            .cause = error ? base::oneLine(error->message) : std::string()};
+} catch (const std::bad_alloc&) {
+    return {};
+}
+
 }  // namespace
 
 struct LivePipeline::Callbacks {
@@ -32,7 +43,7 @@ struct LivePipeline::Callbacks {
     static GstBusSyncReply message(GstBus* /*bus*/, GstMessage* message, gpointer context) {
         if (const auto listener = static_cast<Listener*>(context)->lock()) {
             if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR)
-                listener->pipelineFailed();
+                listener->pipelineFailed(failureOf(message));
             else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS)
                 listener->pipelineEnded();
         }

@@ -7,8 +7,15 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 
 namespace kestrelid::capture {
+
+// Why a pipeline delivers nothing.
+struct PipelineFailure {
+    bool isBusy = false;  // another program has the device
+    std::string cause;    // one line
+};
 
 // What a running pipeline reports. Nothing here throws, since GStreamer calls it. Thread: any of
 // GStreamer's.
@@ -24,7 +31,7 @@ public:
     virtual void showFrame(SampleHandle frame) = 0;
     // The still that armStill() asked for, in the source's own format.
     virtual void stillTaken(SampleHandle still) = 0;
-    virtual void pipelineFailed() = 0;
+    virtual void pipelineFailed(PipelineFailure failure) = 0;
     virtual void pipelineEnded() = 0;
 };
 

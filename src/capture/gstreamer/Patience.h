@@ -11,7 +11,7 @@ struct Patience {
     Milliseconds start{1900};  // the session promises 2 s
     Milliseconds finish{900};  // and 1 s
     Milliseconds frame{1500};  // without a frame a device is lost
-    Milliseconds pause{1900};  // and while it changes its format
+    Milliseconds pause{1900};  // and in one call of its driver
     // For the first frame of another format, in place and by a device that starts anew. Both
     // together stay below `pause`.
     Milliseconds change{600};

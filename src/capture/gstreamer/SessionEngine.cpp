@@ -2,6 +2,7 @@
 
 #include "capture/gstreamer/FormatChoice.h"
 
+#include <algorithm>
 #include <exception>
 #include <pthread.h>
 #include <utility>
@@ -13,6 +14,11 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kRewindPause = 30ms;  // so that the shortest video does not keep a core busy
+
+// Silence is counted in looks. One that took much longer than planned tells that this process was
+// suspended or frozen meanwhile, and that says nothing of the device.
+constexpr auto kLook = 250ms;
+constexpr auto kLongestLook = 500ms;
 
 }  // namespace
 
@@ -27,11 +33,13 @@ SessionEngine::~SessionEngine() {
 
 std::shared_ptr<const GStreamerInput> SessionEngine::input() const {
     const std::lock_guard lock(mutex_);
-    return isLost() ? nullptr : input_;
+    return isLost() || phase_ == Phase::away ? nullptr : input_;
 }
 
 void SessionEngine::setInput(std::shared_ptr<const GStreamerInput> input) {
     const std::lock_guard lock(mutex_);
+    if (phase_ == Phase::running && !isLost() && input_->isSameDevice(*input))
+        return;
     input_ = std::move(input);
     delivery_->setMounting(input_->mounting());
 }
@@ -48,7 +56,7 @@ void SessionEngine::start() {
         return;
     if (!thread_.joinable() && !startThread()) {
         input_.reset();
-        return;
+        return post(lock, CameraState::failed, "no thread for the camera");
     }
     phase_ = Phase::starting;
     changed_.notify_all();
@@ -56,8 +64,10 @@ void SessionEngine::start() {
     if (phase_ != Phase::starting)
         return;
     // The driver hangs. If it answers later, that is no longer this start.
-    phase_ = Phase::idle;
-    input_.reset();
+    phase_ = heals_ ? Phase::away : Phase::idle;
+    if (!heals_)
+        input_.reset();
+    post(lock, CameraState::failed, "its driver does not answer");
 }
 
 bool SessionEngine::startThread() {
@@ -113,9 +123,18 @@ void SessionEngine::abandon() {
 bool SessionEngine::isLost() const {
     if (phase_ != Phase::running || input_ != active_)
         return false;
-    if (!active_->source().isFile() && Clock::now() - lastFrame_ >= patience_.pause)
+    if (removed_ || (!switching_ && failed_))
         return true;
-    return removed_ || (!switching_ && (failed_ || (ended_ && !active_->source().isFile())));
+    if (active_->source().isFile())
+        return false;
+    const bool hangs = driverSince_ && Clock::now() - *driverSince_ >= patience_.pause;
+    return hangs || silence_ >= patience_.frame || (!switching_ && ended_);
+}
+
+void SessionEngine::post(Lock& lock, CameraState state, std::string_view cause) {
+    lock.unlock();
+    board_.post(state, cause);
+    lock.lock();
 }
 
 void SessionEngine::run() {
@@ -142,12 +161,25 @@ void SessionEngine::step(Lock& lock) {
         begin(lock);
     else if (phase_ == Phase::running)
         watch(lock);
+    else if (phase_ == Phase::away)
+        seek(lock);
     else
         changed_.wait(lock);
 }
 
 void SessionEngine::begin(Lock& lock) {
     const auto limit = Clock::now() + patience_.start;
+    post(lock, CameraState::starting);
+    const bool flows = bring(lock, limit);
+    if (phase_ != Phase::starting || input_ != active_)
+        return close(lock);  // start() has given up
+    if (!flows)
+        return lose(lock);
+    becomeLive(lock);
+}
+
+// Opens the input's device; true once its frames flow.
+bool SessionEngine::bring(Lock& lock, Clock::time_point limit) {
     active_ = input_;
     removed_ = false;
     photoWanted_ = false;
@@ -164,18 +196,23 @@ void SessionEngine::begin(Lock& lock) {
         self->changed_.notify_all();
     });
     lock.lock();
-    const bool flows = open(lock, live_, false, limit);
-    if (phase_ != Phase::starting || input_ != active_)
-        return close(lock);  // start() has given up
-    if (!flows)
-        return lose(lock);
+    return open(lock, live_, false, limit);
+}
+
+void SessionEngine::becomeLive(Lock& lock) {
     phase_ = Phase::running;
+    heals_ = true;
+    silence_ = {};
+    lastCount_ = liveSince_ = Clock::now();
     changed_.notify_all();
+    post(lock, CameraState::live);
 }
 
 void SessionEngine::watch(Lock& lock) {
     const bool isFile = active_->source().isFile();
-    if (isLost() || (!isFile && Clock::now() - lastFrame_ >= patience_.frame))
+    if (!isFile)
+        countSilence();
+    if (isLost())
         return lose(lock);
     if (ended_)
         return playAgain(lock);
@@ -187,30 +224,25 @@ void SessionEngine::watch(Lock& lock) {
     if (isFile)
         changed_.wait(lock);
     else
-        changed_.wait_until(lock, lastFrame_ + patience_.frame);
+        changed_.wait_for(lock, std::min<Clock::duration>(kLook, patience_.frame - silence_));
 }
 
-void SessionEngine::lose(Lock& lock) {
-    if (input_ == active_)
-        input_.reset();
-    if (phase_ == Phase::running || !input_)
-        phase_ = Phase::idle;
-    changed_.notify_all();
-    const auto desk = desk_.lock();
-    close(lock);
-    lock.unlock();
-    removal_.reset();
-    if (desk)
-        desk->failAll("the camera was lost");
-    lock.lock();
+void SessionEngine::countSilence() {
+    const auto now = Clock::now();
+    if (lastFrame_ >= lastCount_)
+        silence_ = {};
+    silence_ += std::min<Clock::duration>(now - std::max(lastFrame_, lastCount_), kLongestLook);
+    lastCount_ = now;
 }
 
 void SessionEngine::playAgain(Lock& lock) {
     ended_ = false;
     changed_.wait_for(lock, kRewindPause, [&] { return stopping_; });
-    lock.unlock();
-    const bool rewound = pipeline_->rewind();
-    lock.lock();
+    bool rewound = false;
+    {
+        const DriverCall call(*this, lock);
+        rewound = pipeline_->rewind();
+    }
     if (!rewound && !open(lock, live_, false, Clock::now() + patience_.start))
         lose(lock);
 }
@@ -219,31 +251,39 @@ bool SessionEngine::open(Lock& lock, const VideoFormat& format, bool forStill,
                          Clock::time_point limit) {
     close(lock);
     arrived_ = failed_ = ended_ = false;
+    failure_ = {};
     still_.reset();
-    lock.unlock();
     const CameraSource& source = active_->source();
-    CameraSource::Assembled assembled = source.assemble(format);
+    std::string refusal;
     bool plays = false;
-    if (assembled) {
-        pipeline_ = std::make_unique<LivePipeline>(*std::move(assembled), source.isFile(),
-                                                   shared_from_this());
-        pipeline_->holdFrames(forStill);
-        if (forStill)
-            pipeline_->armStill(format);
-        plays = pipeline_->play();
+    {
+        const DriverCall call(*this, lock);
+        CameraSource::Assembled assembled = source.assemble(format);
+        if (assembled) {
+            pipeline_ = std::make_unique<LivePipeline>(*std::move(assembled), source.isFile(),
+                                                       shared_from_this());
+            pipeline_->holdFrames(forStill);
+            if (forStill)
+                pipeline_->armStill(format);
+            plays = pipeline_->play();
+        } else {
+            refusal = assembled.error().description;
+        }
     }
-    lock.lock();
-    if (!plays)
+    if (!refusal.empty())
+        failure_ = {.isBusy = false, .cause = std::move(refusal)};
+    if (!plays) {
+        failed_ = true;
         return false;
+    }
     current_ = format;
     changed_.wait_until(lock, limit, [&] { return isInterrupted() || arrived_; });
     return arrived_ && !isInterrupted();
 }
 
 void SessionEngine::close(Lock& lock) {
-    lock.unlock();
+    const DriverCall call(*this, lock);
     pipeline_.reset();
-    lock.lock();
 }
 
 void SessionEngine::frameArrived() {
@@ -272,9 +312,10 @@ void SessionEngine::stillTaken(SampleHandle still) {
     changed_.notify_all();
 }
 
-void SessionEngine::pipelineFailed() {
+void SessionEngine::pipelineFailed(PipelineFailure failure) {
     const std::lock_guard lock(mutex_);
-    failed_ = true;
+    if (!std::exchange(failed_, true))
+        failure_ = std::move(failure);  // what follows are its consequences
     changed_.notify_all();
 }
 

@@ -5,6 +5,7 @@
 #include "capture/gstreamer/LivePipeline.h"
 #include "capture/gstreamer/Patience.h"
 #include "capture/gstreamer/PhotoDesk.h"
+#include "capture/gstreamer/StatusBoard.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -12,26 +13,30 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string_view>
 #include <thread>
 
 namespace kestrelid::capture {
 
 // Runs the pipelines of one session on a thread of its own, so that nobody else waits for a driver
-// longer than the interface says. Thread: any, unless another is named.
+// longer than the interface says. A device that was lost after it has worked is opened again as
+// soon as that is possible. Thread: any, unless another is named.
 class SessionEngine final : public PipelineListener,
                             public std::enable_shared_from_this<SessionEngine> {
 public:
     SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience);
     ~SessionEngine() override;
 
-    // Null if there is none, or if its device was lost.
+    // Null if there is none, or if its device is lost.
     [[nodiscard]] std::shared_ptr<const GStreamerInput> input() const;
+    // One of the device that runs changes nothing.
     void setInput(std::shared_ptr<const GStreamerInput> input);
     void setPhotoDesk(std::weak_ptr<PhotoDesk> desk);
 
     void start();  // waits
     [[nodiscard]] bool isRunning() const;
     [[nodiscard]] bool photoWanted();  // false if none can be taken
+    [[nodiscard]] StatusBoard& board() { return board_; }
 
     void requestStop();
     // After requestStop(), one of them.
@@ -41,13 +46,14 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
     using Lock = std::unique_lock<std::mutex>;
-    enum class Phase : std::uint8_t { idle, starting, running };
+    enum class Phase : std::uint8_t { idle, starting, running, away };
+    class DriverCall;
 
     void frameArrived() override;
     bool wantsFrames() override;
     void showFrame(SampleHandle frame) override;
     void stillTaken(SampleHandle still) override;
-    void pipelineFailed() override;
+    void pipelineFailed(PipelineFailure failure) override;
     void pipelineEnded() override;
 
     bool startThread();
@@ -56,8 +62,13 @@ private:
     void run();
     void step(Lock& lock);
     void begin(Lock& lock);
+    bool bring(Lock& lock, Clock::time_point limit);
+    void becomeLive(Lock& lock);
     void watch(Lock& lock);
+    void countSilence();
     void lose(Lock& lock);
+    void seek(Lock& lock);
+    void openAgain(Lock& lock);
     void playAgain(Lock& lock);
     bool open(Lock& lock, const VideoFormat& format, bool forStill, Clock::time_point limit);
     void close(Lock& lock);
@@ -69,10 +80,19 @@ private:
     bool awaitStill(Lock& lock, Clock::duration patience);
 
     [[nodiscard]] bool isLost() const;
-    [[nodiscard]] bool isInterrupted() const { return stopping_ || removed_ || failed_; }
+    [[nodiscard]] bool isInterrupted() const {
+        return stopping_ || removed_ || failed_ || input_ != active_;
+    }
+    struct Loss {
+        bool isBusy;
+        std::string_view cause;  // valid until a pipeline is opened
+    };
+    [[nodiscard]] Loss whyLost() const;
+    void post(Lock& lock, CameraState state, std::string_view cause = {});
 
     const std::shared_ptr<FrameDelivery> delivery_;
     const Patience patience_;
+    StatusBoard board_;
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
     Phase phase_ = Phase::idle;
@@ -80,6 +100,7 @@ private:
     bool finished_ = false;
     bool photoWanted_ = false;
     bool switching_ = false;  // a pipeline's failure is then no loss
+    bool heals_ = false;      // a device has worked
     std::shared_ptr<const GStreamerInput> input_;
     std::shared_ptr<const GStreamerInput> active_;  // what the pipeline was made from
     std::weak_ptr<PhotoDesk> desk_;
@@ -87,10 +108,22 @@ private:
     // Of the present pipeline.
     bool arrived_ = false;
     bool failed_ = false;
+    PipelineFailure failure_;  // once failed_
     bool ended_ = false;
     Clock::time_point lastFrame_;
+    Clock::duration silence_{};                     // since the last frame, as counted
+    Clock::time_point lastCount_;                   // of silence_
+    std::optional<Clock::time_point> driverSince_;  // while a driver is called
     SampleHandle still_;
     bool removed_ = false;  // of the active input's device
+
+    // Of a device that is away.
+    static constexpr std::chrono::milliseconds kFirstPause{250};
+    Clock::time_point liveSince_;
+    Clock::time_point lostAt_;
+    Clock::time_point nextBlank_;
+    Clock::time_point nextTry_;
+    Clock::duration pause_ = kFirstPause;  // from a try that fails to the next one
 
     // Engine's thread alone.
     std::unique_ptr<LivePipeline> pipeline_;
@@ -99,6 +132,25 @@ private:
     VideoFormat current_;
 
     std::thread thread_;
+};
+
+// Without the lock: a driver may hang.
+class SessionEngine::DriverCall {
+public:
+    DriverCall(SessionEngine& engine, Lock& lock) : engine_(engine), lock_(lock) {
+        engine_.driverSince_ = Clock::now();
+        lock_.unlock();
+    }
+    DriverCall(const DriverCall&) = delete;
+    DriverCall& operator=(const DriverCall&) = delete;
+    ~DriverCall() {
+        lock_.lock();
+        engine_.driverSince_.reset();
+    }
+
+private:
+    SessionEngine& engine_;
+    Lock& lock_;
 };
 
 }  // namespace kestrelid::capture

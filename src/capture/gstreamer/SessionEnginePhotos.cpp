@@ -61,10 +61,11 @@ void SessionEngine::awaitNextFrame(Lock& lock, const VideoFormat& format) {
 bool SessionEngine::switchInPlace(Lock& lock, const VideoFormat& format) {
     if (!pipeline_ || failed_ || format.encoding != current_.encoding)
         return false;
-    lock.unlock();
-    pipeline_->armStill(format);
-    pipeline_->switchTo(format);
-    lock.lock();
+    {
+        const DriverCall call(*this, lock);
+        pipeline_->armStill(format);
+        pipeline_->switchTo(format);
+    }
     current_ = format;
     return awaitStill(lock, patience_.change);
 }

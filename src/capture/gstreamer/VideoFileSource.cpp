@@ -34,7 +34,8 @@ std::string causeOf(GstElement* pipeline) {
         return "no picture within " + std::to_string(kOpeningTime / GST_SECOND) + " s";
     if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS)
         return "no picture in it";
-    return errorText(message.get());
+    const ErrorHandle error = errorOf(message.get());
+    return error ? error->message : "unknown error";
 }
 
 // The format of the first frame.
