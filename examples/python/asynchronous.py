@@ -24,4 +24,4 @@ async def main(files):
 
 
 if __name__ == "__main__":
-    asyncio.run(main(sys.argv[1:]))
+    asyncio.run(main(sys.argv[1:] or sys.exit("usage: asynchronous.py PICTURE...")))

@@ -21,4 +21,4 @@ def main(files):
 
 
 if __name__ == "__main__":
-    main(sys.argv[1:])
+    main(sys.argv[1:] or sys.exit("usage: many.py PICTURE..."))

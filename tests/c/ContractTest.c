@@ -133,8 +133,8 @@ static void options(void) {
     given.field = value;                                                                           \
     INVALID(kestrelid_detector_create(&given, &other, &error), text)
     REFUSED(struct_size, sizeof(size_t), "struct_size is not set");
-    REFUSED(effort, 2, "effort is out of range");
-    REFUSED(text_threads, 65, "text_threads is out of range");
+    REFUSED(effort, 2, "effort is out of range: 0 to 1");
+    REFUSED(text_threads, 65, "text_threads is out of range: 0 to 64");
     REFUSED(resources, "/", "a detector that shares takes these options from the other one");
 #undef REFUSED
 

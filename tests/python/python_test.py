@@ -66,6 +66,8 @@ def test_every_form_of_a_picture_gives_one_verdict(detector):
         forms = {"str": str(PASSPORT), "bytes": PASSPORT.read_bytes(), "Pillow": picture}
         for name, form in forms.items():
             assert detector.judge(form) == result, name
+    with open(PASSPORT, "rb", buffering=0) as file:
+        assert detector.judge(file) == result and not file.closed
     for form, pixels in (("rgb", rgb), ("bgr", rgb[..., ::-1]), ("rgba", opaque), ("bgra", opaque[..., [2, 1, 0, 3]])):
         assert detector.judge(pixels, format=form) == result, form
 
@@ -161,7 +163,19 @@ def test_pillow_images_arrive_as_their_file_looks():
 PIXELS = numpy.zeros((4, 5, 3), numpy.uint8)
 CLOSED = Image.open(RECEIPT)
 CLOSED.close()
+FILE = RECEIPT.open("rb")
+FILE.close()
 TORN = Image.open(io.BytesIO(RECEIPT.read_bytes()[:9000]))
+
+
+class Endless:
+    name = "endless"
+
+    def __init__(self, part):
+        self.part = part
+
+    def read(self, size):
+        return self.part if isinstance(self.part, int) else self.part * min(size, 2**24)
 
 
 @pytest.mark.parametrize("picture, form, error, text", [
@@ -181,6 +195,13 @@ TORN = Image.open(io.BytesIO(RECEIPT.read_bytes()[:9000]))
     ("gone.jpg", None, kestrelid.UnreadableError, "^gone.jpg: cannot be opened: No such file or directory$"),
     (os.fsdecode(b"gone\xff\n.jpg"), None, kestrelid.UnreadableError, "^gone\ufffd .jpg: cannot be opened"),
     (f"{RECEIPT}\0", None, kestrelid.ArgumentError, "zero byte"),
+    (FILE, None, kestrelid.UnreadableError, f"^{RECEIPT}: .*closed"),
+    (io.BytesIO(b"GIF89a"), "rgb", kestrelid.ArgumentError, "format= is for arrays"),
+    (io.BytesIO(b"GIF89a"), None, kestrelid.UnreadableError, "^a GIF file"),
+    (io.BytesIO(), None, kestrelid.UnreadableError, "^nothing is left to read"),
+    (Endless(b"x"), None, kestrelid.UnreadableError, "^endless: more than 67108864 bytes"),
+    (Endless("x"), None, TypeError, "^endless: opened as text: .*'rb'"),
+    (Endless(7), None, TypeError, "^endless: read.* gave no bytes but int$"),
     (CLOSED, None, kestrelid.UnreadableError, "closed"),
     (TORN, None, kestrelid.UnreadableError, "truncated"),
     (Image.new("I;16", (5, 5)), None, kestrelid.ArgumentError, "convert it to 'L'"),
@@ -257,6 +278,11 @@ def test_examples():
 
 def test_version_is_the_librarys(detector):
     assert kestrelid.__version__ == detector.library_version
+    for files, said in (((), f"kestrelid {kestrelid.__version__}, library {kestrelid.__version__}\n"),
+                        ((PASSPORT, "gone.jpg"), f"{PASSPORT}: passport, confidence 0.500\n")):
+        done = subprocess.run(
+            [sys.executable, "-B", "-m", "kestrelid", *files], cwd=PACKAGE, capture_output=True, text=True, timeout=200)
+        assert (done.stdout, done.returncode, done.stderr.count("\n")) == (said, len(files) // 2, len(files) // 2)
 
 
 @pytest.mark.skipif(not shutil.which("mypy"), reason="mypy is missing: run tools/setup")

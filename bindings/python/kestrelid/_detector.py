@@ -98,12 +98,13 @@ class Detector:
     def judge(self, picture: Picture, *, format: Optional[Format] = None) -> Result:
         """Whether the picture shows a passport.
 
-        picture: a path; the bytes of a JPEG, PNG, WebP, TIFF or HEIC file; an array of uint8 (NumPy, OpenCV, memoryview) of
-        shape (height, width) or (height, width, channels), whatever its strides; or a Pillow image. At most 64 MB for a
-        file, 100 million pixels, 20000 a side.
+        picture: a path; the bytes of a JPEG, PNG, WebP, TIFF or HEIC file; such a file, opened by open(file, "rb"), which is
+        read from where it stands; an array of uint8 (NumPy, OpenCV, memoryview) of shape (height, width) or (height, width,
+        channels), whatever its strides; or a Pillow image. At most 64 MB for a file, 100 million pixels, 20000 a side.
         format: what the channels of an array are: "rgb", "bgr", "rgba", "bgra" (whose alpha is ignored) or "gray".
 
-        Raises UnreadableError, ArgumentError, OutOfMemoryError or another Error, and TypeError for what is no picture."""
+        Raises UnreadableError, ArgumentError, OutOfMemoryError or another Error, TypeError for what is no picture, and
+        ValueError once the detector is closed."""
         library, result = self._library, c_void_p()
         with self._image(picture, format) as (detector, image):
             library.call(library.detector_validate_wait, detector, image, ctypes.byref(result))
@@ -167,12 +168,16 @@ def parse_zones(text: Union[str, bytes], *, as_of: Optional[datetime.date] = Non
                 library: Optional[Path] = None) -> tuple[Zone, ...]:
     """The machine-readable zones in a text, one line of a zone a line of text. as_of, library: as for Detector."""
     loaded = load(library)
-    given = text.encode(errors="replace") if isinstance(text, str) else bytes(text)
+    given = text.encode(errors="replace") if isinstance(text, str) else bytes(memoryview(text))
     return _zones(loaded, loaded.make(loaded.zones_parse, given, len(given), _day(as_of)))
 
 
 def _day(day: Optional[datetime.date]) -> Any:
-    return ctypes.byref(Day(day.year, day.month, day.day)) if day else None
+    if day is None:
+        return None
+    if not isinstance(day, datetime.date):
+        raise TypeError(f"as_of is a datetime.date, not {type(day).__qualname__}")
+    return ctypes.byref(Day(day.year, day.month, day.day))
 
 
 def _result(library: Library, result: c_void_p) -> Result:

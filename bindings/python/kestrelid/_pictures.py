@@ -10,7 +10,7 @@ import ctypes
 import os
 import sys
 from ctypes import c_void_p
-from typing import TYPE_CHECKING, Any, Literal, NoReturn, Optional, Union
+from typing import TYPE_CHECKING, Any, Literal, NoReturn, Optional, Protocol, Union
 
 from ._errors import ArgumentError, UnreadableError
 from ._library import Library, Pixels
@@ -20,8 +20,14 @@ if TYPE_CHECKING:
     import numpy.typing
     import PIL.Image
 
+class BinaryFile(Protocol):
+    """What open(file, "rb"), io.BytesIO, urllib and zipfile give, for example."""
+
+    def read(self, size: int, /) -> Optional[bytes]: ...
+
+
 Format = Literal["rgb", "bgr", "rgba", "bgra", "gray"]
-Picture = Union[str, "os.PathLike[Any]", bytes, bytearray, memoryview, "numpy.typing.NDArray[numpy.uint8]",
+Picture = Union[str, "os.PathLike[Any]", bytes, bytearray, memoryview, BinaryFile, "numpy.typing.NDArray[numpy.uint8]",
                 "PIL.Image.Image"]
 
 # KestrelidPixelFormat -> bytes a pixel.
@@ -30,7 +36,7 @@ _DEPTHS = {_BGRA: 4, _RGB: 3, _GRAY: 1, _BGR: 3, _RGBA: 4}
 _FORMATS = {"rgb": _RGB, "bgr": _BGR, "rgba": _RGBA, "bgra": _BGRA, "gray": _GRAY}
 
 # The library's own limits, held before anything is copied.
-_MAXIMUM_SIDE, _MAXIMUM_PIXELS = 20000, 100_000_000
+_MAXIMUM_SIDE, _MAXIMUM_PIXELS, _MAXIMUM_FILE = 20000, 100_000_000, 64 * 1024 * 1024
 
 
 def image(library: Library, picture: Any, format: Optional[Format]) -> c_void_p:
@@ -38,7 +44,8 @@ def image(library: Library, picture: Any, format: Optional[Format]) -> c_void_p:
     pillow: Any = sys.modules.get("PIL.Image")
     is_pillow = pillow is not None and isinstance(picture, pillow.Image)
     is_path = isinstance(picture, (str, os.PathLike))
-    view = None if is_path or is_pillow else _view(picture)
+    is_file = not is_path and not is_pillow and callable(getattr(picture, "read", None))
+    view = None if is_path or is_pillow or is_file else _view(picture)
     if view is not None and (view.ndim != 1 or view.format != "B"):
         return _of_array(library, view, format)
     if format is not None:
@@ -51,6 +58,8 @@ def image(library: Library, picture: Any, format: Optional[Format]) -> c_void_p:
     if view is not None:
         encoded = picture if type(picture) is bytes else view.tobytes()
         return library.make(library.image_decode, encoded, len(encoded))
+    if is_file:
+        return _of_file(library, picture)
     return _of_pillow(library, picture)
 
 
@@ -59,7 +68,7 @@ def _view(picture: Any) -> memoryview:
         return memoryview(picture)
     except (TypeError, ValueError, BufferError):  # an array whose items no buffer can describe among them
         kind = f"{type(picture).__module__}.{type(picture).__qualname__}".replace("builtins.", "")
-    raise TypeError(f"a picture is a path, the bytes of a file, an array of uint8 or a Pillow image, not {kind}"
+    raise TypeError(f"a picture is a path, the bytes of a file, a file that is open, an array of uint8 or a Pillow image, not {kind}"
                     + (f" of {picture.dtype}" if hasattr(picture, "dtype") else ""))
 
 
@@ -102,6 +111,36 @@ def _of_rows(library: Library, rows: bytes, width: int, height: int, pixel_forma
     address = ctypes.cast(ctypes.c_char_p(rows), c_void_p)
     return library.make(library.image_from_pixels, ctypes.byref(
         Pixels(ctypes.sizeof(Pixels), address, len(rows), width * _DEPTHS[pixel_format], width, height, pixel_format)))
+
+
+def _of_file(library: Library, file: Any) -> c_void_p:
+    """What a file has from where it stands. It is left open, at its end."""
+    name = getattr(file, "name", None)
+    where = "".join(c if c.isprintable() else "\ufffd" for c in name) + ": " if name and isinstance(name, str) else ""
+    encoded = bytearray()
+    while len(encoded) <= _MAXIMUM_FILE:  # one call may give less than it is asked for
+        try:
+            part = file.read(_MAXIMUM_FILE + 1 - len(encoded))
+        except UnicodeDecodeError:
+            part = ""
+        except (OSError, ValueError) as error:
+            raise UnreadableError(f"{where}{' '.join(str(error).split())}") from error
+        if isinstance(part, str):
+            raise TypeError(f"{where}opened as text: a picture is read from a file opened by open(file, 'rb')")
+        if not part:
+            break
+        try:
+            encoded += part
+        except TypeError:
+            raise TypeError(f"{where}read() gave no bytes but {type(part).__qualname__}") from None
+    if len(encoded) > _MAXIMUM_FILE:
+        raise UnreadableError(f"{where}more than {_MAXIMUM_FILE} bytes, the most that are read")
+    if not encoded:
+        raise UnreadableError(f"{where}nothing is left to read: seek(0) goes back to the start of a file that was read")
+    try:
+        return library.make(library.image_decode, bytes(encoded), len(encoded))
+    except UnreadableError as error:
+        raise UnreadableError(f"{where}{error}") from None
 
 
 def _of_pillow(library: Library, picture: Any) -> c_void_p:
