@@ -50,7 +50,7 @@ std::string camerasAsJson(const std::vector<CameraDescription>& cameras) {
 std::string whyNoCamera(const std::string& wanted, const std::vector<CameraDescription>& cameras) {
     if (wanted.empty())
         return "no camera found, neither a video device nor one that PipeWire offers; a picture or "
-               "video can stand for one: kestrelid watch --camera samples/bangladesh-on-wood.jpg";
+               "video can stand for one: kestrelid watch --camera FILE";
     if (cameras.empty())
         return wanted + ": neither a file nor a camera; this machine has no camera";
     std::string names;

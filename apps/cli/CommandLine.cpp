@@ -47,7 +47,7 @@ Examples:
   kestrelid watch --list
   kestrelid watch --photo page.jpg
   kestrelid watch --zone --as-of 2026-01-31
-  kestrelid watch --camera samples/bangladesh-on-wood.jpg --seconds 5
+  kestrelid watch --camera passport.jpg --seconds 5
   kestrelid watch --json --seconds 60 | jq 'select(.event == "document")')";
 
 constexpr const char* kDoctorFooter =
@@ -245,6 +245,15 @@ ExitStatus usageError(const CLI::App& app, const std::string& message) {
     return ExitStatus::wrongUsage;
 }
 
+std::string commandNeeded(const CLI::App& app, const std::string& given) {
+    std::string commands;
+    for (const CLI::App* command : app.get_subcommands({}))
+        commands += (commands.empty() ? "" : ", ") + command->get_name();
+    return (given.empty() || given.front() == '-' ? "needs a command: "
+                                                  : "'" + given + "' is none of the commands ") +
+           commands;
+}
+
 }  // namespace
 
 std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* argv) {
@@ -286,6 +295,9 @@ std::variant<Command, ExitStatus> parseCommandLine(int argc, const char* const* 
         writeOutput(std::string(version.what()) + "\n");
         return outputStatus();
     } catch (const CLI::ParseError& error) {
+        // CLI11 has the same words for a command that is missing and for one that does not exist.
+        if (app.get_subcommands().empty())
+            return usageError(app, commandNeeded(app, argc < 2 ? "" : argv[1]));
         return usageError(app, error.what());
     }
     if (validateCommand->parsed())

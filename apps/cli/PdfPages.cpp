@@ -34,6 +34,8 @@ std::variant<std::string, ImageError> outputOf(std::vector<std::string> command)
     }
     if (result.status == 0)
         return std::move(result.output);
+    if (result.errors.find("Incorrect password") != std::string::npos)
+        return ImageError{"the PDF file is encrypted: write a copy without a password"};
     const std::string first = result.errors.substr(0, result.errors.find('\n'));
     return ImageError{"the PDF file cannot be read" + (first.empty() ? "" : ": " + first)};
 }

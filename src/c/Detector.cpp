@@ -33,8 +33,8 @@ constexpr std::chrono::minutes kLongestWait{10};
 
 void checkRange(int32_t value, int32_t last, const char* name) {
     if (value < 0 || value > last)
-        throw Failure{KESTRELID_INVALID_ARGUMENT, std::string(name) + " is out of range: 0 to " +
-                                                      std::to_string(last)};
+        throw Failure{KESTRELID_INVALID_ARGUMENT,
+                      std::string(name) + " is out of range: 0 to " + std::to_string(last)};
 }
 
 // The caller's options in the form of this version.

@@ -79,8 +79,7 @@ KestrelidStatus kestrelid_image_read(const char* path, KestrelidImage** image,
         require(image, "image");
         *image = nullptr;
         require(path, "path");
-        *image = upright(kestrelid::readImage(path),
-                         std::string(*path ? path : "''") + ": ");
+        *image = upright(kestrelid::readImage(path), std::string(*path ? path : "''") + ": ");
     });
 }
 

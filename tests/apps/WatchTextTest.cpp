@@ -58,7 +58,7 @@ TEST(CameraListTest, NamesFormatsOrSaysThatThereIsNone) {
     EXPECT_EQ(whyNoCamera("Side", cameras),
               "Side: neither a file nor a camera; the cameras are: Front, Back");
     for (const std::string& line : {camerasAsText({}), whyNoCamera("", {})})
-        EXPECT_NE(line.find("watch --camera samples/"), std::string::npos);
+        EXPECT_NE(line.find("watch --camera FILE"), std::string::npos);
 }
 
 TEST(PhotoFileTest, ExtensionsThatCanBeWritten) {

@@ -101,6 +101,8 @@ class Inputs(CommandLineTest):
         pages[0].save(pdf, save_all=True, append_images=pages[1:])
         cut = self.write("cut.tif", (self.folder / "pages.tif").read_bytes()[:-60])
         broken = self.write("broken.pdf", b"%PDF-1.4 nonsense")
+        locked = self.write("locked.pdf", b"%%PDF-1.4\ntrailer<</Root 1 0 R/Encrypt<</Filter/Standard/V 1/R 2/P 0/O(%032d)/U(%032d)>>"
+                            b"/ID[(a)(a)]>>" % (0, 0))
         marked = self.folder / "marked"
         result = run("validate", "--json", "--annotate", str(marked), tiff, pdf, str(cut), str(broken))
         self.assertEqual(result.returncode, 1)
@@ -113,6 +115,7 @@ class Inputs(CommandLineTest):
         self.assertIn("pages-2.jpg", os.listdir(marked))
         missing = run("validate", pdf, env={**os.environ, "PATH": "/nonexistent"})
         self.assert_error_lines(missing, [f"kestrelid: {pdf}: a PDF file; to read it, install pdfinfo"])
+        self.assert_error_lines(run("validate", locked), [f"kestrelid: {locked}: the PDF file is encrypted: "])
 
     def test_standard_input_and_pipes_are_pictures_too(self):
         for name in ["-", "/dev/stdin"]:

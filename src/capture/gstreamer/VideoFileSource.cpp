@@ -48,7 +48,7 @@ tl::expected<VideoFormat, CaptureError> probe(GstElement* pipeline) {
         first.reset(gst_app_sink_try_pull_preroll(GST_APP_SINK(sink.get()), 0));
     GstVideoInfo info;
     if (!first || !gst_video_info_from_caps(&info, gst_sample_get_caps(first.get())))
-        return tl::unexpected(CaptureError{"video: " + causeOf(pipeline)});
+        return tl::unexpected(CaptureError{"it cannot be played as a video: " + causeOf(pipeline)});
     return VideoFormat{.width = GST_VIDEO_INFO_WIDTH(&info),
                        .height = GST_VIDEO_INFO_HEIGHT(&info),
                        .rate = {.numerator = GST_VIDEO_INFO_FPS_N(&info),
