@@ -14,6 +14,10 @@ static void show(const KestrelidZones* zones) {
 }
 
 int main(int argc, char** argv) {
+    if (argc != 2) {
+        fprintf(stderr, "usage: c-host PICTURE\n");
+        return 2;
+    }
     KestrelidDetector* detector = NULL;
     KestrelidImage* image = NULL;
     KestrelidResult* result = NULL;
@@ -21,7 +25,7 @@ int main(int argc, char** argv) {
     KestrelidError* error = NULL;
     const int failed =
         kestrelid_detector_create(NULL, &detector, &error) ||
-        kestrelid_image_read(argc > 1 ? argv[1] : "", &image, &error) ||
+        kestrelid_image_read(argv[1], &image, &error) ||
         kestrelid_detector_examine_wait(detector, image, NULL, &result, &zones, &error);
     if (failed) {
         fprintf(stderr, "%s\n", kestrelid_error_text(error));

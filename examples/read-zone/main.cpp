@@ -15,8 +15,10 @@ using namespace kestrelid;
 std::vector<MachineReadableZone> zonesOfPicture(const char* path, const ZoneRules& rules) {
     const auto picture = readImage(path);
     const auto* image = std::get_if<Image>(&picture);
-    if (!image)
+    if (!image) {
+        std::cerr << path << ": " << std::get<ImageError>(picture).cause << '\n';
         return {};
+    }
     const auto detector = PassportDetector::create();
     const auto result = detector->examineNow(image->upright(), {.zoneRules = rules});
     if (const auto* examined = std::get_if<Examination>(&result))

@@ -49,7 +49,7 @@ class OnePicture(unittest.TestCase):
                 ("judge", PASSPORT, 0, ["a passport"], ""), ("judge", "missing.jpg", 1, [], "missing.jpg: "),
                 ("own-camera", PASSPORT, 0, ["a passport; photo of 960x1280"], ""),
                 ("c-host", PASSPORT, 0, ["a passport; TD3, strict"], ""), ("c-host", DESK, 0, ["not a passport"], ""),
-                ("c-host", "missing.jpg", 1, [], "missing.jpg: ")):
+                ("c-host", "missing.jpg", 1, [], "missing.jpg: "), ("read-zone", "missing.jpg", 1, [], "missing.jpg: ")):
             with self.subTest(name, picture=picture):
                 done = run(name, SAMPLES / picture)
                 self.assertEqual((done.returncode, done.stdout.decode().splitlines()[:1]), (status, output), done.stderr)
