@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <QApplication>
 #include <QFileInfo>
+#include <QImageWriter>
 #include <QTimer>
 
 namespace kestrelid::demo {
@@ -38,12 +39,15 @@ void loadModels(PlatformServices recognition) {
 void takeScreenshot(const DemoOptions& options, Host& host) {
     constexpr double kDefaultWait = 5.0;  // seconds
     const auto wait = std::chrono::duration<double>(options.after.value_or(kDefaultWait));
-    QTimer::singleShot(std::chrono::round<std::chrono::milliseconds>(wait), &*qApp,
-                       [file = options.screenshot, &host] {
-                           const bool isWritten = host.grab().save(file);
-                           QApplication::exit(isWritten ? kDone
-                                                        : fail("cannot write " + file, kFailed));
-                       });
+    QTimer::singleShot(
+        std::chrono::round<std::chrono::milliseconds>(wait), &*qApp,
+        [file = options.screenshot, &host] {
+            QImageWriter writer(file);
+            const bool isWritten = writer.write(host.grab());
+            QApplication::exit(
+                isWritten ? kDone
+                          : fail("cannot write " + file + ": " + writer.errorString(), kFailed));
+        });
 }
 
 int show(const DemoOptions& options, const PlatformServices& recognition) {

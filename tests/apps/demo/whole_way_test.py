@@ -165,7 +165,7 @@ class CommandLine(unittest.TestCase):
                 self.assertEqual(picture.size, (420, 760))
             failed = self.run_demo("--screenshot", f"{folder}/none/shown.png", "--after", "0", **quiet)
             self.assertEqual(failed.returncode, 1)
-            self.assertRegex(failed.stderr, "^kestrelid-demo: cannot write .*shown.png\n$")
+            self.assertRegex(failed.stderr, "^kestrelid-demo: cannot write .*shown.png: .+\n$")
 
 
 if __name__ == "__main__":
