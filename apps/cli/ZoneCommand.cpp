@@ -3,15 +3,18 @@
 #include "apps/cli/FileBytes.h"
 #include "apps/cli/InputImage.h"
 #include "apps/cli/JsonLine.h"
+#include "apps/cli/PdfPages.h"
 #include "apps/cli/PictureInputs.h"
 #include "apps/cli/StandardStreams.h"
 #include "apps/cli/VerdictText.h"
 #include "apps/cli/ZoneReport.h"
 
 #include <kestrelid/DefaultServices.h>
+#include <kestrelid/ImageFile.h>
 
 #include <charconv>
 #include <chrono>
+#include <span>
 #include <variant>
 
 namespace kestrelid::cli {
@@ -27,7 +30,10 @@ std::variant<Zones, std::string> zonesInText(const std::string& name, const Zone
                                                          : readFile(name, kMaximumTextSize);
     if (const auto* error = std::get_if<ReadError>(&bytes))
         return error->cause;
-    return parseZones(std::get<std::string>(bytes), rules);
+    const auto& content = std::get<std::string>(bytes);
+    if (isImageFormat(std::as_bytes(std::span(content))) || isPdf(content))
+        return std::string("no text, but pictures: leave --text out");
+    return parseZones(content, rules);
 }
 
 // Finds no words: nothing but the outline, which shows how the page lies, and the zones.

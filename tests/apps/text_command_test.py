@@ -4,7 +4,7 @@ import json
 import re
 import unittest
 
-from command_line import ROOT, CommandLineTest, json_lines, run
+from command_line import PASSPORT, ROOT, CommandLineTest, json_lines, run
 
 
 class WrongUsage(CommandLineTest):
@@ -127,6 +127,7 @@ class Zone(CommandLineTest):
             self.assertRegex(shown, r"date of expiry +.*failed\n(.*\n)+    Problem: line 2, column 28, date of expiry: ")
             self.assertNotIn("\x1b", shown)
         self.assertEqual(run("zone", "--text").stdout, b"-: no machine-readable zone\n")
+        self.assert_error_lines(run("zone", "--text", PASSPORT), [f"kestrelid: {PASSPORT}: no text"])
 
 
 class Doctor(CommandLineTest):
