@@ -38,33 +38,40 @@ QString noteOf(const QString& camera) {
 CameraChoice::CameraChoice(const QString& wanted, std::shared_ptr<DispatchQueue> background)
     : background_(std::move(background)), mainQueue_(makeQtMainQueue()) {
     if (!wanted.isEmpty()) {
-        choose(wanted, noteOf(wanted));
+        take(wanted, noteOf(wanted));
         return;
     }
     setNote(tr("Looking for cameras..."));
     findCameras([this](const Names& names) {
         if (!camera_.isEmpty())
             return;  // chosen meanwhile
-        if (names.isEmpty())
-            chooseDrawnPassport(tr("No camera found: a drawn passport stands for one"));
-        else
-            choose(names.first(), noteOf(names.first()));
+        if (!names.isEmpty())
+            take(names.first(), noteOf(names.first()));
+        else if (!takeDrawnPassport(tr("No camera found: a drawn passport stands for one")))
+            return;
+        emit cameraFound();
     });
 }
 
-void CameraChoice::choose(const QString& camera, const QString& note) {
+void CameraChoice::take(const QString& camera, const QString& note) {
     camera_ = camera;
     setNote(note);
     examineLater();
     emit cameraChanged();
 }
 
-void CameraChoice::chooseDrawnPassport(const QString& why) {
+void CameraChoice::choose(const QString& camera, const QString& note) {
+    take(camera, note);
+    emit cameraChosen();
+}
+
+bool CameraChoice::takeDrawnPassport(const QString& why) {
     const QString passport = drawnPassport();
     if (passport.isEmpty())
         setNote(tr("No camera found, and no drawn passport is installed"));
     else
-        choose(passport, why);
+        take(passport, why);
+    return !passport.isEmpty();
 }
 
 void CameraChoice::setNote(const QString& note) {
@@ -141,8 +148,10 @@ void CameraChoice::showMenu(const QPoint& at, const Names& names) {
         menu->addAction(tr("No camera found"))->setEnabled(false);
     menu->addSeparator();
     menu->addAction(tr("Picture or video file..."), this, &CameraChoice::chooseFile);
-    menu->addAction(tr("Drawn passport"), this,
-                    [this] { chooseDrawnPassport(tr("A drawn passport stands for a camera")); });
+    menu->addAction(tr("Drawn passport"), this, [this] {
+        if (takeDrawnPassport(tr("A drawn passport stands for a camera")))
+            emit cameraChosen();
+    });
     // Some window systems refuse popups that belong to no window.
     menu->winId();
     menu->windowHandle()->setTransientParent(QGuiApplication::focusWindow());

@@ -38,15 +38,18 @@ public:
 signals:
     void cameraChanged();
     void noteChanged();
+    void cameraChosen();  // by the person
+    void cameraFound();   // once, late; a picture may have been opened meanwhile
     void pictureOpened(const kestrelid::Image& picture);
 
 private:
     using Names = QStringList;
 
+    void take(const QString& camera, const QString& note);
     void choose(const QString& camera, const QString& note);
     void readPicture(const QString& path);
     void chooseFile();
-    void chooseDrawnPassport(const QString& why);
+    [[nodiscard]] bool takeDrawnPassport(const QString& why);
     void setNote(const QString& note);
     void findCameras(std::function<void(const Names& names)> then);
     void examineLater();

@@ -27,7 +27,11 @@ public:
         layout->setSpacing(0);
         layout->addWidget(new TopBar(cameras));
         layout->addLayout(pages_, 1);
-        connect(&cameras, &CameraChoice::cameraChanged, this, &WidgetsHost::scan);
+        connect(&cameras, &CameraChoice::cameraChosen, this, &WidgetsHost::scan);
+        connect(&cameras, &CameraChoice::cameraFound, this, [this] {
+            if (!pages_->currentWidget())
+                scan();
+        });
         connect(&cameras, &CameraChoice::pictureOpened, this, &WidgetsHost::preview);
         connect(&judge, &PhotoJudge::changed, this, [this] {
             if (qobject_cast<VerdictPage*>(pages_->currentWidget()))

@@ -34,7 +34,11 @@ Window {
 
     Connections {
         target: window.cameras
-        function onCameraChanged() { window.scan(); }
+        function onCameraChosen() { window.scan(); }
+        function onCameraFound() {
+            if (!page.sourceComponent)
+                window.scan();
+        }
         function onPictureOpened(picture) { window.show(picture); }
     }
 
