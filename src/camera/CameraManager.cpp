@@ -94,6 +94,7 @@ CameraManager::CameraManager(CameraServices services)
 CameraManager::~CameraManager() = default;
 
 void CameraManager::checkAuthorization() {
+    const auto self = shared_from_this();  // an observer may release the manager
     const auto publish = [this](bool isAuthorized) {
         base::runBlock("camera", [&] { isAuthorized_.publish(isAuthorized); });
     };

@@ -63,6 +63,15 @@ TEST(CameraPermission, QuestionUnderWayKeepsTheManager) {
     EXPECT_THAT(camera.announced(), ElementsAre("isAuthorized = false"));
 }
 
+TEST(CameraPermission, RefusalMayReleaseTheManager) {
+    CameraHarness camera(AuthorizationStatus::denied);
+    const std::weak_ptr<CameraManager> weak = camera.manager;
+    const auto subscription =
+        camera.manager->isAuthorized().didChange([&](bool) { camera.manager.reset(); });
+    camera.manager->checkAuthorization();
+    EXPECT_TRUE(weak.expired());
+}
+
 TEST(CameraManagerCreation, NeedsEveryService) {
     CameraHarness camera;
     const CameraServices complete{
