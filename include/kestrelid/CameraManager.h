@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kestrelid/CameraControls.h>
+#include <kestrelid/CameraOptions.h>
 #include <kestrelid/CameraStatus.h>
 #include <kestrelid/CaptureServices.h>
 #include <kestrelid/detection/PassportDetector.h>
@@ -35,6 +37,11 @@ struct CameraServices {
     std::function<std::shared_ptr<DispatchQueue>(std::string label)> makeSerialQueue;
     std::function<WallTime()> now{};  ///< any thread; empty: the system's clock
 
+    /// Whether a frame could be judged at once. While it says no, frames are left out and cost no
+    /// interval, so that the next verdict is of the freshest one. Frame queue. Empty: always, even
+    /// while earlier frames are judged.
+    std::function<bool()> canJudge{};
+
     /// Reads machine-readable zones beside the verdicts; null: none are read. The verdicts, and
     /// when they come, are the same with it.
     std::shared_ptr<ZoneService> zones{};
@@ -67,6 +74,14 @@ public:
     /// Takes a photo of the output's largest size. Ends in exactly one call of onPhotoCapture,
     /// however many are under way.
     void capturePhoto();
+
+    /// Goes on with another camera, by its name as cameras() gives it: while the session runs, and
+    /// otherwise at the next set-up. cameraStatus() and currentCamera() tell what comes of it. A
+    /// name that no camera has changes nothing.
+    void switchCamera(const std::string& name);
+
+    /// Changes what controls() names; without a value the camera chooses. Anything else is ignored.
+    void setControl(CameraControl control, std::optional<double> value);
 
     /// Gets every photo, or nothing if it failed. If it is empty, photos are taken and thrown away.
     /// Main queue.
@@ -101,6 +116,24 @@ public:
         return cameraStatus_;
     }
 
+    /// The cameras, best first, from the first set-up on; those that were unplugged since stay at
+    /// the end. Published on a change only. Empty where the platform tells of none.
+    [[nodiscard]] const Published<std::vector<CameraDescription>>& cameras() const noexcept {
+        return cameras_;
+    }
+
+    /// The name of the camera that the session was given last; empty before. Published on a change
+    /// only.
+    [[nodiscard]] const Published<std::string>& currentCamera() const noexcept {
+        return currentCamera_;
+    }
+
+    /// What can be changed of the camera that runs; nothing while none does. Published on a change
+    /// only.
+    [[nodiscard]] const Published<std::vector<CameraControlStatus>>& controls() const noexcept {
+        return controls_;
+    }
+
     /// For the capture platform. Frame queue.
     void didOutput(const SampleBuffer& sampleBuffer) override;
     /// For the capture platform. Any thread.
@@ -132,11 +165,16 @@ private:
     const std::shared_ptr<PhotoOutput> photoOutput_;
     const std::shared_ptr<VideoDataOutput> videoOutput_;
     const std::shared_ptr<DispatchQueue> sessionQueue_;
-    Published<bool> isAuthorized_{false};           // main queue
-    Published<bool> isSessionReady_{false};         // main queue
-    Published<bool> isDocumentDetected_{false};     // main queue
-    Published<float> detectionConfidence_{0.0f};    // main queue
-    Published<CameraStatus> cameraStatus_{{}};      // main queue
+    Published<bool> isAuthorized_{false};                       // main queue
+    Published<bool> isSessionReady_{false};                     // main queue
+    Published<bool> isDocumentDetected_{false};                 // main queue
+    Published<float> detectionConfidence_{0.0f};                // main queue
+    Published<CameraStatus> cameraStatus_{{}};                  // main queue
+    Published<std::vector<CameraDescription>> cameras_{{}};     // main queue
+    Published<std::string> currentCamera_{{}};                  // main queue
+    Published<std::vector<CameraControlStatus>> controls_{{}};  // main queue
+    std::string chosenCamera_;                      // session queue; empty: the default one
+    Subscription cameraList_;                       // session queue
     std::int64_t consecutiveDetectedCount_ = 0;     // main queue
     std::int64_t consecutiveNotDetectedCount_ = 0;  // main queue
     WallTime lastDetectionTime_;                    // frame queue

@@ -41,7 +41,9 @@ struct CameraFormat {
     int width = 0;  ///< pixels
     int height = 0;
     double framesPerSecond = 0.0;  ///< the most it delivers in this size
-    std::string encoding;          ///< "raw" or "jpeg"
+    std::string encoding;          ///< "raw", "jpeg" or "h264"
+
+    friend bool operator==(const CameraFormat&, const CameraFormat&) = default;
 };
 
 /// A camera that can be chosen by its name.
@@ -50,6 +52,11 @@ struct CameraDescription {
     std::vector<CameraFormat> formats;  ///< largest first
     CameraPosition position = CameraPosition::unknown;
     bool isInfrared = false;  ///< shows no colours, as a camera that knows faces
+    bool isPresent = true;    ///< false in a list that remembers what was unplugged
+    /// Why it cannot be used, in one line; empty: it can.
+    std::string obstacle{};
+
+    friend bool operator==(const CameraDescription&, const CameraDescription&) = default;
 };
 
 }  // namespace kestrelid

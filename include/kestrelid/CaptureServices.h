@@ -1,6 +1,8 @@
 #pragma once
 
 #include <kestrelid/Bitmap.h>
+#include <kestrelid/CameraControls.h>
+#include <kestrelid/CameraOptions.h>
 #include <kestrelid/CameraStatus.h>
 #include <kestrelid/DispatchQueue.h>
 #include <kestrelid/Export.h>
@@ -141,12 +143,16 @@ struct PhotoSettings {
     std::optional<std::string> codec;  ///< one of availablePhotoCodecTypes()
     std::optional<FlashMode> flashMode;
     PhotoDimensions maxPhotoDimensions;
+    /// The delegate also takes CapturedPhoto::image, where that spares making a file.
+    bool acceptsImage = false;
 };
 
 /// A photo as the camera gave it.
 struct CapturedPhoto {
     /// The photo as a file of its codec, orientation included. Empty if there is none.
     std::optional<std::vector<std::byte>> fileDataRepresentation;
+    /// The photo without a file, as the sensor gave its pixels. Only where the settings accept it.
+    std::optional<Image> image{};
 };
 
 /// Gets one photo.
@@ -202,7 +208,7 @@ enum class SessionPreset : std::uint8_t {
 };
 
 /// One device's way to its outputs. Releasing it stops it and lets the device go within a second.
-/// Thread: session queue, but isRunning(), status() and addPreviewSurface(): any.
+/// Thread: session queue, but isRunning(), status(), controls() and addPreviewSurface(): any.
 class KESTRELID_EXPORT CaptureSession {
 public:
     virtual ~CaptureSession();
@@ -237,10 +243,22 @@ public:
     /// What the device is doing. By default only whether the session is running.
     [[nodiscard]] virtual CameraStatus status() const;
 
-    /// Calls observer after each change of status() until the session is released; replaces the
-    /// former one. By default nothing is told. Thread of observer: any, one call at a time; it must
-    /// return at once, and must not release the session.
+    /// Calls observer after each change of status() and controls() until the session is released;
+    /// replaces the former one. By default nothing is told. Thread of observer: any, one call at a
+    /// time; it must return at once, and must not release the session.
     virtual void observeStatus(std::function<void()> observer);
+
+    /// Goes on with another device in the place of the present one; waits as startRunning() does.
+    /// False, with nothing changed, if the session cannot do that, as by default. A device that
+    /// then does not open is told by status().
+    [[nodiscard]] virtual bool replaceInput(std::shared_ptr<CaptureInput> input);
+
+    /// What can be changed of the device that runs. Waits for nothing. By default nothing.
+    [[nodiscard]] virtual std::vector<CameraControlStatus> controls() const;
+
+    /// Changes what controls() names, later; a value outside 0 to 1 counts as its nearest end, and
+    /// none leaves the choice to the camera. What the device has not is ignored.
+    virtual void setControl(CameraControl control, std::optional<double> value);
 
     /// Shows its frames on surface from now on, for as long as the surface lives.
     virtual void addPreviewSurface(std::weak_ptr<PreviewSurface> surface) = 0;
@@ -261,6 +279,19 @@ public:
 
     /// Null if there is no camera.
     [[nodiscard]] virtual std::shared_ptr<CaptureDevice> defaultVideoDevice() = 0;
+
+    /// The one of that name; null if it is not there. By default the default one alone is known.
+    [[nodiscard]] virtual std::shared_ptr<CaptureDevice> videoDevice(const std::string& name);
+
+    /// Those that are there now, best first. Takes seconds where the desktop hangs. By default
+    /// none is told.
+    [[nodiscard]] virtual std::vector<CameraDescription> cameras();
+
+    /// Calls observer after cameras() has changed, for as long as the result lives. By default
+    /// nothing is told. Takes as long as cameras(). Thread of observer: any; it must return at
+    /// once.
+    [[nodiscard]] virtual std::shared_ptr<const void>
+    observeCameras(std::function<void()> observer);
 
     /// device: of this platform.
     [[nodiscard]] virtual std::variant<std::shared_ptr<CaptureInput>, CaptureError>

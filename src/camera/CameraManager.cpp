@@ -226,7 +226,8 @@ void CameraManager::addVideoOutput() {
 
 void CameraManager::didOutput(const SampleBuffer& sampleBuffer) try {
     const WallTime now = services_.now();
-    const bool isJudged = now - lastDetectionTime_ >= detectionInterval_;
+    const bool isJudged = now - lastDetectionTime_ >= detectionInterval_ &&
+                          (!services_.canJudge || services_.canJudge());
     const bool isSearched =
         zoneWatch_ && !zoneWatch_->isBusy() && now - lastZoneTime_ >= kZoneInterval;
     if (!isJudged && !isSearched)
@@ -298,6 +299,10 @@ void CameraManager::forgetZoneIfSilent(std::uint64_t looks) {
     if (zoneWatch_->looks() == looks && zone_.value().zone)
         base::runBlock("camera", [this] { zoneWatch_->forget(); });
 }
+
+// TODO
+void CameraManager::switchCamera(const std::string& /*name*/) {}
+void CameraManager::setControl(CameraControl /*control*/, std::optional<double> /*value*/) {}
 
 void CameraManager::capturePhoto() {
     const bool isTaken =

@@ -21,6 +21,29 @@ CameraStatus CaptureSession::status() const {
 
 void CaptureSession::observeStatus(std::function<void()> /*observer*/) {}
 
+bool CaptureSession::replaceInput(std::shared_ptr<CaptureInput> /*input*/) {
+    return false;
+}
+
+std::vector<CameraControlStatus> CaptureSession::controls() const {
+    return {};
+}
+
+void CaptureSession::setControl(CameraControl /*control*/, std::optional<double> /*value*/) {}
+
+std::shared_ptr<CaptureDevice> CapturePlatform::videoDevice(const std::string& name) {
+    auto device = defaultVideoDevice();
+    return device && device->name() == name ? device : nullptr;
+}
+
+std::vector<CameraDescription> CapturePlatform::cameras() {
+    return {};
+}
+
+std::shared_ptr<const void> CapturePlatform::observeCameras(std::function<void()> /*observer*/) {
+    return nullptr;
+}
+
 std::string_view keyOf(CameraState state) noexcept {
     switch (state) {
     case CameraState::idle:
@@ -41,6 +64,20 @@ std::string_view keyOf(CameraState state) noexcept {
         return "absent";
     }
     return "idle";
+}
+
+std::string_view keyOf(CameraControl control) noexcept {
+    switch (control) {
+    case CameraControl::zoom:
+        return "zoom";
+    case CameraControl::focus:
+        return "focus";
+    case CameraControl::exposure:
+        return "exposure";
+    case CameraControl::torch:
+        break;
+    }
+    return "torch";
 }
 
 std::string_view keyOf(CameraPosition position) noexcept {

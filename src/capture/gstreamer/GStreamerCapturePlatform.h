@@ -34,8 +34,8 @@ public:
     std::variant<std::shared_ptr<CaptureInput>, CaptureError>
     makeInput(std::shared_ptr<CaptureDevice> device) override;
 
-    // The cameras, or the file. Takes seconds where the desktop hangs.
-    [[nodiscard]] std::vector<CameraDescription> cameras();
+    // The cameras, or the file.
+    std::vector<CameraDescription> cameras() override;
 
     // GStreamer, its plugins, and the cameras or the file.
     [[nodiscard]] std::vector<ServiceStatus> diagnose();
