@@ -207,7 +207,8 @@ enum class SessionPreset : std::uint8_t {
     photo,  ///< the largest stills, with frames of about 1280x720 for showing and detecting
 };
 
-/// One device's way to its outputs. Releasing it stops it and lets the device go within a second.
+/// One device's way to its outputs. Releasing it stops it, waits for 20 ms at most, and lets
+/// the device go within a second.
 /// Thread: session queue, but isRunning(), status(), controls() and addPreviewSurface(): any.
 class KESTRELID_EXPORT CaptureSession {
 public:

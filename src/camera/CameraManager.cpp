@@ -68,6 +68,7 @@ PhotoSettings settingsFor(const PhotoOutput& output) {
     if (contains(output.supportedFlashModes(), FlashMode::off))
         settings.flashMode = FlashMode::off;
     settings.maxPhotoDimensions = output.maxPhotoDimensions();
+    settings.acceptsImage = true;
     return settings;
 }
 
@@ -325,6 +326,8 @@ void CameraManager::performCapture() try {
 
 void CameraManager::didFinishProcessingPhoto(const CapturedPhoto& photo,
                                              const std::optional<CaptureError>& error) {
+    if (!error && photo.image)
+        return deliverLater(photo.image);
     if (error || !photo.fileDataRepresentation)
         return deliverLater(std::nullopt);
     ImageResult decoded = decodeImage(*photo.fileDataRepresentation);

@@ -4,7 +4,8 @@
 #include "capture/CameraFile.h"
 #include "capture/gstreamer/GStreamerCapturePlatform.h"
 #include "capture/permission/CameraPermission.h"
-#include "vision/text/RationedTextService.h"
+#include "defaults/CameraDetector.h"
+#include "vision/text/PpOcrTextService.h"
 
 #include <algorithm>
 #include <thread>
@@ -20,13 +21,14 @@ std::shared_ptr<CameraAuthorization> makeAuthorization(const CameraOptions& opti
     return capture::makeCameraAuthorization(capture::systemPermissionEnvironment());
 }
 
-PlatformServices rationed(PlatformServices recognition) {
+std::shared_ptr<defaults::CameraDetector> makeDetector(PlatformServices recognition) {
     constexpr unsigned kCoresForOne = 2;  // DefaultServicesOptions::textThreads
     const unsigned atOnce = std::max(1u, std::thread::hardware_concurrency() / kCoresForOne);
-    if (recognition.text)
-        recognition.text =
-            std::make_shared<vision::RationedTextService>(std::move(recognition.text), atOnce);
-    return recognition;
+    defaults::CameraDetector::PagesUnderWay pagesUnderWay;
+    if (auto text = std::dynamic_pointer_cast<vision::PpOcrTextService>(recognition.text))
+        pagesUnderWay = [text = std::move(text)] { return text->pagesUnderWay(); };
+    return defaults::CameraDetector::create(std::move(recognition), static_cast<int>(atOnce),
+                                            std::move(pagesUnderWay));
 }
 
 std::shared_ptr<capture::GStreamerCapturePlatform> platformFor(const CameraOptions& options) {
@@ -47,12 +49,16 @@ std::vector<CameraDescription> cameras(const CameraOptions& options) {
 CameraServices defaultCameraServices(std::shared_ptr<DispatchQueue> mainQueue,
                                      const CameraOptions& options,
                                      PlatformServices recognition) try {
+    const auto detector = makeDetector(std::move(recognition));
+    std::function<bool()> canJudge;
+    if (detector)
+        canJudge = [detector] { return detector->canJudge(); };
     return {.authorization = makeAuthorization(options),
             .capture = platformFor(options),
-            .detector = PassportDetector::create(rationed(std::move(recognition)),
-                                                 ValidationEffort::verdictOnly),
+            .detector = detector,
             .mainQueue = std::move(mainQueue),
-            .makeSerialQueue = makeSerialQueue};
+            .makeSerialQueue = makeSerialQueue,
+            .canJudge = std::move(canJudge)};
 } catch (const std::exception&) {
     return {};  // no memory or thread for them
 }

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -22,11 +23,10 @@ struct DestroyTurbo {
 };
 using Turbo = std::unique_ptr<std::remove_pointer_t<tjhandle>, DestroyTurbo>;
 
-// The smallest of the picture's halves, quarters and eighths that keeps the longer side sufficient.
-tjscalingfactor scalingFor(const JpegHeader& header, int sufficientSide) {
+// The smallest of a picture's halves, quarters and eighths that keeps its longer side sufficient.
+tjscalingfactor scalingFor(int side, int sufficientSide) {
     constexpr std::array kReductions = {tjscalingfactor{1, 8}, tjscalingfactor{1, 4},
                                         tjscalingfactor{1, 2}};
-    const int side = std::max(header.width, header.height);
     for (const tjscalingfactor& reduction : kReductions) {
         if (sufficientSide > 0 && TJSCALED(side, reduction) >= sufficientSide)
             return reduction;
@@ -93,7 +93,8 @@ ImageResult decodeJpeg(std::span<const std::byte> file, const DecodeOptions& opt
     if (auto error = checkSize(header->width, header->height))
         return *std::move(error);
 
-    const tjscalingfactor scaling = scalingFor(*header, options.sufficientSide);
+    const tjscalingfactor scaling =
+        scalingFor(std::max(header->width, header->height), options.sufficientSide);
     const int width = TJSCALED(header->width, scaling);
     const int height = TJSCALED(header->height, scaling);
     const PixelLayout layout = layoutFor(header->components);
@@ -142,6 +143,50 @@ FileBytes encodeJpeg(const Bitmap& bitmap, int quality) {
             ImageError{std::string("JPEG encoder: ") + tjGetErrorStr2(turbo.get())});
     const auto* bytes = reinterpret_cast<const std::byte*>(encoded);
     return std::vector<std::byte>(bytes, bytes + size);
+}
+
+struct JpegFrameDecoder::Handle {
+    Turbo turbo{tjInitDecompress()};
+};
+
+JpegFrameDecoder::JpegFrameDecoder() : handle_(std::make_unique<Handle>()) {
+    if (!handle_->turbo)
+        throw std::bad_alloc();
+}
+
+JpegFrameDecoder::~JpegFrameDecoder() = default;
+
+bool JpegFrameDecoder::open(std::span<const std::byte> picture, int sufficientSide) {
+    int width = 0;
+    int height = 0;
+    int subsampling = 0;
+    int colours = 0;
+    if (tjDecompressHeader3(handle_->turbo.get(),
+                            reinterpret_cast<const unsigned char*>(picture.data()), picture.size(),
+                            &width, &height, &subsampling, &colours) != 0 ||
+        checkSize(width, height)) {
+        cause_ = "no picture in a frame of motion JPEG";
+        return false;
+    }
+    const tjscalingfactor scaling = scalingFor(std::max(width, height), sufficientSide);
+    picture_ = picture;
+    width_ = TJSCALED(width, scaling);
+    height_ = TJSCALED(height, scaling);
+    return true;
+}
+
+bool JpegFrameDecoder::decode(std::byte* pixels, std::ptrdiff_t stride, PixelFormat format) {
+    const int result =
+        tjDecompress2(handle_->turbo.get(), reinterpret_cast<const unsigned char*>(picture_.data()),
+                      picture_.size(), reinterpret_cast<unsigned char*>(pixels), width_,
+                      static_cast<int>(stride), height_, turboFormat(format), TJFLAG_LIMITSCANS);
+    if (result == 0)
+        return true;
+    const std::string message = tjGetErrorStr2(handle_->turbo.get());
+    if (isPaddingBeforeEnd(message))
+        return true;
+    cause_ = decodingError(Fault::damaged, "motion JPEG", message).cause;
+    return false;
 }
 
 }  // namespace kestrelid::imagefile

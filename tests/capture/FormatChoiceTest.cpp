@@ -64,6 +64,18 @@ TEST(FormatChoice, TakesALiveAndAStillFormat) {
          {hd, raw(3840, 2160, 2), jpeg(3840, 2160, 30)},
          hd,
          jpeg(3840, 2160, 30)},
+        {"one shape for frames and stills",
+         {hd, jpeg(1280, 960, 30), jpeg(1920, 1080, 30), jpeg(2592, 1944, 30)},
+         jpeg(1280, 960, 30),
+         jpeg(2592, 1944, 30)},
+        {"the largest still has the shape of frames too small to read well",
+         {jpeg(640, 480, 30), hd, jpeg(1920, 1080, 30), jpeg(2592, 1944, 30)},
+         hd,
+         jpeg(1920, 1080, 30)},
+        {"no large still of the shape of frames",
+         {hd, jpeg(4032, 3024, 30)},
+         hd,
+         jpeg(4032, 3024, 30)},
         {"a still that would take seconds", {hd, raw(3840, 2160, 1)}, hd},
         {"nothing but slow", {raw(3840, 2160, 1)}, raw(3840, 2160, 1)},
     };
@@ -107,7 +119,7 @@ TEST(CapsFormats, AreReadFromAnyWayOfStatingThem) {
         {"video/x-raw,format=YUY2,width=[16,1280,16],height=[16,720,16],framerate=30/1",
          {"640x480@30/1 YUY2", "1280x720@30/1 YUY2"}},
         {"video/x-raw(memory:DMABuf),format=YUY2,width=640,height=480,framerate=30/1", {}},
-        {"video/x-h264,width=640,height=480,framerate=30/1", {}},
+        {"video/x-h264,width=640,height=480,framerate=30/1", {"640x480@30/1 h264"}},
         {"video/x-raw,width=640,height=480,framerate=30/1", {}},
         {"ANY", {}},
     };
@@ -119,7 +131,9 @@ TEST(CapsFormats, AreReadFromAnyWayOfStatingThem) {
             formats.insert(std::to_string(format.width) + "x" + std::to_string(format.height) +
                            "@" + std::to_string(format.rate.numerator) + "/" +
                            std::to_string(format.rate.denominator) + " " +
-                           (format.encoding == Encoding::jpeg ? "jpeg" : format.layout));
+                           (format.encoding == Encoding::raw    ? format.layout
+                            : format.encoding == Encoding::jpeg ? "jpeg"
+                                                                : "h264"));
             const CapsHandle one = capsFor(format);
             EXPECT_TRUE(gst_caps_can_intersect(one.get(), caps.get())) << row.caps;
         }

@@ -11,6 +11,8 @@
 namespace kestrelid::capture {
 namespace {
 
+constexpr int kMost = 3;
+
 // Every byte has value; rows lie further apart than they are long.
 Bitmap frame(int width, int height, int value) {
     const std::ptrdiff_t stride = std::ptrdiff_t{4} * width + 12;
@@ -20,12 +22,12 @@ Bitmap frame(int width, int height, int value) {
     return *Bitmap::wrap(width, height, stride, PixelFormat::bgra8, pixels, size);
 }
 
-TEST(FramePool, HasThreeBitmapsAndUsesTheirMemoryAgain) {
-    FramePool pool;
+TEST(FramePool, HasSoManyBitmapsAndUsesTheirMemoryAgain) {
+    FramePool pool(kMost);
     std::set<const std::byte*> places;
     for (int round = 0; round < 5; ++round) {
         std::vector<Bitmap> held;
-        for (int index = 0; index < FramePool::kBitmaps; ++index) {
+        for (int index = 0; index < kMost; ++index) {
             const auto copy = pool.copy(frame(40, 30, 10 * round + index));
             ASSERT_TRUE(copy);
             held.push_back(*copy);
@@ -33,7 +35,7 @@ TEST(FramePool, HasThreeBitmapsAndUsesTheirMemoryAgain) {
         }
         EXPECT_FALSE(pool.copy(frame(40, 30, 1)));
         EXPECT_FALSE(pool.copy(frame(80, 60, 1))) << "another size, but all are held";
-        for (int index = 0; index < FramePool::kBitmaps; ++index)
+        for (int index = 0; index < kMost; ++index)
             EXPECT_EQ(held[static_cast<std::size_t>(index)].row(29)[159],
                       std::byte(10 * round + index));
         held.pop_back();
@@ -44,7 +46,7 @@ TEST(FramePool, HasThreeBitmapsAndUsesTheirMemoryAgain) {
 
 // The thread sanitizer sees here what no lock guards.
 TEST(FramePool, GivesNoMemoryToTwoThreadsAtOnce) {
-    FramePool pool;
+    FramePool pool(kMost);
     std::vector<std::thread> threads;
     for (int value = 0; value < 4; ++value)
         threads.emplace_back([&pool, mine = frame(8, 1, value)] {
@@ -62,7 +64,7 @@ TEST(FramePool, GivesNoMemoryToTwoThreadsAtOnce) {
 }
 
 TEST(FramePool, TakesOtherMemoryForAnotherSizeWhichMayOutliveIt) {
-    auto pool = std::make_unique<FramePool>();
+    auto pool = std::make_unique<FramePool>(kMost);
     const auto small = pool->copy(frame(40, 30, 1));
     const auto large = pool->copy(frame(400, 300, 2));
     ASSERT_TRUE(small && large);

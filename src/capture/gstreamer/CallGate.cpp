@@ -1,7 +1,6 @@
 #include "capture/gstreamer/CallGate.h"
 
 #include <algorithm>
-#include <chrono>
 
 namespace kestrelid::capture {
 
@@ -19,13 +18,12 @@ void CallGate::leave() {
     left_.notify_all();
 }
 
-bool CallGate::close() {
-    constexpr std::chrono::milliseconds kPatience{500};
+bool CallGate::close(std::chrono::steady_clock::time_point limit) {
     std::unique_lock lock(mutex_);
     closed_ = true;
     const auto mine = std::count(inside_.begin(), inside_.end(), std::this_thread::get_id());
-    left_.wait_for(lock, kPatience,
-                   [&] { return static_cast<std::ptrdiff_t>(inside_.size()) <= mine; });
+    left_.wait_until(lock, limit,
+                     [&] { return static_cast<std::ptrdiff_t>(inside_.size()) <= mine; });
     return mine == 0;
 }
 

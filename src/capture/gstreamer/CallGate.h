@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -27,9 +28,9 @@ public:
         bool entered_;
     };
 
-    // Waits until the calls under way have returned, at most half a second. Does not wait for a
-    // call that it is itself made from; it returns false then.
-    bool close();
+    // Waits until the calls under way have returned, but not beyond limit, nor for a call that it
+    // is itself made from; it returns false then.
+    bool close(std::chrono::steady_clock::time_point limit);
 
 private:
     bool enter();

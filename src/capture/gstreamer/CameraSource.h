@@ -14,8 +14,9 @@
 namespace kestrelid::capture {
 
 // Elements of these names are looked for in what a source assembles.
-inline constexpr const char* kSinkName = "sink";      // appsink of BGRA or BGRx; always
-inline constexpr const char* kFilterName = "filter";  // capsfilter whose buffers are the stills
+inline constexpr const char* kSinkName = "sink";      // appsink of raw video or motion JPEG; always
+inline constexpr const char* kFilterName = "filter";  // capsfilter that sets a device's format
+inline constexpr const char* kTapName = "tap";        // whose buffers are the stills, if not filter
 
 // A camera, or a file that stands for one. Thread: any.
 class CameraSource : public std::enable_shared_from_this<CameraSource> {

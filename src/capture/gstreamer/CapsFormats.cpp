@@ -121,13 +121,28 @@ std::vector<FrameRate> ratesIn(const GstStructure* structure) {
     return rates;
 }
 
-// Layouts of raw pixels that GStreamer converts, or one without a name for motion JPEG.
-std::vector<std::string> layoutsIn(const GstStructure* structure) {
-    if (gst_structure_has_name(structure, "image/jpeg"))
+struct EncodingName {
+    Encoding encoding;
+    const char* caps;
+};
+
+constexpr std::array kEncodings = {EncodingName{Encoding::raw, "video/x-raw"},
+                                   EncodingName{Encoding::jpeg, "image/jpeg"},
+                                   EncodingName{Encoding::h264, "video/x-h264"}};
+
+std::optional<Encoding> encodingOf(const GstStructure* structure) {
+    for (const EncodingName& name : kEncodings) {
+        if (gst_structure_has_name(structure, name.caps))
+            return name.encoding;
+    }
+    return std::nullopt;
+}
+
+// Layouts of raw pixels that GStreamer converts, or one without a name for what is encoded.
+std::vector<std::string> layoutsIn(const GstStructure* structure, Encoding encoding) {
+    if (encoding != Encoding::raw)
         return {""};
     std::vector<std::string> layouts;
-    if (!gst_structure_has_name(structure, "video/x-raw"))
-        return layouts;
     forEach(gst_structure_get_value(structure, "format"), [&](const GValue* one) {
         if (!G_VALUE_HOLDS_STRING(one))
             return;
@@ -152,9 +167,10 @@ std::vector<VideoFormat> formatsIn(const GstCaps* caps) {
     std::vector<VideoFormat> formats;
     for (guint index = 0; caps && index < gst_caps_get_size(caps); ++index) {
         const GstStructure* structure = gst_caps_get_structure(caps, index);
-        if (!isInPlainMemory(caps, index))
+        const std::optional<Encoding> encoding = encodingOf(structure);
+        if (!encoding || !isInPlainMemory(caps, index))
             continue;
-        const std::vector<std::string> layouts = layoutsIn(structure);
+        const std::vector<std::string> layouts = layoutsIn(structure, *encoding);
         const std::vector<FrameRate> rates = ratesIn(structure);
         for (const Size& size : sizesIn(structure)) {
             for (const std::string& layout : layouts) {
@@ -162,7 +178,7 @@ std::vector<VideoFormat> formatsIn(const GstCaps* caps) {
                     VideoFormat format{.width = size.width,
                                        .height = size.height,
                                        .rate = rate,
-                                       .encoding = layout.empty() ? Encoding::jpeg : Encoding::raw,
+                                       .encoding = *encoding,
                                        .layout = layout};
                     if (std::find(formats.begin(), formats.end(), format) == formats.end())
                         formats.push_back(std::move(format));
@@ -173,9 +189,19 @@ std::vector<VideoFormat> formatsIn(const GstCaps* caps) {
     return formats;
 }
 
+bool isOf(const GstCaps* caps, const VideoFormat& format) {
+    int width = 0;
+    int height = 0;
+    const GstStructure* structure = caps ? gst_caps_get_structure(caps, 0) : nullptr;
+    return structure && encodingOf(structure) == format.encoding &&
+           gst_structure_get_int(structure, "width", &width) &&
+           gst_structure_get_int(structure, "height", &height) && width == format.width &&
+           height == format.height;
+}
+
 CapsHandle capsFor(const VideoFormat& format) {
-    const char* type = format.encoding == Encoding::jpeg ? "image/jpeg" : "video/x-raw";
-    CapsHandle caps(gst_caps_new_simple(type, "width", G_TYPE_INT, format.width, "height",
+    const auto* name = std::ranges::find(kEncodings, format.encoding, &EncodingName::encoding);
+    CapsHandle caps(gst_caps_new_simple(name->caps, "width", G_TYPE_INT, format.width, "height",
                                         G_TYPE_INT, format.height, nullptr));
     if (format.rate.numerator > 0)
         gst_caps_set_simple(caps.get(), "framerate", GST_TYPE_FRACTION, format.rate.numerator,

@@ -11,6 +11,9 @@ namespace kestrelid::capture {
 // by their ends and by common values inside.
 [[nodiscard]] std::vector<VideoFormat> formatsIn(const GstCaps* caps);
 
+// Whether frames of these caps have the size and encoding of format.
+[[nodiscard]] bool isOf(const GstCaps* caps, const VideoFormat& format);
+
 // For a capsfilter.
 [[nodiscard]] CapsHandle capsFor(const VideoFormat& format);
 

@@ -3,6 +3,7 @@
 #include "capture/gstreamer/CameraNames.h"
 #include "capture/gstreamer/CameraPreference.h"
 #include "capture/gstreamer/CapsFormats.h"
+#include "capture/gstreamer/GStreamerLibrary.h"
 
 #include <algorithm>
 #include <utility>
@@ -51,15 +52,16 @@ DeviceSource::DeviceSource(std::shared_ptr<DeviceWatch> watch, GstDevice* device
       formats_(std::move(formats)) {}
 
 CameraSource::Assembled DeviceSource::assemble(const VideoFormat& format) const {
-    // Never the camera's own layout, so that frames are copies. Otherwise a screen that still shows
-    // the last frame would keep the driver's memory, and with it the device.
-    const char* shown = format.layout == "BGRx" ? "BGRA" : "BGRx";
+    // Frames are converted only once somebody looks at them: FrameConverter.
+    std::string decoding;
+    if (format.encoding == Encoding::h264)
+        decoding = " ! h264parse ! " + h264Decoder().value_or("fakesink") +
+                   " ! capsfilter caps=video/x-raw name=" + kTapName;
     Assembled assembled = parsePipeline(
-        std::string("capsfilter name=") + kFilterName +
-        " ! queue leaky=downstream max-size-buffers=1 max-size-bytes=0 max-size-time=0" +
-        (format.encoding == Encoding::jpeg ? " ! jpegdec" : "") +
-        " ! videoconvert ! video/x-raw,format=" + shown + " ! appsink name=" + kSinkName +
-        " sync=false async=false max-buffers=1 drop=true");
+        std::string("capsfilter name=") + kFilterName + decoding +
+        " ! queue leaky=downstream max-size-buffers=1 max-size-bytes=0 max-size-time=0"
+        " ! appsink name=" +
+        kSinkName + " sync=false async=false max-buffers=1 drop=true");
     if (!assembled)
         return assembled;
     GstElement* element = gst_device_create_element(device_, nullptr);
@@ -105,6 +107,9 @@ std::vector<FoundCamera> findCameras(const std::shared_ptr<DeviceWatch>& watch) 
         std::vector<VideoFormat> offered = formatsIn(caps.get());
         if (offered.empty())
             continue;  // a node for something else than pictures
+        const auto isH264 = [](const VideoFormat& one) { return one.encoding == Encoding::h264; };
+        if (!std::ranges::all_of(offered, isH264))
+            std::erase_if(offered, isH264);  // decoding costs time, and frames come late
         all.push_back(announcedCamera(device.get()));
         formats.push_back(std::move(offered));
         usable.push_back(device.get());
@@ -114,18 +119,22 @@ std::vector<FoundCamera> findCameras(const std::shared_ptr<DeviceWatch>& watch) 
         GstDevice* device = usable[camera.index];
         const std::string location = property(device, {"api.libcamera.location"});
         const bool infrared = isInfrared(camera.name, formats[camera.index]);
+        const bool needsDecoder = formats[camera.index].front().encoding == Encoding::h264;
         found.push_back(
             {.name = std::move(camera.name),
              .mounting = mountingFrom(location, property(device, {"api.libcamera.rotation"})),
              .position = positionFrom(location),
              .isInfrared = infrared,
+             .obstacle = needsDecoder && !h264Decoder() ? kNoH264Decoder : "",
              .source = std::make_shared<const DeviceSource>(
                  watch, device, std::move(all[camera.index].name), devices,
                  std::move(formats[camera.index]))});
     }
-    std::stable_sort(found.begin(), found.end(), [](const FoundCamera& a, const FoundCamera& b) {
-        return preferenceOf(a.position, a.isInfrared) < preferenceOf(b.position, b.isInfrared);
-    });
+    const auto rank = [](const FoundCamera& camera) {
+        return std::make_pair(!camera.obstacle.empty(),
+                              preferenceOf(camera.position, camera.isInfrared));
+    };
+    std::ranges::stable_sort(found, {}, rank);
     return found;
 }
 

@@ -43,10 +43,11 @@ struct FoundCamera {
     Mounting mounting;
     CameraPosition position = CameraPosition::unknown;
     bool isInfrared = false;
+    std::string obstacle;  // why it cannot be used; empty: it can
     std::shared_ptr<const DeviceSource> source;
 };
 
-// The cameras that are there now and have a format that can be used, best first.
+// The cameras that are there now, best first.
 [[nodiscard]] std::vector<FoundCamera> findCameras(const std::shared_ptr<DeviceWatch>& watch);
 
 }  // namespace kestrelid::capture

@@ -1,6 +1,6 @@
 #include "capture/gstreamer/FrameDelivery.h"
 
-#include "capture/gstreamer/MappedFrame.h"
+#include "capture/gstreamer/FormatChoice.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,8 +10,25 @@
 
 namespace kestrelid::capture {
 
+namespace {
+
+// Of those that surfaces hold: the one they show, the next one, and some for who is slow.
+constexpr int kShownFrames = 8;
+
+PhotoDimensions liveSizeOf(GstSample* sample) {
+    PhotoDimensions size;
+    const GstCaps* caps = gst_sample_get_caps(sample);
+    const GstStructure* structure = caps ? gst_caps_get_structure(caps, 0) : nullptr;
+    const bool isKnown = structure && gst_structure_get_int(structure, "width", &size.width) &&
+                         gst_structure_get_int(structure, "height", &size.height);
+    return isKnown && size.width > 0 && size.height > 0 ? liveDimensions(size) : PhotoDimensions{};
+}
+
+}  // namespace
+
 FrameDelivery::FrameDelivery()
-    : surfaceCalls_(std::make_shared<CallGate>()), outputCalls_(std::make_shared<CallGate>()) {}
+    : surfaceCalls_(std::make_shared<CallGate>()), outputCalls_(std::make_shared<CallGate>()),
+      shown_(kShownFrames) {}
 
 void FrameDelivery::setOutput(std::shared_ptr<GStreamerVideoOutput> output) {
     const std::lock_guard lock(mutex_);
@@ -34,13 +51,25 @@ bool FrameDelivery::hasConsumers() {
     return !surfaces_.empty() || (output_ && output_->hasDelegate());
 }
 
-void FrameDelivery::deliver(SampleHandle frame) {
-    const std::optional<Bitmap> bitmap = mapFrame(std::move(frame));
-    if (!bitmap)
-        return;
+void FrameDelivery::deliver(SampleHandle sample) {
     const std::lock_guard lock(delivering_);
-    size_ = {.width = bitmap->width(), .height = bitmap->height()};
-    deliver(*bitmap);
+    size_ = liveSizeOf(sample.get());
+    const auto frame = std::make_shared<LiveFrame>(std::move(sample), converter_);
+    {
+        const std::lock_guard inner(mutex_);
+        last_ = frame;
+    }
+    deliver(frame);
+}
+
+void FrameDelivery::letGo() {
+    std::shared_ptr<LiveFrame> last;
+    {
+        const std::lock_guard lock(mutex_);
+        last = last_.lock();
+    }
+    if (last)
+        last->letGo();
 }
 
 void FrameDelivery::deliverBlank() noexcept try {
@@ -53,43 +82,52 @@ void FrameDelivery::deliverBlank() noexcept try {
     std::shared_ptr<const std::byte[]> black = std::make_shared<std::byte[]>(bytes);
     if (const auto blank = Bitmap::wrap(size_.width, size_.height, stride, PixelFormat::bgra8,
                                         std::move(black), bytes))
-        deliver(*blank);
+        deliver(std::make_shared<LiveFrame>(*blank));
 } catch (const std::exception&) {
     // The next one is due soon.
 }
 
-void FrameDelivery::deliver(const Bitmap& frame) {
+void FrameDelivery::deliver(const std::shared_ptr<LiveFrame>& frame) {
     std::shared_ptr<GStreamerVideoOutput> output;
     {
         const std::lock_guard lock(mutex_);
         output = output_;
     }
+    // Converted first, or the output's queue would do it at the same time.
+    const Surfaces shownOn = surfaces();
+    const std::optional<Bitmap> shown = shownOn.empty() ? std::nullopt : frame->shared(shown_);
     if (output)
         output->post(frame, outputCalls_);
-    show(frame);
+    if (shown)
+        show(shownOn, *shown);
 }
 
-void FrameDelivery::show(const Bitmap& frame) {
+FrameDelivery::Surfaces FrameDelivery::surfaces() {
+    Surfaces all;
+    const std::lock_guard lock(mutex_);
+    for (const auto& weak : surfaces_) {
+        if (auto surface = weak.lock())
+            all.push_back(std::move(surface));
+    }
+    return all;
+}
+
+void FrameDelivery::show(const Surfaces& surfaces, const Bitmap& frame) {
     const CallGate::Pass pass(*surfaceCalls_);
     if (!pass)
         return;
-    std::vector<std::shared_ptr<PreviewSurface>> surfaces;
     Mounting mounting;
     {
         const std::lock_guard lock(mutex_);
-        for (const auto& weak : surfaces_) {
-            if (auto surface = weak.lock())
-                surfaces.push_back(std::move(surface));
-        }
         mounting = mounting_;
     }
     for (const auto& surface : surfaces)
         surface->show(frame, mounting.orientation, mounting.isMirrored);
 }
 
-bool FrameDelivery::close() {
-    outputCalls_->close();
-    return surfaceCalls_->close();
+bool FrameDelivery::close(std::chrono::steady_clock::time_point limit) {
+    outputCalls_->close(limit);
+    return surfaceCalls_->close(limit);
 }
 
 }  // namespace kestrelid::capture

@@ -15,11 +15,23 @@ namespace kestrelid::capture {
 
 namespace {
 
+const char* nameOf(Encoding encoding) {
+    switch (encoding) {
+    case Encoding::jpeg:
+        return "jpeg";
+    case Encoding::h264:
+        return "h264";
+    case Encoding::raw:
+        break;
+    }
+    return "raw";
+}
+
 // One for each size and encoding, with its greatest rate; largest first.
 std::vector<CameraFormat> cameraFormats(const std::vector<VideoFormat>& formats) {
     std::vector<CameraFormat> all;
     for (const VideoFormat& format : formats) {
-        const char* encoding = format.encoding == Encoding::jpeg ? "jpeg" : "raw";
+        const char* encoding = nameOf(format.encoding);
         const auto same = std::find_if(all.begin(), all.end(), [&](const CameraFormat& one) {
             return one.width == format.width && one.height == format.height &&
                    one.encoding == encoding;
@@ -88,11 +100,15 @@ std::shared_ptr<CaptureDevice> GStreamerCapturePlatform::defaultVideoDevice() tr
                                                  mounting({}),
                                                  [file = *file] { return openCameraFile(file); });
     for (const FoundCamera& camera : find()) {
-        if ((options_.camera.empty() || options_.camera == camera.name) &&
+        if ((options_.camera.empty() ? camera.obstacle.empty() : options_.camera == camera.name) &&
             (!options_.position || options_.position == camera.position))
             return std::make_shared<GStreamerDevice>(
                 camera.name, camera.name, mounting(camera.mounting),
-                [source = camera.source]() -> OpenedSource { return source; });
+                [source = camera.source, obstacle = camera.obstacle]() -> OpenedSource {
+                    if (!obstacle.empty())
+                        return tl::unexpected(CaptureError{obstacle});
+                    return source;
+                });
     }
     return nullptr;
 } catch (const std::exception&) {
@@ -112,7 +128,8 @@ std::vector<CameraDescription> GStreamerCapturePlatform::cameras() {
         all.push_back({.name = camera.name,
                        .formats = cameraFormats(camera.source->formats()),
                        .position = camera.position,
-                       .isInfrared = camera.isInfrared});
+                       .isInfrared = camera.isInfrared,
+                       .obstacle = camera.obstacle});
     return all;
 }
 
@@ -128,8 +145,10 @@ std::vector<ServiceStatus> GStreamerCapturePlatform::diagnose() {
     const std::vector<CameraDescription> found = cameras();
     for (const CameraDescription& camera : found)
         all.push_back({.name = "camera " + camera.name,
-                       .available = true,
-                       .details = std::to_string(camera.formats.size()) + " formats"});
+                       .available = camera.obstacle.empty(),
+                       .details = camera.obstacle.empty()
+                                      ? std::to_string(camera.formats.size()) + " formats"
+                                      : camera.obstacle});
     const bool isMissing = !options_.camera.empty() &&
                            std::none_of(found.begin(), found.end(), [&](const auto& camera) {
                                return camera.name == options_.camera;

@@ -23,7 +23,7 @@ constexpr std::array kNeeds = {
     Need{"jpegdec", "motion JPEG", "gstreamer1.0-plugins-good"},
     Need{"matroskademux", "Matroska and WebM files", "gstreamer1.0-plugins-good"},
     Need{"qtdemux", "MP4 files", "gstreamer1.0-plugins-good"},
-    Need{"openh264dec", "H.264 files", "gstreamer1.0-plugins-bad"},
+    Need{"openh264dec", "H.264 files and cameras", "gstreamer1.0-plugins-bad"},
     Need{"pipewiresrc", "cameras by PipeWire", "gstreamer1.0-pipewire"},
 };
 
@@ -41,6 +41,21 @@ bool startGStreamer() {
     const bool started = gst_init_check(nullptr, nullptr, &error) != FALSE;
     const ErrorHandle owner(error);
     return started;
+}
+
+std::optional<std::string> h264Decoder() {
+    if (!exists("h264parse"))
+        return std::nullopt;
+    const CapsHandle caps(gst_caps_new_empty_simple("video/x-h264"));
+    GList* decoders =
+        gst_element_factory_list_get_elements(GST_ELEMENT_FACTORY_TYPE_DECODER, GST_RANK_MARGINAL);
+    GList* fitting = gst_element_factory_list_filter(decoders, caps.get(), GST_PAD_SINK, FALSE);
+    std::optional<std::string> best;
+    if (fitting)
+        best = gst_plugin_feature_get_name(GST_PLUGIN_FEATURE(fitting->data));
+    gst_plugin_feature_list_free(fitting);
+    gst_plugin_feature_list_free(decoders);
+    return best;
 }
 
 std::vector<ServiceStatus> diagnoseGStreamer() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/gstreamer/CallGate.h"
+#include "capture/gstreamer/FrameConverter.h"
 #include "capture/gstreamer/FramePool.h"
 #include "capture/gstreamer/Patience.h"
 #include "capture/gstreamer/PhotoDesk.h"
@@ -17,6 +18,9 @@ class SessionEngine;
 
 class GStreamerVideoOutput final : public VideoDataOutput {
 public:
+    // Frames that are rendered and still held. However slow their judging is, there are no more.
+    static constexpr int kMostRendered = 3;
+
     void setVideoSettings(const VideoSettings& settings) override;
     void setSampleBufferDelegate(std::weak_ptr<SampleBufferDelegate> delegate,
                                  std::shared_ptr<DispatchQueue> queue) override;
@@ -24,7 +28,7 @@ public:
     // For a session. Any thread.
     [[nodiscard]] bool hasDelegate() const;
     // Drops the frame if the delegate's queue has not finished with the last one.
-    void post(const Bitmap& frame, const std::shared_ptr<CallGate>& gate);
+    void post(const std::shared_ptr<LiveFrame>& frame, const std::shared_ptr<CallGate>& gate);
 
 private:
     struct Receiver;
@@ -32,7 +36,7 @@ private:
     mutable std::mutex mutex_;
     bool isFormatKnown_ = true;
     std::shared_ptr<Receiver> receiver_;
-    const std::shared_ptr<FramePool> pool_ = std::make_shared<FramePool>();
+    const std::shared_ptr<FramePool> pool_ = std::make_shared<FramePool>(kMostRendered);
 };
 
 class GStreamerPhotoOutput final : public PhotoOutput {

@@ -1,5 +1,6 @@
 #include "capture/gstreamer/GStreamerSession.h"
 
+#include <chrono>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -9,16 +10,17 @@ GStreamerSession::GStreamerSession(const Patience& patience)
       engine_(std::make_shared<SessionEngine>(delivery_, patience)) {}
 
 GStreamerSession::~GStreamerSession() {
+    // Most devices are let go in time for the host to use them at once.
+    constexpr std::chrono::milliseconds kPatience{15};
+    const auto limit = SessionEngine::Clock::now() + kPatience;
     engine_->requestStop();
-    engine_->board().close();
+    engine_->board().close(limit);
     // A surface that releases the session runs on a thread that the engine has to wait for.
-    const bool outside = delivery_->close();
+    const bool outside = delivery_->close(limit);
     if (photoOutput_)
         photoOutput_->detach("the camera was released");
     if (outside)
-        engine_->finish();
-    else
-        engine_->abandon();
+        engine_->finish(limit);
     delivery_->setOutput(nullptr);
 }
 

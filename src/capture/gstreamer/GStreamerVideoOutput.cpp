@@ -10,14 +10,20 @@ namespace {
 
 class Frame final : public SampleBuffer, public PixelBuffer {
 public:
-    Frame(Bitmap pixels, std::shared_ptr<FramePool> pool)
-        : pixels_(std::move(pixels)), pool_(std::move(pool)) {}
+    Frame(std::shared_ptr<LiveFrame> frame, std::shared_ptr<FramePool> pool)
+        : frame_(std::move(frame)), pool_(std::move(pool)) {}
 
     const PixelBuffer* imageBuffer() const override { return this; }
-    std::optional<Bitmap> render() const override { return pool_->copy(pixels_); }
+    std::optional<Bitmap> render() const override {
+        try {
+            return frame_->copy(*pool_);
+        } catch (const std::exception&) {
+            return std::nullopt;  // no memory
+        }
+    }
 
 private:
-    const Bitmap pixels_;
+    const std::shared_ptr<LiveFrame> frame_;
     const std::shared_ptr<FramePool> pool_;
 };
 
@@ -62,7 +68,8 @@ bool GStreamerVideoOutput::hasDelegate() const {
     return isFormatKnown_ && receiver_ && receiver_->queue && !receiver_->delegate.expired();
 }
 
-void GStreamerVideoOutput::post(const Bitmap& frame, const std::shared_ptr<CallGate>& gate) {
+void GStreamerVideoOutput::post(const std::shared_ptr<LiveFrame>& frame,
+                                const std::shared_ptr<CallGate>& gate) {
     std::shared_ptr<Receiver> receiver;
     {
         const std::lock_guard lock(mutex_);

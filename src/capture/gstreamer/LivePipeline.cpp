@@ -7,6 +7,7 @@
 
 #include <new>
 #include <utility>
+#include <vector>
 
 namespace kestrelid::capture {
 
@@ -16,13 +17,18 @@ ElementHandle elementOf(const ElementHandle& pipeline, const char* name) {
     return ElementHandle(gst_bin_get_by_name(GST_BIN(pipeline.get()), name));
 }
 
-bool hasSize(const GstCaps* caps, const VideoFormat& format) {
-    int width = 0;
-    int height = 0;
-    const GstStructure* structure = caps ? gst_caps_get_structure(caps, 0) : nullptr;
-    return structure && gst_structure_get_int(structure, "width", &width) &&
-           gst_structure_get_int(structure, "height", &height) && width == format.width &&
-           height == format.height;
+// Throws std::bad_alloc.
+Still copyOf(GstBuffer* buffer, GstCaps* caps, const VideoFormat& format) {
+    if (format.encoding == Encoding::jpeg) {
+        JpegStill still{.file = std::vector<std::byte>(gst_buffer_get_size(buffer)),
+                        .size = {.width = format.width, .height = format.height}};
+        gst_buffer_extract(buffer, 0, still.file.data(), still.file.size());
+        return {.pixels = std::move(still)};
+    }
+    const BufferHandle copy(gst_buffer_copy_deep(buffer));
+    if (!copy)
+        throw std::bad_alloc();
+    return {.pixels = SampleHandle(gst_sample_new(copy.get(), caps, nullptr, nullptr))};
 }
 
 PipelineFailure failureOf(GstMessage* message) try {
@@ -79,7 +85,8 @@ struct LivePipeline::Callbacks {
 LivePipeline::LivePipeline(ElementHandle pipeline, bool isFile,
                            std::shared_ptr<PipelineListener> listener)
     : pipeline_(std::move(pipeline)), sink_(elementOf(pipeline_, kSinkName)),
-      filter_(elementOf(pipeline_, kFilterName)), isFile_(isFile), listener_(std::move(listener)) {
+      filter_(elementOf(pipeline_, kFilterName)), tap_(elementOf(pipeline_, kTapName)),
+      isFile_(isFile), listener_(std::move(listener)) {
     const BusHandle bus(gst_element_get_bus(pipeline_.get()));
     gst_bus_set_sync_handler(
         bus.get(), &Callbacks::message, new Callbacks::Listener(listener_),
@@ -87,8 +94,8 @@ LivePipeline::LivePipeline(ElementHandle pipeline, bool isFile,
     GstAppSinkCallbacks callbacks{};
     callbacks.new_sample = &Callbacks::frame;
     gst_app_sink_set_callbacks(GST_APP_SINK(sink_.get()), &callbacks, this, nullptr);
-    if (filter_) {
-        const PadHandle pad(gst_element_get_static_pad(filter_.get(), "src"));
+    if (GstElement* tapped = tap_ ? tap_.get() : filter_.get()) {
+        const PadHandle pad(gst_element_get_static_pad(tapped, "src"));
         gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, &Callbacks::filtered, this,
                           nullptr);
     }
@@ -125,20 +132,26 @@ void LivePipeline::disarmStill() {
     armed_.reset();
 }
 
-void LivePipeline::takeStill(GstPad* pad, GstBuffer* buffer) {
+void LivePipeline::takeStill(GstPad* pad, GstBuffer* buffer) noexcept try {
+    std::optional<VideoFormat> wanted;
     CapsHandle caps;
     {
         const std::lock_guard lock(stillMutex_);
         if (!armed_ || GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED))
             return;
+        VideoFormat format = *armed_;
+        if (tap_)
+            format.encoding = Encoding::raw;
         caps.reset(gst_pad_get_current_caps(pad));
-        if (!hasSize(caps.get(), *armed_))
+        if (!isOf(caps.get(), format))
             return;
         armed_.reset();
+        wanted = std::move(format);
     }
     // Copied, because a driver cannot change its format while one of its buffers is held.
-    const BufferHandle copy(gst_buffer_copy_deep(buffer));
-    listener_->stillTaken(SampleHandle(gst_sample_new(copy.get(), caps.get(), nullptr, nullptr)));
+    listener_->stillTaken(copyOf(buffer, caps.get(), *wanted));
+} catch (const std::bad_alloc&) {
+    // A still less; who waits for it does so no longer than usual.
 }
 
 }  // namespace kestrelid::capture

@@ -2,6 +2,7 @@
 
 #include "capture/gstreamer/CameraSource.h"
 #include "capture/gstreamer/GStreamerHandles.h"
+#include "capture/gstreamer/Still.h"
 
 #include <atomic>
 #include <memory>
@@ -27,10 +28,10 @@ public:
     virtual void frameArrived() = 0;
     // Frames are converted only while this says so.
     [[nodiscard]] virtual bool wantsFrames() = 0;
-    // In BGRA or BGRx.
+    // In the source's own format; its memory may be a driver's.
     virtual void showFrame(SampleHandle frame) = 0;
-    // The still that armStill() asked for, in the source's own format.
-    virtual void stillTaken(SampleHandle still) = 0;
+    // The still that armStill() asked for, a copy.
+    virtual void stillTaken(Still still) = 0;
     virtual void pipelineFailed(PipelineFailure failure) = 0;
     virtual void pipelineEnded() = 0;
 };
@@ -53,7 +54,8 @@ public:
     // Changes the device's format in place.
     void switchTo(const VideoFormat& format);
 
-    // The next frame of that size is copied for stillTaken().
+    // The next frame of that size and encoding is copied for stillTaken(), one of a decoder in any
+    // layout.
     void armStill(const VideoFormat& format);
     void disarmStill();
 
@@ -63,11 +65,12 @@ public:
 private:
     struct Callbacks;
 
-    void takeStill(GstPad* pad, GstBuffer* buffer);
+    void takeStill(GstPad* pad, GstBuffer* buffer) noexcept;
 
     const ElementHandle pipeline_;
     const ElementHandle sink_;
-    const ElementHandle filter_;  // null if stills come from elsewhere
+    const ElementHandle filter_;  // null if the format stays
+    const ElementHandle tap_;     // null if stills come from elsewhere
     const bool isFile_;
     const std::shared_ptr<PipelineListener> listener_;
     std::atomic<bool> holdsFrames_ = false;

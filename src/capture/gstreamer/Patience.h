@@ -9,24 +9,26 @@ struct Patience {
     using Milliseconds = std::chrono::milliseconds;
 
     Milliseconds start{1900};  // the session promises 2 s
-    Milliseconds finish{900};  // and 1 s
     Milliseconds frame{1500};  // without a frame a device is lost
     Milliseconds pause{1900};  // and in one call of its driver
     // For the first frame of another format, in place and by a device that starts anew. Both
     // together stay below `pause`.
     Milliseconds change{600};
     Milliseconds restart{1200};
-    Milliseconds next{1400};   // for a still of the format that flows, on a busy machine
-    Milliseconds photo{2500};  // an answer is due after 3 s; encoding takes some of it
+    Milliseconds still{1000};    // then the photo is a frame of the format that flows
+    Milliseconds settling{250};  // of exposure and focus, after the first frame of a still's format
+    Milliseconds next{1400};     // for a still of the format that flows, on a busy machine
+    Milliseconds photo{2500};    // an answer is due after 3 s; encoding takes some of it
 
     // For machines that are slow for a known reason, such as a sanitizer.
     [[nodiscard]] constexpr Patience times(int factor) const {
         return {.start = start * factor,
-                .finish = finish * factor,
                 .frame = frame * factor,
                 .pause = pause * factor,
                 .change = change * factor,
                 .restart = restart * factor,
+                .still = still * factor,
+                .settling = settling * factor,
                 .next = next * factor,
                 .photo = photo * factor};
     }

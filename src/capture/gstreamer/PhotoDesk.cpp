@@ -1,5 +1,7 @@
 #include "capture/gstreamer/PhotoDesk.h"
 
+#include "capture/gstreamer/PhotoEncoder.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -7,6 +9,7 @@
 #include <pthread.h>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -17,11 +20,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A still and its file, shared by the requests that it answers.
+// A still and its photo, shared by the requests that it answers.
 struct Exposure {
     Still still;
-    PhotoSettings settings;
-    std::optional<imagefile::FileBytes> file;  // desk's thread
+    std::optional<FinishedPhoto> photo;  // desk's thread
 };
 
 struct Request {
@@ -35,7 +37,7 @@ struct Request {
 
 bool sameSettings(const PhotoSettings& a, const PhotoSettings& b) {
     return a.codec == b.codec && a.flashMode == b.flashMode &&
-           a.maxPhotoDimensions == b.maxPhotoDimensions;
+           a.maxPhotoDimensions == b.maxPhotoDimensions && a.acceptsImage == b.acceptsImage;
 }
 
 struct Answer {
@@ -53,16 +55,18 @@ Answer failed(std::string_view cause) noexcept {
     return answer;
 }
 
-Answer answerTo(const Request& request) noexcept {
+Answer answerTo(Request& request) noexcept {
     if (const auto* cause = std::get_if<const char*>(&request.outcome))
         return failed(*cause);
-    Exposure& exposure = *std::get<std::shared_ptr<Exposure>>(request.outcome);
-    if (!exposure.file)
-        exposure.file = encodePhoto(exposure.still, exposure.settings);
-    if (!*exposure.file)
-        return failed(exposure.file->error().cause);
+    auto& exposure = std::get<std::shared_ptr<Exposure>>(request.outcome);
+    if (!exposure->photo)
+        exposure->photo = finishPhoto(std::move(exposure->still), request.settings);
+    FinishedPhoto& photo = *exposure->photo;
+    if (!photo)
+        return failed(photo.error().cause);
     try {
-        return {.photo = {.fileDataRepresentation = **exposure.file}, .error = {}};
+        const bool isLast = exposure.use_count() == 1;
+        return {.photo = isLast ? *std::move(photo) : *photo, .error = {}};
     } catch (const std::bad_alloc&) {
         return failed("no memory for the photo");
     }
@@ -78,12 +82,13 @@ void answer(Request request) {
 
 struct PhotoDesk::Desk {
     template <typename Outcome>
-    void settle(const PhotoSettings* settings, const Outcome& outcome) {
+    void settle(const PhotoSettings* settings, Outcome outcome) {
         const std::lock_guard lock(mutex);
         for (Request& request : requests) {
             if (request.waits() && (!settings || sameSettings(request.settings, *settings)))
                 request.outcome = outcome;
         }
+        outcome = {};  // now the requests alone own it
         changed.notify_all();
     }
 
@@ -117,25 +122,19 @@ PhotoDesk::PhotoDesk(std::chrono::milliseconds patience)
 
 PhotoDesk::~PhotoDesk() {
     failAll("the camera was released");
-    if (thread_.get_id() == std::this_thread::get_id())
-        thread_.detach();  // released by the delegate that it answers
-    else if (thread_.joinable())
-        thread_.join();
 }
 
 void PhotoDesk::add(const PhotoSettings& settings, std::shared_ptr<PhotoCaptureDelegate> delegate) {
     Request request{
         .settings = settings, .delegate = std::move(delegate), .due = Clock::now() + patience_};
     std::unique_lock lock(desk_->mutex);
-    if (!desk_->isWorking && thread_.joinable())
-        thread_.join();  // it is past its last look at the desk
     try {
         desk_->requests.push_back(request);
         if (!desk_->isWorking)
-            thread_ = std::thread([desk = desk_] {
+            std::thread([desk = desk_] {
                 pthread_setname_np(pthread_self(), "kestrelid.photo");
                 desk->work();
-            });
+            }).detach();
         desk_->isWorking = true;
     } catch (const std::exception&) {
         if (!desk_->isWorking)
@@ -157,10 +156,9 @@ std::optional<PhotoSettings> PhotoDesk::firstWaiting() const {
 
 void PhotoDesk::give(const PhotoSettings& settings, Still still) {
     try {
-        const auto exposure = std::make_shared<Exposure>();
+        auto exposure = std::make_shared<Exposure>();
         exposure->still = std::move(still);
-        exposure->settings = settings;
-        desk_->settle(&settings, exposure);
+        desk_->settle(&settings, std::move(exposure));
     } catch (const std::bad_alloc&) {
         fail(settings, "no memory for the still");
     }

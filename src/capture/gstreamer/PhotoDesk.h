@@ -1,13 +1,12 @@
 #pragma once
 
-#include "capture/gstreamer/PhotoEncoder.h"
+#include "capture/gstreamer/Still.h"
 
 #include <kestrelid/CaptureServices.h>
 
 #include <chrono>
 #include <memory>
 #include <optional>
-#include <thread>
 
 namespace kestrelid::capture {
 
@@ -19,7 +18,7 @@ public:
     explicit PhotoDesk(std::chrono::milliseconds patience);
     PhotoDesk(const PhotoDesk&) = delete;
     PhotoDesk& operator=(const PhotoDesk&) = delete;
-    ~PhotoDesk();  // requests that still wait fail
+    ~PhotoDesk();  // requests that still wait fail; waits for nothing
 
     void add(const PhotoSettings& settings, std::shared_ptr<PhotoCaptureDelegate> delegate);
 
@@ -36,7 +35,6 @@ private:
     struct Desk;
     const std::chrono::milliseconds patience_;
     std::shared_ptr<Desk> desk_;  // shared with the thread
-    std::thread thread_;          // guarded by the desk
 };
 
 }  // namespace kestrelid::capture

@@ -8,7 +8,6 @@
 
 #include <exception>
 #include <optional>
-#include <span>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -21,62 +20,49 @@ bool fits(const PhotoDimensions& size, const PhotoDimensions& bound) {
     return scaledInto(size, bound) == size;
 }
 
-imagefile::FileBytes encode(const Bitmap& bitmap, const PhotoDimensions& bound,
-                            Orientation orientation) {
+// Scaled into bound, if it is larger.
+std::optional<Bitmap> within(const Bitmap& bitmap, const PhotoDimensions& bound) {
     const PhotoDimensions size{.width = bitmap.width(), .height = bitmap.height()};
-    std::optional<Bitmap> scaled;
-    if (!fits(size, bound)) {
-        scaled = convertToBgra(bitmap, scaledInto(size, bound));
-        if (!scaled)
-            return tl::unexpected(imagefile::outOfMemory());
-    }
-    imagefile::FileBytes file = imagefile::encodeJpeg(scaled ? *scaled : bitmap, kQuality);
-    if (file && orientation != Orientation::up)
-        return imagefile::withOrientation(*file, orientation);
-    return file;
+    return fits(size, bound) ? bitmap : convertToBgra(bitmap, scaledInto(size, bound));
 }
 
-imagefile::FileBytes fromJpeg(GstSample* sample, const PhotoDimensions& bound,
-                              Orientation orientation) {
-    GstMapInfo map;
-    GstBuffer* buffer = gst_sample_get_buffer(sample);
-    if (!gst_buffer_map(buffer, &map, GST_MAP_READ))
-        return tl::unexpected(ImageError{"the camera's frame cannot be read"});
-    const auto* first = reinterpret_cast<const std::byte*>(map.data);
-    const std::vector<std::byte> own(first, first + map.size);
-    gst_buffer_unmap(buffer, &map);
-
-    PhotoDimensions size;
-    const GstStructure* structure = gst_caps_get_structure(gst_sample_get_caps(sample), 0);
-    gst_structure_get_int(structure, "width", &size.width);
-    gst_structure_get_int(structure, "height", &size.height);
-    if (fits(size, bound))
-        return orientation == Orientation::up ? own : imagefile::withOrientation(own, orientation);
-    const ImageResult decoded = imagefile::decodeJpeg(own, {});
-    if (const auto* error = std::get_if<ImageError>(&decoded))
-        return tl::unexpected(*error);
-    return encode(*std::get<Image>(decoded).bitmap(), bound, orientation);
+FinishedPhoto photoOf(imagefile::FileBytes file, Orientation orientation) {
+    if (!file)
+        return tl::unexpected(file.error());
+    if (orientation != Orientation::up)
+        file = imagefile::withOrientation(*file, orientation);
+    return CapturedPhoto{.fileDataRepresentation = *std::move(file)};
 }
 
-imagefile::FileBytes fromSample(GstSample* sample, const PhotoDimensions& bound,
-                                Orientation orientation) {
-    const GstCaps* caps = gst_sample_get_caps(sample);
-    if (gst_structure_has_name(gst_caps_get_structure(caps, 0), "image/jpeg"))
-        return fromJpeg(sample, bound, orientation);
-    const std::optional<Bitmap> bitmap = convertToBgra(sample, bound);
+FinishedPhoto photoOf(const std::optional<Bitmap>& bitmap, Orientation orientation,
+                      const PhotoSettings& settings) {
     if (!bitmap)
         return tl::unexpected(ImageError{"the camera's pixels cannot be converted"});
-    return encode(*bitmap, {}, orientation);
+    if (settings.acceptsImage)
+        return CapturedPhoto{.fileDataRepresentation = {}, .image = Image(*bitmap, orientation)};
+    return photoOf(imagefile::encodeJpeg(*bitmap, kQuality), orientation);
+}
+
+FinishedPhoto photoOf(JpegStill still, Orientation orientation, const PhotoSettings& settings) {
+    if (fits(still.size, settings.maxPhotoDimensions))
+        return photoOf(std::move(still.file), orientation);
+    const ImageResult decoded = imagefile::decodeJpeg(still.file, {});
+    if (const auto* error = std::get_if<ImageError>(&decoded))
+        return tl::unexpected(*error);
+    return photoOf(within(*std::get<Image>(decoded).bitmap(), settings.maxPhotoDimensions),
+                   orientation, settings);
 }
 
 }  // namespace
 
-imagefile::FileBytes encodePhoto(const Still& still, const PhotoSettings& settings) noexcept {
+FinishedPhoto finishPhoto(Still still, const PhotoSettings& settings) noexcept {
+    const PhotoDimensions& bound = settings.maxPhotoDimensions;
     try {
         if (const auto* bitmap = std::get_if<Bitmap>(&still.pixels))
-            return encode(*bitmap, settings.maxPhotoDimensions, still.orientation);
-        return fromSample(std::get<SampleHandle>(still.pixels).get(), settings.maxPhotoDimensions,
-                          still.orientation);
+            return photoOf(within(*bitmap, bound), still.orientation, settings);
+        if (const auto* sample = std::get_if<SampleHandle>(&still.pixels))
+            return photoOf(convertToBgra(sample->get(), bound), still.orientation, settings);
+        return photoOf(std::get<JpegStill>(std::move(still.pixels)), still.orientation, settings);
     } catch (const std::exception&) {
         return tl::unexpected(imagefile::outOfMemory());
     }

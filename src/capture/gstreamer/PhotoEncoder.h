@@ -1,23 +1,18 @@
 #pragma once
 
-#include "capture/gstreamer/GStreamerHandles.h"
-#include "imagefile/FileContents.h"
+#include "capture/gstreamer/Still.h"
 
 #include <kestrelid/CaptureServices.h>
+#include <kestrelid/ImageFile.h>
 
-#include <variant>
+#include <tl/expected.hpp>
 
 namespace kestrelid::capture {
 
-// A still before it is a file: a camera's own sample, of raw video or JPEG, or a picture.
-struct Still {
-    std::variant<SampleHandle, Bitmap> pixels;
-    Orientation orientation = Orientation::up;
-};
+using FinishedPhoto = tl::expected<CapturedPhoto, ImageError>;
 
-// The file that settings ask for; a camera's own JPEG is kept as it is if it fits. Takes up to a
-// few tenths of a second.
-[[nodiscard]] imagefile::FileBytes encodePhoto(const Still& still,
-                                               const PhotoSettings& settings) noexcept;
+// The photo that settings ask for: a camera's own JPEG as it is if it fits, and other pixels as a
+// file only if the settings do not accept an image. Takes up to a few tenths of a second.
+[[nodiscard]] FinishedPhoto finishPhoto(Still still, const PhotoSettings& settings) noexcept;
 
 }  // namespace kestrelid::capture

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <exception>
 #include <pthread.h>
+#include <thread>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -24,12 +25,6 @@ constexpr auto kLongestLook = 500ms;
 
 SessionEngine::SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience)
     : delivery_(std::move(delivery)), patience_(patience) {}
-
-SessionEngine::~SessionEngine() {
-    // The thread owns this, so it has ended or is this one.
-    if (thread_.joinable())
-        thread_.detach();
-}
 
 std::shared_ptr<const GStreamerInput> SessionEngine::input() const {
     const std::lock_guard lock(mutex_);
@@ -54,7 +49,7 @@ void SessionEngine::start() {
     Lock lock(mutex_);
     if (stopping_ || !input_ || (phase_ == Phase::running && !isLost()))
         return;
-    if (!thread_.joinable() && !startThread()) {
+    if (!hasThread_ && !startThread()) {
         input_.reset();
         return post(lock, CameraState::failed, "no thread for the camera");
     }
@@ -72,11 +67,17 @@ void SessionEngine::start() {
 
 bool SessionEngine::startThread() {
     try {
-        thread_ = std::thread([self = shared_from_this()] {
+        delivery_->onDamage(
+            [weak = weak_from_this()](const std::string& cause, Clock::duration lasts) {
+                if (const auto self = weak.lock())
+                    self->frameDamaged(cause, lasts);
+            });
+        // It owns this, and ends after requestStop().
+        std::thread([self = shared_from_this()] {
             pthread_setname_np(pthread_self(), "kestrelid.cam");
             self->run();
-        });
-        return true;
+        }).detach();
+        return hasThread_ = true;
     } catch (const std::exception&) {
         return false;  // the machine has no thread or memory left
     }
@@ -102,22 +103,10 @@ void SessionEngine::requestStop() {
     changed_.notify_all();
 }
 
-void SessionEngine::finish() {
-    {
-        Lock lock(mutex_);
-        if (!thread_.joinable())
-            return;
-        changed_.wait_for(lock, patience_.finish, [&] { return finished_; });
-        if (!finished_)
-            return thread_.detach();
-    }
-    thread_.join();
-}
-
-void SessionEngine::abandon() {
-    const std::lock_guard lock(mutex_);
-    if (thread_.joinable())
-        thread_.detach();
+void SessionEngine::finish(Clock::time_point limit) {
+    Lock lock(mutex_);
+    if (hasThread_)
+        changed_.wait_until(lock, limit, [&] { return finished_; });
 }
 
 bool SessionEngine::isLost() const {
@@ -185,6 +174,8 @@ bool SessionEngine::bring(Lock& lock, Clock::time_point limit) {
     photoWanted_ = false;
     const CameraSource& source = active_->source();
     live_ = *chooseLive(source.formats());
+    silent_.clear();
+    isDamageTold_ = false;
     lock.unlock();
     removal_ = source.watchRemoval([weak = weak_from_this(), watched = active_.get()] {
         const auto self = weak.lock();
@@ -262,7 +253,7 @@ bool SessionEngine::open(Lock& lock, const VideoFormat& format, bool forStill,
         if (assembled) {
             pipeline_ = std::make_unique<LivePipeline>(*std::move(assembled), source.isFile(),
                                                        shared_from_this());
-            pipeline_->holdFrames(forStill);
+            pipeline_->holdFrames(forStill && !haveOneShape(format, live_));
             if (forStill)
                 pipeline_->armStill(format);
             plays = pipeline_->play();
@@ -283,6 +274,7 @@ bool SessionEngine::open(Lock& lock, const VideoFormat& format, bool forStill,
 
 void SessionEngine::close(Lock& lock) {
     const DriverCall call(*this, lock);
+    delivery_->letGo();
     pipeline_.reset();
 }
 
@@ -306,10 +298,24 @@ void SessionEngine::showFrame(SampleHandle frame) {
     }
 }
 
-void SessionEngine::stillTaken(SampleHandle still) {
+void SessionEngine::stillTaken(Still still) {
     const std::lock_guard lock(mutex_);
     still_ = std::move(still);
     changed_.notify_all();
+}
+
+// Some cameras garble a frame now and then.
+void SessionEngine::frameDamaged(const std::string& cause, Clock::duration lasts) {
+    const bool isHopeless = lasts >= patience_.frame;
+    {
+        const std::lock_guard lock(mutex_);
+        if (phase_ != Phase::running || (!isHopeless && std::exchange(isDamageTold_, true)))
+            return;
+    }
+    if (isHopeless)
+        pipelineFailed({.isBusy = false, .cause = cause});
+    else
+        board_.post(CameraState::live, cause);
 }
 
 void SessionEngine::pipelineFailed(PipelineFailure failure) {

@@ -14,7 +14,7 @@
 #include <mutex>
 #include <optional>
 #include <string_view>
-#include <thread>
+#include <vector>
 
 namespace kestrelid::capture {
 
@@ -24,8 +24,10 @@ namespace kestrelid::capture {
 class SessionEngine final : public PipelineListener,
                             public std::enable_shared_from_this<SessionEngine> {
 public:
+    using Clock = std::chrono::steady_clock;
+
     SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience);
-    ~SessionEngine() override;
+    ~SessionEngine() override = default;
 
     // Null if there is none, or if its device is lost.
     [[nodiscard]] std::shared_ptr<const GStreamerInput> input() const;
@@ -39,12 +41,11 @@ public:
     [[nodiscard]] StatusBoard& board() { return board_; }
 
     void requestStop();
-    // After requestStop(), one of them.
-    void finish();   // waits, but not for a driver that hangs
-    void abandon();  // does not wait
+    // After requestStop(). Waits for the device to be let go, but not beyond limit; it is let go
+    // later then. Not from a call of the engine.
+    void finish(Clock::time_point limit);
 
 private:
-    using Clock = std::chrono::steady_clock;
     using Lock = std::unique_lock<std::mutex>;
     enum class Phase : std::uint8_t { idle, starting, running, away };
     class DriverCall;
@@ -52,7 +53,7 @@ private:
     void frameArrived() override;
     bool wantsFrames() override;
     void showFrame(SampleHandle frame) override;
-    void stillTaken(SampleHandle still) override;
+    void stillTaken(Still still) override;
     void pipelineFailed(PipelineFailure failure) override;
     void pipelineEnded() override;
 
@@ -73,11 +74,15 @@ private:
     bool open(Lock& lock, const VideoFormat& format, bool forStill, Clock::time_point limit);
     void close(Lock& lock);
     void takePhotos(Lock& lock, PhotoDesk& desk);
-    SampleHandle takeStill(Lock& lock, const VideoFormat& format);
-    void awaitNextFrame(Lock& lock, const VideoFormat& format);
-    bool switchInPlace(Lock& lock, const VideoFormat& format);
+    std::optional<Still> takeStill(Lock& lock, const PhotoDimensions& bound);
+    std::optional<Still> nextFrame(Lock& lock);
+    std::optional<Still> stillOf(Lock& lock, const VideoFormat& format);
+    std::optional<Still> settledStill(Lock& lock, const VideoFormat& format,
+                                      Clock::time_point limit);
+    void changeInPlace(Lock& lock, const VideoFormat& format);
     bool returnToLive(Lock& lock);
-    bool awaitStill(Lock& lock, Clock::duration patience);
+    bool awaitStill(Lock& lock, Clock::time_point limit);
+    void frameDamaged(const std::string& cause, Clock::duration lasts);
 
     [[nodiscard]] bool isLost() const;
     [[nodiscard]] bool isInterrupted() const {
@@ -114,7 +119,8 @@ private:
     Clock::duration silence_{};                     // since the last frame, as counted
     Clock::time_point lastCount_;                   // of silence_
     std::optional<Clock::time_point> driverSince_;  // while a driver is called
-    SampleHandle still_;
+    std::optional<Still> still_;
+    bool isDamageTold_ = false;
     bool removed_ = false;  // of the active input's device
 
     // Of a device that is away.
@@ -130,8 +136,9 @@ private:
     std::shared_ptr<const void> removal_;
     VideoFormat live_;
     VideoFormat current_;
+    std::vector<VideoFormat> silent_;  // gave no still
 
-    std::thread thread_;
+    bool hasThread_ = false;
 };
 
 // Without the lock: a driver may hang.

@@ -1,6 +1,8 @@
 #include "capture/gstreamer/FormatChoice.h"
 #include "capture/gstreamer/SessionEngine.h"
+#include "capture/gstreamer/StillChoice.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace kestrelid::capture {
@@ -12,41 +14,44 @@ void SessionEngine::takePhotos(Lock& lock, PhotoDesk& desk) {
         const std::optional<PhotoSettings> settings = desk.firstWaiting();
         if (!settings)
             break;
-        if (auto still = source.fixedStill()) {
-            desk.give(*settings, {.pixels = *std::move(still), .orientation = orientation});
+        std::optional<Still> still;
+        if (auto fixed = source.fixedStill())
+            still = Still{.pixels = *std::move(fixed)};
+        else
+            still = takeStill(lock, settings->maxPhotoDimensions);
+        if (!still) {
+            desk.fail(*settings, "the camera gave no still");
             continue;
         }
-        const VideoFormat format =
-            *chooseStill(source.formats(), settings->maxPhotoDimensions, live_);
-        if (SampleHandle still = takeStill(lock, format))
-            desk.give(*settings, {.pixels = std::move(still), .orientation = orientation});
-        else
-            desk.fail(*settings, "the camera gave no still");
+        still->orientation = orientation;
+        desk.give(*settings, *std::move(still));
     }
     if (switching_ && !stopping_ && !removed_ && !returnToLive(lock))
         failed_ = true;
     switching_ = false;
 }
 
-SampleHandle SessionEngine::takeStill(Lock& lock, const VideoFormat& format) {
-    still_.reset();
-    if (format == current_) {
-        awaitNextFrame(lock, format);
-        return std::move(still_);
-    }
-    switching_ = true;
-    pipeline_->holdFrames(true);
-    if (!switchInPlace(lock, format) && !stopping_ && !removed_ &&
-        open(lock, format, true, Clock::now() + patience_.restart))
-        awaitStill(lock, patience_.change);
-    return std::move(still_);
+std::optional<Still> SessionEngine::takeStill(Lock& lock, const PhotoDimensions& bound) {
+    std::vector<VideoFormat> formats = active_->source().formats();
+    std::erase_if(formats, [this](const VideoFormat& format) {
+        return std::ranges::find(silent_, format) != silent_.end();
+    });
+    const VideoFormat format = chooseStill(formats, bound, live_).value_or(live_);
+    if (format == current_)
+        return switching_ ? stillOf(lock, format) : nextFrame(lock);
+    std::optional<Still> still = stillOf(lock, format);
+    if (still || stopping_ || removed_ || format == live_)
+        return still;
+    silent_.push_back(format);
+    return returnToLive(lock) ? nextFrame(lock) : std::nullopt;
 }
 
-// Leaves the next frame in still_; a file may end and begin again meanwhile.
-void SessionEngine::awaitNextFrame(Lock& lock, const VideoFormat& format) {
+// A file may end and begin again meanwhile.
+std::optional<Still> SessionEngine::nextFrame(Lock& lock) {
     const auto limit = Clock::now() + patience_.next;
+    still_.reset();
     while (pipeline_ && !still_ && !isInterrupted() && Clock::now() < limit) {
-        pipeline_->armStill(format);
+        pipeline_->armStill(current_);
         changed_.wait_until(lock, limit, [&] { return isInterrupted() || still_ || ended_; });
         if (ended_ && active_->source().isFile())
             playAgain(lock);
@@ -55,35 +60,81 @@ void SessionEngine::awaitNextFrame(Lock& lock, const VideoFormat& format) {
     }
     if (pipeline_)
         pipeline_->disarmStill();
+    return std::exchange(still_, std::nullopt);
 }
 
-// Leaves the first frame of that format in still_.
-bool SessionEngine::switchInPlace(Lock& lock, const VideoFormat& format) {
-    if (!pipeline_ || failed_ || format.encoding != current_.encoding)
-        return false;
-    {
-        const DriverCall call(*this, lock);
-        pipeline_->armStill(format);
-        pipeline_->switchTo(format);
+// Changes to the format, if it does not flow yet.
+std::optional<Still> SessionEngine::stillOf(Lock& lock, const VideoFormat& format) {
+    const auto limit = Clock::now() + patience_.still;
+    switching_ = true;
+    if (pipeline_ && !failed_) {
+        changeInPlace(lock, format);
+        auto still = settledStill(
+            lock, format, std::min<Clock::time_point>(limit, Clock::now() + patience_.change));
+        if (still || stopping_ || removed_)
+            return still;
     }
+    if (!open(lock, format, true, limit))
+        return std::nullopt;
+    return settledStill(lock, format, limit);
+}
+
+// The best of the first frames after a change of format.
+std::optional<Still> SessionEngine::settledStill(Lock& lock, const VideoFormat& format,
+                                                 Clock::time_point limit) {
+    StillChoice choice;
+    bool isFirst = true;
+    while (!choice.isDone() && awaitStill(lock, limit)) {
+        Still still = *std::exchange(still_, std::nullopt);
+        if (std::exchange(isFirst, false))
+            limit = std::min<Clock::time_point>(limit, Clock::now() + patience_.settling);
+        pipeline_->armStill(format);
+        lock.unlock();
+        const std::optional<StillLook> look = lookOf(still);
+        if (look)
+            choice.add(std::move(still), *look);
+        lock.lock();
+    }
+    if (pipeline_)
+        pipeline_->disarmStill();
+    still_.reset();
+    return choice.take();
+}
+
+// Frames go on meanwhile, unless they would show another part of the scene.
+void SessionEngine::changeInPlace(Lock& lock, const VideoFormat& format) {
+    still_.reset();
+    if (!haveOneShape(format, live_))
+        pipeline_->holdFrames(true);
+    const DriverCall call(*this, lock);
+    delivery_->letGo();
+    pipeline_->armStill(format);
+    if (format == current_)
+        return;
     current_ = format;
-    return awaitStill(lock, patience_.change);
+    pipeline_->switchTo(format);
 }
 
 bool SessionEngine::returnToLive(Lock& lock) {
-    still_.reset();
-    bool flows = switchInPlace(lock, live_);
-    still_.reset();
+    bool flows = false;
+    if (pipeline_ && !failed_) {
+        changeInPlace(lock, live_);
+        flows = awaitStill(lock, Clock::now() + patience_.change);
+        still_.reset();
+    }
     if (!flows && !stopping_ && !removed_)
         flows = open(lock, live_, false, Clock::now() + patience_.restart);
-    if (flows)
+    if (flows) {
+        pipeline_->disarmStill();
         pipeline_->holdFrames(false);
+        switching_ = false;
+    }
     return flows;
 }
 
-bool SessionEngine::awaitStill(Lock& lock, Clock::duration patience) {
-    changed_.wait_for(lock, patience, [&] { return isInterrupted() || still_; });
-    return still_ != nullptr;
+bool SessionEngine::awaitStill(Lock& lock, Clock::time_point limit) {
+    changed_.wait_until(lock, limit, [&] { return isInterrupted() || still_; });
+    return still_.has_value();
 }
 
 }  // namespace kestrelid::capture

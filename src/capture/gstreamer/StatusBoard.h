@@ -22,7 +22,7 @@ public:
     void observe(std::function<void()> observer);
 
     // As CallGate::close().
-    void close() { calls_.close(); }
+    void close(std::chrono::steady_clock::time_point limit) { calls_.close(limit); }
 
 private:
     void tell();

@@ -1,7 +1,5 @@
 #include "capture/gstreamer/VideoFileSource.h"
 
-#include "capture/gstreamer/FormatChoice.h"
-
 #include <gst/app/gstappsink.h>
 #include <gst/video/video.h>
 
@@ -80,12 +78,9 @@ OpenedSource VideoFileSource::open(const std::filesystem::path& path) {
 VideoFileSource::VideoFileSource(std::string uri, VideoFormat format)
     : uri_(std::move(uri)), formats_{std::move(format)} {}
 
-CameraSource::Assembled VideoFileSource::assemble(const VideoFormat& format) const {
-    const PhotoDimensions live = liveDimensions({.width = format.width, .height = format.height});
-    Assembled assembled = parsePipeline(
-        kDecoder + " ! videoconvert ! videoscale ! video/x-raw,format=(string){BGRA,BGRx},width=" +
-        std::to_string(live.width) + ",height=" + std::to_string(live.height) +
-        " ! appsink name=" + kSinkName + " sync=true max-buffers=1 drop=true");
+CameraSource::Assembled VideoFileSource::assemble(const VideoFormat& /*format*/) const {
+    Assembled assembled = parsePipeline(kDecoder + " ! appsink name=" + kSinkName +
+                                        " sync=true max-buffers=1 drop=true");
     if (assembled)
         setUri(assembled->get(), uri_);
     return assembled;

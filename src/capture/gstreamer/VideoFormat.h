@@ -5,7 +5,7 @@
 
 namespace kestrelid::capture {
 
-enum class Encoding : std::uint8_t { raw, jpeg };
+enum class Encoding : std::uint8_t { raw, jpeg, h264 };
 
 // A frame rate as drivers state it.
 struct FrameRate {

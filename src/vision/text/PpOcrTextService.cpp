@@ -40,6 +40,14 @@ Expected<std::shared_ptr<const PpOcrModels>> PpOcrTextService::models() {
 }
 
 TextResult PpOcrTextService::perform(const Bitmap& bitmap, const TextRequest& request) {
+    struct Page {
+        explicit Page(std::atomic<int>& of) : underWay(of) { ++underWay; }
+        Page(const Page&) = delete;
+        Page& operator=(const Page&) = delete;
+        ~Page() { --underWay; }
+        std::atomic<int>& underWay;
+    };
+    const Page page(pagesUnderWay_);
     try {
         const auto& languages = request.recognitionLanguages;
         if (std::ranges::find(languages, "en") == languages.end())

@@ -6,6 +6,7 @@
 #include <kestrelid/ServiceStatus.h>
 #include <kestrelid/VisionServices.h>
 
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -32,6 +33,9 @@ public:
 
     [[nodiscard]] TextResult perform(const Bitmap& bitmap, const TextRequest& request) override;
 
+    // Of perform(). Thread: any.
+    [[nodiscard]] int pagesUnderWay() const { return pagesUnderWay_; }
+
     // Every part, loaded once for the occasion. Thread: any.
     [[nodiscard]] std::vector<ServiceStatus> diagnose() const;
 
@@ -40,6 +44,7 @@ private:
 
     ResourceFolders resources_;
     int threads_;
+    std::atomic<int> pagesUnderWay_ = 0;
     std::mutex loading_;
     std::shared_ptr<const PpOcrModels> models_;
 };
