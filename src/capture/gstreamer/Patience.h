@@ -16,7 +16,7 @@ struct Patience {
     Milliseconds change{600};
     Milliseconds restart{1200};
     Milliseconds still{1000};    // then the photo is a frame of the format that flows
-    Milliseconds settling{250};  // of exposure and focus, after the first frame of a still's format
+    Milliseconds settling{300};  // of exposure and focus in a still's format; one frame is awaited
     Milliseconds next{1400};     // for a still of the format that flows, on a busy machine
     Milliseconds photo{2500};    // an answer is due after 3 s; encoding takes some of it
 

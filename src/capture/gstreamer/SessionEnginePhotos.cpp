@@ -83,11 +83,10 @@ std::optional<Still> SessionEngine::stillOf(Lock& lock, const VideoFormat& forma
 std::optional<Still> SessionEngine::settledStill(Lock& lock, const VideoFormat& format,
                                                  Clock::time_point limit) {
     StillChoice choice;
-    bool isFirst = true;
+    const auto settled = std::min<Clock::time_point>(limit, Clock::now() + patience_.settling);
     while (!choice.isDone() && awaitStill(lock, limit)) {
         Still still = *std::exchange(still_, std::nullopt);
-        if (std::exchange(isFirst, false))
-            limit = std::min<Clock::time_point>(limit, Clock::now() + patience_.settling);
+        limit = settled;
         pipeline_->armStill(format);
         lock.unlock();
         const std::optional<StillLook> look = lookOf(still);

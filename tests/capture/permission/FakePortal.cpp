@@ -116,6 +116,15 @@ bool FakePortal::hasQuestioner() {
     return isThere != FALSE;
 }
 
+bool FakePortal::waitUntilQuestionerLeaves() {
+    for (int look = 0; hasQuestioner(); ++look) {
+        if (look == 6000)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
 void FakePortal::serve() {
     connection_ = connect(address_);
     GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(kInterfaces, nullptr);

@@ -67,6 +67,8 @@ public:
 
     // Whether who asked last is still on the bus.
     [[nodiscard]] bool hasQuestioner();
+    // The bus sees it a moment later. False where it stays for a minute.
+    [[nodiscard]] bool waitUntilQuestionerLeaves();
 
 private:
     void serve();

@@ -170,7 +170,7 @@ TEST_F(PortalAuthorization, ReleaseAnswersWhoWaitsAndTakesTheQuestionAway) {
         authorization.reset();
         EXPECT_EQ(answer.count(), 1);
         EXPECT_EQ(answer.wait(), false);
-        EXPECT_FALSE(portal.hasQuestioner());
+        EXPECT_TRUE(portal.waitUntilQuestionerLeaves());
     }
 }
 
