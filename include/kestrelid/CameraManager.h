@@ -150,6 +150,7 @@ private:
     void publishWithoutSession(CameraState state, const std::string& cause = {});  // main queue
     void publishWithoutSessionLater(CameraState state, std::string cause);         // any thread
     void publishCamera(const CameraStatus& status);                                // main queue
+    void publishControls();                                                        // main queue
     bool addDefaultDevice();                                                       // session queue
     void addVideoOutput();                                                         // session queue
     void performCapture();                                                         // session queue

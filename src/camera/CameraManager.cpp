@@ -142,6 +142,11 @@ void CameraManager::publishCamera(const CameraStatus& status) {
         cameraStatus_.publish(status);
 }
 
+void CameraManager::publishControls() {
+    if (auto controls = session_->controls(); controls != controls_.value())
+        controls_.publish(std::move(controls));
+}
+
 // A session that runs keeps its camera, whatever was found since.
 void CameraManager::publishWithoutSession(CameraState state, const std::string& cause) {
     if (!session_->isRunning())
@@ -158,8 +163,11 @@ void CameraManager::followSession() {
     // Called on threads that must not release the manager.
     session_->observeStatus([weak = weak_from_this(), mainQueue = services_.mainQueue] {
         submit(*mainQueue, [weak] {
-            if (const auto self = weak.lock())
-                self->publishCamera(self->session_->status());
+            const auto self = weak.lock();
+            if (!self)
+                return;
+            base::runBlock("camera", [&] { self->publishCamera(self->session_->status()); });
+            self->publishControls();
         });
     });
 }
@@ -303,7 +311,12 @@ void CameraManager::forgetZoneIfSilent(std::uint64_t looks) {
 
 // TODO
 void CameraManager::switchCamera(const std::string& /*name*/) {}
-void CameraManager::setControl(CameraControl /*control*/, std::optional<double> /*value*/) {}
+
+void CameraManager::setControl(CameraControl control, std::optional<double> value) {
+    submit(*sessionQueue_, [self = shared_from_this(), control, value] {
+        self->session_->setControl(control, value);
+    });
+}
 
 void CameraManager::capturePhoto() {
     const bool isTaken =

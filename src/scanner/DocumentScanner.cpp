@@ -4,11 +4,14 @@
 #include "screens/EngineContext.h"
 
 #include <chrono>
+#include <cstddef>
 #include <QJSEngine>
 #include <QJSValue>
 #include <QPointer>
 #include <QQmlEngine>
 #include <QQmlInfo>
+#include <QVariantMap>
+#include <string_view>
 
 namespace kestrelid::scanner {
 
@@ -33,6 +36,11 @@ PhotoCompletion photoCompletion(const QVariant& completion, QJSEngine* engine) {
         if (result.isError() && engine)
             qmlWarning(engine) << result.toString();
     };
+}
+
+QString nameOf(CameraControl control) {
+    const std::string_view key = keyOf(control);
+    return QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
 }
 
 }  // namespace
@@ -74,6 +82,38 @@ QString DocumentScanner::cameraCause() const {
     return manager_ ? QString::fromStdString(manager_->cameraStatus().value().cause) : QString();
 }
 
+QVariantList DocumentScanner::controls() const {
+    QVariantList all;
+    if (!manager_)
+        return all;
+    for (const CameraControlStatus& status : manager_->controls().value())
+        all << QVariantMap{{QStringLiteral("control"), nameOf(status.control)},
+                           {QStringLiteral("value"), status.value},
+                           {QStringLiteral("step"), status.step},
+                           {QStringLiteral("hasAutomatic"), status.hasAutomatic},
+                           {QStringLiteral("isAutomatic"), status.isAutomatic}};
+    return all;
+}
+
+void DocumentScanner::setControl(const QString& name, const QVariant& value) {
+    const bool isAutomatic =
+        !value.isValid() || value.metaType() == QMetaType::fromType<std::nullptr_t>();
+    bool isNumber = false;
+    const double number = value.toDouble(&isNumber);
+    if (!isAutomatic && !isNumber)
+        return;
+    for (const auto control : {CameraControl::torch, CameraControl::zoom, CameraControl::focus,
+                               CameraControl::exposure}) {
+        if (name == nameOf(control))
+            setControl(control, isAutomatic ? std::nullopt : std::optional(number));
+    }
+}
+
+void DocumentScanner::setControl(CameraControl control, std::optional<double> value) {
+    if (manager_)
+        manager_->setControl(control, value);
+}
+
 void DocumentScanner::appear() {
     if (!manager_)
         makeManager();
@@ -97,6 +137,8 @@ void DocumentScanner::makeManager() {
     observe(manager_->zone(), &DocumentScanner::zoneObserver_, &DocumentScanner::zoneChanged);
     observe(manager_->cameraStatus(), &DocumentScanner::cameraObserver_,
             &DocumentScanner::cameraStatusChanged);
+    observe(manager_->controls(), &DocumentScanner::controlsObserver_,
+            &DocumentScanner::controlsChanged);
     emit sessionChanged();
 }
 

@@ -7,11 +7,13 @@
 #include <kestrelid/screens/ScannerCamera.h>
 
 #include <memory>
+#include <optional>
 #include <QColor>
 #include <QObject>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 #include <QVariant>
+#include <QVariantList>
 #include <utility>
 #include <vector>
 
@@ -33,6 +35,7 @@ class DocumentScanner : public QObject {
     Q_PROPERTY(QVariant zone READ zone NOTIFY zoneChanged)                       // see zoneValue()
     Q_PROPERTY(QString cameraState READ cameraState NOTIFY cameraStatusChanged)  // keyOf()
     Q_PROPERTY(QString cameraCause READ cameraCause NOTIFY cameraStatusChanged)
+    Q_PROPERTY(QVariantList controls READ controls NOTIFY controlsChanged)
     QML_ELEMENT
 
 public:
@@ -59,8 +62,19 @@ public:
     [[nodiscard]] QString cameraState() const;
     [[nodiscard]] QString cameraCause() const;
 
+    // Maps with control, which is keyOf(), value, step, hasAutomatic and isAutomatic.
+    [[nodiscard]] QVariantList controls() const;
+
+    // value: a number; undefined and null leave the choice to the camera. Anything else, and a name
+    // that no control has, changes nothing.
+    Q_INVOKABLE void setControl(const QString& name, const QVariant& value);
+    void setControl(CameraControl control, std::optional<double> value);
+
     // Gets what cameraStatusChanged() announces.
     void setCameraObserver(CameraObserver observer) { cameraObserver_ = std::move(observer); }
+
+    // Gets what controlsChanged() announces.
+    void setControlsObserver(ControlsObserver observer) { controlsObserver_ = std::move(observer); }
 
     // Gets what zoneChanged() announces.
     void setZoneObserver(ZoneObserver observer) { zoneObserver_ = std::move(observer); }
@@ -79,6 +93,7 @@ signals:
     void readsZoneChanged();
     void zoneChanged();
     void cameraStatusChanged();
+    void controlsChanged();
 
 private:
     void makeManager();
@@ -93,6 +108,7 @@ private:
     bool readsZone_ = false;
     ZoneObserver zoneObserver_;
     CameraObserver cameraObserver_;
+    ControlsObserver controlsObserver_;
     std::shared_ptr<DispatchQueue> mainQueue_;
     std::shared_ptr<CameraManager> manager_;
     std::vector<Subscription> subscriptions_;

@@ -10,6 +10,17 @@
 
 namespace kestrelid {
 
+namespace {
+
+// Null while there is none.
+scanner::DocumentScanner* shownScanner(QWidget& hosted) {
+    const auto* screen = qobject_cast<QQuickWidget*>(&hosted);
+    const QQuickItem* root = screen ? screen->rootObject() : nullptr;
+    return root ? root->findChild<scanner::DocumentScanner*>() : nullptr;
+}
+
+}  // namespace
+
 DocumentScannerVC::DocumentScannerVC(PhotoCompletion completion, ScannerCamera camera,
                                      QWidget* parent)
     : QWidget(parent), completion_(std::move(completion)), camera_(std::move(camera)) {}
@@ -20,6 +31,11 @@ DocumentScannerVC::DocumentScannerVC(FormBuilderTag) {
 
 DocumentScannerVC::~DocumentScannerVC() = default;
 
+void DocumentScannerVC::setControl(CameraControl control, std::optional<double> value) {
+    if (auto* shown = hosted_ ? shownScanner(*hosted_) : nullptr)
+        shown->setControl(control, value);
+}
+
 void DocumentScannerVC::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     if (hosted_)
@@ -29,12 +45,9 @@ void DocumentScannerVC::showEvent(QShowEvent* event) {
         {QStringLiteral("completion"), QVariant::fromValue(completion_)},
         {QStringLiteral("readsZone"), static_cast<bool>(didReadZone)},
     };
-    QQuickWidget* hosted = screens::hostScreen(*this, QStringLiteral("DocumentScannerView"),
-                                               properties, safeAreaMargins, camera_);
-    hosted_ = hosted;
-    auto* shown = hosted->rootObject()
-                      ? hosted->rootObject()->findChild<scanner::DocumentScanner*>()
-                      : nullptr;
+    hosted_ = screens::hostScreen(*this, QStringLiteral("DocumentScannerView"), properties,
+                                  safeAreaMargins, camera_);
+    auto* shown = shownScanner(*hosted_);
     if (!shown)
         return;
     shown->setZoneObserver([controller = QPointer(this)](const LiveZone& zone) {
@@ -46,6 +59,11 @@ void DocumentScannerVC::showEvent(QShowEvent* event) {
         if (const auto tell = controller ? controller->didChangeCamera : CameraObserver())
             tell(status);
     });
+    shown->setControlsObserver(
+        [controller = QPointer(this)](const std::vector<CameraControlStatus>& controls) {
+            if (const auto tell = controller ? controller->didChangeControls : ControlsObserver())
+                tell(controls);
+        });
 }
 
 }  // namespace kestrelid

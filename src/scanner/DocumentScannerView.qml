@@ -25,6 +25,9 @@ ScreenItem {
     property alias cameraState: scanner.cameraState
     // Why, in one line for whoever looks after the machine; may be empty.
     property alias cameraCause: scanner.cameraCause
+    // What can be changed of the camera that runs: objects with `control` ("torch", "zoom", "focus",
+    // "exposure"), `value` and `step` from 0 to 1, `hasAutomatic`, `isAutomatic`. Empty while none runs.
+    property alias controls: scanner.controls
     property real textScale: 1
 
     focus: true
@@ -36,6 +39,11 @@ ScreenItem {
     onAppeared: scanner.appear()
     onEscapePressed: root.dismissBy(root.dismiss)
     onActivated: scanner.capture(root.completion)
+
+    // value: from 0 to 1; undefined or null leaves the choice to the camera. What it has not is ignored.
+    function setControl(name, value) {
+        scanner.setControl(name, value);
+    }
 
     DocumentScanner {
         id: scanner

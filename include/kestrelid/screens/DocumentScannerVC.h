@@ -4,6 +4,7 @@
 #include <kestrelid/screens/FormBuilderTag.h>
 #include <kestrelid/screens/ScannerCamera.h>
 
+#include <optional>
 #include <QMarginsF>
 #include <QWidget>
 
@@ -36,6 +37,13 @@ public:
     /// Looked up whenever the camera starts, is lost, comes back and so on; it may release the
     /// screen.
     CameraObserver didChangeCamera;
+
+    /// Looked up whenever the camera's controls change; it may release the screen.
+    ControlsObserver didChangeControls;
+
+    /// Changes what didChangeControls told; without a value the camera chooses. Anything else is
+    /// ignored, as is any call before the first showing.
+    void setControl(CameraControl control, std::optional<double> value);
 
 protected:
     void showEvent(QShowEvent* event) override;

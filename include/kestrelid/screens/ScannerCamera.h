@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kestrelid/CameraControls.h>
 #include <kestrelid/CameraManager.h>
 #include <kestrelid/CameraStatus.h>
 #include <kestrelid/DefaultCamera.h>
@@ -13,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <QMetaType>
+#include <vector>
 
 namespace kestrelid {
 
@@ -29,6 +31,10 @@ using ZoneObserver = std::function<void(const LiveZone& zone)>;
 
 /// Gets what the camera is doing, whenever that changes.
 using CameraObserver = std::function<void(const CameraStatus& status)>;
+
+/// Gets what can be changed of the camera that runs, whenever that changes; nothing while none
+/// does.
+using ControlsObserver = std::function<void(const std::vector<CameraControlStatus>& controls)>;
 
 /// With what scanning screens work. Main thread.
 struct ScannerCamera {

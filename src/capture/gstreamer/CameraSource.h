@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <tl/expected.hpp>
 #include <vector>
 
@@ -35,6 +36,9 @@ public:
     [[nodiscard]] virtual std::shared_ptr<const CameraSource> announced() const {
         return shared_from_this();
     }
+
+    // Path of the device node that has its controls; empty: none is known.
+    [[nodiscard]] virtual std::string controlNode() const { return {}; }
 
     // A file starts again at its end and is not unplugged; a device's filter changes its format.
     [[nodiscard]] virtual bool isFile() const = 0;

@@ -29,6 +29,10 @@ std::string property(GstDevice* device, std::initializer_list<const char*> names
     return {};
 }
 
+std::string nodeOf(GstDevice* device) {
+    return property(device, {"api.v4l2.path", "device.path"});
+}
+
 std::string providerOf(GstDevice* device) {
     GstObject* provider = gst_object_get_parent(GST_OBJECT(device));
     const std::string name = provider ? G_OBJECT_TYPE_NAME(provider) : "";
@@ -39,9 +43,7 @@ std::string providerOf(GstDevice* device) {
 
 AnnouncedCamera announcedCamera(GstDevice* device) {
     const TextHandle name(gst_device_get_display_name(device));
-    return {.name = name ? name.get() : "",
-            .node = property(device, {"api.v4l2.path", "device.path"}),
-            .provider = providerOf(device)};
+    return {.name = name ? name.get() : "", .node = nodeOf(device), .provider = providerOf(device)};
 }
 
 }  // namespace
@@ -78,6 +80,13 @@ CameraSource::Assembled DeviceSource::assemble(const VideoFormat& format) const 
 
 std::shared_ptr<const void> DeviceSource::watchRemoval(std::function<void()> removed) const {
     return watch_->watchRemoval(device_, std::move(removed));
+}
+
+// GStreamer itself offers none of what is wanted, as of Debian 12: pipewiresrc 0.3.65 has no
+// property for a control, libcamerasrc 0.0.3 none but the camera's name, and those of v4l2src 1.22
+// are brightness, contrast, hue and saturation.
+std::string DeviceSource::controlNode() const {
+    return nodeOf(device_);
 }
 
 bool DeviceSource::stoodBeside(const DeviceSource& other) const {

@@ -27,6 +27,7 @@ public:
     Assembled assemble(const VideoFormat& format) const override;
     std::shared_ptr<const void> watchRemoval(std::function<void()> removed) const override;
     std::shared_ptr<const CameraSource> announced() const override;
+    std::string controlNode() const override;
 
 private:
     [[nodiscard]] bool stoodBeside(const DeviceSource& other) const;

@@ -58,13 +58,15 @@ std::vector<FoundCamera> camerasOf(const std::shared_ptr<DeviceWatch>& watch) {
 
 GStreamerCapturePlatform::GStreamerCapturePlatform(CameraOptions options,
                                                    OpenCameraRemote openRemote,
-                                                   const Patience& patience)
-    : options_(std::move(options)), openRemote_(std::move(openRemote)), patience_(patience) {}
+                                                   const Patience& patience,
+                                                   OpenControlNodes openControls)
+    : options_(std::move(options)), openRemote_(std::move(openRemote)), patience_(patience),
+      openControls_(std::move(openControls)) {}
 
 GStreamerCapturePlatform::~GStreamerCapturePlatform() = default;
 
 std::shared_ptr<CaptureSession> GStreamerCapturePlatform::makeSession() {
-    return std::make_shared<GStreamerSession>(patience_);
+    return std::make_shared<GStreamerSession>(patience_, openControls_);
 }
 
 std::shared_ptr<PhotoOutput> GStreamerCapturePlatform::makePhotoOutput() {

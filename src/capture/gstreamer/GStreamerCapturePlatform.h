@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/CameraRemote.h"
+#include "capture/controls/V4l2Node.h"
 #include "capture/gstreamer/Patience.h"
 
 #include <kestrelid/CameraOptions.h>
@@ -22,7 +23,8 @@ class GStreamerCapturePlatform final : public CapturePlatform {
 public:
     // openRemote: for cameras that the machine does not show otherwise; empty: there is none.
     explicit GStreamerCapturePlatform(CameraOptions options, OpenCameraRemote openRemote = {},
-                                      const Patience& patience = {});
+                                      const Patience& patience = {},
+                                      OpenControlNodes openControls = openV4l2Nodes);
     GStreamerCapturePlatform(const GStreamerCapturePlatform&) = delete;
     GStreamerCapturePlatform& operator=(const GStreamerCapturePlatform&) = delete;
     ~GStreamerCapturePlatform() override;
@@ -47,6 +49,7 @@ private:
     const CameraOptions options_;
     const OpenCameraRemote openRemote_;
     const Patience patience_;
+    const OpenControlNodes openControls_;
     std::mutex mutex_;
     std::shared_ptr<DeviceWatch> watch_;  // once cameras were asked for
 };

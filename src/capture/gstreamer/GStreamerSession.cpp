@@ -5,9 +5,9 @@
 
 namespace kestrelid::capture {
 
-GStreamerSession::GStreamerSession(const Patience& patience)
+GStreamerSession::GStreamerSession(const Patience& patience, OpenControlNodes openControls)
     : delivery_(std::make_shared<FrameDelivery>()),
-      engine_(std::make_shared<SessionEngine>(delivery_, patience)) {}
+      engine_(std::make_shared<SessionEngine>(delivery_, patience, std::move(openControls))) {}
 
 GStreamerSession::~GStreamerSession() {
     // Most devices are let go in time for the host to use them at once.
@@ -99,6 +99,14 @@ CameraStatus GStreamerSession::status() const {
 
 void GStreamerSession::observeStatus(std::function<void()> observer) {
     engine_->board().observe(std::move(observer));
+}
+
+std::vector<CameraControlStatus> GStreamerSession::controls() const {
+    return engine_->controls();
+}
+
+void GStreamerSession::setControl(CameraControl control, std::optional<double> value) {
+    engine_->setControl(control, value);
 }
 
 void GStreamerSession::addPreviewSurface(std::weak_ptr<PreviewSurface> surface) {

@@ -9,12 +9,14 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace kestrelid::capture {
 
 class GStreamerSession final : public CaptureSession {
 public:
-    explicit GStreamerSession(const Patience& patience);
+    GStreamerSession(const Patience& patience, OpenControlNodes openControls);
     ~GStreamerSession() override;
 
     void beginConfiguration() override;
@@ -28,6 +30,8 @@ public:
     bool isRunning() const override;
     CameraStatus status() const override;
     void observeStatus(std::function<void()> observer) override;
+    std::vector<CameraControlStatus> controls() const override;
+    void setControl(CameraControl control, std::optional<double> value) override;
     void addPreviewSurface(std::weak_ptr<PreviewSurface> surface) override;
 
 private:

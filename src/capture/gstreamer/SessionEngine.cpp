@@ -23,8 +23,9 @@ constexpr auto kLongestLook = 500ms;
 
 }  // namespace
 
-SessionEngine::SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience)
-    : delivery_(std::move(delivery)), patience_(patience) {}
+SessionEngine::SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience,
+                             OpenControlNodes openControls)
+    : delivery_(std::move(delivery)), patience_(patience), openControls_(std::move(openControls)) {}
 
 std::shared_ptr<const GStreamerInput> SessionEngine::input() const {
     const std::lock_guard lock(mutex_);
@@ -139,6 +140,7 @@ void SessionEngine::run() {
         }
     }
     phase_ = Phase::idle;
+    dropControls(lock);
     close(lock);
     removal_.reset();
     finished_ = true;
@@ -169,6 +171,7 @@ void SessionEngine::begin(Lock& lock) {
 
 // Opens the input's device; true once its frames flow.
 bool SessionEngine::bring(Lock& lock, Clock::time_point limit) {
+    dropControls(lock);
     active_ = input_;
     removed_ = false;
     photoWanted_ = false;
@@ -193,6 +196,7 @@ bool SessionEngine::bring(Lock& lock, Clock::time_point limit) {
 void SessionEngine::becomeLive(Lock& lock) {
     phase_ = Phase::running;
     heals_ = true;
+    seeksControls_ = true;
     silence_ = {};
     lastCount_ = liveSince_ = Clock::now();
     changed_.notify_all();
@@ -207,6 +211,8 @@ void SessionEngine::watch(Lock& lock) {
         return lose(lock);
     if (ended_)
         return playAgain(lock);
+    if (tendControls(lock))
+        return;
     if (std::exchange(photoWanted_, false)) {
         if (const auto desk = desk_.lock())
             takePhotos(lock, *desk);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capture/controls/DeviceControls.h"
 #include "capture/gstreamer/FrameDelivery.h"
 #include "capture/gstreamer/GStreamerInput.h"
 #include "capture/gstreamer/LivePipeline.h"
@@ -7,6 +8,7 @@
 #include "capture/gstreamer/PhotoDesk.h"
 #include "capture/gstreamer/StatusBoard.h"
 
+#include <array>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -26,7 +28,8 @@ class SessionEngine final : public PipelineListener,
 public:
     using Clock = std::chrono::steady_clock;
 
-    SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience);
+    SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience,
+                  OpenControlNodes openControls);
     ~SessionEngine() override = default;
 
     // Null if there is none, or if its device is lost.
@@ -39,6 +42,8 @@ public:
     [[nodiscard]] bool isRunning() const;
     [[nodiscard]] bool photoWanted();  // false if none can be taken
     [[nodiscard]] StatusBoard& board() { return board_; }
+    [[nodiscard]] std::vector<CameraControlStatus> controls() const;
+    void setControl(CameraControl control, std::optional<double> value);
 
     void requestStop();
     // After requestStop(). Waits for the device to be let go, but not beyond limit; it is let go
@@ -56,6 +61,7 @@ private:
     void stillTaken(Still still) override;
     void pipelineFailed(PipelineFailure failure) override;
     void pipelineEnded() override;
+    void frameDamaged(const std::string& cause, Clock::duration lasts);
 
     bool startThread();
 
@@ -82,7 +88,11 @@ private:
     void changeInPlace(Lock& lock, const VideoFormat& format);
     bool returnToLive(Lock& lock);
     bool awaitStill(Lock& lock, Clock::time_point limit);
-    void frameDamaged(const std::string& cause, Clock::duration lasts);
+    bool tendControls(Lock& lock);
+    void findControls(Lock& lock);
+    bool fulfilWishes(Lock& lock);
+    void dropControls(Lock& lock);
+    void tellControls(Lock& lock);
 
     [[nodiscard]] bool isLost() const;
     [[nodiscard]] bool isInterrupted() const {
@@ -130,6 +140,19 @@ private:
     Clock::time_point nextBlank_;
     Clock::time_point nextTry_;
     Clock::duration pause_ = kFirstPause;  // from a try that fails to the next one
+
+    // Of what can be changed of the device: SessionEngineControls.cpp.
+    struct Wish {
+        bool isMade = false;
+        bool isDue = false;  // to be told to the driver
+        std::optional<double> value{};
+    };
+    const OpenControlNodes openControls_;
+    std::vector<CameraControlStatus> controls_;  // as last known; none while no device runs
+    bool seeksControls_ = false;
+    std::array<Wish, 4> wishes_;                      // by CameraControl
+    std::shared_ptr<const GStreamerInput> wished_;    // whose they are
+    std::unique_ptr<DeviceControls> deviceControls_;  // engine's thread alone
 
     // Engine's thread alone.
     std::unique_ptr<LivePipeline> pipeline_;

@@ -34,6 +34,7 @@ void SessionEngine::lose(Lock& lock) {
     const Loss loss = whyLost();
     const bool isCurrent = input_ == active_;  // otherwise the host has another one ready
     lostAt_ = nextBlank_ = Clock::now();
+    controls_.clear();
     if (phase_ == Phase::running && lostAt_ - liveSince_ >= kSteady)
         pause_ = kFirstPause;
     nextTry_ = lostAt_ + pause_;
@@ -57,6 +58,7 @@ void SessionEngine::lose(Lock& lock) {
         desk->failAll("the camera was lost");
     removal_.reset();
     lock.lock();
+    dropControls(lock);
     close(lock);
 }
 

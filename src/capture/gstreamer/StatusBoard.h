@@ -21,12 +21,13 @@ public:
     // Replaces the former one; a call of that may still be under way.
     void observe(std::function<void()> observer);
 
+    // Tells the observer of something else that has changed.
+    void tell();
+
     // As CallGate::close().
     void close(std::chrono::steady_clock::time_point limit) { calls_.close(limit); }
 
 private:
-    void tell();
-
     CallGate calls_;
     std::mutex telling_;  // one call at a time
     mutable std::mutex mutex_;
