@@ -120,6 +120,37 @@ TEST(CameraSession, CameraThatComesBackIsSetUpAgain) {
     EXPECT_TRUE(camera.manager->isDocumentDetected().value()) << "verdicts outlast a session";
 }
 
+TEST(CameraSession, ControlsAreToldOnAChangeAndSetOnTheSessionQueue) {
+    CameraHarness camera;
+    std::string told;
+    const auto subscription = camera.manager->controls().didChange([&](const auto& controls) {
+        told +=
+            std::to_string(controls.size()) +
+            (camera.manager->cameraStatus().value().state == CameraState::live ? " live;" : ";");
+    });
+    camera.manager->setControl(CameraControl::torch, 1.0);
+    camera.becomeReady();
+    const auto session = camera.platform->session.lock();
+    for (const double value : {0.0, 0.0, 1.0}) {
+        camera.machine().controls = {{.control = CameraControl::focus, .value = value}};
+        session->tell();
+        camera.settle();
+    }
+    camera.machine().log.clear();
+    camera.manager->setControl(CameraControl::focus, std::nullopt);
+    EXPECT_THAT(camera.machine().log, IsEmpty());
+    camera.settle();
+    EXPECT_THAT(camera.machine().log, ElementsAre("focus automatic"));
+    session->lose();
+    camera.settle();
+    EXPECT_EQ(told, "1 live;1 live;0;");
+    session->tell();
+    camera.manager->setControl(CameraControl::zoom, 0.5);
+    camera.manager.reset();
+    camera.settle();
+    EXPECT_EQ(camera.machine().log.back(), "zoom 0.50");
+}
+
 TEST(CameraSession, LostWithinTheFirstSecondIsNotReady) {
     CameraHarness camera;
     camera.manager->setupSession();

@@ -71,9 +71,10 @@ void TakenFrames::didOutput(const SampleBuffer& sampleBuffer) {
         onFrame();
 }
 
-CaptureRig::CaptureRig(const CameraOptions& options, const capture::Patience& patience)
+CaptureRig::CaptureRig(const CameraOptions& options, const capture::Patience& patience,
+                       capture::OpenControlNodes openControls)
     : platform(std::make_shared<capture::GStreamerCapturePlatform>(
-          options, capture::OpenCameraRemote(), patience)),
+          options, capture::OpenCameraRemote(), patience, std::move(openControls))),
       session(platform->makeSession()), photoOutput(platform->makePhotoOutput()),
       videoOutput(platform->makeVideoDataOutput()) {
     videoOutput->setSampleBufferDelegate(taken,

@@ -75,7 +75,8 @@ struct PhotoAnswers {
 struct CaptureRig {
     // Waits five times as long as usual for its camera: what is tested holds on a busy machine too.
     explicit CaptureRig(const CameraOptions& options,
-                        const capture::Patience& patience = capture::Patience().times(5));
+                        const capture::Patience& patience = capture::Patience().times(5),
+                        capture::OpenControlNodes openControls = capture::openV4l2Nodes);
 
     // Adds the default device, and the outputs the first time, and starts; the error where that
     // fails.

@@ -92,6 +92,28 @@ TEST(DocumentScannerVC, TellsTheZoneToItsHostWhichMayReleaseItThen) {
     EXPECT_EQ(camera.machine().log.back(), "session released");
 }
 
+TEST(DocumentScannerVC, ControlsReachTheHostWhichMayReleaseIt) {
+    const FakeCamera camera;
+    camera.machine().controls = {{.control = CameraControl::torch}};
+    auto controller =
+        std::make_unique<DocumentScannerVC>([](const auto&) {}, camera.scannerCamera());
+    controller->setControl(CameraControl::torch, 0.5);  // there is no camera yet
+    controller->didChangeControls = [&](const std::vector<CameraControlStatus>& controls) {
+        controller->setControl(controls.at(0).control, 1.0);
+        controller.reset();
+    };
+    open(*controller);
+    camera.makeReady();
+    camera.platform->session.lock()->tell();
+    camera.mainQueue->runAll();
+    EXPECT_FALSE(controller);
+    camera.otherQueues->runAll();
+    const std::vector<std::string>& log = camera.machine().log;
+    EXPECT_EQ(std::ranges::count(log, "torch 1.00"), 1);
+    EXPECT_EQ(std::ranges::count(log, "torch 0.50"), 0);
+    EXPECT_EQ(log.back(), "session released");
+}
+
 std::unique_ptr<ImagePreviewViewController> previewing(std::string& taps) {
     return std::make_unique<ImagePreviewViewController>(
         "Check the photo", std::nullopt, [&taps] { taps += "retake "; },

@@ -202,6 +202,41 @@ TEST(ScannerScreen, TellsWhatTheCameraIsDoing) {
     EXPECT_EQ(screen->property("told").toString().toStdString(), "live ;lost unplugged;live ;");
 }
 
+TEST(ScannerScreen, TellsAndSetsTheCamerasControls) {
+    const FakeCamera camera;
+    camera.machine().controls = {{.control = CameraControl::focus,
+                                  .value = 0.5,
+                                  .step = 0.25,
+                                  .hasAutomatic = true,
+                                  .isAutomatic = true},
+                                 {.control = CameraControl::torch}};
+    ShownScreen host = scanner(camera);
+    const auto screen = scannerOf(host, R"(
+        property string told
+        completion: photo => {}
+        onControlsChanged: {
+            told += JSON.stringify(controls)
+            setControl("torch", 1)
+            setControl("focus", 0.25)
+            setControl("focus", null)
+            setControl("focus", undefined)
+            setControl("focus", "near")
+            setControl("lens", 1)
+        })");
+    camera.makeReady();
+    camera.machine().log.clear();
+    camera.platform->session.lock()->tell();
+    camera.mainQueue->runAll();
+    camera.otherQueues->runAll();
+    EXPECT_EQ(
+        screen->property("told").toString().toStdString(),
+        R"([{"control":"focus","hasAutomatic":true,"isAutomatic":true,"step":0.25,"value":0.5})"
+        R"(,{"control":"torch","hasAutomatic":false,"isAutomatic":false,"step":0,"value":0}])");
+    EXPECT_EQ(camera.machine().log,
+              (std::vector<std::string>{"torch 1.00", "focus 0.25", "focus automatic",
+                                        "focus automatic"}));
+}
+
 TEST(ScannerScreen, CloseCallsTheHostsFunctionAndNothingElse) {
     const FakeCamera camera;
     int closed = 0;

@@ -52,6 +52,8 @@ struct FakeMachine {
     // Takes photos in place of the test; empty: requests wait in FakePhotoOutput.
     std::function<void(std::shared_ptr<PhotoCaptureDelegate>)> takePhoto;
 
+    std::vector<CameraControlStatus> controls;  // of the device that runs
+
     std::vector<std::string> log;
 
     void note(std::string operation) { log.push_back(std::move(operation)); }
@@ -188,6 +190,15 @@ public:
         return lost_.value_or(CaptureSession::status());
     }
     void observeStatus(std::function<void()> observer) override { observer_ = std::move(observer); }
+
+    [[nodiscard]] std::vector<CameraControlStatus> controls() const override {
+        return isRunning_ ? machine_->controls : std::vector<CameraControlStatus>{};
+    }
+    void setControl(CameraControl control, std::optional<double> value) override {
+        machine_->note(std::string(keyOf(control)) + " " +
+                       (value ? std::to_string(*value).substr(0, 4) : "automatic"));
+    }
+    void tell() const { observer_(); }
 
     // The device is gone, and may come back by itself.
     void lose() {

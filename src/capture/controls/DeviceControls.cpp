@@ -111,27 +111,30 @@ std::vector<CameraControlStatus> DeviceControls::statuses() {
     return all;
 }
 
-CameraControlStatus DeviceControls::statusOf(const Torch& torch) {
-    const double step = shareOf(1, torch.levels());
-    double value = 0.0;
-    if (torch.mode.value() == V4L2_FLASH_LED_MODE_TORCH) {
-        const auto intensity = torch.places ? torch.intensity->value() : std::nullopt;
-        value = intensity ? shareOf(torch.places->nearest(*intensity) + 1, torch.levels()) : 1.0;
+CameraControlStatus DeviceControls::statusOf(Torch& torch) {
+    if (const auto mode = torch.mode.value()) {
+        const bool isLit = *mode == V4L2_FLASH_LED_MODE_TORCH;
+        const auto intensity = isLit && torch.places ? torch.intensity->value() : std::nullopt;
+        torch.level = !isLit      ? 0
+                      : intensity ? torch.places->nearest(*intensity) + 1
+                                  : torch.levels();
     }
-    return {.control = CameraControl::torch, .value = value, .step = step};
+    return {.control = CameraControl::torch,
+            .value = shareOf(torch.level, torch.levels()),
+            .step = shareOf(1, torch.levels())};
 }
 
 CameraControlStatus DeviceControls::statusOf(Value& value) {
     if (const auto now = value.control.value())
         value.place = value.places.nearest(*now);
-    const auto mode = value.mode ? value.mode->control.value() : std::nullopt;
-    const bool chooses = mode && isAutomatic(*value.mode, *mode);
+    if (const auto mode = value.mode ? value.mode->control.value() : std::nullopt)
+        value.isAutomatic = isAutomatic(*value.mode, *mode);
+    const bool isUnshifted = value.place == value.neutral && (value.isAutomatic || !value.mode);
     return {.control = value.kind,
             .value = shareOf(value.place, value.places.highest()),
             .step = shareOf(1, value.places.highest()),
             .hasAutomatic = value.neutral || value.mode,
-            .isAutomatic = value.neutral ? value.place == *value.neutral && (chooses || !value.mode)
-                                         : chooses};
+            .isAutomatic = value.neutral ? isUnshifted : value.isAutomatic};
 }
 
 void DeviceControls::set(CameraControl control, std::optional<double> value) {

@@ -38,6 +38,7 @@ private:
         ControlPlaces places;
         std::int64_t place;  // the last known one
         std::optional<Mode> mode{};
+        bool isAutomatic = false;  // by the mode, as last known
         // Only of a value that leaves the choice to the camera and shifts it: where it does not.
         std::optional<std::int64_t> neutral{};
     };
@@ -46,6 +47,7 @@ private:
         NodeControl mode;
         std::optional<NodeControl> intensity;
         std::optional<ControlPlaces> places;  // of intensity
+        std::int64_t level = 0;               // the last known one; 0: off
 
         [[nodiscard]] std::int64_t levels() const { return places ? places->highest() + 1 : 1; }
     };
@@ -58,7 +60,7 @@ private:
                   bool isShift = false);
     static void setValue(const Value& value, std::optional<double> share);
     static CameraControlStatus statusOf(Value& value);
-    static CameraControlStatus statusOf(const Torch& torch);
+    static CameraControlStatus statusOf(Torch& torch);
     void setTorch(double share) const;
 
     const ControlNodes nodes_;

@@ -153,6 +153,7 @@ private:
     std::array<Wish, 4> wishes_;                      // by CameraControl
     std::shared_ptr<const GStreamerInput> wished_;    // whose they are
     std::unique_ptr<DeviceControls> deviceControls_;  // engine's thread alone
+    bool isLit_ = false;                              // the torch was told so; likewise
 
     // Engine's thread alone.
     std::unique_ptr<LivePipeline> pipeline_;

@@ -67,9 +67,12 @@ bool SessionEngine::fulfilWishes(Lock& lock) {
     for (std::size_t index = 0; index < wishes_.size() && deviceControls_; ++index) {
         if (stopping_ || removed_ || !std::exchange(wishes_.at(index).isDue, false))
             continue;
+        const auto control = static_cast<CameraControl>(index);
         const std::optional<double> value = wishes_.at(index).value;
+        if (control == CameraControl::torch)
+            isLit_ = value > 0.0;
         const DriverCall call(*this, lock);
-        deviceControls_->set(static_cast<CameraControl>(index), value);
+        deviceControls_->set(control, value);
         isTold = true;
     }
     return isTold;
@@ -81,13 +84,12 @@ void SessionEngine::dropControls(Lock& lock) {
     const bool hadSome = !controls_.empty();
     controls_.clear();
     Wish& torch = wishes_.at(static_cast<std::size_t>(CameraControl::torch));
-    const bool isLit = deviceControls_ && torch.value > 0.0;
     torch.value = 0.0;
     for (Wish& wish : wishes_)
         wish.isDue = false;
     if (deviceControls_) {
         const DriverCall call(*this, lock);
-        if (isLit)
+        if (std::exchange(isLit_, false))
             deviceControls_->set(CameraControl::torch, 0.0);
         deviceControls_.reset();
     }
