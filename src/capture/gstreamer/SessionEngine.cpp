@@ -63,6 +63,7 @@ void SessionEngine::start() {
     phase_ = heals_ ? Phase::away : Phase::idle;
     if (!heals_)
         input_.reset();
+    controls_.clear();
     post(lock, CameraState::failed, "its driver does not answer");
 }
 

@@ -40,7 +40,8 @@ bool SessionEngine::tendControls(Lock& lock) try {
         const DriverCall call(*this, lock);
         statuses = deviceControls_->statuses();
     }
-    if (statuses != std::exchange(controls_, statuses))
+    const bool runs = phase_ == Phase::running;  // unless the host has given up meanwhile
+    if (runs && statuses != std::exchange(controls_, statuses))
         tellControls(lock);
     return true;
 } catch (const std::exception&) {
