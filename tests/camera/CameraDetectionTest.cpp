@@ -1,4 +1,7 @@
 #include "tests/camera/CameraHarness.h"
+#include "tests/support/FakeServices.h"
+
+#include "defaults/CameraDetector.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -50,6 +53,49 @@ TEST(CameraFrames, WithoutPixelsUseUpTheInterval) {
         EXPECT_EQ(camera.detector->images.size(), 1u);
         EXPECT_EQ(camera.manager->isDocumentDetected().value(), false);
     }
+}
+
+TEST(CameraFrames, AreLeftToTheNextOneWhileNoneCanBeJudged) {
+    CameraHarness camera;
+    camera.becomeReady();
+    camera.canJudge = false;
+    camera.deliverFrame();
+    EXPECT_THAT(camera.detector->images, IsEmpty());
+    camera.canJudge = true;
+    camera.seconds += 0.03;
+    camera.deliverFrame();
+    EXPECT_EQ(camera.detector->images.size(), 1u) << "it cost no interval";
+}
+
+TEST(CameraDetector, CanJudgeSoManyFramesAtOnceAndNoneBesideAPictureOfTheHost) {
+    const auto queue = std::make_shared<test::ManualQueue>();
+    PlatformServices services = test::noServices();
+    services.queue = queue;
+    int pages = 0;
+    auto detector = defaults::CameraDetector::create(services, 2, [&] { return pages; });
+    int verdicts = 0;
+    const Image frame(test::blankBitmap(12, 8));
+    const auto validate = [&] {
+        detector->validate(frame, [&](const PassportValidationResult&) { ++verdicts; });
+    };
+    pages = 1;
+    EXPECT_FALSE(detector->canJudge()) << "the host's";
+    pages = 0;
+    validate();
+    EXPECT_TRUE(detector->canJudge());
+    validate();
+    EXPECT_FALSE(detector->canJudge());
+    queue->runAll();
+    EXPECT_EQ(verdicts, 2);
+    EXPECT_TRUE(detector->canJudge());
+
+    validate();
+    validate();
+    const auto other = defaults::CameraDetector::create(services, 2, {});
+    EXPECT_TRUE(other->canJudge());
+    EXPECT_FALSE(detector->canJudge());
+    queue->clear();
+    EXPECT_TRUE(detector->canJudge()) << "given up without a verdict";
 }
 
 // A walk through every row of the detection table in docs/camera.md.

@@ -28,6 +28,7 @@ struct CameraHarness {
                      return queues[label] = std::make_shared<ManualQueue>();
                  },
              .now = [this] { return WallTime(std::chrono::duration<double>(seconds)); },
+             .canJudge = [this] { return canJudge; },
              .zones = std::move(zones)});
         watch(manager->isAuthorized(), "isAuthorized");
         watch(manager->isSessionReady(), "isSessionReady");
@@ -88,6 +89,7 @@ struct CameraHarness {
     std::shared_ptr<FakeDetector> detector = std::make_shared<FakeDetector>();
     std::shared_ptr<ManualQueue> mainQueue = std::make_shared<ManualQueue>();
     std::map<std::string, std::shared_ptr<ManualQueue>> queues;
+    bool canJudge = true;
     double seconds = 1'700'000'000.0;  // wall clock
     std::vector<std::string> announcements;
     std::shared_ptr<CameraManager> manager;

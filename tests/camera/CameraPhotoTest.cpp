@@ -58,6 +58,12 @@ TEST(CameraPhotos, EndInOneDelivery) {
     const CapturedPhoto damaged{.fileDataRepresentation = std::vector<std::byte>(100)};
     const Case cases[] = {
         {"no obstacle", nothing, nothing, onePixelPhoto(), {}, "photo"},
+        {"pixels without a file",
+         nothing,
+         nothing,
+         CapturedPhoto{.fileDataRepresentation = {}, .image = Image(test::blankBitmap(1, 1))},
+         {},
+         "photo"},
         {"session not ready", notReady, nothing},
         {"camera lost", lost, nothing},
         {"camera lost after the tap", nothing, lost},

@@ -3,6 +3,7 @@
 #include "capture/gstreamer/CameraPreference.h"
 #include "capture/gstreamer/CapsFormats.h"
 #include "capture/gstreamer/GStreamerLibrary.h"
+#include "capture/gstreamer/StillChoice.h"
 
 #include <gtest/gtest.h>
 
@@ -99,6 +100,35 @@ TEST(FormatChoice, ScalesWithoutDistortion) {
     EXPECT_EQ(scaledInto({4001, 11}, {100, 100}), (PhotoDimensions{100, 2}));
     EXPECT_EQ(liveDimensions({4000, 3000}), (PhotoDimensions{1108, 832}));
     EXPECT_EQ(liveDimensions({300, 200}), (PhotoDimensions{300, 200}));
+}
+
+TEST(StillChoice, TakesTheSharpestOfThreeSettledFrames) {
+    struct ChoiceCase {
+        const char* name;
+        std::vector<StillLook> looks;
+        int chosen;
+        bool isDone;
+    };
+    const ChoiceCase cases[] = {
+        {"one frame", {{0.1, 0.5}}, 0, false},
+        {"exposure never settles", {{0.5, 0.1}, {0.4, 0.3}, {0.3, 0.6}}, 2, false},
+        {"the first is only known to be settled by the next", {{0.9, 0.5}, {0.2, 0.5}}, 1, false},
+        {"focus comes last", {{0.1, 0.1}, {0.1, 0.5}, {0.1, 0.5}, {0.2, 0.5}, {0.4, 0.5}}, 4, true},
+        {"one is shaken", {{0.4, 0.5}, {0.3, 0.5}, {0.4, 0.51}, {0.1, 0.5}}, 2, true},
+        {"a flicker between", {{0.4, 0.5}, {0.4, 0.5}, {0.9, 0.9}, {0.3, 0.9}}, 1, false},
+    };
+    for (const ChoiceCase& row : cases) {
+        StillChoice choice;
+        int number = 0;
+        for (const StillLook& look : row.looks)
+            choice.add({.pixels = JpegStill{.file = {}, .size = {.width = number++, .height = 1}}},
+                       look);
+        EXPECT_EQ(choice.isDone(), row.isDone) << row.name;
+        const auto still = choice.take();
+        ASSERT_TRUE(still) << row.name;
+        EXPECT_EQ(std::get<JpegStill>(still->pixels).size.width, row.chosen) << row.name;
+    }
+    EXPECT_FALSE(StillChoice().take());
 }
 
 TEST(CapsFormats, AreReadFromAnyWayOfStatingThem) {
