@@ -12,12 +12,14 @@
 #include <kestrelid/VisionServices.h>
 #include <kestrelid/ZoneTracker.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kestrelid {
 
@@ -75,9 +77,10 @@ public:
     /// however many are under way.
     void capturePhoto();
 
-    /// Goes on with another camera, by its name as cameras() gives it: while the session runs, and
-    /// otherwise at the next set-up. cameraStatus() and currentCamera() tell what comes of it. A
-    /// name that no camera has changes nothing.
+    /// Goes on with another camera, by its name as cameras() gives it; before the first set-up it
+    /// is remembered for that. cameraStatus() and currentCamera() tell what comes of it, and
+    /// isSessionReady a second later if that has changed. A name that no camera has changes
+    /// nothing.
     void switchCamera(const std::string& name);
 
     /// Changes what controls() names; without a value the camera chooses. Anything else is ignored.
@@ -151,7 +154,14 @@ private:
     void publishWithoutSessionLater(CameraState state, std::string cause);         // any thread
     void publishCamera(const CameraStatus& status);                                // main queue
     void publishControls();                                                        // main queue
-    bool addDefaultDevice();                                                       // session queue
+    void publishStartLater();                                                      // session queue
+    void checkReadinessLater(bool tellsAlways);                                    // session queue
+    bool addChosenDevice();                                                        // session queue
+    std::shared_ptr<CaptureDevice> chosenDevice();                                 // session queue
+    void switchTo(const std::string& name);                                        // session queue
+    void followCameras();                                                          // session queue
+    void lookForCameras();                                                         // session queue
+    void publishCurrentLater(std::string name);                                    // session queue
     void addVideoOutput();                                                         // session queue
     void performCapture();                                                         // session queue
     void handleDetectionResult(bool isPassport, float confidence);                 // main queue
@@ -174,8 +184,14 @@ private:
     Published<std::vector<CameraDescription>> cameras_{{}};     // main queue
     Published<std::string> currentCamera_{{}};                  // main queue
     Published<std::vector<CameraControlStatus>> controls_{{}};  // main queue
-    std::string chosenCamera_;                      // session queue; empty: the default one
-    Subscription cameraList_;                       // session queue
+    bool wasSetUp_ = false;                                     // session queue; or it was tried
+    bool hasInput_ = false;                                     // session queue; or had one
+    std::string chosenCamera_;                     // session queue; empty: the default one
+    Subscription cameraList_;                      // session queue
+    std::vector<CameraDescription> knownCameras_;  // session queue
+    // Any thread; whether a look at the cameras waits on the session queue.
+    const std::shared_ptr<std::atomic<bool>> camerasAwaited_ =
+        std::make_shared<std::atomic<bool>>(false);
     std::int64_t consecutiveDetectedCount_ = 0;     // main queue
     std::int64_t consecutiveNotDetectedCount_ = 0;  // main queue
     WallTime lastDetectionTime_;                    // frame queue

@@ -249,7 +249,8 @@ public:
     /// time; it must return at once, and must not release the session.
     virtual void observeStatus(std::function<void()> observer);
 
-    /// Goes on with another device in the place of the present one; waits as startRunning() does.
+    /// Goes on with another device in the place of the present one: lets that go, within a second,
+    /// and then waits as startRunning() does. With the device that it has already nothing happens.
     /// False, with nothing changed, if the session cannot do that, as by default. A device that
     /// then does not open is told by status().
     [[nodiscard]] virtual bool replaceInput(std::shared_ptr<CaptureInput> input);

@@ -1,6 +1,6 @@
 #include <kestrelid/CameraManager.h>
 
-#include "base/Failures.h"
+#include "camera/Submit.h"
 #include "camera/ZoneWatch.h"
 
 #include <kestrelid/ImageFile.h>
@@ -14,6 +14,8 @@
 namespace kestrelid {
 
 namespace {
+
+using camera::submit;
 
 constexpr std::chrono::duration<double> kReadinessCheckDelay{1.0};
 // Two looks of a page that is laid down are enough for a strict answer.
@@ -33,18 +35,6 @@ CameraServices withClock(CameraServices services) {
     if (!services.now)
         services.now = systemTime;
     return services;
-}
-
-// Has the queue run a block, which tells what the host's own callbacks throw in it. False: the
-// queue cannot take it.
-template <typename Block>
-bool submit(DispatchQueue& queue, Block block) noexcept {
-    try {
-        queue.async([block = std::move(block)] { base::runBlock("camera", block); });
-        return true;
-    } catch (...) {
-        return false;
-    }
 }
 
 void countUp(std::int64_t& run) {
@@ -128,7 +118,10 @@ void CameraManager::askForAccess() {
 }
 
 void CameraManager::setupSession() {
-    if (!submit(*sessionQueue_, [self = shared_from_this()] { self->configureSession(); }))
+    if (!submit(*sessionQueue_, [self = shared_from_this()] {
+            self->configureSession();
+            self->followCameras();
+        }))
         publishNotReadyLater();
 }
 
@@ -173,10 +166,11 @@ void CameraManager::followSession() {
 }
 
 void CameraManager::configureSession() try {
+    wasSetUp_ = true;
     followSession();
     session_->beginConfiguration();
     session_->setSessionPreset(SessionPreset::photo);
-    if (!addDefaultDevice()) {
+    if (!addChosenDevice()) {
         session_->commitConfiguration();
         publishNotReadyLater();
         return;
@@ -187,22 +181,33 @@ void CameraManager::configureSession() try {
         addVideoOutput();
     session_->commitConfiguration();
     session_->startRunning();
+    publishStartLater();
+    checkReadinessLater(true);
+} catch (...) {
+    publishNotReadyLater();
+}
+
+void CameraManager::checkReadinessLater(bool tellsAlways) {
+    services_.mainQueue->asyncAfter(kReadinessCheckDelay, [self = shared_from_this(), tellsAlways] {
+        base::runBlock("camera", [&] {
+            const bool isReady = self->session_->isRunning();
+            if (tellsAlways || isReady != self->isSessionReady_.value())
+                self->isSessionReady_.publish(isReady);
+        });
+    });
+}
+
+void CameraManager::publishStartLater() {
     submit(*services_.mainQueue, [self = shared_from_this()] {
         CameraStatus status = self->session_->status();
         if (status.state == CameraState::idle)
             status.state = CameraState::failed;
         self->publishCamera(status);
     });
-    services_.mainQueue->asyncAfter(kReadinessCheckDelay, [self = shared_from_this()] {
-        base::runBlock("camera",
-                       [&] { self->isSessionReady_.publish(self->session_->isRunning()); });
-    });
-} catch (...) {
-    publishNotReadyLater();
 }
 
-bool CameraManager::addDefaultDevice() {
-    const std::shared_ptr<CaptureDevice> device = services_.capture->defaultVideoDevice();
+bool CameraManager::addChosenDevice() {
+    const std::shared_ptr<CaptureDevice> device = chosenDevice();
     if (!device) {
         publishWithoutSessionLater(CameraState::absent, {});
         return false;
@@ -216,6 +221,8 @@ bool CameraManager::addDefaultDevice() {
     if (!input || !session_->canAddInput(*input))
         return false;
     session_->addInput(*input);
+    hasInput_ = true;
+    publishCurrentLater(device->name());
     return true;
 }
 
@@ -308,9 +315,6 @@ void CameraManager::forgetZoneIfSilent(std::uint64_t looks) {
     if (zoneWatch_->looks() == looks && zone_.value().zone)
         base::runBlock("camera", [this] { zoneWatch_->forget(); });
 }
-
-// TODO
-void CameraManager::switchCamera(const std::string& /*name*/) {}
 
 void CameraManager::setControl(CameraControl control, std::optional<double> value) {
     submit(*sessionQueue_, [self = shared_from_this(), control, value] {

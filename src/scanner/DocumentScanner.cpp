@@ -114,6 +114,17 @@ void DocumentScanner::setControl(CameraControl control, std::optional<double> va
         manager_->setControl(control, value);
 }
 
+QString DocumentScanner::currentCamera() const {
+    return manager_ ? QString::fromStdString(manager_->currentCamera().value()) : QString();
+}
+
+void DocumentScanner::switchCamera(const QString& name) {
+    if (manager_)
+        manager_->switchCamera(name.toStdString());
+    else
+        chosenCamera_ = name;
+}
+
 void DocumentScanner::appear() {
     if (!manager_)
         makeManager();
@@ -139,6 +150,9 @@ void DocumentScanner::makeManager() {
             &DocumentScanner::cameraStatusChanged);
     observe(manager_->controls(), &DocumentScanner::controlsObserver_,
             &DocumentScanner::controlsChanged);
+    observeCameras();
+    if (!chosenCamera_.isEmpty())
+        manager_->switchCamera(chosenCamera_.toStdString());
     emit sessionChanged();
 }
 
@@ -157,6 +171,17 @@ void DocumentScanner::observe(const Published<Value>& field,
     }));
     subscriptions_.push_back(
         field.didChange([this, changed](const Value&) { emit(this->*changed)(); }));
+}
+
+void DocumentScanner::observeCameras() {
+    subscriptions_.push_back(
+        manager_->cameras().didChange([this](const auto& cameras) { cameras_.follow(cameras); }));
+    subscriptions_.push_back(manager_->cameras().didChange([this](const auto& cameras) {
+        if (const auto tell = camerasObserver_)
+            tell(cameras);
+    }));
+    subscriptions_.push_back(
+        manager_->currentCamera().didChange([this](const auto&) { emit currentCameraChanged(); }));
 }
 
 void DocumentScanner::follow() {

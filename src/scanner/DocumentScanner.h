@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scanner/CameraListModel.h"
 #include "scanner/CameraPreview.h"
 #include "scanner/ScannerDisplay.h"
 
@@ -36,6 +37,8 @@ class DocumentScanner : public QObject {
     Q_PROPERTY(QString cameraState READ cameraState NOTIFY cameraStatusChanged)  // keyOf()
     Q_PROPERTY(QString cameraCause READ cameraCause NOTIFY cameraStatusChanged)
     Q_PROPERTY(QVariantList controls READ controls NOTIFY controlsChanged)
+    Q_PROPERTY(kestrelid::scanner::CameraListModel* cameras READ cameras CONSTANT)
+    Q_PROPERTY(QString currentCamera READ currentCamera NOTIFY currentCameraChanged)
     QML_ELEMENT
 
 public:
@@ -70,6 +73,12 @@ public:
     Q_INVOKABLE void setControl(const QString& name, const QVariant& value);
     void setControl(CameraControl control, std::optional<double> value);
 
+    [[nodiscard]] CameraListModel* cameras() { return &cameras_; }
+    [[nodiscard]] QString currentCamera() const;
+
+    // Gets the cameras whenever they have changed.
+    void setCamerasObserver(CamerasObserver observer) { camerasObserver_ = std::move(observer); }
+
     // Gets what cameraStatusChanged() announces.
     void setCameraObserver(CameraObserver observer) { cameraObserver_ = std::move(observer); }
 
@@ -81,6 +90,9 @@ public:
 
     // Checks the permission. Makes the manager first if there is none.
     Q_INVOKABLE void appear();
+
+    // Counts at the first appearance, if there was none.
+    Q_INVOKABLE void switchCamera(const QString& name);
 
     // Does nothing while the session is not ready. completion: a function of JavaScript, which gets
     // the photo or null, or a PhotoCompletion; gets this photo and all later ones.
@@ -94,6 +106,7 @@ signals:
     void zoneChanged();
     void cameraStatusChanged();
     void controlsChanged();
+    void currentCameraChanged();
 
 private:
     void makeManager();
@@ -102,6 +115,7 @@ private:
     void observe(const Published<Value>& field,
                  std::function<void(const Value&)> DocumentScanner::*observer,
                  void (DocumentScanner::*changed)());
+    void observeCameras();
     void follow();
 
     QString camera_;
@@ -109,6 +123,9 @@ private:
     ZoneObserver zoneObserver_;
     CameraObserver cameraObserver_;
     ControlsObserver controlsObserver_;
+    CamerasObserver camerasObserver_;
+    CameraListModel cameras_;
+    QString chosenCamera_;  // before there is a manager
     std::shared_ptr<DispatchQueue> mainQueue_;
     std::shared_ptr<CameraManager> manager_;
     std::vector<Subscription> subscriptions_;

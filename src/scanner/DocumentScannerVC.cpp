@@ -12,11 +12,11 @@ namespace kestrelid {
 
 namespace {
 
-// Null while there is none.
-scanner::DocumentScanner* shownScanner(QWidget& hosted) {
-    const auto* screen = qobject_cast<QQuickWidget*>(&hosted);
-    const QQuickItem* root = screen ? screen->rootObject() : nullptr;
-    return root ? root->findChild<scanner::DocumentScanner*>() : nullptr;
+scanner::DocumentScanner* scannerIn(QWidget* hosted) {
+    const auto* widget = qobject_cast<QQuickWidget*>(hosted);
+    return widget && widget->rootObject()
+               ? widget->rootObject()->findChild<scanner::DocumentScanner*>()
+               : nullptr;
 }
 
 }  // namespace
@@ -32,7 +32,7 @@ DocumentScannerVC::DocumentScannerVC(FormBuilderTag) {
 DocumentScannerVC::~DocumentScannerVC() = default;
 
 void DocumentScannerVC::setControl(CameraControl control, std::optional<double> value) {
-    if (auto* shown = hosted_ ? shownScanner(*hosted_) : nullptr)
+    if (auto* shown = scannerIn(hosted_))
         shown->setControl(control, value);
 }
 
@@ -47,9 +47,16 @@ void DocumentScannerVC::showEvent(QShowEvent* event) {
     };
     hosted_ = screens::hostScreen(*this, QStringLiteral("DocumentScannerView"), properties,
                                   safeAreaMargins, camera_);
-    auto* shown = shownScanner(*hosted_);
+    auto* shown = scannerIn(hosted_);
     if (!shown)
         return;
+    if (!chosenCamera_.isEmpty())
+        shown->switchCamera(chosenCamera_);
+    shown->setCamerasObserver(
+        [controller = QPointer(this)](const std::vector<CameraDescription>& cameras) {
+            if (const auto tell = controller ? controller->didChangeCameras : CamerasObserver())
+                tell(cameras);
+        });
     shown->setZoneObserver([controller = QPointer(this)](const LiveZone& zone) {
         // A copy: the callback may replace itself.
         if (const auto tell = controller ? controller->didReadZone : ZoneObserver())
@@ -64,6 +71,13 @@ void DocumentScannerVC::showEvent(QShowEvent* event) {
             if (const auto tell = controller ? controller->didChangeControls : ControlsObserver())
                 tell(controls);
         });
+}
+
+void DocumentScannerVC::switchCamera(const QString& name) {
+    if (auto* shown = scannerIn(hosted_))
+        shown->switchCamera(name);
+    else
+        chosenCamera_ = name;
 }
 
 }  // namespace kestrelid

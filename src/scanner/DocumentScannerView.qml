@@ -28,7 +28,18 @@ ScreenItem {
     // What can be changed of the camera that runs: objects with `control` ("torch", "zoom", "focus",
     // "exposure"), `value` and `step` from 0 to 1, `hasAutomatic`, `isAutomatic`. Empty while none runs.
     property alias controls: scanner.controls
+    // The cameras, best first, as a list model with the roles `name`, `position` ("back", "front",
+    // "external" or "unknown"), `present`, `infrared` and `obstacle`: why it cannot be used, or
+    // empty. Those that were unplugged stay at its end.
+    property alias cameras: scanner.cameras
+    // The name of the one that is shown, or is to be.
+    property alias currentCamera: scanner.currentCamera
     property real textScale: 1
+
+    // Goes on with the camera of that name. A name that no camera has changes nothing.
+    function switchCamera(name: string) {
+        scanner.switchCamera(name)
+    }
 
     focus: true
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft

@@ -114,6 +114,26 @@ TEST(DocumentScannerVC, ControlsReachTheHostWhichMayReleaseIt) {
     EXPECT_EQ(log.back(), "session released");
 }
 
+TEST(DocumentScannerVC, TellsOfCamerasAndSwitchesAlsoBeforeItIsShown) {
+    const FakeCamera camera;
+    std::string told;
+    DocumentScannerVC controller([](const auto&) {}, camera.scannerCamera());
+    controller.didChangeCameras = [&](const std::vector<CameraDescription>& cameras) {
+        for (const CameraDescription& one : cameras)
+            told += one.name + (one.isPresent ? ";" : " is gone;");
+    };
+    camera.machine().cameras = {{.name = "Lid", .formats = {}}};
+    controller.switchCamera("Lid");
+    open(controller);
+    camera.makeReady();
+    EXPECT_EQ(camera.count("replaceInput Fake camera"), 0);
+    controller.switchCamera("Fake camera");
+    camera.pass();
+    EXPECT_EQ(camera.count("replaceInput Fake camera"), 1) << "it had the one chosen before";
+    camera.plug({});
+    EXPECT_EQ(told, "Lid;Lid is gone;");
+}
+
 std::unique_ptr<ImagePreviewViewController> previewing(std::string& taps) {
     return std::make_unique<ImagePreviewViewController>(
         "Check the photo", std::nullopt, [&taps] { taps += "retake "; },

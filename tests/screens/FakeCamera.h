@@ -88,6 +88,15 @@ struct FakeCamera {
         mainQueue->runAll();
     }
 
+    // These cameras, as the machine tells of them.
+    void plug(std::vector<CameraDescription> cameras) const {
+        machine().cameras = std::move(cameras);
+        if (machine().camerasChanged)
+            machine().camerasChanged();
+        otherQueues->runAll();
+        mainQueue->runAll();
+    }
+
     // A tenth of a second, after which a tap's photo is asked for.
     void pass(double seconds = 0.11) const {
         mainQueue->advance(seconds);

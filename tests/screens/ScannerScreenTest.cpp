@@ -22,7 +22,8 @@ ShownScreen scanner(const FakeCamera& camera, QVariantMap properties = {}, QSize
 // Described by JavaScript, in the window of another one.
 std::unique_ptr<QQuickItem> scannerOf(ShownScreen& host, const QByteArray& properties) {
     QQmlComponent component(&host.engine());
-    component.setData("import Kestrelid\nDocumentScannerView {" + properties + "}", {});
+    component.setData("import QtQuick\nimport Kestrelid\nDocumentScannerView {" + properties + "}",
+                      {});
     std::unique_ptr<QQuickItem> screen(qobject_cast<QQuickItem*>(component.create()));
     if (!screen)
         throw std::runtime_error(component.errorString().toStdString());
@@ -235,6 +236,55 @@ TEST(ScannerScreen, TellsAndSetsTheCamerasControls) {
     EXPECT_EQ(camera.machine().log,
               (std::vector<std::string>{"torch 1.00", "focus 0.25", "focus automatic",
                                         "focus automatic"}));
+}
+
+TEST(ScannerScreen, ListsTheCamerasAndSwitchesWithoutMakingRowsAnew) {
+    const FakeCamera camera;
+    ShownScreen host = scanner(camera);
+    const auto screen = scannerOf(host, R"(
+        id: view
+        property string told
+        property string rows
+        completion: photo => {}
+        onCurrentCameraChanged: told += "now " + currentCamera + ";"
+        Repeater {
+            model: view.cameras
+            onItemAdded: (index, item) => view.told += "+" + item.name + ";"
+            onItemRemoved: (index, item) => view.told += "-" + item.name + ";"
+            Item {
+                required property int index
+                required property string name
+                required property string position
+                required property bool present
+                required property bool infrared
+                required property string obstacle
+                readonly property string row: [index, name, position, present, infrared, obstacle].join()
+                onRowChanged: view.told += row + ";"
+            }
+        })");
+    const auto told = [&] {
+        const std::string all = screen->property("told").toString().toStdString();
+        screen->setProperty("told", "");
+        return all;
+    };
+    const CameraDescription lid{
+        .name = "Lid", .formats = {}, .position = CameraPosition::back, .obstacle = "too odd"};
+    const CameraDescription desk{.name = "Desk", .formats = {}, .isInfrared = true};
+    camera.makeReady();
+    EXPECT_EQ(told(), "now Fake camera;");
+    camera.plug({lid, desk});
+    EXPECT_EQ(told(), "0,Lid,back,true,false,too odd;+Lid;1,Desk,unknown,true,true,;+Desk;");
+    QMetaObject::invokeMethod(screen.get(), "switchCamera", Q_ARG(QString, "Desk"));
+    camera.pass();
+    camera.mainQueue->runAll();
+    EXPECT_EQ(camera.machine().log.back(), "replaceInput Desk");
+    EXPECT_EQ(told(), "now Desk;");
+    camera.plug({desk});
+    const std::string unplugged = told();
+    EXPECT_EQ(unplugged.find('+'), std::string::npos) << unplugged;
+    EXPECT_EQ(unplugged.find('-'), std::string::npos) << unplugged;
+    EXPECT_NE(unplugged.find("0,Desk,"), std::string::npos) << unplugged;
+    EXPECT_NE(unplugged.find("1,Lid,back,false,"), std::string::npos) << unplugged;
 }
 
 TEST(ScannerScreen, CloseCallsTheHostsFunctionAndNothingElse) {

@@ -46,6 +46,9 @@ struct FakeMachine {
     bool takesPhotoOutput = true;
     bool takesVideoOutput = true;
     bool starts = true;
+    bool replacesInput = true;
+    std::vector<CameraDescription> cameras;  // beside the default one
+    std::function<void()> camerasChanged;    // while somebody observes them
     std::vector<CaptureConnection> connections{{.isEnabled = true}};
     std::vector<std::string> codecs{kPhotoCodecHevc, kPhotoCodecJpeg};
     std::vector<FlashMode> flashModes{FlashMode::off, FlashMode::on};
@@ -60,9 +63,18 @@ struct FakeMachine {
 };
 
 struct FakeDevice final : CaptureDevice {
-    [[nodiscard]] std::string name() const override { return "Fake camera"; }
+    explicit FakeDevice(std::string given) : called(std::move(given)) {}
+    [[nodiscard]] std::string name() const override { return called; }
     [[nodiscard]] Orientation orientation() const override { return Orientation::up; }
     [[nodiscard]] bool isMirrored() const override { return false; }
+
+    const std::string called;
+};
+
+struct FakeInput final : CaptureInput {
+    explicit FakeInput(std::string given) : device(std::move(given)) {}
+
+    const std::string device;
 };
 
 struct FakePixelBuffer final : PixelBuffer {
@@ -182,6 +194,13 @@ public:
         lost_.reset();
     }
     [[nodiscard]] bool isRunning() const override { return isRunning_; }
+    bool replaceInput(std::shared_ptr<CaptureInput> input) override {
+        if (!machine_->replacesInput)
+            return false;
+        machine_->note("replaceInput " + std::dynamic_pointer_cast<FakeInput>(input)->device);
+        isRunning_ = machine_->starts;
+        return true;
+    }
     void addPreviewSurface(std::weak_ptr<PreviewSurface> surface) override {
         surfaces.push_back(std::move(surface));
     }
@@ -236,13 +255,25 @@ public:
     std::shared_ptr<PhotoOutput> makePhotoOutput() override { return make(photoOutput); }
     std::shared_ptr<VideoDataOutput> makeVideoDataOutput() override { return make(videoOutput); }
     std::shared_ptr<CaptureDevice> defaultVideoDevice() override {
-        return machine->hasDevice ? std::make_shared<FakeDevice>() : nullptr;
+        return machine->hasDevice ? std::make_shared<FakeDevice>("Fake camera") : nullptr;
+    }
+    std::shared_ptr<CaptureDevice> videoDevice(const std::string& name) override {
+        for (const CameraDescription& camera : machine->cameras) {
+            if (camera.name == name)
+                return std::make_shared<FakeDevice>(name);
+        }
+        return CapturePlatform::videoDevice(name);
+    }
+    std::vector<CameraDescription> cameras() override { return machine->cameras; }
+    std::shared_ptr<const void> observeCameras(std::function<void()> observer) override {
+        machine->camerasChanged = std::move(observer);
+        return {machine.get(), [kept = machine](const void*) { kept->camerasChanged = nullptr; }};
     }
     std::variant<std::shared_ptr<CaptureInput>, CaptureError>
-    makeInput(std::shared_ptr<CaptureDevice>) override {
+    makeInput(std::shared_ptr<CaptureDevice> device) override {
         if (!machine->deviceOpens)
             return CaptureError{"in use by another program"};
-        return std::make_shared<CaptureInput>();
+        return std::make_shared<FakeInput>(device->name());
     }
 
     const std::shared_ptr<FakeMachine> machine = std::make_shared<FakeMachine>();

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <QMarginsF>
+#include <QString>
 #include <QWidget>
 
 namespace kestrelid {
@@ -45,6 +46,14 @@ public:
     /// ignored, as is any call before the first showing.
     void setControl(CameraControl control, std::optional<double> value);
 
+    /// Looked up whenever a camera comes or goes, from the first showing on; it may release the
+    /// screen.
+    CamerasObserver didChangeCameras;
+
+    /// Goes on with the camera of that name, as CameraDescription has it; before the first showing
+    /// it is remembered for that. A name that no camera has changes nothing.
+    void switchCamera(const QString& name);
+
 protected:
     void showEvent(QShowEvent* event) override;
 
@@ -52,6 +61,7 @@ private:
     PhotoCompletion completion_;
     ScannerCamera camera_;
     QWidget* hosted_ = nullptr;
+    QString chosenCamera_;  // before it is shown
 };
 
 }  // namespace kestrelid

@@ -2,6 +2,7 @@
 
 #include <kestrelid/CameraControls.h>
 #include <kestrelid/CameraManager.h>
+#include <kestrelid/CameraOptions.h>
 #include <kestrelid/CameraStatus.h>
 #include <kestrelid/DefaultCamera.h>
 #include <kestrelid/DispatchQueue.h>
@@ -35,6 +36,9 @@ using CameraObserver = std::function<void(const CameraStatus& status)>;
 /// Gets what can be changed of the camera that runs, whenever that changes; nothing while none
 /// does.
 using ControlsObserver = std::function<void(const std::vector<CameraControlStatus>& controls)>;
+/// Gets the cameras, best first, whenever they have changed; those that were unplugged stay at the
+/// end.
+using CamerasObserver = std::function<void(const std::vector<CameraDescription>& cameras)>;
 
 /// With what scanning screens work. Main thread.
 struct ScannerCamera {

@@ -40,6 +40,9 @@ public:
     // Path of the device node that has its controls; empty: none is known.
     [[nodiscard]] virtual std::string controlNode() const { return {}; }
 
+    // Whether it stands for the same plugged-in device or file.
+    [[nodiscard]] virtual bool isSameAs(const CameraSource& other) const { return this == &other; }
+
     // A file starts again at its end and is not unplugged; a device's filter changes its format.
     [[nodiscard]] virtual bool isFile() const = 0;
 

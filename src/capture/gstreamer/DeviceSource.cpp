@@ -89,6 +89,11 @@ std::string DeviceSource::controlNode() const {
     return nodeOf(device_);
 }
 
+bool DeviceSource::isSameAs(const CameraSource& other) const {
+    const auto* device = dynamic_cast<const DeviceSource*>(&other);
+    return device && device->device_ == device_;
+}
+
 bool DeviceSource::stoodBeside(const DeviceSource& other) const {
     return std::any_of(beside_->begin(), beside_->end(),
                        [&](const DeviceHandle& device) { return device.get() == other.device_; });

@@ -23,6 +23,7 @@ public:
                  std::shared_ptr<const Devices> beside, std::vector<VideoFormat> formats);
 
     const std::vector<VideoFormat>& formats() const override { return formats_; }
+    bool isSameAs(const CameraSource& other) const override;
     bool isFile() const override { return false; }
     Assembled assemble(const VideoFormat& format) const override;
     std::shared_ptr<const void> watchRemoval(std::function<void()> removed) const override;

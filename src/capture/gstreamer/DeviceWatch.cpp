@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
 #include <future>
 #include <optional>
 #include <poll.h>
@@ -11,14 +12,27 @@
 
 namespace kestrelid::capture {
 
-struct DeviceWatch::Removals {
-    struct Watched {
-        GstDevice* device;  // held by the watcher
-        std::function<void()> removed;
+struct DeviceWatch::Watchers {
+    struct Watcher {
+        GstDevice* device;  // whose removal it is told, and held by it; null: of all, and all
+        std::function<void()> tell;
     };
 
+    // Without memory for it nobody is told.
+    void tell(GstDevice* gone) noexcept try {
+        std::vector<std::shared_ptr<const Watcher>> concerned;
+        {
+            const std::lock_guard lock(mutex);
+            std::copy_if(all.begin(), all.end(), std::back_inserter(concerned),
+                         [gone](const auto& one) { return !one->device || one->device == gone; });
+        }
+        for (const auto& one : concerned)
+            one->tell();
+    } catch (const std::exception&) {
+    }
+
     std::mutex mutex;
-    std::vector<std::shared_ptr<const Watched>> watched;
+    std::vector<std::shared_ptr<const Watcher>> all;
 };
 
 namespace {
@@ -43,18 +57,20 @@ std::shared_future<void> startForGood(GstDeviceProvider* provider) {
     }
 }
 
-bool hasStarted(const std::shared_future<void>& future) {
-    constexpr std::chrono::seconds kPatience{2};
-    return future.valid() && future.wait_for(kPatience) == std::future_status::ready;
+constexpr std::chrono::seconds kPatience{2};
+
+bool hasStarted(const std::shared_future<void>& future, std::chrono::seconds patience = kPatience) {
+    return future.valid() && future.wait_for(patience) == std::future_status::ready;
 }
 
 // The provider that the whole program shares counts its starts: one more than there are stops.
-// False where PipeWire hangs.
+// False where PipeWire hangs, which is waited for once. One call at a time.
 bool keepPipeWire() {
+    static auto patience = kPatience;
     static GstDeviceProvider* shared = gst_device_provider_factory_get_by_name(kPipeWire);
     static const std::shared_future<void> started =
         shared ? startForGood(shared) : std::shared_future<void>();
-    return !shared || hasStarted(started);
+    return !shared || hasStarted(started, std::exchange(patience, std::chrono::seconds(0)));
 }
 
 // Hides PipeWire's provider from monitors that are made meanwhile, as they would wait for it.
@@ -142,16 +158,24 @@ std::shared_ptr<DeviceWatch> DeviceWatch::make(base::OwnedDescriptor remote) {
 DeviceWatch::DeviceWatch(MonitorHandle monitor, ProviderHandle provider,
                          base::OwnedDescriptor remote)
     : remote_(std::move(remote)), monitor_(std::move(monitor)), provider_(std::move(provider)),
-      removals_(std::make_shared<Removals>()) {
+      watchers_(std::make_shared<Watchers>()) {
     gst_bus_set_sync_handler(
-        bus().get(), &DeviceWatch::noticed, new std::shared_ptr(removals_),
-        [](gpointer removals) { delete static_cast<std::shared_ptr<Removals>*>(removals); });
+        bus().get(), &DeviceWatch::noticed, new std::shared_ptr(watchers_),
+        [](gpointer watchers) { delete static_cast<std::shared_ptr<Watchers>*>(watchers); });
 }
 
 DeviceWatch::~DeviceWatch() {
-    if (monitor_)
-        gst_device_monitor_stop(monitor_.get());
     gst_bus_set_sync_handler(bus().get(), nullptr, nullptr, nullptr);
+    if (!monitor_)
+        return;
+    // Providers wait for their threads when they stop, and whoever releases this must not.
+    const auto monitor = std::make_shared<MonitorHandle>(std::move(monitor_));
+    const auto stop = [monitor] { gst_device_monitor_stop(monitor->get()); };
+    try {
+        std::thread(stop).detach();
+    } catch (const std::system_error&) {
+        stop();
+    }
 }
 
 BusHandle DeviceWatch::bus() const {
@@ -171,35 +195,38 @@ std::vector<DeviceHandle> DeviceWatch::devices() const {
 
 std::shared_ptr<const void> DeviceWatch::watchRemoval(GstDevice* device,
                                                       std::function<void()> removed) {
-    const auto watched = std::make_shared<const Removals::Watched>(
-        Removals::Watched{.device = device, .removed = std::move(removed)});
-    const std::lock_guard lock(removals_->mutex);
-    removals_->watched.push_back(watched);
-    return {watched.get(), [weak = std::weak_ptr(removals_)](const Removals::Watched* ended) {
-                const auto removals = weak.lock();
-                if (!removals)
+    return watch(device, std::move(removed));
+}
+
+std::shared_ptr<const void> DeviceWatch::watchAll(std::function<void()> changed) {
+    return watch(nullptr, std::move(changed));
+}
+
+std::shared_ptr<const void> DeviceWatch::watch(GstDevice* device, std::function<void()> tell) {
+    const auto watcher = std::make_shared<const Watchers::Watcher>(
+        Watchers::Watcher{.device = device, .tell = std::move(tell)});
+    const std::lock_guard lock(watchers_->mutex);
+    watchers_->all.push_back(watcher);
+    return {watcher.get(), [weak = std::weak_ptr(watchers_)](const Watchers::Watcher* ended) {
+                const auto watchers = weak.lock();
+                if (!watchers)
                     return;
-                const std::lock_guard inDeleter(removals->mutex);
-                std::erase_if(removals->watched,
+                const std::lock_guard inDeleter(watchers->mutex);
+                std::erase_if(watchers->all,
                               [ended](const auto& one) { return one.get() == ended; });
             }};
 }
 
 GstBusSyncReply DeviceWatch::noticed(GstBus* /*bus*/, GstMessage* message, gpointer context) {
-    Removals& removals = **static_cast<std::shared_ptr<Removals>*>(context);
+    Watchers& watchers = **static_cast<std::shared_ptr<Watchers>*>(context);
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_DEVICE_REMOVED) {
         GstDevice* gone = nullptr;
         gst_message_parse_device_removed(message, &gone);
         const DeviceHandle owner(gone);
-        std::vector<std::shared_ptr<const Removals::Watched>> concerned;
-        {
-            const std::lock_guard lock(removals.mutex);
-            std::copy_if(removals.watched.begin(), removals.watched.end(),
-                         std::back_inserter(concerned),
-                         [gone](const auto& one) { return one->device == gone; });
-        }
-        for (const auto& one : concerned)
-            one->removed();
+        watchers.tell(gone);
+    } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_DEVICE_ADDED ||
+               GST_MESSAGE_TYPE(message) == GST_MESSAGE_DEVICE_CHANGED) {
+        watchers.tell(nullptr);
     }
     gst_message_unref(message);
     return GST_BUS_DROP;

@@ -35,22 +35,28 @@ public:
     [[nodiscard]] std::shared_ptr<const void> watchRemoval(GstDevice* device,
                                                            std::function<void()> removed);
 
+    // Calls changed on any thread once a device has come, gone or changed, for as long as the
+    // result lives.
+    [[nodiscard]] std::shared_ptr<const void> watchAll(std::function<void()> changed);
+
 private:
-    struct Removals;
+    struct Watchers;
 
     // One of monitor and provider.
     DeviceWatch(MonitorHandle monitor, ProviderHandle provider, base::OwnedDescriptor remote);
     [[nodiscard]] static std::shared_ptr<DeviceWatch> make(base::OwnedDescriptor remote);
     [[nodiscard]] BusHandle bus() const;
 
-    static GstBusSyncReply noticed(GstBus* bus, GstMessage* message, gpointer removals);
+    std::shared_ptr<const void> watch(GstDevice* device, std::function<void()> tell);
+
+    static GstBusSyncReply noticed(GstBus* bus, GstMessage* message, gpointer watchers);
 
     // PipeWire's plugin knows a connection by the number of its file, which must not be reused
     // while a device lives.
     const base::OwnedDescriptor remote_;
-    const MonitorHandle monitor_;
+    MonitorHandle monitor_;
     const ProviderHandle provider_;
-    const std::shared_ptr<Removals> removals_;
+    const std::shared_ptr<Watchers> watchers_;
     bool isWhole_ = true;
 };
 

@@ -25,8 +25,13 @@ public:
 
     [[nodiscard]] const CameraSource& source() const { return *source_; }
     [[nodiscard]] const Mounting& mounting() const { return mounting_; }
+    // By its name, or although a twin that was unplugged has left it another one.
     [[nodiscard]] bool isSameDevice(const GStreamerInput& other) const {
-        return device_ == other.device_;
+        return device_ == other.device_ || source_->isSameAs(*other.source_);
+    }
+    // Also not its twin, nor the device that was plugged in again.
+    [[nodiscard]] bool isVerySameDevice(const GStreamerInput& other) const {
+        return source_->isFile() ? device_ == other.device_ : source_->isSameAs(*other.source_);
     }
 
     // As its device is announced now; null while it is not.

@@ -1,20 +1,22 @@
 #include "capture/gstreamer/GStreamerSession.h"
 
 #include <chrono>
+#include <exception>
 #include <utility>
 
 namespace kestrelid::capture {
 
 GStreamerSession::GStreamerSession(const Patience& patience, OpenControlNodes openControls)
-    : delivery_(std::make_shared<FrameDelivery>()),
-      engine_(std::make_shared<SessionEngine>(delivery_, patience, std::move(openControls))) {}
+    : patience_(patience), openControls_(std::move(openControls)),
+      delivery_(std::make_shared<FrameDelivery>()), board_(std::make_shared<StatusBoard>()),
+      engine_(std::make_shared<SessionEngine>(delivery_, board_, patience_, openControls_)) {}
 
 GStreamerSession::~GStreamerSession() {
     // Most devices are let go in time for the host to use them at once.
     constexpr std::chrono::milliseconds kPatience{15};
     const auto limit = SessionEngine::Clock::now() + kPatience;
     engine_->requestStop();
-    engine_->board().close(limit);
+    board_->close(limit);
     // A surface that releases the session runs on a thread that the engine has to wait for.
     const bool outside = delivery_->close(limit);
     if (photoOutput_)
@@ -77,7 +79,7 @@ void GStreamerSession::apply() {
         engine_->setInput(std::exchange(newInput_, nullptr));
     if (newPhotoOutput_) {
         photoOutput_ = std::exchange(newPhotoOutput_, nullptr);
-        photoOutput_->attach(engine_);
+        photoOutput_->attach(engine_.get());
     }
     if (newVideoOutput_) {
         videoOutput_ = std::exchange(newVideoOutput_, nullptr);
@@ -94,11 +96,36 @@ bool GStreamerSession::isRunning() const {
 }
 
 CameraStatus GStreamerSession::status() const {
-    return engine_->board().status();
+    return board_->status();
 }
 
 void GStreamerSession::observeStatus(std::function<void()> observer) {
-    engine_->board().observe(std::move(observer));
+    board_->observe(std::move(observer));
+}
+
+bool GStreamerSession::replaceInput(std::shared_ptr<CaptureInput> input) try {
+    const auto own = std::dynamic_pointer_cast<GStreamerInput>(input);
+    if (!own || configurations_ > 0)
+        return false;
+    if (engine_->keeps(*own))
+        return true;
+    // Not the present one, whose thread may hang in its driver for as long as that likes.
+    const auto engine =
+        std::make_shared<SessionEngine>(delivery_, board_, patience_, openControls_);
+    const auto former = engine_.replace(engine);
+    former->requestStop();
+    if (photoOutput_) {
+        photoOutput_->detach("another camera was chosen");
+        photoOutput_->attach(engine);
+    }
+    // Some devices allow only one of them to run.
+    former->finish(SessionEngine::Clock::now() + patience_.finish);
+    delivery_->deliverBlank();
+    engine->takeOver(own);
+    engine->start();
+    return true;
+} catch (const std::exception&) {
+    return false;  // no memory for another engine
 }
 
 std::vector<CameraControlStatus> GStreamerSession::controls() const {

@@ -9,10 +9,34 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace kestrelid::capture {
+
+// The engine of the present device. Thread: any.
+class PresentEngine {
+public:
+    explicit PresentEngine(std::shared_ptr<SessionEngine> first) : engine_(std::move(first)) {}
+
+    [[nodiscard]] std::shared_ptr<SessionEngine> get() const {
+        const std::lock_guard lock(mutex_);
+        return engine_;
+    }
+    std::shared_ptr<SessionEngine> operator->() const { return get(); }
+
+    // Gives the former one back.
+    std::shared_ptr<SessionEngine> replace(std::shared_ptr<SessionEngine> next) {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(engine_, std::move(next));
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::shared_ptr<SessionEngine> engine_;
+};
 
 class GStreamerSession final : public CaptureSession {
 public:
@@ -30,6 +54,7 @@ public:
     bool isRunning() const override;
     CameraStatus status() const override;
     void observeStatus(std::function<void()> observer) override;
+    bool replaceInput(std::shared_ptr<CaptureInput> input) override;
     std::vector<CameraControlStatus> controls() const override;
     void setControl(CameraControl control, std::optional<double> value) override;
     void addPreviewSurface(std::weak_ptr<PreviewSurface> surface) override;
@@ -37,8 +62,11 @@ public:
 private:
     void apply();
 
+    const Patience patience_;
+    const OpenControlNodes openControls_;
     const std::shared_ptr<FrameDelivery> delivery_;
-    const std::shared_ptr<SessionEngine> engine_;
+    const std::shared_ptr<StatusBoard> board_;
+    PresentEngine engine_;
     std::shared_ptr<GStreamerPhotoOutput> photoOutput_;
     std::shared_ptr<GStreamerVideoOutput> videoOutput_;
     // The next commitConfiguration() applies these.

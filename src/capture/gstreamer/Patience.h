@@ -9,6 +9,7 @@ struct Patience {
     using Milliseconds = std::chrono::milliseconds;
 
     Milliseconds start{1900};  // the session promises 2 s
+    Milliseconds finish{900};  // for the device that another one replaces to be let go
     Milliseconds frame{1500};  // without a frame a device is lost
     Milliseconds pause{1900};  // and in one call of its driver
     // For the first frame of another format, in place and by a device that starts anew. Both
@@ -23,6 +24,7 @@ struct Patience {
     // For machines that are slow for a known reason, such as a sanitizer.
     [[nodiscard]] constexpr Patience times(int factor) const {
         return {.start = start * factor,
+                .finish = finish * factor,
                 .frame = frame * factor,
                 .pause = pause * factor,
                 .change = change * factor,

@@ -23,9 +23,11 @@ constexpr auto kLongestLook = 500ms;
 
 }  // namespace
 
-SessionEngine::SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience,
+SessionEngine::SessionEngine(std::shared_ptr<FrameDelivery> delivery,
+                             std::shared_ptr<StatusBoard> board, const Patience& patience,
                              OpenControlNodes openControls)
-    : delivery_(std::move(delivery)), patience_(patience), openControls_(std::move(openControls)) {}
+    : delivery_(std::move(delivery)), patience_(patience), board_(std::move(board)),
+      openControls_(std::move(openControls)) {}
 
 std::shared_ptr<const GStreamerInput> SessionEngine::input() const {
     const std::lock_guard lock(mutex_);
@@ -38,6 +40,19 @@ void SessionEngine::setInput(std::shared_ptr<const GStreamerInput> input) {
         return;
     input_ = std::move(input);
     delivery_->setMounting(input_->mounting());
+}
+
+void SessionEngine::takeOver(std::shared_ptr<const GStreamerInput> input) {
+    {
+        const std::lock_guard lock(mutex_);
+        follows_ = true;
+    }
+    setInput(std::move(input));
+}
+
+bool SessionEngine::keeps(const GStreamerInput& input) const {
+    const std::lock_guard lock(mutex_);
+    return phase_ != Phase::idle && input_ && input_->isVerySameDevice(input);
 }
 
 void SessionEngine::setPhotoDesk(std::weak_ptr<PhotoDesk> desk) {
@@ -123,8 +138,10 @@ bool SessionEngine::isLost() const {
 }
 
 void SessionEngine::post(Lock& lock, CameraState state, std::string_view cause) {
+    if (stopping_)
+        return;
     lock.unlock();
-    board_.post(state, cause);
+    board_->post(state, cause);
     lock.lock();
 }
 
@@ -156,7 +173,7 @@ void SessionEngine::step(Lock& lock) {
     else if (phase_ == Phase::away)
         seek(lock);
     else
-        changed_.wait(lock);
+        rest(lock);
 }
 
 void SessionEngine::begin(Lock& lock) {
@@ -294,10 +311,17 @@ void SessionEngine::frameArrived() {
 }
 
 bool SessionEngine::wantsFrames() {
-    return delivery_->hasConsumers();
+    return !isStopping() && delivery_->hasConsumers();
+}
+
+bool SessionEngine::isStopping() const {
+    const std::lock_guard lock(mutex_);
+    return stopping_;
 }
 
 void SessionEngine::showFrame(SampleHandle frame) {
+    if (isStopping())
+        return;
     try {
         delivery_->deliver(std::move(frame));
     } catch (const std::exception&) {
@@ -322,7 +346,7 @@ void SessionEngine::frameDamaged(const std::string& cause, Clock::duration lasts
     if (isHopeless)
         pipelineFailed({.isBusy = false, .cause = cause});
     else
-        board_.post(CameraState::live, cause);
+        board_->post(CameraState::live, cause);
 }
 
 void SessionEngine::pipelineFailed(PipelineFailure failure) {

@@ -20,32 +20,36 @@
 
 namespace kestrelid::capture {
 
-// Runs the pipelines of one session on a thread of its own, so that nobody else waits for a driver
-// longer than the interface says. A device that was lost after it has worked is opened again as
-// soon as that is possible. Thread: any, unless another is named.
+// Runs the pipelines of one device of a session on a thread of its own, so that nobody else waits
+// for a driver longer than the interface says; another device gets another engine. A device that
+// was lost after it has worked is opened again as soon as that is possible. Thread: any, unless
+// another is named.
 class SessionEngine final : public PipelineListener,
                             public std::enable_shared_from_this<SessionEngine> {
 public:
     using Clock = std::chrono::steady_clock;
 
-    SessionEngine(std::shared_ptr<FrameDelivery> delivery, const Patience& patience,
-                  OpenControlNodes openControls);
+    SessionEngine(std::shared_ptr<FrameDelivery> delivery, std::shared_ptr<StatusBoard> board,
+                  const Patience& patience, OpenControlNodes openControls);
     ~SessionEngine() override = default;
 
     // Null if there is none, or if its device is lost.
     [[nodiscard]] std::shared_ptr<const GStreamerInput> input() const;
     // One of the device that runs changes nothing.
     void setInput(std::shared_ptr<const GStreamerInput> input);
+    // As setInput(), where a page that another device has shown may still be in view.
+    void takeOver(std::shared_ptr<const GStreamerInput> input);
+    // Whether it runs that very device or waits for it.
+    [[nodiscard]] bool keeps(const GStreamerInput& input) const;
     void setPhotoDesk(std::weak_ptr<PhotoDesk> desk);
 
     void start();  // waits
     [[nodiscard]] bool isRunning() const;
     [[nodiscard]] bool photoWanted();  // false if none can be taken
-    [[nodiscard]] StatusBoard& board() { return board_; }
     [[nodiscard]] std::vector<CameraControlStatus> controls() const;
     void setControl(CameraControl control, std::optional<double> value);
 
-    void requestStop();
+    void requestStop();  // from now on it shows and tells nothing
     // After requestStop(). Waits for the device to be let go, but not beyond limit; it is let go
     // later then. Not from a call of the engine.
     void finish(Clock::time_point limit);
@@ -75,6 +79,8 @@ private:
     void countSilence();
     void lose(Lock& lock);
     void seek(Lock& lock);
+    void rest(Lock& lock);
+    bool blank(Lock& lock);
     void openAgain(Lock& lock);
     void playAgain(Lock& lock);
     bool open(Lock& lock, const VideoFormat& format, bool forStill, Clock::time_point limit);
@@ -94,6 +100,7 @@ private:
     void dropControls(Lock& lock);
     void tellControls(Lock& lock);
 
+    [[nodiscard]] bool isStopping() const;
     [[nodiscard]] bool isLost() const;
     [[nodiscard]] bool isInterrupted() const {
         return stopping_ || removed_ || failed_ || input_ != active_;
@@ -107,7 +114,7 @@ private:
 
     const std::shared_ptr<FrameDelivery> delivery_;
     const Patience patience_;
-    StatusBoard board_;
+    const std::shared_ptr<StatusBoard> board_;
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
     Phase phase_ = Phase::idle;
@@ -116,6 +123,7 @@ private:
     bool photoWanted_ = false;
     bool switching_ = false;  // a pipeline's failure is then no loss
     bool heals_ = false;      // a device has worked
+    bool follows_ = false;    // after another engine, whose device has worked
     std::shared_ptr<const GStreamerInput> input_;
     std::shared_ptr<const GStreamerInput> active_;  // what the pipeline was made from
     std::weak_ptr<PhotoDesk> desk_;

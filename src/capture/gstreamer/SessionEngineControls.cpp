@@ -101,7 +101,7 @@ void SessionEngine::dropControls(Lock& lock) {
 void SessionEngine::tellControls(Lock& lock) {
     lock.unlock();
     try {
-        board_.tell();
+        board_->tell();
     } catch (const std::exception&) {
         // Without memory nobody is told; the next change is.
     }

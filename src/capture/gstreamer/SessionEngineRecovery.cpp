@@ -31,6 +31,8 @@ SessionEngine::Loss SessionEngine::whyLost() const {
 
 // Needs no memory.
 void SessionEngine::lose(Lock& lock) {
+    if (stopping_)
+        return;
     const Loss loss = whyLost();
     const bool isCurrent = input_ == active_;  // otherwise the host has another one ready
     lostAt_ = nextBlank_ = Clock::now();
@@ -48,11 +50,11 @@ void SessionEngine::lose(Lock& lock) {
     const auto desk = desk_.lock();
     const bool wasLive = heals_;
     lock.unlock();
-    board_.post(loss.isBusy ? CameraState::busy
-                : wasLive   ? CameraState::lost
-                            : CameraState::failed,
-                loss.cause);
-    if (wasLive)
+    board_->post(loss.isBusy ? CameraState::busy
+                 : wasLive   ? CameraState::lost
+                             : CameraState::failed,
+                 loss.cause);
+    if (wasLive || follows_)
         delivery_->deliverBlank();
     if (desk)
         desk->failAll("the camera was lost");
@@ -62,20 +64,33 @@ void SessionEngine::lose(Lock& lock) {
     close(lock);
 }
 
-// Black frames keep the last page from staying on the screen, and from counting as in view.
 void SessionEngine::seek(Lock& lock) {
-    const auto now = Clock::now();
-    if (now >= nextTry_)
+    if (Clock::now() >= nextTry_)
         return openAgain(lock);
-    if (now >= nextBlank_) {
-        nextBlank_ = now + (now - lostAt_ < kBlankedSoon ? Clock::duration(kBlankPause)
-                                                         : Clock::duration(kLaterBlankPause));
-        lock.unlock();
-        delivery_->deliverBlank();
-        lock.lock();
-        return;
-    }
-    changed_.wait_until(lock, std::min(nextTry_, nextBlank_));
+    if (!blank(lock))
+        changed_.wait_until(lock, std::min(nextTry_, nextBlank_));
+}
+
+// Has no device that works.
+void SessionEngine::rest(Lock& lock) {
+    if (!follows_)
+        changed_.wait(lock);
+    else if (!blank(lock))
+        changed_.wait_until(lock, nextBlank_);
+}
+
+// Black frames keep the last page from staying on the screen, and from counting as in view. False
+// where none is due.
+bool SessionEngine::blank(Lock& lock) {
+    const auto now = Clock::now();
+    if (now < nextBlank_)
+        return false;
+    nextBlank_ = now + (now - lostAt_ < kBlankedSoon ? Clock::duration(kBlankPause)
+                                                     : Clock::duration(kLaterBlankPause));
+    lock.unlock();
+    delivery_->deliverBlank();
+    lock.lock();
+    return true;
 }
 
 void SessionEngine::openAgain(Lock& lock) {

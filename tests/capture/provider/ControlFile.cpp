@@ -25,6 +25,10 @@ std::string controlFile() {
 void apply(CameraEntry& camera, const std::string& word, const std::string& rest) {
     if (word == "caps")
         camera.caps.push_back(rest);
+    else if (word == "called")
+        camera.shownName = rest;
+    else if (word == "hang")
+        camera.hangs = true;
     else if (word == "picture")
         camera.picture = rest;
     else if (word == "property")
@@ -51,15 +55,20 @@ GstCaps* CameraEntry::allCaps() const {
 
 std::vector<CameraEntry> readControlFile() {
     std::vector<CameraEntry> cameras;
+    std::size_t described = 0;
     std::ifstream file(controlFile());
     for (std::string line; std::getline(file, line);) {
         const auto space = line.find(' ');
         const std::string word = line.substr(0, space);
         const std::string rest = space == std::string::npos ? "" : line.substr(space + 1);
-        if (word == "device")
-            cameras.emplace_back().name = rest;
-        else if (!cameras.empty())
-            apply(cameras.back(), word, rest);
+        if (word == "device") {
+            const auto known = std::find_if(cameras.begin(), cameras.end(),
+                                            [&](const auto& one) { return one.name == rest; });
+            described = static_cast<std::size_t>(known - cameras.begin());
+            if (known == cameras.end())
+                cameras.push_back({.name = rest, .shownName = rest});
+        } else if (!cameras.empty())
+            apply(cameras[described], word, rest);
     }
     for (auto& camera : cameras) {
         if (camera.caps.empty())

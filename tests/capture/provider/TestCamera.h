@@ -12,13 +12,15 @@ namespace kestrelid::testcamera {
 // One camera of the control file; README.md has the language.
 struct CameraEntry {
     std::string name;
-    std::vector<std::string> caps;
-    std::vector<std::pair<std::string, std::string>> properties;
-    std::string picture;
-    std::string failure;
-    std::optional<std::uint64_t> stallAfter;  // frames since it was opened
+    std::string shownName;  // that it is announced by
+    std::vector<std::string> caps{};
+    std::vector<std::pair<std::string, std::string>> properties{};
+    std::string picture{};
+    std::string failure{};
+    std::optional<std::uint64_t> stallAfter{};  // frames since it was opened
     bool isUnplugged = false;
     bool tellsUnplugging = false;  // by an error message
+    bool hangs = false;
 
     [[nodiscard]] GstCaps* allCaps() const;
 };

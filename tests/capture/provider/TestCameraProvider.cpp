@@ -13,6 +13,8 @@
 namespace kestrelid::testcamera {
 namespace {
 
+constexpr const char* kNameProperty = "test.name";
+
 using Device = GstDevice;
 using DeviceClass = GstDeviceClass;
 
@@ -20,9 +22,9 @@ G_DEFINE_TYPE(Device, kestrel_test_camera_device, GST_TYPE_DEVICE)
 
 GstElement* createElement(GstDevice* device, const gchar* name) {
     GstElement* element = gst_element_factory_make(kSourceName, name);
-    gchar* camera = gst_device_get_display_name(device);
-    g_object_set(element, "device", camera, nullptr);
-    g_free(camera);
+    GstStructure* properties = gst_device_get_properties(device);
+    g_object_set(element, "device", gst_structure_get_string(properties, kNameProperty), nullptr);
+    gst_structure_free(properties);
     return element;
 }
 
@@ -34,12 +36,13 @@ void kestrel_test_camera_device_class_init(DeviceClass* type) {
 
 GstDevice* makeDevice(const CameraEntry& camera) {
     GstCaps* caps = camera.allCaps();
-    GstStructure* properties = gst_structure_new_empty("properties");
+    GstStructure* properties =
+        gst_structure_new("properties", kNameProperty, G_TYPE_STRING, camera.name.c_str(), nullptr);
     for (const auto& [name, value] : camera.properties)
         gst_structure_set(properties, name.c_str(), G_TYPE_STRING, value.c_str(), nullptr);
     auto* device = g_object_new(kestrel_test_camera_device_get_type(), "display-name",
-                                camera.name.c_str(), "caps", caps, "device-class", "Video/Source",
-                                "properties", properties, nullptr);
+                                camera.shownName.c_str(), "caps", caps, "device-class",
+                                "Video/Source", "properties", properties, nullptr);
     gst_structure_free(properties);
     gst_caps_unref(caps);
     return GST_DEVICE(device);

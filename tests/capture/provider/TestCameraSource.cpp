@@ -118,6 +118,9 @@ bool open(GstElement* self) {
 
 // The device is open from READY on, as with v4l2src.
 GstStateChangeReturn changeState(GstElement* element, GstStateChange change) {
+    for (auto entry = cameraOf(element).entry(); entry && entry->hangs;
+         entry = cameraOf(element).entry())
+        g_usleep(5000);
     if (change == GST_STATE_CHANGE_NULL_TO_READY && !open(element))
         return GST_STATE_CHANGE_FAILURE;
     const auto result =
