@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 
 namespace kestrelid::capture {
@@ -181,6 +182,19 @@ TEST(Device, ThatFailsToOpenOrStartIsNotRunningAndCanBeTriedAgain) {
         EXPECT_EQ(rig.start(), "");
         EXPECT_TRUE(rig.session->isRunning());
     }
+}
+
+// As this program's own former session is, for up to a second after it was released.
+TEST(Device, ThatIsJustBeingGivenBackIsWaitedFor) {
+    test::TestCamera camera;
+    camera.set("busy");
+    CaptureRig rig({});
+    const std::jthread other([&] {
+        std::this_thread::sleep_for(300ms);
+        camera.unset("busy");
+    });
+    EXPECT_EQ(rig.start(), "");
+    EXPECT_TRUE(rig.session->isRunning());
 }
 
 TEST(Device, PhotosUnderWayAreAnsweredInOrderWhenItStallsIsLostOrReleased) {

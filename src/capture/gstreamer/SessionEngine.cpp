@@ -16,6 +16,8 @@ using namespace std::chrono_literals;
 
 constexpr auto kRewindPause = 30ms;  // so that the shortest video does not keep a core busy
 
+constexpr auto kBusyPause = 150ms;  // from a start that finds the camera taken to the next try
+
 // Silence is counted in looks. One that took much longer than planned tells that this process was
 // suspended or frozen meanwhile, and that says nothing of the device.
 constexpr auto kLook = 250ms;
@@ -179,7 +181,16 @@ void SessionEngine::step(Lock& lock) {
 void SessionEngine::begin(Lock& lock) {
     const auto limit = Clock::now() + patience_.start;
     post(lock, CameraState::starting);
-    const bool flows = bring(lock, limit);
+    bool flows = false;
+    // Tried again where this program's former session, or another program, may just be giving the
+    // camera back. start() may have given up whenever the lock was free, and then there is no
+    // input.
+    while (phase_ == Phase::starting) {
+        flows = bring(lock, limit);
+        if (flows || !failure_.isBusy || Clock::now() + kBusyPause >= limit ||
+            changed_.wait_for(lock, kBusyPause, [&] { return stopping_ || input_ != active_; }))
+            break;
+    }
     if (phase_ != Phase::starting || input_ != active_)
         return close(lock);  // start() has given up
     if (!flows)

@@ -22,22 +22,58 @@ std::string controlFile() {
     return path ? path : "";
 }
 
+std::pair<std::string, std::string> split(const std::string& line) {
+    const auto space = line.find(' ');
+    return {line.substr(0, space), space == std::string::npos ? "" : line.substr(space + 1)};
+}
+
+std::size_t momentOf(const std::string& name) {
+    const auto moment = name == "open"    ? Moment::open
+                        : name == "first" ? Moment::first
+                                          : Moment::close;
+    return static_cast<std::size_t>(moment);
+}
+
+Damage damageOf(const std::string& name) {
+    return name == "truncated" ? Damage::truncated
+           : name == "stride"  ? Damage::stride
+                               : Damage::empty;
+}
+
 void apply(CameraEntry& camera, const std::string& word, const std::string& rest) {
     if (word == "caps")
         camera.caps.push_back(rest);
     else if (word == "called")
         camera.shownName = rest;
-    else if (word == "hang")
-        camera.hangs = true;
     else if (word == "picture")
         camera.picture = rest;
     else if (word == "property")
-        camera.properties.emplace_back(rest.substr(0, rest.find(' ')),
-                                       rest.substr(std::min(rest.size(), rest.find(' ') + 1)));
+        camera.properties.push_back(split(rest));
     else if (word == "fail")
-        camera.failure = rest;
+        (rest == "open" ? camera.failsToOpen : camera.failsToStart) = true;
+    else if (word == "busy")
+        camera.isBusy = true;
+    else if (word == "exclusive")
+        camera.isExclusive = true;
+    else if (word == "freeze")
+        camera.isFrozen = true;
+    else if (word == "damage")
+        camera.damage = damageOf(rest);
+    else if (word == "hang" && rest.empty())
+        camera.hangsAlways = true;
+    else if (word == "hang")
+        camera.hangs[momentOf(rest)] = true;
+    else if (word == "delay")
+        camera.delays[momentOf(split(rest).first)] =
+            std::chrono::milliseconds(std::stoull(split(rest).second));
+    else if (word == "settle")
+        camera.settle = std::stoull(rest);
+    else if (word == "blurred")
+        camera.blurred = std::stoull(rest);
     else if (word == "stall-after")
         camera.stallAfter = std::stoull(rest);
+    else if (word == "caps-change")
+        camera.capsChange = std::stoull(rest);
     else if (word == "unplugged") {
         camera.isUnplugged = true;
         camera.tellsUnplugging = rest == "error";
@@ -58,12 +94,11 @@ std::vector<CameraEntry> readControlFile() {
     std::size_t described = 0;
     std::ifstream file(controlFile());
     for (std::string line; std::getline(file, line);) {
-        const auto space = line.find(' ');
-        const std::string word = line.substr(0, space);
-        const std::string rest = space == std::string::npos ? "" : line.substr(space + 1);
+        const auto [word, rest] = split(line);
         if (word == "device") {
-            const auto known = std::find_if(cameras.begin(), cameras.end(),
-                                            [&](const auto& one) { return one.name == rest; });
+            const auto known =
+                std::find_if(cameras.begin(), cameras.end(),
+                             [&name = rest](const auto& one) { return one.name == name; });
             described = static_cast<std::size_t>(known - cameras.begin());
             if (known == cameras.end())
                 cameras.push_back({.name = rest, .shownName = rest});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <gst/gst.h>
 #include <optional>
@@ -9,6 +10,12 @@
 
 namespace kestrelid::testcamera {
 
+// Where a driver may take its time.
+enum class Moment : std::uint8_t { open, first, close };
+
+// What is wrong with the bytes of frames.
+enum class Damage : std::uint8_t { none, truncated, stride, empty };
+
 // One camera of the control file; README.md has the language.
 struct CameraEntry {
     std::string name;
@@ -16,11 +23,21 @@ struct CameraEntry {
     std::vector<std::string> caps{};
     std::vector<std::pair<std::string, std::string>> properties{};
     std::string picture{};
-    std::string failure{};
+    bool failsToOpen = false;
+    bool failsToStart = false;
+    bool isBusy = false;
+    bool isExclusive = false;
+    bool isFrozen = false;
     std::optional<std::uint64_t> stallAfter{};  // frames since it was opened
+    std::optional<std::uint64_t> capsChange{};  // frames since it was opened
+    std::uint64_t settle = 0;                   // frames since it was opened or changed its format
+    std::uint64_t blurred = 0;                  // those after them
+    Damage damage = Damage::none;
+    std::chrono::milliseconds delays[3]{};  // by Moment
+    bool hangs[3]{};                        // by Moment
     bool isUnplugged = false;
     bool tellsUnplugging = false;  // by an error message
-    bool hangs = false;
+    bool hangsAlways = false;
 
     [[nodiscard]] GstCaps* allCaps() const;
 };

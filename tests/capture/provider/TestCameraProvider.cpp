@@ -62,7 +62,11 @@ struct Watch {
     }
 
     GstDeviceProvider* provider;
-    std::map<std::string, GstDevice*> devices;  // owned by the provider
+    struct Known {
+        GstDevice* device;  // owned by the provider
+        std::vector<std::string> caps;
+    };
+    std::map<std::string, Known> devices;  // by name
     std::mutex mutex;
     std::condition_variable_any ended;
     std::jthread thread{[this](const std::stop_token& stop) {
@@ -74,19 +78,21 @@ struct Watch {
 
     void follow() {
         const auto cameras = pluggedCameras();
+        // One whose formats have changed is plugged in anew.
         std::erase_if(devices, [&](const auto& known) {
             const bool isGone =
-                std::none_of(cameras.begin(), cameras.end(),
-                             [&](const auto& camera) { return camera.name == known.first; });
+                std::none_of(cameras.begin(), cameras.end(), [&](const auto& camera) {
+                    return camera.name == known.first && camera.caps == known.second.caps;
+                });
             if (isGone)
-                gst_device_provider_device_remove(provider, known.second);
+                gst_device_provider_device_remove(provider, known.second.device);
             return isGone;
         });
         for (const auto& camera : cameras) {
             if (devices.contains(camera.name))
                 continue;
             GstDevice* device = makeDevice(camera);
-            devices[camera.name] = device;
+            devices[camera.name] = {.device = device, .caps = camera.caps};
             gst_device_provider_device_add(provider, device);
         }
     }
