@@ -2,6 +2,8 @@
 #include "tests/capture/ProcessCounts.h"
 #include "tests/capture/TestCamera.h"
 
+#include "capture/gstreamer/GStreamerLibrary.h"
+
 #include <kestrelid/ImageFile.h>
 
 #include <algorithm>
@@ -149,6 +151,85 @@ TEST(Device, ThatIsLostGivesBlackFramesAndComesBackByItself) {
         EXPECT_EQ(rig.photos(2).at(1).error, "");
         EXPECT_FALSE(camera.count("opened ") > 10) << "pauses grow";
     }
+}
+
+TEST(Device, WhoseFramesAreDamagedIsToldAndNothingOfThemIsShown) {
+    struct DamageCase {
+        const char* caps;
+        const char* damage;
+    };
+    for (const DamageCase& row :
+         {DamageCase{"caps video/x-raw,format=YUY2,width=640,height=480,framerate=30/1\n",
+                     "damage stride"},
+          DamageCase{"caps image/jpeg,width=640,height=480,framerate=30/1\n", "damage truncated"},
+          DamageCase{"caps image/jpeg,width=640,height=480,framerate=30/1\n", "damage empty"}}) {
+        SCOPED_TRACE(std::string(row.caps) + row.damage);
+        test::TestCamera camera(std::string("device Test Camera\n") + row.caps);
+        CaptureRig rig({});
+        ASSERT_EQ(rig.start(), "");
+        ASSERT_TRUE(eventually([&] { return rig.shown->count() > 2; }));
+        camera.set(row.damage);
+        ASSERT_TRUE(eventually([&] { return !rig.session->status().cause.empty(); }));
+        rig.takePhotos(1);
+        EXPECT_NE(rig.photos(1).at(0).error, "");
+        EXPECT_TRUE(eventually([&] { return isBlack(rig.shown->last()); })) << "as any lost one";
+        camera.unset(row.damage);
+        EXPECT_TRUE(eventually([&] {
+            return rig.session->status() == CameraStatus{CameraState::live, {}} &&
+                   !isBlack(rig.shown->last());
+        }));
+    }
+}
+
+TEST(Device, GivesAStillThatHasSettledOrALiveFrameWhereNoStillComes) {
+    const auto photo = [](const CaptureRig& rig, std::size_t number) {
+        const ImageResult decoded = decodeImage(rig.photos(number).at(number - 1).file);
+        const auto* image = std::get_if<Image>(&decoded);
+        return image ? image->bitmap() : std::nullopt;
+    };
+    test::TestCamera camera("device Test Camera\n"
+                            "caps video/x-raw,format=YUY2,width=1280,height=960,framerate=30/1\n"
+                            "caps video/x-raw,format=YUY2,width=1600,height=1200,framerate=30/1\n");
+    Patience patience = Patience().times(5);
+    patience.still = 1s;
+    CaptureRig rig({}, patience);
+    ASSERT_EQ(rig.start(), "");
+    camera.set("settle 2");
+    rig.takePhotos(1);
+    const auto settled = photo(rig, 1);
+    ASSERT_TRUE(settled);
+    EXPECT_EQ(settled->width(), 1600);
+    EXPECT_FALSE(isBlack(*settled));
+    camera.unset("settle 2");
+
+    camera.set("hang first");
+    rig.takePhotos(1);
+    const std::string live = "format video/x-raw, format=(string)YUY2, width=(int)1280";
+    const int changes = camera.count(live);
+    ASSERT_TRUE(eventually([&] { return camera.count(live) > changes; })) << "given up";
+    camera.unset("hang first");
+    const auto frame = photo(rig, 2);
+    ASSERT_TRUE(frame);
+    EXPECT_EQ(frame->width(), 1280);
+    EXPECT_TRUE(rig.session->isRunning());
+}
+
+TEST(Device, WithH264AloneIsDecodedOrNamedAsUnusable) {
+    const test::TestCamera cameras(
+        "device Film\ncaps video/x-h264,stream-format=byte-stream,alignment=au,"
+        "width=640,height=480,framerate=30/1\ndevice Desk\n");
+    CaptureRig rig(cameraNamed("Film"));
+    const bool isUsable = h264Decoder().has_value();
+    const std::vector<CameraDescription> all = rig.platform->cameras();
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(all[isUsable ? 0 : 1].name, "Film");
+    EXPECT_EQ(all[isUsable ? 0 : 1].obstacle.empty(), isUsable);
+    EXPECT_EQ(rig.start(), isUsable ? "" : kNoH264Decoder);
+    if (!isUsable)
+        return;
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() > 2; }));
+    rig.takePhotos(1);
+    EXPECT_EQ(sizeOf(rig.photos(1).at(0).file), (PhotoDimensions{640, 480}));
 }
 
 // Stopped as a debugger, a suspended machine or a container's freezer stops it.

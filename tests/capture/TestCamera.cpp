@@ -22,20 +22,37 @@ struct Environment {
     const TemporaryFolder folder;
     const std::filesystem::path control = folder / "control";
     const std::filesystem::path journal = folder / "control.journal";
+    const std::filesystem::path followed = folder / "control.followed";
 };
 
 const Environment environment;
+
+// A former session that is still ending follows the cameras of before for some milliseconds.
+void waitUntilFollowed(const std::string& generation) {
+    for (int attempt = 0; attempt < 12000; ++attempt) {
+        std::ifstream file(environment.followed);
+        std::string followed;
+        if (!file || !std::getline(file, followed) || followed == generation)
+            return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
 
 }  // namespace
 
 TestCamera::TestCamera(const std::string& description) : lines_{description} {
     std::filesystem::remove(environment.journal);
+    static int generations = 0;
+    const std::string generation = "generation " + std::to_string(++generations);
+    lines_.insert(lines_.begin(), generation);
     write();
+    waitUntilFollowed(generation);
 }
 
 TestCamera::~TestCamera() {
     std::error_code ignored;
     std::filesystem::remove(environment.control, ignored);
+    waitUntilFollowed({});
 }
 
 void TestCamera::set(const std::string& line) {

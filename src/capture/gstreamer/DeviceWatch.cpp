@@ -165,17 +165,9 @@ DeviceWatch::DeviceWatch(MonitorHandle monitor, ProviderHandle provider,
 }
 
 DeviceWatch::~DeviceWatch() {
+    if (monitor_)
+        gst_device_monitor_stop(monitor_.get());
     gst_bus_set_sync_handler(bus().get(), nullptr, nullptr, nullptr);
-    if (!monitor_)
-        return;
-    // Providers wait for their threads when they stop, and whoever releases this must not.
-    const auto monitor = std::make_shared<MonitorHandle>(std::move(monitor_));
-    const auto stop = [monitor] { gst_device_monitor_stop(monitor->get()); };
-    try {
-        std::thread(stop).detach();
-    } catch (const std::system_error&) {
-        stop();
-    }
 }
 
 BusHandle DeviceWatch::bus() const {

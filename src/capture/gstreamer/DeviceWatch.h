@@ -54,7 +54,7 @@ private:
     // PipeWire's plugin knows a connection by the number of its file, which must not be reused
     // while a device lives.
     const base::OwnedDescriptor remote_;
-    MonitorHandle monitor_;
+    const MonitorHandle monitor_;
     const ProviderHandle provider_;
     const std::shared_ptr<Watchers> watchers_;
     bool isWhole_ = true;

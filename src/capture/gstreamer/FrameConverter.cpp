@@ -47,19 +47,21 @@ std::optional<Bitmap> FrameConverter::convert(GstSample* sample, FramePool& pool
     fault_.clear();
     const bool isJpeg = gst_structure_has_name(gst_caps_get_structure(caps, 0), "image/jpeg");
     std::optional<Bitmap> frame = isJpeg ? fromJpeg(buffer, pool) : fromRaw(caps, buffer, pool);
-    if (frame)
-        damagedSince_.reset();
-    if (fault_.empty())
+    const bool isWhole = fault_.empty();
+    if (isWhole && !(frame && damagedSince_))
         return frame;
     const auto now = Clock::now();
     const auto lasts = now - damagedSince_.value_or(now);
-    damagedSince_ = now - lasts;
+    if (isWhole)
+        damagedSince_.reset();
+    else
+        damagedSince_ = now - lasts;
     const Damaged damaged = damaged_;
     const std::string fault = fault_;
     lock.unlock();
     if (damaged)
         damaged(fault, lasts);
-    return std::nullopt;
+    return frame;
 }
 
 std::optional<Bitmap> FrameConverter::fromRaw(const GstCaps* caps, GstBuffer* buffer,

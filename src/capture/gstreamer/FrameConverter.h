@@ -20,7 +20,8 @@ namespace kestrelid::capture {
 // Thread: any.
 class FrameConverter {
 public:
-    // Gets why a sample gave no frame, and for how long no sample has given one. Any thread.
+    // Gets why a sample gave no frame, and for how long no sample has given one; an empty cause
+    // once one gives a frame again. Any thread.
     using Damaged =
         std::function<void(const std::string& cause, std::chrono::steady_clock::duration lasts)>;
 

@@ -137,7 +137,8 @@ void LivePipeline::takeStill(GstPad* pad, GstBuffer* buffer) noexcept try {
     CapsHandle caps;
     {
         const std::lock_guard lock(stillMutex_);
-        if (!armed_ || GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED))
+        if (!armed_ || GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_CORRUPTED) ||
+            gst_buffer_get_size(buffer) == 0)
             return;
         VideoFormat format = *armed_;
         if (tap_)

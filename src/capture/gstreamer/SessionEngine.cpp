@@ -348,10 +348,12 @@ void SessionEngine::stillTaken(Still still) {
 
 // Some cameras garble a frame now and then.
 void SessionEngine::frameDamaged(const std::string& cause, Clock::duration lasts) {
-    const bool isHopeless = lasts >= patience_.frame;
+    const bool isHopeless = !cause.empty() && lasts >= patience_.frame;
     {
         const std::lock_guard lock(mutex_);
-        if (phase_ != Phase::running || (!isHopeless && std::exchange(isDamageTold_, true)))
+        const bool isTold = isDamageTold_;
+        isDamageTold_ |= !cause.empty();
+        if (phase_ != Phase::running || stopping_ || (!isHopeless && !cause.empty() && isTold))
             return;
     }
     if (isHopeless)

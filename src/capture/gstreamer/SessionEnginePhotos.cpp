@@ -46,21 +46,29 @@ std::optional<Still> SessionEngine::takeStill(Lock& lock, const PhotoDimensions&
     return returnToLive(lock) ? nextFrame(lock) : std::nullopt;
 }
 
-// A file may end and begin again meanwhile.
+// The next one that is not damaged. A file may end and begin again meanwhile.
 std::optional<Still> SessionEngine::nextFrame(Lock& lock) {
     const auto limit = Clock::now() + patience_.next;
+    std::optional<Still> whole;
     still_.reset();
-    while (pipeline_ && !still_ && !isInterrupted() && Clock::now() < limit) {
+    while (pipeline_ && !whole && !isInterrupted() && Clock::now() < limit) {
         pipeline_->armStill(current_);
         changed_.wait_until(lock, limit, [&] { return isInterrupted() || still_ || ended_; });
-        if (ended_ && active_->source().isFile())
+        if (auto still = std::exchange(still_, std::nullopt)) {
+            lock.unlock();
+            if (lookOf(*still))
+                whole = std::move(still);
+            lock.lock();
+        } else if (ended_ && active_->source().isFile()) {
             playAgain(lock);
-        else if (ended_)
+        } else if (ended_) {
             break;
+        }
     }
     if (pipeline_)
         pipeline_->disarmStill();
-    return std::exchange(still_, std::nullopt);
+    still_.reset();
+    return whole;
 }
 
 // Changes to the format, if it does not flow yet.

@@ -1,6 +1,7 @@
 #include "tests/capture/provider/TestCamera.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 
@@ -110,6 +111,23 @@ std::vector<CameraEntry> readControlFile() {
             camera.caps.assign(std::begin(kUsualCaps), std::end(kUsualCaps));
     }
     return cameras;
+}
+
+std::string readGeneration() {
+    std::ifstream file(controlFile());
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("generation "))
+            return line;
+    }
+    return {};
+}
+
+void tellFollowed(const std::string& generation) {
+    const std::string told = controlFile() + ".followed";
+    if (generation.empty())
+        std::remove(told.c_str());
+    else
+        std::ofstream(told) << generation << '\n';
 }
 
 std::optional<CameraEntry> findCamera(const std::string& name) {

@@ -44,7 +44,12 @@ struct CameraEntry {
 
 // What the file that KESTRELID_TEST_CAMERA names says; empty where it is missing.
 std::vector<CameraEntry> readControlFile();
+// The line `generation NUMBER` of it; empty where there is none.
+std::string readGeneration();
 std::optional<CameraEntry> findCamera(const std::string& name);
+
+// Says beside the control file up to which generation the devices follow it; empty: they do not.
+void tellFollowed(const std::string& generation);
 
 // Adds a line to the journal beside the control file.
 void writeJournal(const std::string& line);

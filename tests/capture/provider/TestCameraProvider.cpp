@@ -67,6 +67,7 @@ struct Watch {
         std::vector<std::string> caps;
     };
     std::map<std::string, Known> devices;  // by name
+    std::string followed;                  // generation of the control file
     std::mutex mutex;
     std::condition_variable_any ended;
     std::jthread thread{[this](const std::stop_token& stop) {
@@ -76,7 +77,14 @@ struct Watch {
             follow();
     }};
 
+    ~Watch() {
+        thread.request_stop();
+        thread.join();
+        tellFollowed({});
+    }
+
     void follow() {
+        const std::string generation = readGeneration();
         const auto cameras = pluggedCameras();
         // One whose formats have changed is plugged in anew.
         std::erase_if(devices, [&](const auto& known) {
@@ -95,6 +103,8 @@ struct Watch {
             devices[camera.name] = {.device = device, .caps = camera.caps};
             gst_device_provider_device_add(provider, device);
         }
+        if (std::exchange(followed, generation) != generation)
+            tellFollowed(generation);
     }
 };
 
