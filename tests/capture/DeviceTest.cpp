@@ -201,12 +201,14 @@ TEST(Device, GivesAStillThatHasSettledOrALiveFrameWhereNoStillComes) {
     EXPECT_EQ(settled->width(), 1600);
     EXPECT_FALSE(isBlack(*settled));
     camera.unset("settle 2");
+    const std::string live = "format video/x-raw, format=(string)YUY2, width=(int)1280";
+    ASSERT_TRUE(eventually([&] { return camera.count(live) == 2; }));
+    const int before = rig.shown->count();
+    ASSERT_TRUE(eventually([&] { return rig.shown->count() > before + 30; })) << "frames go on";
 
     camera.set("hang first");
     rig.takePhotos(1);
-    const std::string live = "format video/x-raw, format=(string)YUY2, width=(int)1280";
-    const int changes = camera.count(live);
-    ASSERT_TRUE(eventually([&] { return camera.count(live) > changes; })) << "given up";
+    ASSERT_TRUE(eventually([&] { return camera.count(live) > 2; })) << "given up";
     camera.unset("hang first");
     const auto frame = photo(rig, 2);
     ASSERT_TRUE(frame);
