@@ -17,10 +17,9 @@ struct Need {
 
 constexpr std::array kNeeds = {
     Need{"appsink", "frames", "gstreamer1.0-plugins-base"},
-    Need{"videoconvert", "colour conversion", "gstreamer1.0-plugins-base"},
     Need{"uridecodebin", "video files", "gstreamer1.0-plugins-base"},
     Need{"v4l2src", "cameras", "gstreamer1.0-plugins-good"},
-    Need{"jpegdec", "motion JPEG", "gstreamer1.0-plugins-good"},
+    Need{"jpegdec", "motion JPEG files", "gstreamer1.0-plugins-good"},
     Need{"matroskademux", "Matroska and WebM files", "gstreamer1.0-plugins-good"},
     Need{"qtdemux", "MP4 files", "gstreamer1.0-plugins-good"},
     Need{"openh264dec", "H.264 files and cameras", "gstreamer1.0-plugins-bad"},
