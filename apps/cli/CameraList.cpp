@@ -23,7 +23,8 @@ std::string camerasAsText(const std::vector<CameraDescription>& cameras) {
         return whyNoCamera("", cameras) + "\n";
     std::string text;
     for (const CameraDescription& camera : cameras) {
-        text += terminalText(camera.name) + "\n";
+        text += terminalText(camera.name) +
+                (camera.obstacle.empty() ? "" : " (" + camera.obstacle + ")") + "\n";
         for (const CameraFormat& format : camera.formats)
             text += formatLine(format);
     }
@@ -42,12 +43,15 @@ std::string camerasAsJson(const std::vector<CameraDescription>& cameras) {
         list.push_back({{"name", camera.name},
                         {"position", keyOf(camera.position)},
                         {"infrared", camera.isInfrared},
+                        {"obstacle", camera.obstacle},
                         {"formats", std::move(formats)}});
     }
     return jsonLine({{"cameras", std::move(list)}});
 }
 
 std::string whyNoCamera(const std::string& wanted, const std::vector<CameraDescription>& cameras) {
+    if (wanted.empty() && !cameras.empty() && !cameras.front().obstacle.empty())
+        return cameras.front().name + " cannot be used: " + cameras.front().obstacle;
     if (wanted.empty())
         return "no camera found, neither a video device nor one that PipeWire offers; a picture or "
                "video can stand for one: kestrelid watch --camera FILE";

@@ -83,8 +83,10 @@ void CameraChoice::findCameras(std::function<void(const Names&)> then) {
     background_->async(
         [mainQueue = mainQueue_, self = QPointer<CameraChoice>(this), then = std::move(then)] {
             Names names;
-            for (const CameraDescription& camera : cameras())
-                names.append(QString::fromStdString(camera.name));
+            for (const CameraDescription& camera : cameras()) {
+                if (camera.obstacle.empty())
+                    names.append(QString::fromStdString(camera.name));
+            }
             mainQueue->async([self, names, then] {
                 if (self)
                     then(names);
