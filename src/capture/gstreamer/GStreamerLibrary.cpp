@@ -43,7 +43,7 @@ bool startGStreamer() {
 }
 
 std::optional<std::string> h264Decoder() {
-    if (!exists("h264parse"))
+    if (!startGStreamer() || !exists("h264parse"))
         return std::nullopt;
     const CapsHandle caps(gst_caps_new_empty_simple("video/x-h264"));
     GList* decoders =
