@@ -50,13 +50,16 @@ TEST(CameraListTest, NamesFormatsOrSaysThatThereIsNone) {
         {.name = "Front",
          .formats = {{.width = 1920, .height = 1080, .framesPerSecond = 30.0, .encoding = "jpeg"},
                      {.width = 640, .height = 480, .framesPerSecond = 7.5, .encoding = "raw"}}},
-        {.name = "Back", .formats = {}}};
+        {.name = "Back", .formats = {}, .obstacle = "too odd"}};
     EXPECT_EQ(camerasAsText(cameras), "Front\n    1920x1080, 30 frames/s, jpeg\n"
-                                      "    640x480, 7.5 frames/s, raw\nBack\n");
-    EXPECT_EQ(camerasAsJson({cameras[1]}), "{\"cameras\":[{\"name\":\"Back\",\"position\":"
-                                           "\"unknown\",\"infrared\":false,\"formats\":[]}]}\n");
+                                      "    640x480, 7.5 frames/s, raw\nBack (too odd)\n");
+    EXPECT_EQ(camerasAsJson({cameras[1]}),
+              "{\"cameras\":[{\"name\":\"Back\",\"position\":"
+              "\"unknown\",\"infrared\":false,\"obstacle\":\"too odd\","
+              "\"formats\":[]}]}\n");
     EXPECT_EQ(whyNoCamera("Side", cameras),
               "Side: neither a file nor a camera; the cameras are: Front, Back");
+    EXPECT_EQ(whyNoCamera("", {cameras[1]}), "Back cannot be used: too odd");
     for (const std::string& line : {camerasAsText({}), whyNoCamera("", {})})
         EXPECT_NE(line.find("watch --camera FILE"), std::string::npos);
 }

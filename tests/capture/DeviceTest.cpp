@@ -116,7 +116,8 @@ TEST(Device, JpegPhotosAreTheCamerasOwnWithItsOrientation) {
 }
 
 bool isBlack(const Bitmap& frame) {
-    const std::vector<std::byte> black(static_cast<std::size_t>(frame.width()) * 4);
+    const std::vector<std::byte> black(static_cast<std::size_t>(frame.width()) *
+                                       static_cast<std::size_t>(bytesPerPixel(frame.format())));
     for (int y = 0; y < frame.height(); ++y) {
         if (!std::equal(black.begin(), black.end(), frame.row(y)))
             return false;
