@@ -186,8 +186,10 @@ private:
 
     void awaitFrames(bool isShownAgain) {
         screen_.open();
-        // A camera that has never worked is not tried again by itself.
-        const bool isAlone = !isShownAgain && screen_.frames() > 0;
+        // A camera that has never worked is not tried again by itself, nor one whose first frame
+        // came when its start had just been given up.
+        const bool isAlone = !isShownAgain && screen_.frames() > 0 &&
+                             !screen_.status().starts_with(keyOf(CameraState::failed));
         witness_.note(isAlone ? "trouble is over, left to itself" : "trouble is over");
         const Seconds limit = kFramesLimit + (isAlone ? kLongestPause : 0.0);
         if (const auto took = framesWithin(limit, isAlone))
