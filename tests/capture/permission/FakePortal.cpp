@@ -53,9 +53,19 @@ capture::GLibHandle<GVariant> callBus(GDBusConnection* connection, const char* m
     return reply;
 }
 
+// The bus sees a moment later that a former portal has gone.
 void ownName(GDBusConnection* connection, const char* name) {
     constexpr guint32 kDoNotQueue = 4;
-    callBus(connection, "RequestName", g_variant_new("(su)", name, kDoNotQueue));
+    constexpr guint32 kOwner = 1;
+    guint32 result = 0;
+    for (int attempt = 0; result != kOwner && attempt < 6000; ++attempt) {
+        if (attempt > 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        const auto reply =
+            callBus(connection, "RequestName", g_variant_new("(su)", name, kDoNotQueue));
+        g_variant_get(reply.get(), "(u)", &result);
+    }
+    g_assert(result == kOwner);
 }
 
 }  // namespace
