@@ -189,14 +189,17 @@ std::vector<VideoFormat> formatsIn(const GstCaps* caps) {
     return formats;
 }
 
-bool isOf(const GstCaps* caps, const VideoFormat& format) {
-    int width = 0;
-    int height = 0;
+PhotoDimensions sizeIn(const GstCaps* caps) {
+    PhotoDimensions size;
     const GstStructure* structure = caps ? gst_caps_get_structure(caps, 0) : nullptr;
-    return structure && encodingOf(structure) == format.encoding &&
-           gst_structure_get_int(structure, "width", &width) &&
-           gst_structure_get_int(structure, "height", &height) && width == format.width &&
-           height == format.height;
+    const bool isTold = structure && gst_structure_get_int(structure, "width", &size.width) &&
+                        gst_structure_get_int(structure, "height", &size.height);
+    return isTold && size.width > 0 && size.height > 0 ? size : PhotoDimensions{};
+}
+
+bool isOf(const GstCaps* caps, const VideoFormat& format) {
+    const PhotoDimensions wanted{.width = format.width, .height = format.height};
+    return sizeIn(caps) == wanted && encodingOf(gst_caps_get_structure(caps, 0)) == format.encoding;
 }
 
 CapsHandle capsFor(const VideoFormat& format) {

@@ -56,9 +56,12 @@ DeviceSource::DeviceSource(std::shared_ptr<DeviceWatch> watch, GstDevice* device
 CameraSource::Assembled DeviceSource::assemble(const VideoFormat& format) const {
     // Frames are converted only once somebody looks at them: FrameConverter.
     std::string decoding;
-    if (format.encoding == Encoding::h264)
-        decoding = " ! h264parse ! " + h264Decoder().value_or("fakesink") +
-                   " ! capsfilter caps=video/x-raw name=" + kTapName;
+    if (format.encoding == Encoding::h264) {
+        const std::optional<std::string> decoder = h264Decoder();
+        if (!decoder)
+            return tl::unexpected(CaptureError{kNoH264Decoder});
+        decoding = " ! h264parse ! " + *decoder + " ! capsfilter caps=video/x-raw name=" + kTapName;
+    }
     Assembled assembled = parsePipeline(
         std::string("capsfilter name=") + kFilterName + decoding +
         " ! queue leaky=downstream max-size-buffers=1 max-size-bytes=0 max-size-time=0"

@@ -1,5 +1,6 @@
 #include "capture/gstreamer/FrameDelivery.h"
 
+#include "capture/gstreamer/CapsFormats.h"
 #include "capture/gstreamer/FormatChoice.h"
 
 #include <algorithm>
@@ -14,15 +15,6 @@ namespace {
 
 // Of those that surfaces hold: the one they show, the next one, and some for who is slow.
 constexpr int kShownFrames = 8;
-
-PhotoDimensions liveSizeOf(GstSample* sample) {
-    PhotoDimensions size;
-    const GstCaps* caps = gst_sample_get_caps(sample);
-    const GstStructure* structure = caps ? gst_caps_get_structure(caps, 0) : nullptr;
-    const bool isKnown = structure && gst_structure_get_int(structure, "width", &size.width) &&
-                         gst_structure_get_int(structure, "height", &size.height);
-    return isKnown && size.width > 0 && size.height > 0 ? liveDimensions(size) : PhotoDimensions{};
-}
 
 }  // namespace
 
@@ -53,7 +45,7 @@ bool FrameDelivery::hasConsumers() {
 
 void FrameDelivery::deliver(SampleHandle sample) {
     const std::lock_guard lock(delivering_);
-    size_ = liveSizeOf(sample.get());
+    size_ = liveDimensions(sizeIn(gst_sample_get_caps(sample.get())));
     const auto frame = std::make_shared<LiveFrame>(std::move(sample), converter_);
     {
         const std::lock_guard inner(mutex_);
