@@ -7,6 +7,7 @@
 #include <kestrelid/detection/PassportDetector.h>
 #include <kestrelid/DispatchQueue.h>
 #include <kestrelid/Export.h>
+#include <kestrelid/Guidance.h>
 #include <kestrelid/Image.h>
 #include <kestrelid/Published.h>
 #include <kestrelid/VisionServices.h>
@@ -24,8 +25,9 @@
 namespace kestrelid {
 
 namespace camera {
+class PageWatch;
 class ZoneWatch;
-}
+}  // namespace camera
 
 /// Wall-clock time, seconds since 1970.
 using WallTime = std::chrono::time_point<std::chrono::system_clock, std::chrono::duration<double>>;
@@ -48,6 +50,11 @@ struct CameraServices {
     /// when they come, are the same with it.
     std::shared_ptr<ZoneService> zones{};
     ZoneRules zoneRules{};
+
+    /// Finds the page in the frames for page(); null: it is not looked for. The verdicts, and when
+    /// they come, are the same with it.
+    std::shared_ptr<RectangleService> outlines{};
+    GuidanceLimits guidance{};
 };
 
 /// Owns the camera of one scanning screen: permission, session, live detection, photos. The session
@@ -113,6 +120,11 @@ public:
     /// grows, and once the page has left or the camera has given no frame for two seconds.
     [[nodiscard]] const Published<LiveZone>& zone() const noexcept { return zone_; }
 
+    /// What the frames say of the page in view, and what would make a better photo, if the host
+    /// gave CameraServices::outlines. Published up to five times a second, fewer where that would
+    /// take a quarter of a core, and once more when the camera has given no frame for two seconds.
+    [[nodiscard]] const Published<LivePage>& page() const noexcept { return page_; }
+
     /// What the camera is doing, and why: also what the values above do not tell. Published on a
     /// change only.
     [[nodiscard]] const Published<CameraStatus>& cameraStatus() const noexcept {
@@ -168,6 +180,8 @@ private:
     void judge(const Bitmap& frame);                                               // frame queue
     void publishZoneLater(const LiveZone& zone);                                   // any thread
     void forgetZoneIfSilent(std::uint64_t looks);                                  // main queue
+    void publishPageLater(const LivePage& page);                                   // any thread
+    void forgetPageIfSilent(std::uint64_t looks);                                  // main queue
     void deliver(const std::optional<Image>& photo);                               // main queue
     void deliverLater(std::optional<Image> photo);                                 // any thread
 
@@ -198,6 +212,8 @@ private:
     Published<LiveZone> zone_{LiveZone{}};          // main queue
     std::shared_ptr<camera::ZoneWatch> zoneWatch_;  // frame queue; null if none is wanted
     WallTime lastZoneTime_;                         // frame queue
+    Published<LivePage> page_{LivePage{}};          // main queue
+    std::shared_ptr<camera::PageWatch> pageWatch_;  // frame queue; null if none is wanted
     const std::chrono::duration<double> detectionInterval_{0.5};
 };
 

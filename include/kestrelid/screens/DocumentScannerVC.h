@@ -2,6 +2,7 @@
 
 #include <kestrelid/screens/Export.h>
 #include <kestrelid/screens/FormBuilderTag.h>
+#include <kestrelid/screens/ScannerAssistance.h>
 #include <kestrelid/screens/ScannerCamera.h>
 
 #include <optional>
@@ -30,6 +31,13 @@ public:
     /// What of the screen's edges is covered, by a notch or a system bar; counts if it is set
     /// before the first showing. Points.
     QMarginsF safeAreaMargins;
+
+    /// @name Beyond the plain screen; counts if it is set before the first showing
+    /// @{
+    ScannerAssistance assistance;
+    ScannerLayout layout;
+    double textScale = 1.0;  ///< of every text; 1: as designed
+    /// @}
 
     /// Looked up at each change of the zone. Zones are read only if it is set before the first
     /// showing; it may release the screen.

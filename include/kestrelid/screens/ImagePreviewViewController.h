@@ -31,6 +31,8 @@ public:
     QString titleText;
     std::optional<Image> image;
     QMarginsF safeAreaMargins;  ///< points of the screen's edges that a notch or system bar covers
+    double textScale = 1.0;     ///< of every text; 1: as designed
+    bool adaptsToSize = false;  ///< small heights and large screens get a layout of their own
 
     /// Looked up at each tap.
     ScreenAction didTapRetake;
