@@ -98,7 +98,8 @@ void ScreenItem::updateShown() {
     if (isShown == isShown_)
         return;
     isShown_ = isShown;
-    if (isShown)
+    emit shownChanged();
+    if (isShown_)
         emit appeared();
 }
 

@@ -17,6 +17,7 @@ class ScreenItem : public QQuickItem {
     Q_PROPERTY(kestrelid::screens::SafeAreaMargins* safeAreaMargins READ safeAreaMargins CONSTANT)
     Q_PROPERTY(bool isKeyboardInUse READ isKeyboardInUse WRITE setKeyboardInUse NOTIFY
                    keyboardInUseChanged)
+    Q_PROPERTY(bool isShown READ isShown NOTIFY shownChanged)
     QML_ELEMENT
 
 public:
@@ -27,6 +28,9 @@ public:
     // From a Tab to the next touch or press: only then is the focus shown.
     [[nodiscard]] bool isKeyboardInUse() const { return isKeyboardInUse_; }
     void setKeyboardInUse(bool inUse);
+
+    // The screen and its window are visible.
+    [[nodiscard]] bool isShown() const { return isShown_; }
 
     // Calls the host's function if there is one; otherwise pops the nearest stack that holds the
     // screen above something else, closes the nearest popup, or closes the window. May release the
@@ -43,6 +47,7 @@ public:
 signals:
     // The screen and its window have become visible.
     void appeared();
+    void shownChanged();
     void keyboardInUseChanged();
     void escapePressed();
     // Space, Return or Enter while no control has the focus.
