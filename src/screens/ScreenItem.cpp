@@ -4,6 +4,8 @@
 
 #include <kestrelid/screens/ScannerCamera.h>
 
+#include <algorithm>
+#include <cmath>
 #include <QAccessible>
 #include <QJSValue>
 #include <QKeyEvent>
@@ -11,6 +13,24 @@
 #include <QQuickWindow>
 
 namespace kestrelid::screens {
+
+namespace {
+
+// Of the shorter side, in points: what the screens were designed for reaches to the first; there a
+// point of the design is one point. From then on it is a part of the second.
+constexpr qreal kLargeSide = 1200.0;
+constexpr qreal kSideOfUnit = 1080.0;
+constexpr qreal kUnitSteps = 4.0;  // to the unit: lengths stay whole while a window is resized
+
+constexpr qreal kCompactHeight = 500.0;  // units
+
+qreal unitFor(qreal shorterSide) {
+    if (shorterSide <= kLargeSide)
+        return 1.0;
+    return std::max(1.0, std::floor(shorterSide / kSideOfUnit * kUnitSteps) / kUnitSteps);
+}
+
+}  // namespace
 
 ScreenItem::ScreenItem(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemIsFocusScope);
@@ -21,6 +41,29 @@ void ScreenItem::setKeyboardInUse(bool inUse) {
         return;
     isKeyboardInUse_ = inUse;
     emit keyboardInUseChanged();
+}
+
+void ScreenItem::setAdaptsToSize(bool adapts) {
+    if (adaptsToSize_ == adapts)
+        return;
+    adaptsToSize_ = adapts;
+    updateSizeClass();
+    emit sizeClassChanged();
+}
+
+void ScreenItem::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+    QQuickItem::geometryChange(newGeometry, oldGeometry);
+    updateSizeClass();
+}
+
+void ScreenItem::updateSizeClass() {
+    const qreal unit = adaptsToSize_ ? unitFor(std::min(width(), height())) : 1.0;
+    const bool isCompact = adaptsToSize_ && height() < kCompactHeight * unit;
+    if (unit == unit_ && isCompact == isCompact_)
+        return;
+    unit_ = unit;
+    isCompact_ = isCompact;
+    emit sizeClassChanged();
 }
 
 void ScreenItem::dismissBy(const QVariant& hostFunction) {

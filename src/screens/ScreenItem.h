@@ -17,6 +17,12 @@ class ScreenItem : public QQuickItem {
     Q_PROPERTY(kestrelid::screens::SafeAreaMargins* safeAreaMargins READ safeAreaMargins CONSTANT)
     Q_PROPERTY(bool isKeyboardInUse READ isKeyboardInUse WRITE setKeyboardInUse NOTIFY
                    keyboardInUseChanged)
+    // Whether small heights and large screens get a layout of their own.
+    Q_PROPERTY(bool adaptsToSize READ adaptsToSize WRITE setAdaptsToSize NOTIFY sizeClassChanged)
+    // Points to a point of the design; above 1 only where a large screen is adapted to.
+    Q_PROPERTY(qreal unit READ unit NOTIFY sizeClassChanged)
+    // There is too little height for one part above the other.
+    Q_PROPERTY(bool isCompact READ isCompact NOTIFY sizeClassChanged)
     Q_PROPERTY(bool isShown READ isShown NOTIFY shownChanged)
     QML_ELEMENT
 
@@ -29,6 +35,10 @@ public:
     [[nodiscard]] bool isKeyboardInUse() const { return isKeyboardInUse_; }
     void setKeyboardInUse(bool inUse);
 
+    [[nodiscard]] bool adaptsToSize() const { return adaptsToSize_; }
+    void setAdaptsToSize(bool adapts);
+    [[nodiscard]] qreal unit() const { return unit_; }
+    [[nodiscard]] bool isCompact() const { return isCompact_; }
     // The screen and its window are visible.
     [[nodiscard]] bool isShown() const { return isShown_; }
 
@@ -49,6 +59,7 @@ signals:
     void appeared();
     void shownChanged();
     void keyboardInUseChanged();
+    void sizeClassChanged();
     void escapePressed();
     // Space, Return or Enter while no control has the focus.
     void activated();
@@ -56,6 +67,7 @@ signals:
 protected:
     void componentComplete() override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
     void itemChange(ItemChange change, const ItemChangeData& data) override;
     void keyPressEvent(QKeyEvent* event) override;
 
@@ -63,6 +75,7 @@ private:
     void watch(QQuickWindow* window);
     void setWindowShown(bool isShown);
     void updateShown();
+    void updateSizeClass();
 
     SafeAreaMargins safeAreaMargins_;
     QMetaObject::Connection windowVisibility_;
@@ -70,6 +83,9 @@ private:
     bool isWindowShown_ = false;
     bool isShown_ = false;
     bool isKeyboardInUse_ = false;
+    bool adaptsToSize_ = false;
+    bool isCompact_ = false;
+    qreal unit_ = 1.0;
 };
 
 }  // namespace kestrelid::screens
