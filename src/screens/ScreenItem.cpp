@@ -163,6 +163,7 @@ void ScreenItem::updateShown() {
     if (isShown == isShown_)
         return;
     isShown_ = isShown;
+    emit shownChanged();
     if (!isShown)
         return;
     takeFocus();

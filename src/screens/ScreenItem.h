@@ -28,6 +28,7 @@ class ScreenItem : public QQuickItem {
     Q_PROPERTY(qreal unit READ unit NOTIFY sizeClassChanged)
     // There is too little height for one part above the other.
     Q_PROPERTY(bool isCompact READ isCompact NOTIFY sizeClassChanged)
+    Q_PROPERTY(bool isShown READ isShown NOTIFY shownChanged)
     QML_ELEMENT
 
 public:
@@ -43,6 +44,8 @@ public:
     void setAdaptsToSize(bool adapts);
     [[nodiscard]] qreal unit() const { return unit_; }
     [[nodiscard]] bool isCompact() const { return isCompact_; }
+    // The screen and its window are visible.
+    [[nodiscard]] bool isShown() const { return isShown_; }
 
     // Calls the host's function if there is one; otherwise pops the nearest stack that holds the
     // screen above something else, closes the nearest popup, or closes the window. May release the
@@ -61,6 +64,7 @@ signals:
     // hands over what it was told by then.
     void appearing();
     void appeared();
+    void shownChanged();
     void keyboardInUseChanged();
     void sizeClassChanged();
     void escapePressed();
