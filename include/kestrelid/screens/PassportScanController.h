@@ -66,6 +66,9 @@ public:
 protected:
     void showEvent(QShowEvent* event) override;
 
+private Q_SLOTS:
+    void tellPage();
+
 private:
     PassportScanCompletion completion_;
     ScannerCamera camera_;
