@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -22,22 +22,18 @@ constexpr int kCellSide = 8;     // pixels, whatever the size of the picture: wh
                                  // from one pixel to the next
 constexpr int kCellsAlong = 64;  // looked at along the longer side of the page, at most
 
-// A change of grey along a line of a cell.
-struct Edge {
-    int range = 0;  // from the darkest to the brightest place
-    int step = 0;   // of that, the most that lies between two neighbours
-};
-
 // A small square of the picture.
 struct Cell {
-    bool isInside = false;    // of the page; else all below is 0
-    double brightness = 0.0;  // mean grey value, 0..255
+    bool isInside = false;  // of the page; else nothing below holds
+    int brightness = 0;     // sum of the grey values
+    int darkest = 255;      // grey value
+    int brightest = 0;
+    int across = 0;  // the greatest change of grey from one pixel to the next in a row
+    int down = 0;    // and in a column
     // Of each pixel's darkest channel, 0..255: reflected light is white, paper and pictures are
     // tinted.
-    int leastWhite = 0;
+    int leastWhite = 255;
     int mostWhite = 0;
-    Edge across;  // the widest from left to right
-    Edge down;    // the widest from top to bottom
 };
 
 // Cells at equal distances, row by row.
@@ -48,34 +44,23 @@ struct Lattice {
 
 using Square = std::array<std::array<int, kCellSide>, kCellSide>;
 
-// Of the rows of the square, taken by twos: so noise counts less.
-Edge widestEdge(const Square& square) {
-    Edge widest;
+// Along the rows of the square, taken by twos: so noise counts less.
+int greatestChange(const Square& square) {
+    int greatest = 0;
     for (std::size_t row = 0; row < kCellSide; row += 2) {
-        int least = square[row][0] + square[row + 1][0];
-        int most = least;
-        int step = 0;
-        int before = least;
-        for (std::size_t column = 1; column < kCellSide; ++column) {
-            const int value = square[row][column] + square[row + 1][column];
-            least = std::min(least, value);
-            most = std::max(most, value);
-            step = std::max(step, std::abs(value - before));
-            before = value;
-        }
-        if (most - least > widest.range)
-            widest = {.range = most - least, .step = step};
+        for (std::size_t column = 1; column < kCellSide; ++column)
+            greatest =
+                std::max(greatest, std::abs(square[row][column] + square[row + 1][column] -
+                                            square[row][column - 1] - square[row + 1][column - 1]));
     }
-    return widest;
+    return greatest / 2;
 }
 
 Cell cellAt(const Bitmap& bitmap, int left, int top) {
     Cell cell;
     cell.isInside = true;
-    cell.leastWhite = 255;
     Square rows;
     Square columns;
-    int sum = 0;
     const std::ptrdiff_t pixelBytes = bytesPerPixel(bitmap.format());
     for (std::size_t y = 0; y < kCellSide; ++y) {
         const std::byte* pixel = bitmap.row(top + static_cast<int>(y)) + left * pixelBytes;
@@ -84,14 +69,15 @@ Cell cellAt(const Bitmap& bitmap, int left, int top) {
             const int grey = channels.grey();
             const int white = channels.darkest();
             rows[y][x] = columns[x][y] = grey;
-            sum += grey;
+            cell.brightness += grey;
+            cell.darkest = std::min(cell.darkest, grey);
+            cell.brightest = std::max(cell.brightest, grey);
             cell.leastWhite = std::min(cell.leastWhite, white);
             cell.mostWhite = std::max(cell.mostWhite, white);
         }
     }
-    cell.brightness = static_cast<double>(sum) / (kCellSide * kCellSide);
-    cell.across = widestEdge(rows);
-    cell.down = widestEdge(columns);
+    cell.across = greatestChange(rows);
+    cell.down = greatestChange(columns);
     return cell;
 }
 
@@ -147,54 +133,48 @@ Lattice latticeIn(const Bitmap& bitmap, const Corners& corners) {
     return lattice;
 }
 
-// The value below which that share of the values lies. values: not empty.
+// The value of the cells inside below which that share of them lies. There is one at least.
 template <typename Value>
-Value quantile(std::vector<Value>& values, double share) {
-    const auto at = values.begin() +
-                    static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1));
-    std::nth_element(values.begin(), at, values.end());
-    return *at;
+int quantile(const Lattice& lattice, double share, Value value) {
+    std::array<int, 256> histogram{};
+    int count = 0;
+    for (const Cell& cell : lattice.cells) {
+        if (!cell.isInside)
+            continue;
+        ++histogram[static_cast<std::size_t>(std::invoke(value, cell))];
+        ++count;
+    }
+    std::size_t at = 0;
+    for (int below = histogram[0]; at < 255 && below <= share * (count - 1);)
+        below += histogram[++at];
+    return static_cast<int>(at);
 }
 
-// 0..1. What the sharper ones of the edges in one direction take in one step; nothing where no edge
-// stands out.
-std::optional<double> sharpnessAlong(const std::vector<Cell>& cells, Edge Cell::*direction) {
-    constexpr int kLeastRange = 2 * 24;  // edges hold sums of two grey values
-    std::vector<int> ranges;
-    for (const Cell& cell : cells) {
-        if (cell.isInside)
-            ranges.push_back((cell.*direction).range);
-    }
-    // Beside the print there are paler things, a pattern or noise: they tell nothing.
-    const int strong = std::max(kLeastRange, quantile(ranges, 0.95) / 2);
-    std::vector<double> shares;
-    for (const Cell& cell : cells) {
-        const Edge& edge = cell.*direction;
-        if (cell.isInside && edge.range >= strong)
-            shares.push_back(static_cast<double>(edge.step) / edge.range);
-    }
-    if (shares.empty())
-        return std::nullopt;
-    return quantile(shares, 0.8);
-}
-
-// In the direction that is less sharp: a hand that moves blurs one direction alone.
-double sharpnessOf(const std::vector<Cell>& cells) {
-    const std::optional<double> across = sharpnessAlong(cells, &Cell::across);
-    const std::optional<double> down = sharpnessAlong(cells, &Cell::down);
-    if (!across && !down)
+// What the sharper edges take from one pixel to the next, of the contrast of the page: in the
+// direction in which that is less, as a hand that moves blurs one direction alone.
+double sharpnessOf(const Lattice& lattice) {
+    constexpr double kFew = 0.02;       // of the cells: so many hold print, whatever the page
+    constexpr int kLeastContrast = 16;  // grey values within a cell: less is noise
+    const auto contrast = [](const Cell& cell) { return cell.brightest - cell.darkest; };
+    if (quantile(lattice, 1.0 - kFew, contrast) < kLeastContrast)
         return 1.0;  // an empty page has nothing that could be blurred
-    return std::min(across.value_or(0.0), down.value_or(0.0));
+    const int step = std::min(quantile(lattice, 1.0 - kFew, &Cell::across),
+                              quantile(lattice, 1.0 - kFew, &Cell::down));
+    const int whole =
+        quantile(lattice, 1.0 - kFew, &Cell::brightest) - quantile(lattice, kFew, &Cell::darkest);
+    return std::min(1.0, static_cast<double>(step) / std::max(1, whole));
 }
 
-double brightnessOf(const std::vector<Cell>& cells) {
+double brightnessOf(const Lattice& lattice) {
     double sum = 0.0;
-    double count = 0.0;
-    for (const Cell& cell : cells) {
+    int count = 0;
+    for (const Cell& cell : lattice.cells) {
+        if (!cell.isInside)
+            continue;
         sum += cell.brightness;
-        count += cell.isInside ? 1.0 : 0.0;
+        ++count;
     }
-    return sum / count / 255.0;
+    return sum / count / (255.0 * kCellSide * kCellSide);
 }
 
 // The white that the picture reaches, 0..255: a thousandth of it is as white or whiter.
@@ -241,12 +221,7 @@ double glareOf(const Lattice& lattice, const Bitmap& bitmap) {
     constexpr int kSame = 6;          // grey values apart at most: JPEG disturbs flat areas
     constexpr int kAbovePaper = 24;   // grey values, at least
     const int whitest = whitestIn(bitmap);
-    std::vector<int> papers;
-    for (const Cell& cell : lattice.cells) {
-        if (cell.isInside)
-            papers.push_back(cell.mostWhite);
-    }
-    if (whitest < kLeastWhite || whitest - quantile(papers, 0.5) < kAbovePaper)
+    if (whitest < kLeastWhite || whitest - quantile(lattice, 0.5, &Cell::mostWhite) < kAbovePaper)
         return 0.0;
     std::vector<bool> glaring;
     glaring.reserve(lattice.cells.size());
@@ -261,7 +236,8 @@ double glareOf(const Lattice& lattice, const Bitmap& bitmap) {
              other += lattice.columns)
             std::fill_n(wide.begin() + other - 1, 3, true);
     }
-    return static_cast<double>(std::ranges::count(wide, true)) / static_cast<double>(papers.size());
+    return static_cast<double>(std::ranges::count(wide, true)) /
+           static_cast<double>(std::ranges::count(lattice.cells, true, &Cell::isInside));
 }
 
 bool isFinite(const RectangleObservation& outline) {
@@ -294,9 +270,9 @@ PageLook measuredPage(const Bitmap& bitmap, const std::optional<RectangleObserva
     if (outline && std::ranges::none_of(lattice.cells, &Cell::isInside))
         return measuredPage(bitmap, std::nullopt);  // too small to be a page
     return {.outline = outline,
-            .brightness = brightnessOf(lattice.cells),
+            .brightness = brightnessOf(lattice),
             .glare = glareOf(lattice, bitmap),
-            .sharpness = sharpnessOf(lattice.cells)};
+            .sharpness = sharpnessOf(lattice)};
 }
 
 }  // namespace kestrelid::camera
