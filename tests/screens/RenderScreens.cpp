@@ -99,10 +99,12 @@ public:
         prepare(camera);
         ScannerCamera given = camera.scannerCamera();
         given.recognition = recognition;
-        given.makeServices = [make = given.makeServices, outlines = materials.outlines](
-                                 const auto& queue, const CameraOptions& options) {
+        given.makeServices = [make = given.makeServices, outlines = materials.outlines,
+                              clock = camera.wallClock](const auto& queue,
+                                                        const CameraOptions& options) {
             CameraServices services = make(queue, options);
             services.outlines = outlines;
+            services.uptime = [clock] { return std::chrono::duration<double>(*clock); };
             return services;
         };
         properties.insert({{"completion", QVariant::fromValue(ScreenAction([] {}))},
@@ -185,7 +187,7 @@ public:
     // Once all pictures are drawn and movements have ended.
     QImage picture() {
         waitFor([&] { return isComplete(screen_->root()); });
-        QTest::qWait(400);  // ms
+        QTest::qWait(250);  // ms
         return screen_->grab();
     }
 
