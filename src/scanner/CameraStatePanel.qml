@@ -65,8 +65,13 @@ Rectangle {
     color: "black"
     Accessible.role: Accessible.AlertMessage
     Accessible.name: said
-    onSaidChanged: screen.announce(panel)
-    Component.onCompleted: screen.announce(panel)
+    onSaidChanged: Qt.callLater(say)
+    Component.onCompleted: say()
+
+    // Later: once both of its parts have changed.
+    function say() {
+        screen.announce(panel);
+    }
 
     Theme {
         id: theme
