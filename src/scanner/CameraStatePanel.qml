@@ -8,7 +8,7 @@ Rectangle {
     id: panel
 
     required property ScreenItem screen
-    required property DocumentScanner scanner
+    required property DocumentScanner source
     required property real textScale
     required property bool hasOtherCameras
     required property bool opensPictures
@@ -18,11 +18,11 @@ Rectangle {
     signal pictureTapped
 
     readonly property real unit: screen.unit
-    readonly property string asked: scanner.askedCamera
+    readonly property string asked: source.askedCamera
     readonly property string file: asked.slice(asked.lastIndexOf("/") + 1)
 
     readonly property string heading: {
-        switch (scanner.cameraProblem) {
+        switch (source.cameraProblem) {
         case "lost":
             return qsTr("The camera was disconnected");
         case "busy":
@@ -41,13 +41,13 @@ Rectangle {
         }
     }
     readonly property string advice: {
-        switch (scanner.cameraProblem) {
+        switch (source.cameraProblem) {
         case "lost":
             return qsTr("Plug it in again. It comes back by itself.");
         case "busy":
             return qsTr("Close that program. The camera then starts by itself.");
         case "denied":
-            return scanner.asksAgain
+            return source.asksAgain
                     ? qsTr("Try again, and allow it when you are asked.")
                     : qsTr("Allow it in the settings of this device, under privacy, or ask whoever looks after the device.");
         case "absent":
@@ -173,7 +173,7 @@ Rectangle {
             Line {
                 objectName: "problemCause"
                 visible: text !== ""
-                text: panel.scanner.problemCause
+                text: panel.source.problemCause
                 color: theme.secondaryText
                 pointSize: 12
             }

@@ -7,7 +7,7 @@ import Kestrelid
 Item {
     id: outline
 
-    required property CameraPreview preview // of the same place and size
+    required property CameraPreview picture // of the same place and size
     required property var corners // four points in shares of the frame, clockwise; or none
     required property color color
     required property real lineWidth
@@ -21,7 +21,7 @@ Item {
         outline.glides = glides && isShown;
         if (!isSeen)
             return;
-        const places = corners.map(corner => preview.mapFromFrame(corner));
+        const places = corners.map(corner => picture.mapFromFrame(corner));
         topLeft.place = places[0];
         topRight.place = places[1];
         bottomRight.place = places[2];
@@ -40,7 +40,7 @@ Item {
     }
 
     Connections {
-        target: outline.preview
+        target: outline.picture
         function onPlacementChanged() { outline.follow(false) }
     }
 

@@ -1,0 +1,143 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import Kestrelid
+
+// Buttons around the capture button, each only where there is something to change: a picture in
+// place of a photo, light, choice of camera, zoom. Fills the screen's content.
+Item {
+    id: controls
+
+    required property ScreenItem screen
+    required property DocumentScanner scanner
+    required property rect ring // the capture button's, in the content
+    required property real railHeight // around the ring's middle, in a compact layout
+    required property bool offersControls
+    required property bool opensPictures
+
+    signal pictureTapped
+    signal cameraTapped
+
+    readonly property real unit: screen.unit
+    readonly property real gap: 4 * unit
+    readonly property real side: Metrics.touchTarget * unit
+
+    readonly property var torch: control("torch")
+    readonly property var zoom: control("zoom")
+    readonly property bool hasOtherCameras: scanner.usableCameras.some(name => name !== scanner.currentCamera)
+    readonly property bool hasChoice: offersControls && hasOtherCameras
+
+    // In a compact layout they stand above and below the ring, in one column if there is room;
+    // zoom, for which there are keys and fingers too, is the first to go.
+    readonly property real half: (railHeight - Metrics.ring * unit) / 2 - 3 * gap
+    readonly property int rows: Math.max(1, Math.floor((half + gap) / (side + gap)))
+    readonly property int above: (torch ? 1 : 0) + (hasChoice ? 1 : 0)
+    readonly property int pictures: opensPictures ? 1 : 0
+    readonly property bool showsZoom: zoom !== undefined && (!screen.isCompact || pictures + 1 <= rows)
+    readonly property int columns: Math.max(above, pictures + (showsZoom ? 2 : 0)) <= rows ? 1 : 2
+    readonly property real railWidth: Math.max((Metrics.ring + 2 * Metrics.ringLine) * unit,
+                                               columns * side + (columns - 1) * gap)
+
+    function control(name: string): var {
+        return offersControls ? scanner.controls.find(one => one.control === name) : undefined;
+    }
+
+    // by: of the range, from 0 to 1; at least the smallest change that the camera makes.
+    function zoomBy(by: real) {
+        if (!zoom)
+            return;
+        const step = Math.max(Math.abs(by), zoom.step);
+        scanner.setControl("zoom", Math.max(0, Math.min(1, zoom.value + (by < 0 ? -step : step))));
+    }
+
+    Item {
+        id: place
+
+        x: controls.ring.x
+        y: controls.ring.y
+        width: controls.ring.width
+        height: controls.ring.height
+    }
+
+    component Group: Grid {
+        spacing: controls.gap
+        columns: controls.screen.isCompact ? controls.columns : 3
+    }
+
+    component Button: IconButton {
+        screen: controls.screen
+    }
+
+    Group {
+        anchors {
+            right: controls.screen.isCompact ? undefined : place.left
+            rightMargin: 24 * controls.unit
+            verticalCenter: controls.screen.isCompact ? undefined : place.verticalCenter
+            horizontalCenter: controls.screen.isCompact ? place.horizontalCenter : undefined
+            top: controls.screen.isCompact ? place.bottom : undefined
+            topMargin: 3 * controls.gap
+        }
+
+        Button {
+            objectName: "importButton"
+            visible: controls.opensPictures
+            symbol: "picture"
+            name: qsTr("Use a picture")
+            onTapped: controls.pictureTapped()
+        }
+    }
+
+    Group {
+        anchors {
+            left: controls.screen.isCompact ? undefined : place.right
+            leftMargin: 24 * controls.unit
+            verticalCenter: controls.screen.isCompact ? undefined : place.verticalCenter
+            horizontalCenter: controls.screen.isCompact ? place.horizontalCenter : undefined
+            bottom: controls.screen.isCompact ? place.top : undefined
+            bottomMargin: 3 * controls.gap
+        }
+
+        Button {
+            objectName: "torch"
+            visible: controls.torch !== undefined
+            symbol: "torch"
+            name: qsTr("Light")
+            isCheckable: true
+            isChecked: controls.torch !== undefined && controls.torch.value > 0
+            onTapped: controls.scanner.setControl("torch", isChecked ? 0 : 1)
+        }
+        Button {
+            objectName: "cameraButton"
+            visible: controls.hasChoice
+            symbol: "switchCamera"
+            name: qsTr("Switch camera")
+            description: controls.scanner.currentCamera
+            onTapped: controls.cameraTapped()
+        }
+    }
+
+    // Between the picture and the ring, or below the other group.
+    Group {
+        anchors {
+            horizontalCenter: place.horizontalCenter
+            verticalCenter: controls.screen.isCompact ? undefined : place.top
+            verticalCenterOffset: -Metrics.columnSpacing / 2 * controls.unit
+            top: controls.screen.isCompact ? place.bottom : undefined
+            topMargin: 3 * controls.gap + (controls.opensPictures ? controls.side + controls.gap : 0)
+        }
+        columnSpacing: controls.screen.isCompact ? controls.gap : 24 * controls.unit
+        visible: controls.showsZoom
+
+        Button {
+            objectName: "zoomOut"
+            symbol: "minus"
+            name: qsTr("Zoom out")
+            onTapped: controls.zoomBy(-0.1)
+        }
+        Button {
+            objectName: "zoomIn"
+            symbol: "plus"
+            name: qsTr("Zoom in")
+            onTapped: controls.zoomBy(0.1)
+        }
+    }
+}
