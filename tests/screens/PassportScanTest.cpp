@@ -69,15 +69,15 @@ struct Scan : ScanRig {
     [[nodiscard]] std::string told(const char* column) {
         QString lines;
         for (const QQuickItem* row : screen().item(column)->childItems()) {
-            for (const QQuickItem* text : row->childItems()) {
-                if (text->isVisible() && text->property("text").isValid())
-                    lines += text->property("text").toString() + '|';
+            for (const QQuickItem* part : row->childItems()) {
+                if (part->isVisible() && part->property("text").isValid())
+                    lines += part->property("text").toString() + '|';
             }
         }
         return lines.toStdString();
     }
-    [[nodiscard]] bool isTold(const char* column, std::string_view text) {
-        return told(column).find(text) != std::string::npos;
+    [[nodiscard]] bool isTold(const char* column, std::string_view wanted) {
+        return told(column).find(wanted) != std::string::npos;
     }
 
     std::string got;
