@@ -40,8 +40,7 @@ qreal StraightPhoto::aspectRatio() const {
 QRectF StraightPhoto::pageRect() const {
     if (!photo() || width() <= 0.0 || height() <= 0.0)
         return {};
-    const QSizeF page =
-        QSizeF(aspectRatio(), 1.0).scaled(size(), Qt::KeepAspectRatio) * zoom_;
+    const QSizeF page = QSizeF(aspectRatio(), 1.0).scaled(size(), Qt::KeepAspectRatio) * zoom_;
     // Its edges stay outside of the item, or as far inside on both sides.
     const auto start = [](qreal room, qreal side, qreal center) {
         return side <= room ? (room - side) / 2.0

@@ -10,8 +10,8 @@
 
 namespace kestrelid::passport {
 
-// Shows the page of a photo as if it lay flat, whole at first; it can be enlarged and moved. A photo
-// without an outline is shown as it is.
+// Shows the page of a photo as if it lay flat, whole at first; it can be enlarged and moved. A
+// photo without an outline is shown as it is.
 class StraightPhoto : public preview::PhotoItem {
     Q_OBJECT
     // Four points, in shares of the photo from its top left; or none.

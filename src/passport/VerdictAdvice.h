@@ -165,8 +165,8 @@ struct VerdictRules {
         const bool isZoneWhatLacks =
             rules.proof != PassportProof::verdict && (isVerdict || !examined.zones.empty());
         if (!isZoneWhatLacks) {
-            const bool isOtherPage = examined.chosenOutline && !examined.lines.empty() &&
-                                     examined.matches.empty();
+            const bool isOtherPage =
+                examined.chosenOutline && !examined.lines.empty() && examined.matches.empty();
             if (isOtherPage || advice.empty())
                 advice.push_back(VerdictAdvice::photoPage);
             return advice;

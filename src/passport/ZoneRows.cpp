@@ -12,10 +12,14 @@ namespace kestrelid::passport {
 namespace {
 
 constexpr std::array kRows{
-    ZoneFieldKind::primaryIdentifier, ZoneFieldKind::secondaryIdentifier,
-    ZoneFieldKind::documentNumber,    ZoneFieldKind::nationality,
-    ZoneFieldKind::issuingState,      ZoneFieldKind::dateOfBirth,
-    ZoneFieldKind::sex,               ZoneFieldKind::dateOfExpiry,
+    ZoneFieldKind::primaryIdentifier,
+    ZoneFieldKind::secondaryIdentifier,
+    ZoneFieldKind::documentNumber,
+    ZoneFieldKind::nationality,
+    ZoneFieldKind::issuingState,
+    ZoneFieldKind::dateOfBirth,
+    ZoneFieldKind::sex,
+    ZoneFieldKind::dateOfExpiry,
 };
 
 QString textOf(std::string_view text) {
