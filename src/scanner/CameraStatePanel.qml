@@ -86,6 +86,22 @@ Rectangle {
         interval: 800
     }
 
+    component Line: ScreenText {
+        width: column.width
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.Wrap
+        textScale: panel.textScale
+        unit: panel.unit
+        Accessible.ignored: true // the panel says it
+    }
+
+    component Button: ActionButton {
+        width: column.width
+        screen: panel.screen
+        theme: theme
+        textScale: panel.textScale
+    }
+
     Flickable {
         id: flick
 
@@ -117,22 +133,6 @@ Rectangle {
             y: (flick.contentHeight - height) / 2
             width: Math.max(0, Math.min(flick.width - 2 * margin, 420 * panel.unit))
             spacing: Metrics.stackSpacing * panel.unit
-
-            component Line: ScreenText {
-                width: column.width
-                horizontalAlignment: Text.AlignHCenter
-                wrapMode: Text.Wrap
-                textScale: panel.textScale
-                unit: panel.unit
-                Accessible.ignored: true // the panel says it
-            }
-
-            component Button: ActionButton {
-                width: column.width
-                screen: panel.screen
-                theme: theme
-                textScale: panel.textScale
-            }
 
             Line {
                 objectName: "problem"
