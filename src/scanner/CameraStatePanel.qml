@@ -74,7 +74,7 @@ Rectangle {
     }
 
     Theme {
-        id: theme
+        id: dark
 
         choice: "dark"
     }
@@ -98,7 +98,7 @@ Rectangle {
     component Button: ActionButton {
         width: column.width
         screen: panel.screen
-        theme: theme
+        theme: dark
         textScale: panel.textScale
     }
 
@@ -137,14 +137,14 @@ Rectangle {
             Line {
                 objectName: "problem"
                 text: panel.heading
-                color: theme.text
+                color: dark.text
                 pointSize: Metrics.bodyFont
                 font.weight: Font.DemiBold
             }
             Line {
                 objectName: "problemAdvice"
                 text: panel.advice
-                color: theme.text
+                color: dark.text
                 pointSize: Metrics.smallFont
             }
             Item {
@@ -179,7 +179,7 @@ Rectangle {
                 objectName: "problemCause"
                 visible: text !== ""
                 text: panel.source.problemCause
-                color: theme.secondaryText
+                color: dark.secondaryText
                 pointSize: 12
             }
         }
