@@ -24,12 +24,10 @@ CameraServices EngineContext::makeServices(const ScannerWishes& wishes) {
     if (camera_.makeServices) {
         services = camera_.makeServices(makeQtMainQueue(), options);
     } else {
-        if (!camera_.recognition)
-            camera_.recognition = defaultServices();
-        services = defaultCameraServices(makeQtMainQueue(), options, *camera_.recognition);
-        services.zones = camera_.recognition->zones;
+        services = defaultCameraServices(makeQtMainQueue(), options, recognition());
+        services.zones = recognition().zones;
         services.zoneRules = camera_.zoneRules;
-        services.outlines = camera_.recognition->rectangles;
+        services.outlines = recognition().rectangles;
     }
     if (!wishes.readsZone)
         services.zones = nullptr;
@@ -37,6 +35,12 @@ CameraServices EngineContext::makeServices(const ScannerWishes& wishes) {
         services.outlines = nullptr;
     services.guidance = wishes.limits;
     return services;
+}
+
+const PlatformServices& EngineContext::recognition() {
+    if (!camera_.recognition)
+        camera_.recognition = defaultServices();
+    return *camera_.recognition;
 }
 
 }  // namespace kestrelid::screens

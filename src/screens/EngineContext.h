@@ -33,6 +33,11 @@ public:
     // CameraOptions::camera for a screen that wishes for camera.
     [[nodiscard]] QString cameraFor(const QString& camera) const;
 
+    // The models that all screens work with; the host's, or else this machine's from now on.
+    [[nodiscard]] const PlatformServices& recognition();
+
+    [[nodiscard]] const ZoneRules& zoneRules() const { return camera_.zoneRules; }
+
 private:
     using QObject::QObject;
 

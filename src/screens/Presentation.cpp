@@ -15,11 +15,6 @@ namespace kestrelid::screens {
 
 namespace {
 
-// StackView and Popup are known by name only: the screens do not need Qt Quick Controls.
-bool isStack(const QObject& object) {
-    return object.inherits("QQuickStackView");
-}
-
 QObject* popupOf(const QQuickItem& item) {
     for (QObject* owner = item.parent(); owner; owner = owner->parent()) {
         if (owner->inherits("QQuickPopup"))
@@ -31,6 +26,11 @@ QObject* popupOf(const QQuickItem& item) {
 }
 
 }  // namespace
+
+// StackView and Popup are known by name only: the screens do not need Qt Quick Controls.
+bool isStack(const QObject& object) {
+    return object.inherits("QQuickStackView");
+}
 
 QWidget* widgetShowing(const QQuickWindow& scene) {
     if (!qobject_cast<QApplication*>(QCoreApplication::instance()))

@@ -30,7 +30,29 @@ qreal unitFor(qreal shorterSide) {
     return std::max(1.0, std::floor(shorterSide / kSideOfUnit * kUnitSteps) / kUnitSteps);
 }
 
+// What keys go to once the window has them.
+QQuickItem* focusedIn(const QQuickWindow& window) {
+    QQuickItem* item = window.contentItem();
+    while (item->isFocusScope() && item->scopedFocusItem())
+        item = item->scopedFocusItem();
+    return item;
+}
+
+// Whether both are pages of one stack, or of one screen: only one of them is in sight for long.
+bool arePagesOfOne(const QQuickItem& screen, const QQuickItem& other) {
+    for (const QQuickItem* holder = screen.parentItem(); holder; holder = holder->parentItem()) {
+        if ((qobject_cast<const ScreenItem*>(holder) || isStack(*holder)) &&
+            holder->isAncestorOf(&other))
+            return true;
+    }
+    return false;
+}
+
 }  // namespace
+
+bool isCommand(const QKeyEvent& event) {
+    return (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) != 0;
+}
 
 ScreenItem::ScreenItem(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemIsFocusScope);
@@ -142,11 +164,26 @@ void ScreenItem::updateShown() {
         return;
     isShown_ = isShown;
     emit shownChanged();
-    if (isShown_)
-        emit appeared();
+    if (!isShown)
+        return;
+    takeFocus();
+    emit appearing();
+    emit appeared();
+}
+
+void ScreenItem::takeFocus() {
+    const QQuickItem* focused = focusedIn(*window());
+    if (focused == this || isAncestorOf(focused))
+        return;
+    const bool isElsewhere = !focused->isAncestorOf(this) && focused->isVisible() &&
+                             focused->isEnabled() && !arePagesOfOne(*this, *focused);
+    if (!isElsewhere)
+        forceActiveFocus(Qt::OtherFocusReason);
 }
 
 void ScreenItem::keyPressEvent(QKeyEvent* event) {
+    if (isCommand(*event))
+        return event->ignore();
     switch (event->key()) {
     case Qt::Key_Escape:
         if (!event->isAutoRepeat())
@@ -162,7 +199,8 @@ void ScreenItem::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Backtab:
         // The window would begin at its own first control.
         if (hasActiveFocus() && window()->activeFocusItem() == this) {
-            const bool forward = event->key() == Qt::Key_Tab;
+            const bool forward =
+                event->key() == Qt::Key_Tab && !event->modifiers().testFlag(Qt::ShiftModifier);
             if (QQuickItem* next = nextItemInFocusChain(forward))
                 return next->forceActiveFocus(forward ? Qt::TabFocusReason
                                                       : Qt::BacktabFocusReason);

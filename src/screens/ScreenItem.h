@@ -8,10 +8,15 @@
 #include <QVariant>
 #include <QWidget>
 
+class QKeyEvent;
+
 namespace kestrelid::screens {
 
-// The base of both screens: knows when they are shown, closes them, and handles keys. A focus
-// scope.
+// With Control, Alt or Meta, a key is a command of the host.
+[[nodiscard]] bool isCommand(const QKeyEvent& event);
+
+// The base of each screen: knows when it is shown, closes it, and handles keys. A focus scope; as
+// it appears it takes the focus, unless the host has given that to something else in sight.
 class ScreenItem : public QQuickItem {
     Q_OBJECT
     Q_PROPERTY(kestrelid::screens::SafeAreaMargins* safeAreaMargins READ safeAreaMargins CONSTANT)
@@ -55,7 +60,9 @@ public:
     Q_INVOKABLE void announce(QQuickItem* item);
 
 signals:
-    // The screen and its window have become visible.
+    // The screen and its window have become visible: right before appeared(), for a host that
+    // hands over what it was told by then.
+    void appearing();
     void appeared();
     void shownChanged();
     void keyboardInUseChanged();
@@ -76,6 +83,7 @@ private:
     void setWindowShown(bool isShown);
     void updateShown();
     void updateSizeClass();
+    void takeFocus();
 
     SafeAreaMargins safeAreaMargins_;
     QMetaObject::Connection windowVisibility_;

@@ -18,7 +18,7 @@ QtObject {
     readonly property color onAccent: isDark ? "#06264D" : "#FFFFFF"
     readonly property color tint: isDark ? "#24344A" : "#DCEBFF"
     readonly property color onTint: isDark ? "#BBD9FF" : "#0A4FA8"
-    readonly property color success: isDark ? "#4ADE80" : "#15803D"
+    readonly property color success: isDark ? "#4ADE80" : "#146C34"
     readonly property color failure: isDark ? "#FF8A80" : "#C62828"
     readonly property color warning: isDark ? "#FFC857" : "#8A5A00"
 

@@ -31,6 +31,7 @@ struct Case {
     bool isMirrored = false;
     QSize size{360, 640};
     double textScale = 1.0;
+    bool adapts = false;
     Qt::LayoutDirection direction = Qt::LeftToRight;
 };
 
@@ -187,10 +188,13 @@ TEST_F(Pixels, OfThePreview) {
              {.name = "broad", .picture = picture, .size = {720, 480}},
              {.name = "right-to-left", .picture = picture, .direction = Qt::RightToLeft},
              {.name = "large-text", .title = longTitle, .textScale = 2.5},
+             {.name = "low", .picture = picture, .size = {640, 320}, .adapts = true},
+             {.name = "watch", .picture = picture, .size = {240, 320}, .adapts = true},
          }) {
         QVariantMap properties{{"title", row.title},
                                {"didTapRetake", {}},
                                {"didTapConfirm", {}},
+                               {"adaptsToSize", row.adapts},
                                {"textScale", row.textScale}};
         if (!row.picture.isEmpty())
             properties["image"] = QVariant::fromValue(
@@ -201,6 +205,50 @@ TEST_F(Pixels, OfThePreview) {
         ASSERT_TRUE(waitFor([&] { return photo->property("isComplete").toBool(); })) << row.name;
         expectReference(screen.grab(), "preview-" + row.name);
     }
+}
+
+TEST_F(Pixels, OfSharedParts) {
+    QQmlEngine engine;
+    const auto window = showHost(engine, R"(
+        ScreenItem {
+            id: root
+            anchors.fill: parent
+            Repeater {
+                model: ["light", "dark"]
+                Rectangle {
+                    id: half
+                    required property int index
+                    required property string modelData
+                    y: index * 320; width: 360; height: 320
+                    color: theme.background
+                    Theme { id: colors; choice: half.modelData }
+                    property Theme theme: colors
+                    Grid {
+                        x: 12; y: 12; columns: 6; spacing: 12
+                        Repeater {
+                            model: ["torch", "switchCamera", "picture", "plus", "minus", "again",
+                                    "warning", "check", "cross", "camera", "back", "details"]
+                            IconButton {
+                                required property string modelData
+                                required property int index
+                                screen: root; symbol: modelData; name: modelData
+                                isDark: half.theme.isDark; isChecked: index % 5 === 1
+                            }
+                        }
+                    }
+                    Column {
+                        x: 12; y: 130; spacing: 8
+                        ActionButton { screen: root; theme: half.theme; text: "Use this photo" }
+                        ActionButton {
+                            width: 200
+                            screen: root; theme: half.theme; isPrimary: false; textScale: 1.5
+                            text: "Too long a text for a single line"
+                        }
+                    }
+                }
+            }
+        })");
+    expectReference(window->grabWindow(), "shared-parts");
 }
 
 }  // namespace
