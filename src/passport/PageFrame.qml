@@ -40,13 +40,14 @@ Item {
 
     // What has the focus is seen.
     onFocusedChanged: {
+        const scrolled = scroller.contentItem;
         let holder = focused;
-        while (holder && holder !== column)
+        while (holder && holder !== scrolled)
             holder = holder.parent;
         if (!holder)
             return;
-        const top = focused.mapToItem(column, 0, 0).y - gap / 2;
-        const bottom = focused.mapToItem(column, 0, focused.height).y + gap / 2;
+        const top = focused.mapToItem(scrolled, 0, 0).y - gap / 2;
+        const bottom = focused.mapToItem(scrolled, 0, focused.height).y + gap / 2;
         if (bottom > scroller.contentY + scroller.height)
             scrollTo(bottom - scroller.height);
         if (top < scroller.contentY)
