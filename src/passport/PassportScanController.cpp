@@ -47,6 +47,10 @@ QString keyOf(PassportProof proof) {
     return QStringLiteral("verdict");
 }
 
+QObject* rootOf(QWidget& hosted) {
+    return static_cast<QQuickWidget&>(hosted).rootObject();
+}
+
 }  // namespace
 
 PassportScanController::PassportScanController(PassportScanCompletion completion,
@@ -60,6 +64,20 @@ PassportScanController::PassportScanController(FormBuilderTag) {
 // Whoever is released has not given up.
 PassportScanController::~PassportScanController() {
     delete hosted_;
+}
+
+void PassportScanController::open(const QUrl& file) {
+    if (hosted_)
+        QMetaObject::invokeMethod(rootOf(*hosted_), "open", Q_ARG(QUrl, file));
+    else
+        picture_ = file;
+}
+
+void PassportScanController::tellPage() {
+    // A copy: it may replace itself.
+    const PageObserver observer = didChangePage;
+    if (observer)
+        observer(rootOf(*hosted_)->property("name").toString());
 }
 
 void PassportScanController::showEvent(QShowEvent* event) {
@@ -76,6 +94,10 @@ void PassportScanController::showEvent(QShowEvent* event) {
                                        safeAreaMargins, camera_);
     hosted_ = widget;
     new ClosingWatch(*this, *widget);
+    connect(widget->rootObject(), SIGNAL(nameChanged()), this, SLOT(tellPage()));
+    if (!picture_.isEmpty())
+        open(picture_);
+    tellPage();
 }
 
 }  // namespace kestrelid

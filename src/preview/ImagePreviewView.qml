@@ -44,7 +44,7 @@ ScreenItem {
 
         readonly property real edge: Metrics.edge * root.unit
         // Without a safe area a screen that adapts keeps its buttons off the edge.
-        readonly property real bottom: root.adaptsToSize
+        readonly property real foot: root.adaptsToSize
             ? Math.max(root.safeAreaMargins.bottom, Metrics.compactSpacing * root.unit)
             : root.safeAreaMargins.bottom
         readonly property real spacing: root.unit * (root.isCompact ? Metrics.compactSpacing
@@ -55,7 +55,7 @@ ScreenItem {
         x: root.safeAreaMargins.left + edge
         y: root.safeAreaMargins.top
         width: root.width - root.safeAreaMargins.left - root.safeAreaMargins.right - 2 * edge
-        height: root.height - root.safeAreaMargins.top - bottom
+        height: root.height - root.safeAreaMargins.top - foot
 
         TitleBar {
             id: bar

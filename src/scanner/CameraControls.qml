@@ -26,14 +26,16 @@ Item {
     readonly property bool hasOtherCameras: scanner.usableCameras.some(name => name !== scanner.currentCamera)
     readonly property bool hasChoice: offersControls && hasOtherCameras
 
-    // In a compact layout they stand above and below the ring, in one column if there is room;
-    // zoom, for which there are keys and fingers too, is the first to go.
-    readonly property real half: (railHeight - Metrics.ring * unit) / 2 - 3 * gap
+    // In a compact layout they stand above and below the ring, in one column if there is room, or
+    // if a second one would take it from the picture; zoom, for which there are keys and fingers
+    // too, is the first to go.
+    readonly property real half: (railHeight - Metrics.ring * unit) / 2 - 2 * gap
     readonly property int rows: Math.max(1, Math.floor((half + gap) / (side + gap)))
     readonly property int above: (torch ? 1 : 0) + (hasChoice ? 1 : 0)
     readonly property int pictures: opensPictures ? 1 : 0
-    readonly property bool showsZoom: zoom !== undefined && (!screen.isCompact || pictures + 1 <= rows)
-    readonly property int columns: Math.max(above, pictures + (showsZoom ? 2 : 0)) <= rows ? 1 : 2
+    readonly property int columns: above > rows || (width >= 480 * unit && zoom && pictures + 2 > rows) ? 2 : 1
+    readonly property bool showsZoom: zoom !== undefined
+                                      && (!screen.isCompact || pictures + (columns === 1 ? 2 : 1) <= rows)
     readonly property real railWidth: Math.max((Metrics.ring + 2 * Metrics.ringLine) * unit,
                                                columns * side + (columns - 1) * gap)
 
@@ -74,7 +76,7 @@ Item {
             verticalCenter: controls.screen.isCompact ? undefined : place.verticalCenter
             horizontalCenter: controls.screen.isCompact ? place.horizontalCenter : undefined
             top: controls.screen.isCompact ? place.bottom : undefined
-            topMargin: 3 * controls.gap
+            topMargin: 2 * controls.gap
         }
 
         Button {
@@ -93,7 +95,7 @@ Item {
             verticalCenter: controls.screen.isCompact ? undefined : place.verticalCenter
             horizontalCenter: controls.screen.isCompact ? place.horizontalCenter : undefined
             bottom: controls.screen.isCompact ? place.top : undefined
-            bottomMargin: 3 * controls.gap
+            bottomMargin: 2 * controls.gap
         }
 
         Button {
@@ -122,7 +124,7 @@ Item {
             verticalCenter: controls.screen.isCompact ? undefined : place.top
             verticalCenterOffset: -Metrics.columnSpacing / 2 * controls.unit
             top: controls.screen.isCompact ? place.bottom : undefined
-            topMargin: 3 * controls.gap + (controls.opensPictures ? controls.side + controls.gap : 0)
+            topMargin: 2 * controls.gap + (controls.opensPictures ? controls.side + controls.gap : 0)
         }
         columnSpacing: controls.screen.isCompact ? controls.gap : 24 * controls.unit
         visible: controls.showsZoom

@@ -19,8 +19,8 @@ FocusScope {
 
     function step(by: int) {
         for (let index = 0; index < rows.count; ++index) {
-            const next = rows.itemAt((index + by + rows.count) % rows.count) as CameraRow;
-            if ((rows.itemAt(index) as CameraRow).area.activeFocus)
+            const next = rows.itemAt((index + by + rows.count) % rows.count);
+            if (rows.itemAt(index).area.activeFocus)
                 return next.area.forceActiveFocus(Qt.TabFocusReason);
         }
     }
@@ -32,7 +32,7 @@ FocusScope {
     onActiveFocusChanged: if (!activeFocus) closed()
     Component.onCompleted: {
         const at = Math.max(0, names.indexOf(current));
-        (rows.itemAt(at) as CameraRow).area.forceActiveFocus(screen.isKeyboardInUse ? Qt.TabFocusReason : Qt.OtherFocusReason);
+        rows.itemAt(at).area.forceActiveFocus(screen.isKeyboardInUse ? Qt.TabFocusReason : Qt.OtherFocusReason);
     }
 
     component CameraRow: Item {

@@ -65,11 +65,16 @@ Rectangle {
     color: "black"
     Accessible.role: Accessible.AlertMessage
     Accessible.name: said
-    onSaidChanged: screen.announce(panel)
-    Component.onCompleted: screen.announce(panel)
+    onSaidChanged: Qt.callLater(say)
+    Component.onCompleted: say()
+
+    // Later: once both of its parts have changed.
+    function say() {
+        screen.announce(panel);
+    }
 
     Theme {
-        id: theme
+        id: dark
 
         choice: "dark"
     }
@@ -79,6 +84,22 @@ Rectangle {
         id: trying
 
         interval: 800
+    }
+
+    component Line: ScreenText {
+        width: column.width
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.Wrap
+        textScale: panel.textScale
+        unit: panel.unit
+        Accessible.ignored: true // the panel says it
+    }
+
+    component Button: ActionButton {
+        width: column.width
+        screen: panel.screen
+        theme: dark
+        textScale: panel.textScale
     }
 
     Flickable {
@@ -113,33 +134,17 @@ Rectangle {
             width: Math.max(0, Math.min(flick.width - 2 * margin, 420 * panel.unit))
             spacing: Metrics.stackSpacing * panel.unit
 
-            component Line: ScreenText {
-                width: column.width
-                horizontalAlignment: Text.AlignHCenter
-                wrapMode: Text.Wrap
-                textScale: panel.textScale
-                unit: panel.unit
-                Accessible.ignored: true // the panel says it
-            }
-
-            component Button: ActionButton {
-                width: column.width
-                screen: panel.screen
-                theme: theme
-                textScale: panel.textScale
-            }
-
             Line {
                 objectName: "problem"
                 text: panel.heading
-                color: theme.text
+                color: dark.text
                 pointSize: Metrics.bodyFont
                 font.weight: Font.DemiBold
             }
             Line {
                 objectName: "problemAdvice"
                 text: panel.advice
-                color: theme.text
+                color: dark.text
                 pointSize: Metrics.smallFont
             }
             Item {
@@ -174,7 +179,7 @@ Rectangle {
                 objectName: "problemCause"
                 visible: text !== ""
                 text: panel.source.problemCause
-                color: theme.secondaryText
+                color: dark.secondaryText
                 pointSize: 12
             }
         }

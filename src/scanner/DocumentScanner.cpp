@@ -153,7 +153,7 @@ void DocumentScanner::makeManager() {
          .limits = guidanceLimits(guidanceLimits_)});
     mainQueue_ = services.mainQueue;
     authorization_ = services.authorization;
-    clock_ = services.now;
+    uptime_ = services.uptime;
     manager_ = CameraManager::create(std::move(services));
     if (!manager_)
         return followCamera({.state = CameraState::failed, .cause = {}});
@@ -195,8 +195,8 @@ void DocumentScanner::observe(const Published<Value>& field,
 void DocumentScanner::observeCameras() {
     subscriptions_.push_back(
         manager_->cameras().didChange([this](const auto& cameras) { cameras_.follow(cameras); }));
-    subscriptions_.push_back(manager_->cameras().didChange(
-        [this](const auto& cameras) { followCameraList(cameras); }));
+    subscriptions_.push_back(
+        manager_->cameras().didChange([this](const auto& cameras) { followCameraList(cameras); }));
     subscriptions_.push_back(manager_->cameras().didChange([this](const auto& cameras) {
         if (const auto tell = camerasObserver_)
             tell(cameras);
@@ -206,9 +206,11 @@ void DocumentScanner::observeCameras() {
 }
 
 void DocumentScanner::follow() {
+    // The manager tells no readiness that is lost later.
+    const bool works = !guides_ || problem_.isEmpty();
     state_ = {.isAuthorized = manager_->isAuthorized().value(),
-              .isSessionReady = manager_->isSessionReady().value(),
-              .isDocumentDetected = manager_->isDocumentDetected().value()};
+              .isSessionReady = works && manager_->isSessionReady().value(),
+              .isDocumentDetected = works && manager_->isDocumentDetected().value()};
     emit displayChanged();
     seeForAutoCapture();
 }

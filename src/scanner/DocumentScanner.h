@@ -36,8 +36,9 @@ class DocumentScanner : public QObject {
     Q_PROPERTY(bool watchesPage MEMBER watchesPage_ NOTIFY wishesChanged)  // looks for the page
     Q_PROPERTY(QVariant guidanceLimits MEMBER guidanceLimits_ NOTIFY wishesChanged)
 
-    // A camera that does not work is tried again while the screen is shown.
-    Q_PROPERTY(bool retriesByItself MEMBER retriesByItself_ NOTIFY wishesChanged)
+    // A camera that does not work is not ready either, and is tried again while the screen is
+    // shown.
+    Q_PROPERTY(bool guides MEMBER guides_ NOTIFY wishesChanged)
     // captureDue() is emitted as AutoCapture says.
     Q_PROPERTY(bool capturesByItself MEMBER capturesByItself_ NOTIFY wishesChanged)
     Q_PROPERTY(bool isShown READ isShown WRITE setShown NOTIFY shownChanged)
@@ -193,7 +194,7 @@ private:
     bool readsZone_ = false;
     bool watchesPage_ = false;
     QVariant guidanceLimits_;
-    bool retriesByItself_ = false;
+    bool guides_ = false;
     bool capturesByItself_ = false;
     bool isShown_ = false;
     ZoneObserver zoneObserver_;
@@ -204,7 +205,7 @@ private:
     QString chosenCamera_;  // by switchCamera(); empty: none was
     std::shared_ptr<DispatchQueue> mainQueue_;
     std::shared_ptr<CameraAuthorization> authorization_;
-    std::function<WallTime()> clock_;
+    std::function<AutoCapture::Time()> uptime_;
     std::shared_ptr<CameraManager> manager_;
     std::vector<Subscription> subscriptions_;
     ScannerState state_;
@@ -214,7 +215,7 @@ private:
     QString problem_;
     QString problemCause_;
     int triesInVain_ = 0;
-    std::uint64_t retryPlan_ = 0;  // the one that counts; others were given up
+    std::uint64_t retryPlan_ = 0;               // the one that counts; others were given up
     std::optional<QStringList> listedCameras_;  // usable, as they were told last
     QMetaObject::Connection application_;
 

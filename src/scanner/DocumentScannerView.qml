@@ -96,7 +96,7 @@ ScreenItem {
         readsZone: root.readsZone
         watchesPage: root.guides || root.outlinesPage || root.capturesByItself
         guidanceLimits: root.guidanceLimits
-        retriesByItself: root.guides
+        guides: root.guides
         capturesByItself: root.capturesByItself
         isShown: root.isShown
         onCaptureDue: scanner.capture(root.completion)

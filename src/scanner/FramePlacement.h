@@ -53,11 +53,10 @@ struct FramePlacement {
     const QRectF& source = placement.source;
     if (source.isEmpty())
         return {};
-    return placement.transform.map(
-        QPointF((share.x() * shape.stored.width() - source.x()) * placement.stored.width() /
-                    source.width(),
-                (share.y() * shape.stored.height() - source.y()) * placement.stored.height() /
-                    source.height()));
+    return placement.transform.map(QPointF((share.x() * shape.stored.width() - source.x()) *
+                                               placement.stored.width() / source.width(),
+                                           (share.y() * shape.stored.height() - source.y()) *
+                                               placement.stored.height() / source.height()));
 }
 
 }  // namespace kestrelid::scanner

@@ -27,7 +27,10 @@ Item {
     Accessible.role: Accessible.AlertMessage
     Accessible.name: spokenText
     Accessible.ignored: text === ""
-    onSpokenTextChanged: {
+    onSpokenTextChanged: Qt.callLater(say)
+
+    // Later: the other properties change with the text, one after the other.
+    function say() {
         if (isAnnounced && text !== "")
             screen.announce(line);
     }

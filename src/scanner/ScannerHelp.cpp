@@ -74,15 +74,16 @@ void DocumentScanner::seeForAutoCapture() {
     if (!capturesByItself_ || !manager_)
         return;
     const LivePage& page = manager_->page().value();
-    const AutoCapture::View view{
-        .isReady = state_.isSessionReady &&
-                   manager_->cameraStatus().value().state == CameraState::live,
-        .isPassportInView = state_.isDocumentDetected,
-        .hasPage = page.outline.has_value(),
-        .isSteady = page.isSteady};
-    const WallTime now = clock_ ? clock_() : WallTime(std::chrono::system_clock::now());
+    const AutoCapture::View view{.isReady =
+                                     state_.isSessionReady &&
+                                     manager_->cameraStatus().value().state == CameraState::live,
+                                 .isPassportInView = state_.isDocumentDetected,
+                                 .hasPage = page.outline.has_value(),
+                                 .isSteady = page.isSteady};
+    const AutoCapture::Time now =
+        uptime_ ? uptime_() : std::chrono::steady_clock::now().time_since_epoch();
     const double before = autoCapture_.progress();
-    const bool isDue = autoCapture_.see(view, now.time_since_epoch());
+    const bool isDue = autoCapture_.see(view, now);
     if (autoCapture_.progress() != before)
         emit captureProgressChanged();
     if (isDue)
@@ -126,8 +127,11 @@ void DocumentScanner::setProblem(const CameraStatus& status) {
     problemState_ = problem.isEmpty() ? CameraState::idle : status.state;
     problem_ = problem;
     problemCause_ = cause;
-    if (isNews)
-        emit problemChanged();
+    if (!isNews)
+        return;
+    emit problemChanged();
+    if (guides_ && manager_)
+        follow();
 }
 
 void DocumentScanner::followCameraList(const std::vector<CameraDescription>& cameras) {
@@ -155,24 +159,24 @@ void DocumentScanner::setShown(bool isShown) {
 // A person who comes back may have closed the other program, or allowed the camera.
 void DocumentScanner::watchApplication() {
     auto* application = qobject_cast<QGuiApplication*>(QCoreApplication::instance());
-    if (!retriesByItself_ || application_ || !application)
+    if (!guides_ || application_ || !application)
         return;
-    application_ = connect(
-        application, &QGuiApplication::applicationStateChanged, this,
-        [this](Qt::ApplicationState state) {
-            if (state != Qt::ApplicationActive)
-                return;
-            // A permission that would have to be asked for is left to a tap: the question takes the
-            // focus, and would come again and again.
-            const bool isAllowed = problemState_ == CameraState::denied && authorization_ &&
+    application_ = connect(application, &QGuiApplication::applicationStateChanged, this,
+                           [this](Qt::ApplicationState state) {
+                               if (state != Qt::ApplicationActive)
+                                   return;
+                               // A permission that would have to be asked for is left to a tap: the
+                               // question takes the focus, and would come again and again.
+                               const bool isAllowed =
+                                   problemState_ == CameraState::denied && authorization_ &&
                                    authorization_->status() == AuthorizationStatus::authorized;
-            if (isAllowed || isTriedAgain(problemState_))
-                retryLater({});
-        });
+                               if (isAllowed || isTriedAgain(problemState_))
+                                   retryLater({});
+                           });
 }
 
 void DocumentScanner::retryLater(std::chrono::duration<double> delay) {
-    if (!retriesByItself_ || !isShown_ || !mainQueue_)
+    if (!guides_ || !isShown_ || !mainQueue_)
         return;
     mainQueue_->asyncAfter(delay, [self = QPointer(this), plan = ++retryPlan_] {
         if (self)

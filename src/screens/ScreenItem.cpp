@@ -163,11 +163,12 @@ void ScreenItem::updateShown() {
     if (isShown == isShown_)
         return;
     isShown_ = isShown;
+    if (isShown)
+        emit appearing();
     emit shownChanged();
-    if (!isShown)
+    if (!isShown_)
         return;
     takeFocus();
-    emit appearing();
     emit appeared();
 }
 

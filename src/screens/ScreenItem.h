@@ -60,9 +60,9 @@ public:
     Q_INVOKABLE void announce(QQuickItem* item);
 
 signals:
-    // The screen and its window have become visible: right before appeared(), for a host that
-    // hands over what it was told by then.
+    // Right before appeared(), for a host that hands over what it was told by then.
     void appearing();
+    // The screen and its window have become visible.
     void appeared();
     void shownChanged();
     void keyboardInUseChanged();

@@ -28,11 +28,12 @@ struct Environment {
 const Environment environment;
 
 // A former session that is still ending follows the cameras of before for some milliseconds.
+// generation: empty once the control file is gone.
 void waitUntilFollowed(const std::string& generation) {
     for (int attempt = 0; attempt < 12000; ++attempt) {
         std::ifstream file(environment.followed);
         std::string followed;
-        if (!file || !std::getline(file, followed) || followed == generation)
+        if (!file || !std::getline(file, followed) || followed == "follows " + generation)
             return;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }

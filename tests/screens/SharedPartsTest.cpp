@@ -21,7 +21,7 @@ double luminance(const QColor& color) {
 }
 
 double contrast(const QColor& one, const QColor& other) {
-    const auto [low, high] = std::minmax(luminance(one), luminance(other));
+    const auto [low, high] = std::minmax({luminance(one), luminance(other)});
     return (high + 0.05) / (low + 0.05);
 }
 

@@ -11,7 +11,7 @@ import tempfile
 import time
 from pathlib import Path
 
-from PIL import Image
+from PIL import Image, ImageChops
 
 TOOLS = ("Xvfb", "xdotool")
 PATIENCE = 60.0  # seconds; machines that build meanwhile are slow

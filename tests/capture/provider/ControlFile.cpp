@@ -122,12 +122,16 @@ std::string readGeneration() {
     return {};
 }
 
-void tellFollowed(const std::string& generation) {
+void tellFollowed(const std::optional<std::string>& generation) {
     const std::string told = controlFile() + ".followed";
-    if (generation.empty())
+    if (!generation) {
         std::remove(told.c_str());
-    else
-        std::ofstream(told) << generation << '\n';
+        return;
+    }
+    // Whole or not at all, since the test reads it at any time.
+    const std::string draft = told + ".new";
+    std::ofstream(draft) << "follows " << *generation << '\n';
+    std::rename(draft.c_str(), told.c_str());
 }
 
 std::optional<CameraEntry> findCamera(const std::string& name) {

@@ -48,8 +48,9 @@ std::vector<CameraEntry> readControlFile();
 std::string readGeneration();
 std::optional<CameraEntry> findCamera(const std::string& name);
 
-// Says beside the control file up to which generation the devices follow it; empty: they do not.
-void tellFollowed(const std::string& generation);
+// Says beside the control file up to which generation the devices follow it, which is empty while
+// there is no control file; none: they do not follow it any more.
+void tellFollowed(const std::optional<std::string>& generation);
 
 // Adds a line to the journal beside the control file.
 void writeJournal(const std::string& line);

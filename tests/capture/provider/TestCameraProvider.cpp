@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #define PACKAGE "kestrelid"
@@ -67,7 +68,7 @@ struct Watch {
         std::vector<std::string> caps;
     };
     std::map<std::string, Known> devices;  // by name
-    std::string followed;                  // generation of the control file
+    std::optional<std::string> followed;   // generation of the control file
     std::mutex mutex;
     std::condition_variable_any ended;
     std::jthread thread{[this](const std::stop_token& stop) {
@@ -80,7 +81,7 @@ struct Watch {
     ~Watch() {
         thread.request_stop();
         thread.join();
-        tellFollowed({});
+        tellFollowed(std::nullopt);
     }
 
     void follow() {

@@ -134,6 +134,48 @@ TEST_F(Pixels, OfTheScanner) {
     }
 }
 
+TEST_F(Pixels, OfTheScannerThatHelps) {
+    struct HelpCase {
+        std::string name;
+        QSize size;
+        bool isWhole = false;
+        bool isAbsent = false;
+        Qt::LayoutDirection direction = Qt::LeftToRight;
+    };
+    for (const HelpCase& row : std::vector<HelpCase>{
+             {"help-outline", {390, 760}},
+             {.name = "help-compact", .size = {820, 390}, .direction = Qt::RightToLeft},
+             {.name = "help-whole", .size = {1280, 720}, .isWhole = true},
+             {.name = "help-no-camera", .size = {390, 760}, .isAbsent = true},
+         }) {
+        const FakeCamera camera;
+        camera.machine().hasDevice = !row.isAbsent;
+        camera.machine().controls = {{.control = CameraControl::torch, .value = 1.0},
+                                     {.control = CameraControl::zoom}};
+        camera.machine().cameras = {{.name = "Fake camera", .formats = {}},
+                                    {.name = "Lid", .formats = {}}};
+        QGuiApplication::setLayoutDirection(row.direction);
+        ShownScreen screen("DocumentScannerView",
+                           {{"completion", {}},
+                            {"assistance", true},
+                            {"adaptsToSize", true},
+                            {"showsWholeFrame", row.isWhole}},
+                           row.size, camera.scannerCamera());
+        camera.makeReady();
+        if (!row.isAbsent) {
+            camera.platform->session.lock()->tell();
+            camera.surface()->show(drawnFrame(320, 180), Orientation::up, false);
+            screen.grab();
+            settle();
+            camera.judge(row.isWhole);
+            camera.showPage(pageAt(0.4, 0.3, 0.6, 0.7), 12);
+            const QQuickItem* outline = screen.item("pageOutline");
+            ASSERT_TRUE(waitFor([&] { return outline->opacity() > 0.8999; })) << row.name;
+        }
+        expectReference(screen.grab(), "scanner-" + row.name);
+    }
+}
+
 TEST_F(Pixels, OfThePreview) {
     const QString longTitle = "A title that is much too long for one line of any telephone";
     constexpr QSize picture{400, 300};
