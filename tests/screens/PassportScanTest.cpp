@@ -160,7 +160,7 @@ TEST(PassportScan, WhatFailsHasAPageThatSaysWhatToDo) {
     EXPECT_EQ(scan.textOf("cause"), "It is not a file on this machine.");
     open(good, "preview");
 
-    *scan.outlines = FakeRectangles(RequestError{"outline.onnx is missing"});
+    scan.outlines->failure = "outline.onnx is missing";
     scan.tap("confirm");
     scan.recognise();
     EXPECT_EQ(scan.textOf("heading"), "The photo could not be checked.");

@@ -21,6 +21,20 @@ namespace kestrelid::test {
 inline const std::vector<std::string> kPassportWords{"PASSPORT", "NATIONALITY", "DATE OF BIRTH",
                                                      "SURNAME"};
 
+// Finds in every picture what the test puts there, or fails as it says.
+struct PageOutlines final : RectangleService {
+    RectangleResult perform(const Bitmap&, const RectangleRequest&) override {
+        ++requests;
+        if (failure.empty())
+            return seen;
+        return RequestError{.description = failure};
+    }
+
+    std::vector<RectangleObservation> seen;
+    std::string failure;
+    int requests = 0;
+};
+
 // A camera and a recognition that obey the test, for the whole way of a passport scan.
 struct ScanRig {
     static constexpr QSize kPhoto{640, 480};
@@ -32,12 +46,15 @@ struct ScanRig {
 
     FakeCamera camera;
     std::shared_ptr<ManualQueue> recognition = std::make_shared<ManualQueue>();
-    std::shared_ptr<FakeRectangles> outlines = std::make_shared<FakeRectangles>(page());
+    std::shared_ptr<PageOutlines> outlines = std::make_shared<PageOutlines>();
     std::shared_ptr<FakeText> text = std::make_shared<FakeText>(kPassportWords);
     std::shared_ptr<FakeZones> zones = std::make_shared<FakeZones>();
     std::shared_ptr<std::string> console = std::make_shared<std::string>();  // what it was told
 
-    ScanRig() { zones->seen.push_back(clearReading(kSpecimenZone)); }
+    ScanRig() {
+        outlines->seen.push_back(page());
+        zones->seen.push_back(clearReading(kSpecimenZone));
+    }
     ~ScanRig() { recognition->clear(); }
 
     [[nodiscard]] ScannerCamera scannerCamera() const {
@@ -52,13 +69,13 @@ struct ScanRig {
         return given;
     }
 
-    [[nodiscard]] static RectangleResult page() {
+    [[nodiscard]] static RectangleObservation page() {
         RectangleObservation found{
             .boundingBox = {0.15, 0.17, 0.75, 0.7}, .corners = {}, .confidence = 1.0f};
         std::ranges::transform(corners(), found.corners.begin(), [](const QPointF& at) {
             return NormalizedPoint{at.x() / kPhoto.width(), 1.0 - at.y() / kPhoto.height()};
         });
-        return std::vector{found};
+        return found;
     }
 
     // A drawn page on a table, seen from the side.
