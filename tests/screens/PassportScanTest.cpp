@@ -49,7 +49,7 @@ struct Scan : ScanRig {
         const QQuickItem* found = screen().item(item);
         return found ? found->property("text").toString().toStdString() : "no such text";
     }
-    void tap(const char* button) { click(findItem(screen().item(button), "area")); }
+    void tap(const char* button) { ScanRig::tap(screen(), button); }
     void press(Qt::Key key) {
         QTest::keyClick(&screen().window(), key);
         settle();
