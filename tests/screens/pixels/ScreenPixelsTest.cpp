@@ -222,8 +222,7 @@ TEST_F(Pixels, OfSharedParts) {
                     required property string modelData
                     y: index * 320; width: 360; height: 320
                     color: theme.background
-                    Theme { id: colors; choice: half.modelData }
-                    property Theme theme: colors
+                    property Theme theme: Theme { choice: half.modelData }
                     Grid {
                         x: 12; y: 12; columns: 6; spacing: 12
                         Repeater {
