@@ -60,24 +60,33 @@ Item {
         height: controls.ring.height
     }
 
+    // In places of their own, not at anchors that come and go: a screen may grow out of a compact
+    // layout.
     component Group: Grid {
+        x: place.x + (place.width - width) / 2
         spacing: controls.gap
         columns: controls.screen.isCompact ? controls.columns : 3
+    }
+
+    // before: left of the ring; in a compact layout below it.
+    component SideGroup: Group {
+        required property bool before
+        readonly property real distance: 24 * controls.unit
+
+        x: controls.screen.isCompact ? place.x + (place.width - width) / 2
+           : before !== controls.screen.LayoutMirroring.enabled ? place.x - distance - width
+                                                                : place.x + place.width + distance
+        y: !controls.screen.isCompact ? place.y + (place.height - height) / 2
+           : before ? place.y + place.height + 2 * controls.gap
+                    : place.y - 2 * controls.gap - height
     }
 
     component Button: IconButton {
         screen: controls.screen
     }
 
-    Group {
-        anchors {
-            right: controls.screen.isCompact ? undefined : place.left
-            rightMargin: 24 * controls.unit
-            verticalCenter: controls.screen.isCompact ? undefined : place.verticalCenter
-            horizontalCenter: controls.screen.isCompact ? place.horizontalCenter : undefined
-            top: controls.screen.isCompact ? place.bottom : undefined
-            topMargin: 2 * controls.gap
-        }
+    SideGroup {
+        before: true
 
         Button {
             objectName: "importButton"
@@ -88,15 +97,8 @@ Item {
         }
     }
 
-    Group {
-        anchors {
-            left: controls.screen.isCompact ? undefined : place.right
-            leftMargin: 24 * controls.unit
-            verticalCenter: controls.screen.isCompact ? undefined : place.verticalCenter
-            horizontalCenter: controls.screen.isCompact ? place.horizontalCenter : undefined
-            bottom: controls.screen.isCompact ? place.top : undefined
-            bottomMargin: 2 * controls.gap
-        }
+    SideGroup {
+        before: false
 
         Button {
             objectName: "torch"
@@ -119,13 +121,9 @@ Item {
 
     // Between the picture and the ring, or below the other group.
     Group {
-        anchors {
-            horizontalCenter: place.horizontalCenter
-            verticalCenter: controls.screen.isCompact ? undefined : place.top
-            verticalCenterOffset: -Metrics.columnSpacing / 2 * controls.unit
-            top: controls.screen.isCompact ? place.bottom : undefined
-            topMargin: 2 * controls.gap + (controls.opensPictures ? controls.side + controls.gap : 0)
-        }
+        y: controls.screen.isCompact
+           ? place.y + place.height + 2 * controls.gap + (controls.opensPictures ? controls.side + controls.gap : 0)
+           : place.y - (Metrics.columnSpacing * controls.unit + height) / 2
         columnSpacing: controls.screen.isCompact ? controls.gap : 24 * controls.unit
         visible: controls.showsZoom
 
