@@ -64,6 +64,7 @@ ScreenItem {
         anchors.fill: parent
         screen: root
         actions: pageActions
+        isCentered: true
         picture: picture
 
         ScreenText {

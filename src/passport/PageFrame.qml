@@ -11,6 +11,7 @@ Item {
     required property PageActions actions
     property Item picture // may be null
     property real pictureAspect: 1.5 // width by height
+    property bool isCentered: false // a short column lies in the middle of the height
     default property alias content: column.data
 
     readonly property real unit: screen.unit
@@ -91,6 +92,7 @@ Item {
                 id: column
 
                 x: (scroller.width - width) / 2
+                y: frame.isCentered && frame.isPinned ? Math.max(0, (scroller.height - height) / 2) : 0
                 width: frame.columnWidth
                 spacing: 12 * frame.unit
 

@@ -59,6 +59,7 @@ ScreenItem {
         anchors.fill: parent
         screen: root
         actions: pageActions
+        isCentered: true
 
         Item {
             width: frame.columnWidth

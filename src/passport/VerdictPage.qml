@@ -240,8 +240,8 @@ ScreenItem {
                     readonly property string text: root.valueOf(modelData)
 
                     width: frame.columnWidth
-                    implicitHeight: value.y + value.implicitHeight
-                                    + (doubt.visible ? doubt.implicitHeight : 0)
+                    implicitHeight: Math.max(label.implicitHeight, value.y + value.implicitHeight
+                                             + (doubt.visible ? doubt.implicitHeight : 0))
                     Accessible.role: Accessible.StaticText
                     Accessible.name: modelData.isDoubtful ? `${label.text}: ${text}, ${doubt.text}`
                                                           : `${label.text}: ${text}`
@@ -287,6 +287,7 @@ ScreenItem {
 
         ActionButton {
             objectName: "details"
+            anchors.left: parent.left
             screen: root
             theme: root.theme
             textScale: root.textScale

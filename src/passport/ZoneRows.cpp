@@ -41,7 +41,7 @@ QString textOf(const ZoneField& field, const QLocale& locale) {
         return date.isEmpty() ? plain : date;
     }
     if (field.state && !field.state->name.empty())
-        return QStringLiteral("%1 (%2)").arg(textOf(field.state->name), plain);
+        return QStringLiteral("%1, %2").arg(textOf(field.state->name), plain);
     return plain;
 }
 

@@ -49,7 +49,7 @@ struct Scan : ScanRig {
         const QQuickItem* found = screen().item(item);
         return found ? found->property("text").toString().toStdString() : "no such text";
     }
-    void tap(const char* button) { click(findItem(screen().item(button), "area")); }
+    void tap(const char* button) { ScanRig::tap(screen(), button); }
     void press(Qt::Key key) {
         QTest::keyClick(&screen().window(), key);
         settle();
@@ -100,7 +100,7 @@ TEST(PassportScan, LeadsFromThePhotoToTheFieldsOfThePassport) {
               "This is a passport; its machine-readable lines were checked.");
     EXPECT_EQ(scan.told("fields"),
               "Surname|ERIKSSON|Given names|ANNA MARIA|Document number|L898902C3|"
-              "Nationality|Utopia (UTO)|Issuing state|Utopia (UTO)|"
+              "Nationality|Utopia (specimens), UTO|Issuing state|Utopia (specimens), UTO|"
               "Date of birth|12 August 1974|Sex|Female|Date of expiry|15 April 2012|");
     EXPECT_FALSE(scan.screen().item("detailTexts")->isVisible());
     scan.tap("details");

@@ -7,6 +7,7 @@
 #include <kestrelid/screens/PassportScanController.h>
 
 #include <algorithm>
+#include <gtest/gtest.h>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QImage>
@@ -112,9 +113,10 @@ struct ScanRig {
     // The camera's answer to the one who asked for a photo.
     void answer(bool works = true) const {
         camera.pass();
+        const auto output = camera.platform->photoOutput.lock();
+        ASSERT_TRUE(output && !output->requests.empty()) << "nobody asked for a photo";
         if (works)
-            camera.platform->photoOutput.lock()->finish(
-                {.fileDataRepresentation = {}, .image = photo()});
+            output->finish({.fileDataRepresentation = {}, .image = photo()});
         else
             camera.refusePhotos();
         camera.otherQueues->runAll();
@@ -129,17 +131,24 @@ struct ScanRig {
         settle();
     }
 
+    // Clicks a button, or what it calls its area.
+    static void tap(ShownScreen& screen, const QString& name, const QString& area = "area") {
+        QQuickItem* button = screen.item(name);
+        ASSERT_TRUE(button) << name.toStdString() << " is not on this page";
+        click(findItem(button, area));
+    }
+
     // From the scanning page to the preview, or to the page that says why not.
     void takePhoto(ShownScreen& screen, bool works = true) const {
         camera.makeReady();
-        click(screen.item("captureArea"));
+        tap(screen, "captureArea", "captureArea");
         answer(works);
     }
 
     // From the scanning page to the result.
     void scan(ShownScreen& screen) const {
         takePhoto(screen);
-        click(findItem(screen.item("confirm"), "area"));
+        tap(screen, "confirm");
         recognise();
     }
 };

@@ -55,7 +55,7 @@ Examination examined(const Photo& photo) {
 
 TEST(VerdictAdvice, SaysFirstWhatIsMostPressing) {
     constexpr std::array<double, 4> kNoPage{};
-    const PictureQuality dark{.sharpness = 0.5, .brightness = 0.1};
+    const PictureQuality dark{.sharpness = 0.5, .brightness = 0.05};
     const PictureQuality blurred{.sharpness = 0.1, .brightness = 0.5};
     const PictureQuality glaring{.sharpness = 0.5, .brightness = 0.5, .clippedHighlights = 0.1};
     const PictureQuality paper{.sharpness = 0.5, .brightness = 0.9, .clippedHighlights = 0.3};
