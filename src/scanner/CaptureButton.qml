@@ -1,4 +1,4 @@
-pragma ComponentBehavior: Bound
+// Components are not bound: a Loader of Qt 6.4 makes nothing of such ones.
 import QtQuick
 import Kestrelid
 

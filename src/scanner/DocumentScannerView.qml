@@ -1,4 +1,4 @@
-pragma ComponentBehavior: Bound
+// Components are not bound: a Loader of Qt 6.4 makes nothing of such ones.
 import QtQuick
 import Kestrelid
 
@@ -328,6 +328,11 @@ ScreenItem {
         height: 1
         Accessible.role: Accessible.AlertMessage
         Accessible.name: text
-        onTextChanged: root.announce(status)
+        onTextChanged: Qt.callLater(say)
+
+        // Later: the name that is spoken changes after the text.
+        function say() {
+            root.announce(status);
+        }
     }
 }

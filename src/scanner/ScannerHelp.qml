@@ -1,4 +1,4 @@
-pragma ComponentBehavior: Bound
+// Components are not bound: a Loader of Qt 6.4 makes nothing of such ones.
 import QtQuick
 import Kestrelid
 
@@ -199,6 +199,7 @@ Item {
 
         TapHandler {
             enabled: help.isCapturing
+            longPressThreshold: 1e6 // s; as Tap
             onTapped: help.source.cancelAutoCapture()
         }
 
