@@ -18,8 +18,10 @@ Item {
     signal cameraTapped
 
     readonly property real unit: screen.unit
+    readonly property bool isCompact: screen.isCompact
     readonly property real gap: 4 * unit
     readonly property real side: Metrics.touchTarget * unit
+    readonly property point middle: Qt.point(ring.x + ring.width / 2, ring.y + ring.height / 2)
 
     readonly property var torch: control("torch")
     readonly property var zoom: control("zoom")
@@ -35,12 +37,18 @@ Item {
     readonly property int pictures: opensPictures ? 1 : 0
     readonly property int columns: above > rows || (width >= 480 * unit && zoom && pictures + 2 > rows) ? 2 : 1
     readonly property bool showsZoom: zoom !== undefined
-                                      && (!screen.isCompact || pictures + (columns === 1 ? 2 : 1) <= rows)
+                                      && (!isCompact || pictures + (columns === 1 ? 2 : 1) <= rows)
     readonly property real railWidth: Math.max((Metrics.ring + 2 * Metrics.ringLine) * unit,
                                                columns * side + (columns - 1) * gap)
 
     function control(name: string): var {
         return offersControls ? scanner.controls.find(one => one.control === name) : undefined;
+    }
+
+    // Where something of that width begins, beside the ring.
+    function beside(width: real, isBefore: bool): real {
+        const space = 24 * unit;
+        return isBefore !== controls.LayoutMirroring.enabled ? ring.left - space - width : ring.right + space;
     }
 
     // by: of the range, from 0 to 1; at least the smallest change that the camera makes.
@@ -51,18 +59,9 @@ Item {
         scanner.setControl("zoom", Math.max(0, Math.min(1, zoom.value + (by < 0 ? -step : step))));
     }
 
-    Item {
-        id: place
-
-        x: controls.ring.x
-        y: controls.ring.y
-        width: controls.ring.width
-        height: controls.ring.height
-    }
-
     component Group: Grid {
         spacing: controls.gap
-        columns: controls.screen.isCompact ? controls.columns : 3
+        columns: controls.isCompact ? controls.columns : 3
     }
 
     component Button: IconButton {
@@ -70,14 +69,9 @@ Item {
     }
 
     Group {
-        anchors {
-            right: controls.screen.isCompact ? undefined : place.left
-            rightMargin: 24 * controls.unit
-            verticalCenter: controls.screen.isCompact ? undefined : place.verticalCenter
-            horizontalCenter: controls.screen.isCompact ? place.horizontalCenter : undefined
-            top: controls.screen.isCompact ? place.bottom : undefined
-            topMargin: 2 * controls.gap
-        }
+        columns: 1
+        x: controls.isCompact ? controls.middle.x - width / 2 : controls.beside(width, true)
+        y: controls.isCompact ? controls.ring.bottom + 2 * controls.gap : controls.middle.y - height / 2
 
         Button {
             objectName: "importButton"
@@ -89,14 +83,8 @@ Item {
     }
 
     Group {
-        anchors {
-            left: controls.screen.isCompact ? undefined : place.right
-            leftMargin: 24 * controls.unit
-            verticalCenter: controls.screen.isCompact ? undefined : place.verticalCenter
-            horizontalCenter: controls.screen.isCompact ? place.horizontalCenter : undefined
-            bottom: controls.screen.isCompact ? place.top : undefined
-            bottomMargin: 2 * controls.gap
-        }
+        x: controls.isCompact ? controls.middle.x - width / 2 : controls.beside(width, false)
+        y: controls.isCompact ? controls.ring.top - 2 * controls.gap - height : controls.middle.y - height / 2
 
         Button {
             objectName: "torch"
@@ -119,14 +107,10 @@ Item {
 
     // Between the picture and the ring, or below the other group.
     Group {
-        anchors {
-            horizontalCenter: place.horizontalCenter
-            verticalCenter: controls.screen.isCompact ? undefined : place.top
-            verticalCenterOffset: -Metrics.columnSpacing / 2 * controls.unit
-            top: controls.screen.isCompact ? place.bottom : undefined
-            topMargin: 2 * controls.gap + (controls.opensPictures ? controls.side + controls.gap : 0)
-        }
-        columnSpacing: controls.screen.isCompact ? controls.gap : 24 * controls.unit
+        x: controls.middle.x - width / 2
+        y: controls.isCompact ? controls.ring.bottom + 2 * controls.gap + controls.pictures * (controls.side + controls.gap)
+                              : controls.ring.top - (Metrics.columnSpacing * controls.unit + height) / 2
+        columnSpacing: controls.isCompact ? controls.gap : 24 * controls.unit
         visible: controls.showsZoom
 
         Button {
