@@ -24,7 +24,7 @@ ScreenItem {
     Accessible.name: heading.text
 
     onAppeared: {
-        actions.focusFirst();
+        pageActions.focusFirst();
         root.announce(heading);
     }
     onEscapePressed: root.canceled()
@@ -63,7 +63,8 @@ ScreenItem {
 
         anchors.fill: parent
         screen: root
-        actions: actions
+        actions: pageActions
+        isCentered: true
         picture: picture
 
         ScreenText {
@@ -132,13 +133,13 @@ ScreenItem {
     }
 
     PageActions {
-        id: actions
+        id: pageActions
 
         screen: root
 
         ActionButton {
             objectName: "cancel"
-            width: actions.buttonWidth
+            width: pageActions.buttonWidth
             screen: root
             theme: root.theme
             textScale: root.textScale

@@ -11,6 +11,7 @@ Item {
     required property PageActions actions
     property Item picture // may be null
     property real pictureAspect: 1.5 // width by height
+    property bool isCentered: false // a short column lies in the middle of the height
     default property alias content: column.data
 
     readonly property real unit: screen.unit
@@ -40,13 +41,14 @@ Item {
 
     // What has the focus is seen.
     onFocusedChanged: {
+        const scrolled = scroller.contentItem;
         let holder = focused;
-        while (holder && holder !== column)
+        while (holder && holder !== scrolled)
             holder = holder.parent;
         if (!holder)
             return;
-        const top = focused.mapToItem(column, 0, 0).y - gap / 2;
-        const bottom = focused.mapToItem(column, 0, focused.height).y + gap / 2;
+        const top = focused.mapToItem(scrolled, 0, 0).y - gap / 2;
+        const bottom = focused.mapToItem(scrolled, 0, focused.height).y + gap / 2;
         if (bottom > scroller.contentY + scroller.height)
             scrollTo(bottom - scroller.height);
         if (top < scroller.contentY)
@@ -90,6 +92,7 @@ Item {
                 id: column
 
                 x: (scroller.width - width) / 2
+                y: frame.isCentered && frame.isPinned ? Math.max(0, (scroller.height - height) / 2) : 0
                 width: frame.columnWidth
                 spacing: 12 * frame.unit
 

@@ -64,7 +64,6 @@ StraightPhoto {
         property real before: 1
 
         target: null
-        rotationAxis.enabled: false
         onActiveChanged: before = 1
         onActiveScaleChanged: {
             photo.zoomBy(activeScale / before, centroid.position);

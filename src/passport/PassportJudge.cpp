@@ -101,7 +101,8 @@ PassportJudge::PassportJudge(QObject* parent) : QObject(parent), mainQueue_(make
 PassportJudge::~PassportJudge() = default;
 
 QString PassportJudge::proof() const {
-    const auto* named = std::ranges::find(kProofs, proof_, [](const auto& row) { return row.second; });
+    const auto* named =
+        std::ranges::find(kProofs, proof_, [](const auto& row) { return row.second; });
     return QString::fromLatin1(named->first);
 }
 

@@ -1,4 +1,4 @@
-pragma ComponentBehavior: Bound
+// Components are not bound: a Loader of Qt 6.4 makes nothing of such ones.
 import QtQuick
 import Kestrelid
 
@@ -251,7 +251,7 @@ ScreenItem {
             item.isKeyboardInUse = root.isKeyboardInUse;
             item.focus = true;
         }
-        Component.onCompleted: flow.scan()
+        Component.onCompleted: flow.show("scanning") // a picture may be being opened already
     }
 
     Component {

@@ -37,7 +37,7 @@ ScreenItem {
     Accessible.name: root.sentence
 
     onAppeared: {
-        actions.focusFirst();
+        pageActions.focusFirst();
         root.announce(heading);
     }
     onEscapePressed: root.closed()
@@ -58,7 +58,8 @@ ScreenItem {
         objectName: "frame"
         anchors.fill: parent
         screen: root
-        actions: actions
+        actions: pageActions
+        isCentered: true
 
         Item {
             width: frame.columnWidth
@@ -109,13 +110,13 @@ ScreenItem {
     }
 
     PageActions {
-        id: actions
+        id: pageActions
 
         screen: root
 
         ActionButton {
             objectName: "again"
-            width: actions.buttonWidth
+            width: pageActions.buttonWidth
             screen: root
             theme: root.theme
             textScale: root.textScale
@@ -125,7 +126,7 @@ ScreenItem {
 
         ActionButton {
             objectName: "usePicture"
-            width: actions.buttonWidth
+            width: pageActions.buttonWidth
             visible: root.importsPhotos
             screen: root
             theme: root.theme

@@ -1,13 +1,14 @@
 #include "passport/StraightPhoto.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kestrelid::passport {
 
 StraightPhoto::StraightPhoto(QQuickItem* parent) : PhotoItem(parent) {
     setClip(true);
+    connect(this, &PhotoItem::pictureChanged, this, &StraightPhoto::measure);
     connect(this, &PhotoItem::pictureChanged, this, &StraightPhoto::viewChanged);
-    connect(this, &PhotoItem::pictureChanged, this, &StraightPhoto::aspectRatioChanged);
     connect(this, &PhotoItem::imageChanged, this, &StraightPhoto::showWhole);
 }
 
@@ -26,22 +27,21 @@ void StraightPhoto::setOutline(const QVariantList& outline) {
         return;
     outline_ = points;
     emit outlineChanged();
+    measure();
     showWhole();
-    emit aspectRatioChanged();
-    emit viewChanged();
-    render();
 }
 
-qreal StraightPhoto::aspectRatio() const {
-    const QSizeF page = photo() ? StraightPicture(*photo(), outline_).size() : QSizeF(1.0, 1.0);
-    return page.isEmpty() ? 1.0 : page.width() / page.height();
+void StraightPhoto::measure() {
+    const QSizeF page = photo() ? StraightPicture(*photo(), outline_).size() : QSizeF();
+    const qreal ratio = page.isEmpty() ? 1.0 : page.width() / page.height();
+    if (std::exchange(aspectRatio_, ratio) != ratio)
+        emit aspectRatioChanged();
 }
 
 QRectF StraightPhoto::pageRect() const {
     if (!photo() || width() <= 0.0 || height() <= 0.0)
         return {};
-    const QSizeF page =
-        QSizeF(aspectRatio(), 1.0).scaled(size(), Qt::KeepAspectRatio) * zoom_;
+    const QSizeF page = QSizeF(aspectRatio_, 1.0).scaled(size(), Qt::KeepAspectRatio) * zoom_;
     // Its edges stay outside of the item, or as far inside on both sides.
     const auto start = [](qreal room, qreal side, qreal center) {
         return side <= room ? (room - side) / 2.0

@@ -10,8 +10,8 @@
 
 namespace kestrelid::passport {
 
-// Shows the page of a photo as if it lay flat, whole at first; it can be enlarged and moved. A photo
-// without an outline is shown as it is.
+// Shows the page of a photo as if it lay flat, whole at first; it can be enlarged and moved. A
+// photo without an outline is shown as it is.
 class StraightPhoto : public preview::PhotoItem {
     Q_OBJECT
     // Four points, in shares of the photo from its top left; or none.
@@ -33,7 +33,7 @@ public:
     [[nodiscard]] qreal zoom() const { return zoom_; }
     [[nodiscard]] qreal greatestZoom() const { return kGreatestZoom; }
     [[nodiscard]] QRectF pageRect() const;
-    [[nodiscard]] qreal aspectRatio() const;
+    [[nodiscard]] qreal aspectRatio() const { return aspectRatio_; }
 
     // factor: of the present size. at: what stays where it is, in points of the item.
     Q_INVOKABLE void zoomBy(qreal factor, const QPointF& at);
@@ -56,8 +56,10 @@ private:
     static constexpr qreal kGreatestZoom = 8.0;
 
     void look(qreal zoom, const QPointF& center);
+    void measure();
 
     QPolygonF outline_;
+    qreal aspectRatio_ = 1.0;
     qreal zoom_ = 1.0;
     QPointF center_{0.5, 0.5};  // of what is shown, in shares of the page
 };

@@ -77,8 +77,10 @@ QImage StraightPicture::part(const QRectF& shares, const QSize& pixels) const {
     QImage cut = seen == photo_.pixels.rect() ? photo_.pixels : photo_.pixels.copy(seen);
     if (cut.hasAlphaChannel())
         cut = preview::onWhite(cut);
-    const double shrinking = std::min(size_.width() / whole.width(), size_.height() / whole.height());
-    const int factor = std::clamp(static_cast<int>(shrinking), 1, std::min(cut.width(), cut.height()));
+    const double shrinking =
+        std::min(size_.width() / whole.width(), size_.height() / whole.height());
+    const int factor =
+        std::clamp(static_cast<int>(shrinking), 1, std::min(cut.width(), cut.height()));
     if (factor > 1)
         cut = preview::boxReduced(cut, factor);
 

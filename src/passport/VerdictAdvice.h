@@ -72,6 +72,7 @@ struct VerdictRules {
                                                          GuidanceLimits limits) {
     // A page as white as this is not glaring: paper in good light has such pixels everywhere.
     constexpr double kBrightPaper = 0.75;
+    constexpr double kLeastSharpness = 0.15;  // see PictureQuality; frames are measured otherwise
     constexpr RectangleObservation kGoodPage{
         .boundingBox = {.x = 0.2, .y = 0.2, .width = 0.6, .height = 0.6},
         .corners = {{{0.2, 0.8}, {0.8, 0.8}, {0.8, 0.2}, {0.2, 0.2}}},
@@ -79,9 +80,11 @@ struct VerdictRules {
     const PictureQuality& quality = examined.quality;
     PageLook look{.brightness = quality.brightness,
                   .glare = quality.brightness < kBrightPaper ? quality.clippedHighlights : 0.0,
-                  .sharpness = quality.sharpness};
+                  .sharpness = quality.sharpness < kLeastSharpness ? 0.0 : 1.0};
     if (examined.chosenOutline)
         look.outline = examined.outlines[*examined.chosenOutline];
+    limits.leastSharpness = 0.5;
+    limits.hold = PageTracker::Time::zero();
     const auto mendPlace = [&] {
         look.outline = kGoodPage;
         limits.leastArea = 0.0;
@@ -92,7 +95,8 @@ struct VerdictRules {
     std::vector<VerdictAdvice> faults;
     for (;;) {
         PageTracker tracker(limits);
-        tracker.see(look, PageTracker::Time{});
+        tracker.see(look, PageTracker::Time(0.0));
+        tracker.see(look, PageTracker::Time(0.1));  // one look alone is no advice
         switch (tracker.live().advice) {
         case Advice::none:
             return faults;
@@ -165,8 +169,8 @@ struct VerdictRules {
         const bool isZoneWhatLacks =
             rules.proof != PassportProof::verdict && (isVerdict || !examined.zones.empty());
         if (!isZoneWhatLacks) {
-            const bool isOtherPage = examined.chosenOutline && !examined.lines.empty() &&
-                                     examined.matches.empty();
+            const bool isOtherPage =
+                examined.chosenOutline && !examined.lines.empty() && examined.matches.empty();
             if (isOtherPage || advice.empty())
                 advice.push_back(VerdictAdvice::photoPage);
             return advice;

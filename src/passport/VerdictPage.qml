@@ -94,7 +94,7 @@ ScreenItem {
     Accessible.name: root.sentence
 
     onAppeared: {
-        actions.focusFirst();
+        pageActions.focusFirst();
         root.announce(heading);
     }
     onEscapePressed: root.scannedAgain()
@@ -103,6 +103,7 @@ ScreenItem {
     component PlainText: ScreenText {
         width: frame.columnWidth
         wrapMode: Text.Wrap
+        horizontalAlignment: Text.AlignLeft // mirrored, whatever is read off a page
         color: root.theme.text
         pointSize: Metrics.titleFont
         textScale: root.textScale
@@ -143,7 +144,7 @@ ScreenItem {
         objectName: "frame"
         anchors.fill: parent
         screen: root
-        actions: actions
+        actions: pageActions
         picture: photo
         pictureAspect: photo.aspectRatio
 
@@ -167,7 +168,6 @@ ScreenItem {
                 objectName: "heading"
                 anchors { right: parent.right; verticalCenter: parent.verticalCenter }
                 width: parent.width - symbol.width - 12 * root.unit
-                horizontalAlignment: Text.AlignLeft
                 text: root.sentence
                 pointSize: 20
                 font.weight: Font.DemiBold
@@ -214,7 +214,6 @@ ScreenItem {
 
                         anchors.right: parent.right
                         width: parent.width - bullet.width - 10 * root.unit
-                        horizontalAlignment: Text.AlignLeft
                         text: root.wordsFor(parent.modelData)
                     }
                 }
@@ -241,8 +240,8 @@ ScreenItem {
                     readonly property string text: root.valueOf(modelData)
 
                     width: frame.columnWidth
-                    implicitHeight: value.y + value.implicitHeight
-                                    + (doubt.visible ? doubt.implicitHeight : 0)
+                    implicitHeight: Math.max(label.implicitHeight, value.y + value.implicitHeight
+                                             + (doubt.visible ? doubt.implicitHeight : 0))
                     Accessible.role: Accessible.StaticText
                     Accessible.name: modelData.isDoubtful ? `${label.text}: ${text}, ${doubt.text}`
                                                           : `${label.text}: ${text}`
@@ -263,7 +262,6 @@ ScreenItem {
                         anchors.right: parent.right
                         y: row.isBeside ? 0 : label.implicitHeight
                         width: row.isBeside ? 0.6 * row.width - 8 * root.unit : row.width
-                        horizontalAlignment: Text.AlignLeft
                         text: row.text
                         font.weight: Font.Medium
                         Accessible.ignored: true
@@ -276,7 +274,6 @@ ScreenItem {
                         y: value.y + value.implicitHeight
                         width: value.width
                         visible: row.modelData.isDoubtful
-                        horizontalAlignment: Text.AlignLeft
                         text: qsTr("please check")
                         color: root.theme.warning
                         pointSize: Metrics.smallFont
@@ -290,6 +287,7 @@ ScreenItem {
 
         ActionButton {
             objectName: "details"
+            anchors.left: parent.left
             screen: root
             theme: root.theme
             textScale: root.textScale
@@ -359,13 +357,13 @@ ScreenItem {
     }
 
     PageActions {
-        id: actions
+        id: pageActions
 
         screen: root
 
         ActionButton {
             objectName: "continue"
-            width: actions.buttonWidth
+            width: pageActions.buttonWidth
             visible: root.judge.isPassport
             screen: root
             theme: root.theme
@@ -376,7 +374,7 @@ ScreenItem {
 
         ActionButton {
             objectName: "again"
-            width: actions.buttonWidth
+            width: pageActions.buttonWidth
             screen: root
             theme: root.theme
             textScale: root.textScale
@@ -387,7 +385,7 @@ ScreenItem {
 
         ActionButton {
             objectName: "continueAnyway"
-            width: actions.buttonWidth
+            width: pageActions.buttonWidth
             visible: !root.judge.isPassport && root.acceptsAnyPhoto
             screen: root
             theme: root.theme

@@ -12,10 +12,14 @@ namespace kestrelid::passport {
 namespace {
 
 constexpr std::array kRows{
-    ZoneFieldKind::primaryIdentifier, ZoneFieldKind::secondaryIdentifier,
-    ZoneFieldKind::documentNumber,    ZoneFieldKind::nationality,
-    ZoneFieldKind::issuingState,      ZoneFieldKind::dateOfBirth,
-    ZoneFieldKind::sex,               ZoneFieldKind::dateOfExpiry,
+    ZoneFieldKind::primaryIdentifier,
+    ZoneFieldKind::secondaryIdentifier,
+    ZoneFieldKind::documentNumber,
+    ZoneFieldKind::nationality,
+    ZoneFieldKind::issuingState,
+    ZoneFieldKind::dateOfBirth,
+    ZoneFieldKind::sex,
+    ZoneFieldKind::dateOfExpiry,
 };
 
 QString textOf(std::string_view text) {
@@ -37,7 +41,7 @@ QString textOf(const ZoneField& field, const QLocale& locale) {
         return date.isEmpty() ? plain : date;
     }
     if (field.state && !field.state->name.empty())
-        return QStringLiteral("%1 (%2)").arg(textOf(field.state->name), plain);
+        return QStringLiteral("%1, %2").arg(textOf(field.state->name), plain);
     return plain;
 }
 

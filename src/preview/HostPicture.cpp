@@ -59,11 +59,11 @@ Image imageOf(const QImage& picture) {
         return {};
     const QImage opaque = picture.hasAlphaChannel() ? onWhite(picture) : picture;
     const auto held = std::make_shared<const QImage>(opaque.convertToFormat(QImage::Format_RGB888));
-    const auto bitmap = Bitmap::wrap(
-        held->width(), held->height(), held->bytesPerLine(), PixelFormat::rgb8,
-        std::shared_ptr<const std::byte[]>(held,
-                                           reinterpret_cast<const std::byte*>(held->constBits())),
-        static_cast<std::size_t>(held->sizeInBytes()));
+    const auto bitmap =
+        Bitmap::wrap(held->width(), held->height(), held->bytesPerLine(), PixelFormat::rgb8,
+                     std::shared_ptr<const std::byte[]>(
+                         held, reinterpret_cast<const std::byte*>(held->constBits())),
+                     static_cast<std::size_t>(held->sizeInBytes()));
     return bitmap ? Image(*bitmap) : Image();
 }
 

@@ -18,10 +18,8 @@ Item {
     signal cameraTapped
 
     readonly property real unit: screen.unit
-    readonly property bool isCompact: screen.isCompact
     readonly property real gap: 4 * unit
     readonly property real side: Metrics.touchTarget * unit
-    readonly property point middle: Qt.point(ring.x + ring.width / 2, ring.y + ring.height / 2)
 
     readonly property var torch: control("torch")
     readonly property var zoom: control("zoom")
@@ -37,18 +35,12 @@ Item {
     readonly property int pictures: opensPictures ? 1 : 0
     readonly property int columns: above > rows || (width >= 480 * unit && zoom && pictures + 2 > rows) ? 2 : 1
     readonly property bool showsZoom: zoom !== undefined
-                                      && (!isCompact || pictures + (columns === 1 ? 2 : 1) <= rows)
+                                      && (!screen.isCompact || pictures + (columns === 1 ? 2 : 1) <= rows)
     readonly property real railWidth: Math.max((Metrics.ring + 2 * Metrics.ringLine) * unit,
                                                columns * side + (columns - 1) * gap)
 
     function control(name: string): var {
         return offersControls ? scanner.controls.find(one => one.control === name) : undefined;
-    }
-
-    // Where something of that width begins, beside the ring.
-    function beside(width: real, isBefore: bool): real {
-        const space = 24 * unit;
-        return isBefore !== controls.LayoutMirroring.enabled ? ring.left - space - width : ring.right + space;
     }
 
     // by: of the range, from 0 to 1; at least the smallest change that the camera makes.
@@ -59,19 +51,43 @@ Item {
         scanner.setControl("zoom", Math.max(0, Math.min(1, zoom.value + (by < 0 ? -step : step))));
     }
 
+    Item {
+        id: place
+
+        x: controls.ring.x
+        y: controls.ring.y
+        width: controls.ring.width
+        height: controls.ring.height
+    }
+
+    // In places of their own, not at anchors that come and go: a screen may grow out of a compact
+    // layout.
     component Group: Grid {
+        x: place.x + (place.width - width) / 2
         spacing: controls.gap
-        columns: controls.isCompact ? controls.columns : 3
+        columns: controls.screen.isCompact ? controls.columns : 3
+    }
+
+    // before: left of the ring; in a compact layout below it.
+    component SideGroup: Group {
+        required property bool before
+        readonly property real distance: 24 * controls.unit
+
+        x: controls.screen.isCompact ? place.x + (place.width - width) / 2
+           : before !== controls.screen.LayoutMirroring.enabled ? place.x - distance - width
+                                                                : place.x + place.width + distance
+        y: !controls.screen.isCompact ? place.y + (place.height - height) / 2
+           : before ? place.y + place.height + 2 * controls.gap
+                    : place.y - 2 * controls.gap - height
     }
 
     component Button: IconButton {
         screen: controls.screen
     }
 
-    Group {
+    SideGroup {
+        before: true
         columns: 1
-        x: controls.isCompact ? controls.middle.x - width / 2 : controls.beside(width, true)
-        y: controls.isCompact ? controls.ring.bottom + 2 * controls.gap : controls.middle.y - height / 2
 
         Button {
             objectName: "importButton"
@@ -82,9 +98,8 @@ Item {
         }
     }
 
-    Group {
-        x: controls.isCompact ? controls.middle.x - width / 2 : controls.beside(width, false)
-        y: controls.isCompact ? controls.ring.top - 2 * controls.gap - height : controls.middle.y - height / 2
+    SideGroup {
+        before: false
 
         Button {
             objectName: "torch"
@@ -107,10 +122,10 @@ Item {
 
     // Between the picture and the ring, or below the other group.
     Group {
-        x: controls.middle.x - width / 2
-        y: controls.isCompact ? controls.ring.bottom + 2 * controls.gap + controls.pictures * (controls.side + controls.gap)
-                              : controls.ring.top - (Metrics.columnSpacing * controls.unit + height) / 2
-        columnSpacing: controls.isCompact ? controls.gap : 24 * controls.unit
+        y: controls.screen.isCompact
+           ? place.y + place.height + 2 * controls.gap + (controls.opensPictures ? controls.side + controls.gap : 0)
+           : place.y - (Metrics.columnSpacing * controls.unit + height) / 2
+        columnSpacing: controls.screen.isCompact ? controls.gap : 24 * controls.unit
         visible: controls.showsZoom
 
         Button {

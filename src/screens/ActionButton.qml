@@ -29,7 +29,7 @@ Pill {
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.Wrap
         text: button.text
-        color: button.isPrimary ? button.theme.onAccent : button.theme.onTint
+        color: button.isPrimary ? button.theme.textOnAccent : button.theme.textOnTint
         pointSize: Metrics.titleFont
         textScale: button.textScale
         unit: button.screen.unit

@@ -15,9 +15,9 @@ QtObject {
     readonly property color secondaryText: isDark ? "#A9AFBA" : "#5A5F68"
     readonly property color line: isDark ? "#34373D" : "#D5D8DD" // between parts; never a text
     readonly property color accent: isDark ? "#7CB8FF" : "#0B63CE" // also a text on the background
-    readonly property color onAccent: isDark ? "#06264D" : "#FFFFFF"
+    readonly property color textOnAccent: isDark ? "#06264D" : "#FFFFFF"
     readonly property color tint: isDark ? "#24344A" : "#DCEBFF"
-    readonly property color onTint: isDark ? "#BBD9FF" : "#0A4FA8"
+    readonly property color textOnTint: isDark ? "#BBD9FF" : "#0A4FA8"
     readonly property color success: isDark ? "#4ADE80" : "#146C34"
     readonly property color failure: isDark ? "#FF8A80" : "#C62828"
     readonly property color warning: isDark ? "#FFC857" : "#8A5A00"

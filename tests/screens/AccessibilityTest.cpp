@@ -1,9 +1,12 @@
 #include "tests/screens/FakeCamera.h"
 #include "tests/screens/ShownScreen.h"
 
+#include <kestrelid/screens/ImagePreviewViewController.h>
+
 #include <gtest/gtest.h>
 #include <QAccessible>
 #include <QMetaEnum>
+#include <QTest>
 
 namespace kestrelid::test {
 namespace {
@@ -98,6 +101,18 @@ TEST_F(Accessibility, Preview) {
     press(findItem(screen.item("retake"), "area"));
     press(findItem(screen.item("confirm"), "area"));
     EXPECT_EQ(calls, "retake confirm ");
+}
+
+TEST_F(Accessibility, PreviewWithoutAPhotoInAWidget) {
+    ImagePreviewViewController controller("Check the photo", std::nullopt, {}, {});
+    controller.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller, kPatience));
+    QString lines;
+    listen(QAccessible::queryAccessibleInterface(&controller), lines);
+    EXPECT_EQ(lines.toStdString(), "Client (focus): \nPane: Check the photo\n"
+                                   "Button (focus): Close\nHeading: Check the photo\n"
+                                   "StaticText (focus): Image not provided\n"
+                                   "Button (focus): Retake\nButton (focus): Confirm\n");
 }
 
 }  // namespace

@@ -3,7 +3,10 @@
 
 #include <kestrelid/screens/DocumentScannerVC.h>
 #include <kestrelid/screens/ImagePreviewViewController.h>
+#include <kestrelid/screens/PassportScanController.h>
 
+#include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 #include <QDialog>
 #include <QLineEdit>
@@ -273,18 +276,32 @@ std::string press(const QWidget& window, Qt::Key key, int times) {
 TEST(Controllers, TabLeadsThroughTheScreenAndOnToTheHostsWidgets) {
     const FakeCamera camera;
     std::string taps;
-    for (const bool isPreview : {false, true}) {
-        SCOPED_TRACE(isPreview ? "preview" : "scanner");
-        const auto make = [&]() -> std::unique_ptr<QWidget> {
-            if (isPreview)
-                return previewing(taps);
-            return std::make_unique<DocumentScannerVC>([](const auto&) {}, camera.scannerCamera());
-        };
-        const std::string controls =
-            isPreview ? "closeArea retake confirm " : "closeArea captureArea ";
-        const std::string reversed =
-            isPreview ? "confirm retake closeArea " : "captureArea closeArea ";
-        const int count = isPreview ? 3 : 2;
+    struct Row {
+        const char* name;
+        std::function<std::unique_ptr<QWidget>()> make;
+        std::string controls;
+        std::string reversed;
+    };
+    for (const auto& [name, make, controls, reversed] : std::vector<Row>{
+             {"scanner",
+              [&] {
+                  return std::make_unique<DocumentScannerVC>([](const auto&) {},
+                                                             camera.scannerCamera());
+              },
+              "closeArea captureArea ", "captureArea closeArea "},
+             {"preview", [&] { return previewing(taps); }, "closeArea retake confirm ",
+              "confirm retake closeArea "},
+             {"a screen in a screen",
+              [&] {
+                  auto scan = std::make_unique<PassportScanController>([](const auto&) {},
+                                                                       camera.scannerCamera());
+                  scan->assistance = {};
+                  return scan;
+              },
+              "closeArea captureArea ", "captureArea closeArea "},
+         }) {
+        SCOPED_TRACE(name);
+        const auto count = static_cast<int>(std::ranges::count(controls, ' '));
 
         const auto alone = make();
         open(*alone);

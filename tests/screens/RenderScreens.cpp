@@ -5,11 +5,11 @@
 #include "tests/screens/ShownScreen.h"
 
 #include <kestrelid/DefaultServices.h>
-#include <kestrelid/ImageFile.h>
 #include <kestrelid/screens/MainQueue.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <QApplication>
 #include <QDir>
 #include <QFile>
@@ -50,11 +50,17 @@ const std::vector<Look> kLooks{
     {"bengali-lying", {820, 390}, 1.0, "light", "bn"},
 };
 
+// In the format of a camera's frames.
 Image sample(const QString& file) {
-    const ImageResult result = readImage(file.toStdString());
-    if (const auto* error = std::get_if<ImageError>(&result))
-        qFatal("%s: %s", qPrintable(file), error->cause.c_str());
-    return std::get<Image>(result);
+    const QImage picture = QImage(file).convertToFormat(QImage::Format_RGB32);
+    const auto bytes = static_cast<std::size_t>(picture.sizeInBytes());
+    const auto pixels = std::make_shared<std::byte[]>(bytes);
+    std::memcpy(pixels.get(), picture.constBits(), bytes);
+    const auto bitmap = Bitmap::wrap(picture.width(), picture.height(), picture.bytesPerLine(),
+                                     PixelFormat::bgra8, pixels, bytes);
+    if (!bitmap)
+        qFatal("cannot read %s", qPrintable(file));
+    return Image(*bitmap);
 }
 
 // Asks for models that nobody has installed.
@@ -99,10 +105,12 @@ public:
         prepare(camera);
         ScannerCamera given = camera.scannerCamera();
         given.recognition = recognition;
-        given.makeServices = [make = given.makeServices, outlines = materials.outlines](
-                                 const auto& queue, const CameraOptions& options) {
+        given.makeServices = [make = given.makeServices, outlines = materials.outlines,
+                              clock = camera.wallClock](const auto& queue,
+                                                        const CameraOptions& options) {
             CameraServices services = make(queue, options);
             services.outlines = outlines;
+            services.uptime = [clock] { return std::chrono::duration<double>(*clock); };
             return services;
         };
         properties.insert({{"completion", QVariant::fromValue(ScreenAction([] {}))},
@@ -125,6 +133,7 @@ public:
 
     // Frames of this picture, two seconds of them.
     void see(const Image& picture) const {
+        camera.platform->session.lock()->tell();
         for (int frame = 0; frame < 8; ++frame) {
             *camera.wallClock += 0.25;
             camera.platform->videoOutput.lock()->deliver(
@@ -185,7 +194,7 @@ public:
     // Once all pictures are drawn and movements have ended.
     QImage picture() {
         waitFor([&] { return isComplete(screen_->root()); });
-        QTest::qWait(400);  // ms
+        QTest::qWait(250);  // ms
         return screen_->grab();
     }
 
@@ -258,8 +267,8 @@ std::vector<Scene> scenes(const QString& folder) {
         {"a-notice",
          [](Stage& stage) { stage.seePassport(); },
          nothing,
-         {{"notice", "No camera was found: a drawn passport stands for one. To check a picture of "
-                     "your own, drop it here or choose it with the picture button."}}},
+         {{"notice",
+           "No camera was found: this is a drawn passport. You can drop a picture here instead."}}},
         {"b-preview", [](Stage& stage) { stage.takePhoto("bangladesh-on-wood.jpg"); }},
         {"c-judging",
          [](Stage& stage) {

@@ -44,8 +44,8 @@ TEST(SharedParts, TextsOfBothThemesStandOut) {
         for (const auto& [ground, texts] : std::map<const char*, std::vector<const char*>>{
                  {"background",
                   {"text", "secondaryText", "accent", "success", "failure", "warning"}},
-                 {"tint", {"text", "secondaryText", "onTint", "success", "failure", "warning"}},
-                 {"accent", {"onAccent"}}}) {
+                 {"tint", {"text", "secondaryText", "textOnTint", "success", "failure", "warning"}},
+                 {"accent", {"textOnAccent"}}}) {
             for (const char* text : texts)
                 EXPECT_GE(contrast(color(text), color(ground)), 4.5)
                     << text << " on " << ground << (isDark ? ", dark" : ", light");

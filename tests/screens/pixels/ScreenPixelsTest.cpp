@@ -1,5 +1,6 @@
 #include "scanner/ScannerDisplay.h"
 #include "tests/screens/FakeCamera.h"
+#include "tests/screens/ScanRig.h"
 #include "tests/screens/ShownScreen.h"
 
 #include <algorithm>
@@ -221,8 +222,7 @@ TEST_F(Pixels, OfSharedParts) {
                     required property string modelData
                     y: index * 320; width: 360; height: 320
                     color: theme.background
-                    Theme { id: colors; choice: half.modelData }
-                    property Theme theme: colors
+                    property Theme theme: Theme { choice: half.modelData }
                     Grid {
                         x: 12; y: 12; columns: 6; spacing: 12
                         Repeater {
@@ -249,6 +249,49 @@ TEST_F(Pixels, OfSharedParts) {
             }
         })");
     expectReference(window->grabWindow(), "shared-parts");
+}
+
+TEST_F(Pixels, OfThePassportScan) {
+    constexpr QSize phone{390, 760};
+    constexpr QSize low{820, 390};
+    struct ScanCase {
+        const char* name;
+        QSize size;
+        const char* theme = "light";
+        Qt::LayoutDirection direction = Qt::LeftToRight;
+        bool isPassport = true;
+        bool isTaken = true;
+        double textScale = 1.0;
+    };
+    for (const ScanCase& row : std::vector<ScanCase>{
+             {"passport", phone},
+             {"passport-dark", phone, "dark"},
+             {"passport-low", low, "dark"},
+             {"passport-right-to-left", phone, "light", Qt::RightToLeft},
+             {.name = "passport-small", .size = {320, 480}, .textScale = 1.5},
+             {.name = "other", .size = phone, .isPassport = false},
+             {.name = "other-dark", .size = phone, .theme = "dark", .isPassport = false},
+             {"other-low-right-to-left", low, "light", Qt::RightToLeft, false},
+             {.name = "failed", .size = phone, .isTaken = false},
+         }) {
+        ScanRig rig;
+        if (!row.isPassport) {
+            *rig.text = FakeText(std::vector<std::string>{"RECEIPT"});
+            rig.zones->seen.clear();
+        }
+        QGuiApplication::setLayoutDirection(row.direction);
+        ShownScreen screen("PassportScan",
+                           {{"completion", {}}, {"theme", row.theme}, {"textScale", row.textScale}},
+                           row.size, rig.scannerCamera());
+        if (row.isTaken)
+            rig.scan(screen);
+        else
+            rig.takePhoto(screen, false);
+        const QQuickItem* photo = screen.item("photo");
+        ASSERT_TRUE(!row.isTaken ||
+                    waitFor([&] { return photo->property("isComplete").toBool(); }));
+        expectReference(screen.grab(), std::string("scan-") + row.name);
+    }
 }
 
 }  // namespace
