@@ -101,6 +101,7 @@ FocusScope {
         color: "#99000000"
 
         TapHandler {
+            longPressThreshold: 1e6 // s; as Tap
             onTapped: list.closed()
         }
     }

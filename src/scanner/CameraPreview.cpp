@@ -121,8 +121,8 @@ QSizeF CameraPreview::pictureSize() const {
     return screens::uprightSize(shape_.orientation, shape_.stored);
 }
 
-QPointF CameraPreview::mapFromFrame(const QPointF& share) const {
-    return scanner::mapFromFrame(shape_, placeFrame(shape_, size(), showsWholeFrame_), share);
+QPointF CameraPreview::mapFromFrame(qreal x, qreal y) const {
+    return scanner::mapFromFrame(shape_, placeFrame(shape_, size(), showsWholeFrame_), {x, y});
 }
 
 QSGNode* CameraPreview::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {

@@ -42,9 +42,9 @@ public:
 
     [[nodiscard]] QSizeF pictureSize() const;
 
-    // Where a point of the last frame is in the item; share: of its sides as the sensor sees it,
-    // from its top left. Holds until placementChanged().
-    Q_INVOKABLE [[nodiscard]] QPointF mapFromFrame(const QPointF& share) const;
+    // Where a point of the last frame is in the item; x, y: shares of its sides as the sensor sees
+    // it, from its top left. Holds until placementChanged().
+    Q_INVOKABLE QPointF mapFromFrame(qreal x, qreal y) const;
 
 signals:
     void sessionChanged();

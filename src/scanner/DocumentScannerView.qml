@@ -328,6 +328,11 @@ ScreenItem {
         height: 1
         Accessible.role: Accessible.AlertMessage
         Accessible.name: text
-        onTextChanged: root.announce(status)
+        onTextChanged: Qt.callLater(say)
+
+        // Later: the name that is spoken changes after the text.
+        function say() {
+            root.announce(status);
+        }
     }
 }

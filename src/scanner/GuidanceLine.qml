@@ -67,7 +67,7 @@ Item {
                 width: Math.min(Math.ceil(implicitWidth),
                                 Math.max(0, line.width - line.symbolRoom - 2 * line.padding
                                          - (cross.visible ? cross.width + row.spacing : 0)))
-                horizontalAlignment: lineCount > 1 ? Text.AlignHCenter : Text.AlignLeft
+                horizontalAlignment: Text.AlignHCenter
                 wrapMode: Text.Wrap
                 text: line.text
                 color: "white"

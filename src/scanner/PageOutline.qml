@@ -19,9 +19,9 @@ Item {
 
     function follow(glides: bool) {
         outline.glides = glides && isShown;
-        if (!isSeen)
+        if (corners.length !== 4) // isSeen may change later
             return;
-        const places = corners.map(corner => picture.mapFromFrame(corner));
+        const places = corners.map(corner => picture.mapFromFrame(corner.x, corner.y));
         topLeft.place = places[0];
         topRight.place = places[1];
         bottomRight.place = places[2];

@@ -199,6 +199,7 @@ Item {
 
         TapHandler {
             enabled: help.isCapturing
+            longPressThreshold: 1e6 // s; as Tap
             onTapped: help.source.cancelAutoCapture()
         }
 

@@ -116,6 +116,8 @@ bool ScreenItem::perform(const QVariant& action) {
 void ScreenItem::announce(QQuickItem* item) {
     QAccessibleEvent event(item, QAccessible::Alert);
     QAccessible::updateAccessibility(&event);
+    if (const QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(item))
+        emit announced(spoken->text(QAccessible::Name));
 }
 
 void ScreenItem::componentComplete() {

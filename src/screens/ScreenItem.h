@@ -56,7 +56,7 @@ public:
     // the screen.
     Q_INVOKABLE bool perform(const QVariant& action);
 
-    // Tells assistive technology to speak the item's accessible name.
+    // Tells assistive technology to speak the item's accessible name; emits announced().
     Q_INVOKABLE void announce(QQuickItem* item);
 
 signals:
@@ -65,6 +65,7 @@ signals:
     // The screen and its window have become visible.
     void appeared();
     void shownChanged();
+    void announced(const QString& words);
     void keyboardInUseChanged();
     void sizeClassChanged();
     void escapePressed();

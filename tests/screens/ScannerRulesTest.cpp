@@ -84,7 +84,7 @@ TEST(AutoCapture, OncePerPageAfterASecond) {
              {"gggc-ggggggggg", ".............X"},
              {"gggcpggggggggg", ".............."},  // its page was not seen for a moment
              {"ggggggggg-ggggggggg", "........X.........X"},
-             {"gggggggggaggggggggg", "........X.........X"},
+             {"gggggggggaggggggggg", "........X........X."},
          }) {
         scanner::AutoCapture capture;
         std::string due;
