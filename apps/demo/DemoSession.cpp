@@ -71,8 +71,8 @@ QString DemoSession::title() const {
 QString DemoSession::notice() const {
     if (isThanking_)
         return tr("Thank you. The next passport can be scanned.");
-    return isDrawn_ ? tr("No camera was found: a drawn passport stands for one. To check a picture "
-                         "of your own, drop it here or choose it with the picture button.")
+    return isDrawn_ ? tr("No camera was found: this is a drawn passport. You can drop a picture "
+                         "here instead.")
                     : QString();
 }
 

@@ -509,7 +509,7 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>No camera was found: a drawn passport stands for one. To check a picture of your own, drop it here or choose it with the picture button.</source>
+        <source>No camera was found: this is a drawn passport. You can drop a picture here instead.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

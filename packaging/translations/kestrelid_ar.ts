@@ -509,8 +509,8 @@
         <translation>شكرًا لك. يمكن الآن مسح جواز السفر التالي.</translation>
     </message>
     <message>
-        <source>No camera was found: a drawn passport stands for one. To check a picture of your own, drop it here or choose it with the picture button.</source>
-        <translation>لم يُعثر على كاميرا، ويحل محلها جواز سفر مرسوم. للتحقق من صورة لديك أفلِتها هنا، أو اخترها بزر الصورة.</translation>
+        <source>No camera was found: this is a drawn passport. You can drop a picture here instead.</source>
+        <translation>لم يُعثر على كاميرا، وهذا جواز سفر مرسوم. يمكنك إفلات صورة هنا بدلًا منه.</translation>
     </message>
 </context>
 <context>

@@ -509,8 +509,8 @@
         <translation>ধন্যবাদ। এবার পরের পাসপোর্টটি স্ক্যান করতে পারেন।</translation>
     </message>
     <message>
-        <source>No camera was found: a drawn passport stands for one. To check a picture of your own, drop it here or choose it with the picture button.</source>
-        <translation>কোনো ক্যামেরা পাওয়া যায়নি: তার বদলে একটি আঁকা পাসপোর্ট দেখানো হচ্ছে। নিজের কোনো ছবি যাচাই করতে সেটি টেনে এখানে ছাড়ুন, অথবা ছবির বোতাম চেপে বেছে নিন।</translation>
+        <source>No camera was found: this is a drawn passport. You can drop a picture here instead.</source>
+        <translation>কোনো ক্যামেরা পাওয়া যায়নি: এটি একটি আঁকা পাসপোর্ট। তার বদলে একটি ছবি টেনে এখানে ছাড়তে পারেন।</translation>
     </message>
 </context>
 <context>

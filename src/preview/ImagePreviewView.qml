@@ -106,6 +106,8 @@ ScreenItem {
                 textScale: root.textScale
                 unit: root.unit
                 font.weight: Font.Medium
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
             }
         }
 

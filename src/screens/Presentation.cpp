@@ -15,6 +15,11 @@ namespace kestrelid::screens {
 
 namespace {
 
+// StackView and Popup are known by name only: the screens do not need Qt Quick Controls.
+bool isStack(const QObject& object) {
+    return object.inherits("QQuickStackView");
+}
+
 QObject* popupOf(const QQuickItem& item) {
     for (QObject* owner = item.parent(); owner; owner = owner->parent()) {
         if (owner->inherits("QQuickPopup"))
@@ -26,11 +31,6 @@ QObject* popupOf(const QQuickItem& item) {
 }
 
 }  // namespace
-
-// StackView and Popup are known by name only: the screens do not need Qt Quick Controls.
-bool isStack(const QObject& object) {
-    return object.inherits("QQuickStackView");
-}
 
 QWidget* widgetShowing(const QQuickWindow& scene) {
     if (!qobject_cast<QApplication*>(QCoreApplication::instance()))

@@ -1,14 +1,10 @@
 #pragma once
 
-class QObject;
 class QQuickItem;
 class QQuickWindow;
 class QWidget;
 
 namespace kestrelid::screens {
-
-// Whether it is a StackView.
-[[nodiscard]] bool isStack(const QObject& object);
 
 // The widget that shows a scene, or null if the scene has a window of its own.
 [[nodiscard]] QWidget* widgetShowing(const QQuickWindow& scene);

@@ -38,16 +38,6 @@ QQuickItem* focusedIn(const QQuickWindow& window) {
     return item;
 }
 
-// Whether both are pages of one stack, or of one screen: only one of them is in sight for long.
-bool arePagesOfOne(const QQuickItem& screen, const QQuickItem& other) {
-    for (const QQuickItem* holder = screen.parentItem(); holder; holder = holder->parentItem()) {
-        if ((qobject_cast<const ScreenItem*>(holder) || isStack(*holder)) &&
-            holder->isAncestorOf(&other))
-            return true;
-    }
-    return false;
-}
-
 }  // namespace
 
 bool isCommand(const QKeyEvent& event) {
@@ -178,9 +168,7 @@ void ScreenItem::takeFocus() {
     const QQuickItem* focused = focusedIn(*window());
     if (focused == this || isAncestorOf(focused))
         return;
-    const bool isElsewhere = !focused->isAncestorOf(this) && focused->isVisible() &&
-                             focused->isEnabled() && !arePagesOfOne(*this, *focused);
-    if (!isElsewhere)
+    if (focused->isAncestorOf(this) || !focused->isVisible() || !focused->isEnabled())
         forceActiveFocus(Qt::OtherFocusReason);
 }
 

@@ -2,9 +2,12 @@
 #include "tests/screens/ScanRig.h"
 #include "tests/screens/ShownScreen.h"
 
+#include <kestrelid/screens/ImagePreviewViewController.h>
+
 #include <gtest/gtest.h>
 #include <QAccessible>
 #include <QMetaEnum>
+#include <QTest>
 
 namespace kestrelid::test {
 namespace {
@@ -121,6 +124,18 @@ TEST_F(Accessibility, ResultOfAScan) {
     EXPECT_TRUE(all.ends_with("Button (focus): Show details\nButton (focus): Continue\n"
                               "Button (focus): Scan again\n"))
         << all;
+}
+
+TEST_F(Accessibility, PreviewWithoutAPhotoInAWidget) {
+    ImagePreviewViewController controller("Check the photo", std::nullopt, {}, {});
+    controller.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller, kPatience));
+    QString lines;
+    listen(QAccessible::queryAccessibleInterface(&controller), lines);
+    EXPECT_EQ(lines.toStdString(), "Client (focus): \nPane: Check the photo\n"
+                                   "Button (focus): Close\nHeading: Check the photo\n"
+                                   "StaticText (focus): Image not provided\n"
+                                   "Button (focus): Retake\nButton (focus): Confirm\n");
 }
 
 }  // namespace

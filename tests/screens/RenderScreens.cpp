@@ -267,8 +267,8 @@ std::vector<Scene> scenes(const QString& folder) {
         {"a-notice",
          [](Stage& stage) { stage.seePassport(); },
          nothing,
-         {{"notice", "No camera was found: a drawn passport stands for one. To check a picture of "
-                     "your own, drop it here or choose it with the picture button."}}},
+         {{"notice",
+           "No camera was found: this is a drawn passport. You can drop a picture here instead."}}},
         {"b-preview", [](Stage& stage) { stage.takePhoto("bangladesh-on-wood.jpg"); }},
         {"c-judging",
          [](Stage& stage) {
