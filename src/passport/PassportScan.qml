@@ -251,7 +251,7 @@ ScreenItem {
             item.isKeyboardInUse = root.isKeyboardInUse;
             item.focus = true;
         }
-        Component.onCompleted: flow.scan()
+        Component.onCompleted: flow.show("scanning") // a picture may be being opened already
     }
 
     Component {

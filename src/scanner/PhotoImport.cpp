@@ -264,6 +264,11 @@ void PhotoImport::dragEnterEvent(QDragEnterEvent* event) {
     setHovered(true);
 }
 
+void PhotoImport::dragMoveEvent(QDragMoveEvent* event) {
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
 void PhotoImport::dragLeaveEvent(QDragLeaveEvent*) {
     setHovered(false);
 }

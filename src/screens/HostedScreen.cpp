@@ -46,6 +46,9 @@ protected:
         const bool forward = event->reason() == Qt::TabFocusReason;
         if (!forward && event->reason() != Qt::BacktabFocusReason)
             return;
+        // A dialog that is shown says Tab to what will have the focus; nobody has pressed it.
+        if (!hasFocus())
+            return;
         if (QQuickItem* control = firstControl(forward))
             control->forceActiveFocus(event->reason());
     }
