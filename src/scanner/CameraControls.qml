@@ -87,6 +87,7 @@ Item {
 
     SideGroup {
         before: true
+        columns: 1
 
         Button {
             objectName: "importButton"

@@ -18,6 +18,8 @@ Rectangle {
     signal pictureTapped
 
     readonly property real unit: screen.unit
+    // In a narrow frame large words would be broken.
+    readonly property real shownScale: Math.min(textScale, Math.max(1, width / 130))
     readonly property string asked: source.askedCamera
     readonly property string file: asked.slice(asked.lastIndexOf("/") + 1)
 
@@ -90,7 +92,7 @@ Rectangle {
         width: column.width
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.Wrap
-        textScale: panel.textScale
+        textScale: panel.shownScale
         unit: panel.unit
         Accessible.ignored: true // the panel says it
     }
@@ -99,7 +101,7 @@ Rectangle {
         width: column.width
         screen: panel.screen
         theme: dark
-        textScale: panel.textScale
+        textScale: panel.shownScale
     }
 
     Flickable {

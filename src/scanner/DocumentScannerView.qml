@@ -146,7 +146,8 @@ ScreenItem {
             title: qsTr("Scan your passport")
             closeName: qsTr("Close")
             color: "white"
-            textScale: root.textScale
+            // Where there is little height the picture needs it more.
+            textScale: root.isCompact ? Math.min(root.textScale, Math.max(1, root.height / 240)) : root.textScale
             onCloseTapped: root.dismissBy(root.dismiss)
         }
 
@@ -298,7 +299,7 @@ ScreenItem {
             contentRect: Qt.rect(content.x, content.y, content.width, content.height)
             frameRect: Qt.rect(content.x + frame.x, content.y + frame.y, frame.width, frame.height)
             gapRect: root.isCompact
-                     ? Qt.rect(content.x + frame.x + 8, content.y + frame.y + 8, Math.max(0, frame.width - 16), 0)
+                     ? Qt.rect(content.x + content.room.x, content.y + content.room.y + 6, content.room.width, 0)
                      : Qt.rect(content.x, content.y + bar.height, content.width, Metrics.sectionSpacing * root.unit)
             railHeight: content.compactHeight
             ringRect: Qt.rect(content.x + captureButton.x + (captureButton.width - Metrics.ring * root.unit) / 2,

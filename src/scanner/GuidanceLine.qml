@@ -20,7 +20,8 @@ Item {
 
     readonly property real unit: screen.unit
     readonly property real padding: 12 * unit
-    readonly property real symbolRoom: symbol === "" ? 0 : (18 + Metrics.stackSpacing) * unit
+    readonly property real symbolSide: 1.25 * label.font.pixelSize
+    readonly property real symbolRoom: symbol === "" ? 0 : symbolSide + Metrics.stackSpacing * unit
 
     implicitHeight: row.height
     visible: text !== ""
@@ -52,7 +53,7 @@ Item {
 
             SymbolIcon {
                 anchors { left: parent.left; leftMargin: line.padding; verticalCenter: parent.verticalCenter }
-                width: 18 * line.unit
+                width: line.symbolSide
                 height: width
                 visible: line.symbol !== ""
                 symbol: line.symbol

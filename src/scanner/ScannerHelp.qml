@@ -225,14 +225,15 @@ Item {
         width: help.gapRect.width
         height: implicitHeight
         screen: help.screen
-        textScale: help.textScale
+        // Beside a narrow frame there is room for words, not for large ones or symbols.
+        textScale: help.screen.isCompact ? Math.min(help.textScale, Math.max(1, width / 140)) : help.textScale
         text: help.textOf(help.topic)
         spokenText: help.topic === "capturing"
                     ? qsTr("Taking a photo. Hold still. Press Escape to cancel.") : text
-        symbol: help.symbolOf(help.topic)
+        symbol: width < 240 ? "" : help.symbolOf(help.topic)
         // The screen itself says these.
         isAnnounced: help.topic !== "inView" && help.topic !== "starting"
-        canBeDismissed: help.isCapturing
+        canBeDismissed: help.isCapturing && width >= 240 // a tap in the frame does it too
         dismissName: qsTr("Cancel")
         onDismissed: help.source.cancelAutoCapture()
     }

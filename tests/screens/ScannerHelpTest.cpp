@@ -451,7 +451,7 @@ TEST_F(ScannerHelp, FitsEverySize) {
                 settle();
                 const QRectF frame = screen.rect("frame");
                 EXPECT_NEAR(frame.width() / frame.height(), 16.0 / 9.0, 0.12);
-                EXPECT_GE(frame.width(), 0.45 * std::min(size.width(), 900));
+                EXPECT_GE(frame.width(), 0.38 * std::min(size.width(), 900));
                 std::vector<QRectF> controls{frame};
                 for (const char* name : {"captureArea", "importButton", "torch", "cameraButton",
                                          "zoomIn", "zoomOut"}) {
