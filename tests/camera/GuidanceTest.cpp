@@ -183,7 +183,7 @@ Drawing printed(int paper, int ink) {
         if (std::abs(2 * x - kWidth) > kWidth * 3 / 4 ||
             std::abs(2 * y - kHeight) > kHeight * 3 / 4)
             return 90;
-        return y % 20 < 10 && x % 7 < 3 ? ink : paper;
+        return (y + 1) % 20 < 10 && x % 7 < 3 ? ink : paper;
     };
 }
 
