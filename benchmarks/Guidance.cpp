@@ -1,9 +1,10 @@
 // Draws known faults onto pictures of pages, and prints how often guidance tells each of them.
 //
-// usage: kestrelid_guidance [FOLDER...]   each with a manifest.tsv that names pictures and the
-// corners
-//                                         of the page in them; without any: samples/
+// usage: kestrelid_guidance [--only FAULT] [FOLDER...]
+// Each folder has a manifest.tsv that names pictures and the corners of the page in them; without
+// any: samples/. --only: the faults whose names hold that word.
 #include "camera/PageLook.h"
+#include "imagefile/JpegCodec.h"
 #include "vision/ReducedPicture.h"
 
 #include <kestrelid/DefaultServices.h>
@@ -74,7 +75,7 @@ Page cutOut(const cv::Mat& picture, const std::vector<cv::Point>& corners) {
     return {picture(box).clone(), coverage(box).clone(), cv::contourArea(corners)};
 }
 
-// Those of the folder that are neither dark nor glaring nor covered by a hand.
+// Those of the folder that are neither dark nor glaring, empty or covered by a hand.
 void read(const std::filesystem::path& folder, Material& material) {
     std::ifstream manifest(folder / "manifest.tsv");
     std::string line;
@@ -89,7 +90,7 @@ void read(const std::filesystem::path& folder, Material& material) {
         const auto shows = [&](const char* word) {
             return row["shows"].find(word) != std::string::npos;
         };
-        if (shows("dim") || shows("glare") || shows("hand"))
+        if (shows("dim") || shows("glare") || shows("hand") || shows("blank"))
             continue;
         const cv::Mat picture = pictureAt(folder / row["file"]);
         std::vector<cv::Point> corners;
@@ -151,18 +152,9 @@ struct Sensor {
     double gain = 1.0;
     double noise = 2.0;         // deviation in grey values
     bool isVideoRange = false;  // white ends at 235, black at 16
+    int frame = 0;              // each has noise of its own
+    int quality = 0;            // of the JPEG that the camera sends; 0: raw pixels
 };
-
-cv::Mat seen(const cv::Mat& frame, const Sensor& sensor) {
-    cv::Mat noise(frame.size(), CV_32FC3);
-    cv::RNG random(4711);
-    random.fill(noise, cv::RNG::NORMAL, 0.0, sensor.noise);
-    cv::Mat bytes;
-    cv::Mat(frame * sensor.gain + noise).convertTo(bytes, CV_8UC3);
-    if (sensor.isVideoRange)
-        bytes.convertTo(bytes, CV_8UC3, 219.0 / 255.0, 16.0);
-    return bytes;
-}
 
 Bitmap bitmapOf(const cv::Mat& bytes) {
     const std::size_t size = bytes.total() * bytes.elemSize();
@@ -170,6 +162,22 @@ Bitmap bitmapOf(const cv::Mat& bytes) {
     std::memcpy(pixels.get(), bytes.data, size);
     return *Bitmap::wrap(bytes.cols, bytes.rows, static_cast<std::ptrdiff_t>(bytes.step),
                          PixelFormat::bgr8, pixels, size);
+}
+
+cv::Mat seen(const cv::Mat& frame, const Sensor& sensor) {
+    cv::Mat noise(frame.size(), CV_32FC3);
+    cv::RNG random(4711 + static_cast<std::uint64_t>(sensor.frame));
+    random.fill(noise, cv::RNG::NORMAL, 0.0, sensor.noise);
+    cv::Mat bytes;
+    cv::Mat(frame * sensor.gain + noise).convertTo(bytes, CV_8UC3);
+    if (sensor.isVideoRange)
+        bytes.convertTo(bytes, CV_8UC3, 219.0 / 255.0, 16.0);
+    if (sensor.quality == 0)
+        return bytes;
+    const ImageResult decoded =
+        decodeImage(imagefile::encodeJpeg(bitmapOf(bytes), sensor.quality).value());
+    const Bitmap bitmap = std::get<Image>(decoded).bitmap().value();
+    return vision::inBgr(vision::viewOf(bitmap), bitmap.format());
 }
 
 Place wellPlaced(const Page& page) {
@@ -269,9 +277,21 @@ std::vector<Case> allCases() {
     withSensor("gain 0.6", {.gain = 0.6, .noise = 3.0});
     withSensor("gain 1.3, partly white", {.gain = 1.3});
     withSensor("gain 1.8, mostly white", {.gain = 1.8});
+    withSensor("motion JPEG", {.quality = 75});
+    withSensor("motion JPEG, gain 1.3", {.gain = 1.3, .quality = 75});
     withSensor("video range", {.isVideoRange = true});
     withSensor("video range, gain 1.3", {.gain = 1.3, .isVideoRange = true});
 
+    for (const double noise : {2.0, 1.0, 0.5, 0.0})
+        add("none", "white label on 3% of the page, noise of " + number(noise), Advice::none,
+            &PageLook::glare, [=](const Page& page, const cv::Mat& desk) {
+                cv::Mat frame = good(page, desk);
+                const double side = std::sqrt(0.03 * page.area) * wellPlaced(page).scale;
+                cv::rectangle(frame, {cvRound(kWidth / 2.0 - side / 2), kHeight / 2},
+                              {cvRound(kWidth / 2.0 + side / 2), cvRound(kHeight / 2.0 + side)},
+                              cv::Scalar::all(245), cv::FILLED);
+                return seen(frame, {.noise = noise});
+            });
     for (const double share : {0.25, 0.3})
         add("page far away", "share of " + number(share), Advice::none, &PageLook::sharpness,
             [=](const Page& page, const cv::Mat& desk) {
@@ -303,14 +323,15 @@ std::vector<Case> allCases() {
                 [=, angle = degrees](const Page& page, const cv::Mat& desk) {
                     return seen(moved(good(page, desk), length, angle), {});
                 });
-    for (const bool isVideoRange : {false, true})
+    const std::pair<const char*, Sensor> sensors[] = {
+        {"", {}}, {", video range", {.isVideoRange = true}}, {", motion JPEG", {.quality = 75}}};
+    for (const auto& [kind, sensor] : sensors)
         for (const double share : {0.005, 0.01, 0.02, 0.05, 0.1, 0.2, 0.4})
-            add(isVideoRange ? "glare, video range" : "glare",
-                number(100 * share) + "% of the page", Advice::glare, &PageLook::glare,
-                [=](const Page& page, const cv::Mat& desk) {
+            add(std::string("glare") + kind, number(100 * share) + "% of the page", Advice::glare,
+                &PageLook::glare, [=, sensor = sensor](const Page& page, const cv::Mat& desk) {
                     cv::Mat frame = good(page, desk);
                     addGlare(frame, page, wellPlaced(page), share);
-                    return seen(frame, {.isVideoRange = isVideoRange});
+                    return seen(frame, sensor);
                 });
     const char* const edges[] = {"left", "right", "top", "bottom"};
     for (int edge = 0; edge < 4; ++edge)
@@ -334,7 +355,8 @@ std::vector<Case> allCases() {
                              for (int time = -2; time < 2; ++time) {
                                  Place place = wellPlaced(page);
                                  place.x += time * step;
-                                 frames.push_back(seen(laid(page, place, desk), {}));
+                                 frames.push_back(
+                                     seen(laid(page, place, desk), {.frame = time + 2}));
                              }
                              return frames;
                          }});
@@ -345,20 +367,34 @@ std::vector<Case> allCases() {
 struct Told {
     Advice advice;
     PageLook last;
+    double motion = 0.0;  // from one frame to the next, in the picture's diagonals a second
 };
+
+double wayBetween(const RectangleObservation& from, const RectangleObservation& to) {
+    double farthest = 0.0;
+    for (std::size_t corner = 0; corner < from.corners.size(); ++corner)
+        farthest = std::max(farthest, std::hypot(to.corners[corner].x - from.corners[corner].x,
+                                                 to.corners[corner].y - from.corners[corner].y));
+    return farthest / std::sqrt(2.0);
+}
 
 Told toldOf(const Frames& frames, RectangleService& outlines) {
     constexpr int kLooks = 4;
+    constexpr double kBetween = 0.2;  // seconds
     GuidanceLimits limits;
     limits.hold = {};
     PageTracker tracker(limits);
     Told told{};
     for (int look = 0; look < kLooks; ++look) {
+        const PageLook before = told.last;
         if (look < static_cast<int>(frames.size()))
             told.last =
                 camera::lookAtPage(bitmapOf(frames[static_cast<std::size_t>(look)]), outlines)
                     .value();
-        tracker.see(told.last, PageTracker::Time(0.2 * look));
+        tracker.see(told.last, PageTracker::Time(kBetween * look));
+        if (look > 0 && before.outline && told.last.outline)
+            told.motion =
+                std::max(told.motion, wayBetween(*before.outline, *told.last.outline) / kBetween);
     }
     told.advice = tracker.live().advice;
     return told;
@@ -395,22 +431,25 @@ void printRow(const std::string& fault, const std::string& level, Advice expecte
         found += told.last.outline ? 1 : 0;
         if (told.advice != expected)
             ++others[std::string(keyOf(told.advice))];
-        if (measure && told.last.outline)
+        if (fault == "moving")
+            values.push_back(told.motion);
+        else if (measure && told.last.outline)
             values.push_back(told.last.*measure);
     }
     std::string rest;
     for (const auto& [advice, count] : others)
         rest += (rest.empty() ? "" : ", ") + advice + " " + percent(count, all.size());
-    const char* name = measure == &PageLook::brightness  ? "brightness "
-                       : measure == &PageLook::glare     ? "glare "
-                       : measure == &PageLook::sharpness ? "sharpness "
-                                                         : "";
+    const char* name = fault == "moving"                  ? "motion "
+                       : measure == &PageLook::brightness ? "brightness "
+                       : measure == &PageLook::glare      ? "glare "
+                       : measure == &PageLook::sharpness  ? "sharpness "
+                                                          : "";
     std::cout << "| " << fault << " | " << level << " | " << percent(found, all.size()) << " | "
               << keyOf(expected) << " " << percent(right, all.size()) << " | " << rest << " | "
               << name << spread(values) << " |" << std::endl;
 }
 
-void run(const std::vector<std::filesystem::path>& folders) {
+void run(const std::vector<std::filesystem::path>& folders, const std::string& only) {
     cv::setNumThreads(1);
     Material material;
     for (const auto& folder : folders)
@@ -420,7 +459,12 @@ void run(const std::vector<std::filesystem::path>& folders) {
               << " desks without one\n\n"
                  "| Fault | How much | Page found | As it should be | Else | Measured: least, 10%, "
                  "50%, 90%, most |\n|---|---|---|---|---|---|\n";
+    const auto isWanted = [&](const std::string& fault) {
+        return fault.find(only) != std::string::npos;
+    };
     for (const double gain : {1.0, 0.5, 0.2, 0.1}) {
+        if (!isWanted("no page"))
+            continue;
         std::vector<Told> all;
         for (const cv::Mat& desk : material.desks) {
             cv::Mat frame;
@@ -431,6 +475,8 @@ void run(const std::vector<std::filesystem::path>& folders) {
                  nullptr, all);
     }
     for (const Case& row : allCases()) {
+        if (!isWanted(row.fault + ' ' + row.level))
+            continue;
         std::vector<Told> all;
         int index = 0;
         for (const Page& page : material.pages)
@@ -443,10 +489,16 @@ void run(const std::vector<std::filesystem::path>& folders) {
 }  // namespace kestrelid
 
 int main(int count, char** arguments) try {
-    std::vector<std::filesystem::path> folders(arguments + 1, arguments + count);
+    std::vector<std::string> words(arguments + 1, arguments + count);
+    std::string only;
+    if (words.size() >= 2 && words[0] == "--only") {
+        only = words[1];
+        words.erase(words.begin(), words.begin() + 2);
+    }
+    std::vector<std::filesystem::path> folders(words.begin(), words.end());
     if (folders.empty())
         folders.emplace_back(KESTRELID_SAMPLES_DIR);
-    kestrelid::run(folders);
+    kestrelid::run(folders, only);
     return 0;
 } catch (const std::exception& error) {
     std::cerr << "kestrelid_guidance: " << error.what() << '\n';

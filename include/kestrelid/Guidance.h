@@ -34,8 +34,8 @@ struct GuidanceLimits {
     double greatestArea = 0.95;
     double leastMargin = 0.01;  ///< of the picture's side: a page closer to an edge is cut by it
     double mostGlare = 0.01;
-    double leastSharpness = 0.35;
-    double mostMotion = 0.1;  ///< of the picture's diagonal, that a corner goes in a second
+    double leastSharpness = 0.3;
+    double mostMotion = 0.08;  ///< of the picture's diagonal, that a corner goes in a second
 
     /// Another advice is told only once the last one has stood for so long.
     std::chrono::duration<double> hold{1.5};

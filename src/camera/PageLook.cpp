@@ -196,11 +196,15 @@ int whitestIn(const Bitmap& bitmap) {
     return static_cast<int>(value);
 }
 
-// Whether a cell and all those around it are glaring.
+// Whether a cell and all those around it are glaring, and it itself without any noise, as only what
+// is cut off can be.
 bool isCore(const Lattice& lattice, const std::vector<bool>& glaring, int index) {
     const int column = index % lattice.columns;
     const int row = index / lattice.columns;
     const int rows = static_cast<int>(glaring.size()) / lattice.columns;
+    const Cell& middle = lattice.cells[static_cast<std::size_t>(index)];
+    if (middle.mostWhite - middle.leastWhite > 1)
+        return false;
     if (column == 0 || column + 1 == lattice.columns || row == 0 || row + 1 == rows)
         return false;
     for (int other = index - lattice.columns; other <= index + lattice.columns;
@@ -217,11 +221,13 @@ bool isCore(const Lattice& lattice, const std::vector<bool>& glaring, int index)
 // 255: a camera of video range ends at 235), wider than the gaps between letters, and whiter than
 // the paper elsewhere. White paper and an overexposed page are as white all over.
 double glareOf(const Lattice& lattice, const Bitmap& bitmap) {
-    constexpr int kLeastWhite = 225;  // below it nothing was cut off
-    constexpr int kSame = 6;          // grey values apart at most: JPEG disturbs flat areas
+    constexpr int kLeastWhite = 230;  // below it nothing was cut off
+    constexpr int kSame = 3;          // grey values apart at most
     constexpr int kAbovePaper = 24;   // grey values, at least
+    constexpr double kPaper = 0.3;    // of the cells: a lamp may hide most of the page
     const int whitest = whitestIn(bitmap);
-    if (whitest < kLeastWhite || whitest - quantile(lattice, 0.5, &Cell::mostWhite) < kAbovePaper)
+    if (whitest < kLeastWhite ||
+        whitest - quantile(lattice, kPaper, &Cell::mostWhite) < kAbovePaper)
         return 0.0;
     std::vector<bool> glaring;
     glaring.reserve(lattice.cells.size());

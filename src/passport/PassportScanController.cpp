@@ -68,7 +68,7 @@ PassportScanController::~PassportScanController() {
 
 void PassportScanController::open(const QUrl& file) {
     if (hosted_)
-        QMetaObject::invokeMethod(rootOf(*hosted_), "open", Q_ARG(QUrl, file));
+        QMetaObject::invokeMethod(rootOf(*hosted_), "open", Q_ARG(QVariant, file));
     else
         picture_ = file;
 }
