@@ -292,7 +292,7 @@ std::vector<Case> allCases() {
                               cv::Scalar::all(245), cv::FILLED);
                 return seen(frame, {.noise = noise});
             });
-    for (const double share : {0.25, 0.3})
+    for (const double share : {0.22, 0.25})
         add("page far away", "share of " + number(share), Advice::none, &PageLook::sharpness,
             [=](const Page& page, const cv::Mat& desk) {
                 return seen(laid(page, withShare(page, share), desk), {});

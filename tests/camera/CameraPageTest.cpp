@@ -92,6 +92,14 @@ TEST(CameraPage, IsForgottenOnceNoFrameComes) {
     camera.deliver(0.3);
     EXPECT_TRUE(camera.seesPage());
     EXPECT_EQ(camera.advice(), Advice::none) << "of what was before nothing is left";
+
+    camera.machine().starts = false;
+    camera.platform->session.lock()->startRunning();  // it ends, and tells nobody
+    for (int frame = 0; frame < 10; ++frame) {
+        camera.deliver(0.0);
+        camera.pass(0.3);
+    }
+    EXPECT_FALSE(camera.seesPage()) << "black frames are as good as none";
 }
 
 TEST(CameraPage, TakesAQuarterOfACoreAtMost) {

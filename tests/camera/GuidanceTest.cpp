@@ -183,7 +183,7 @@ Drawing printed(int paper, int ink) {
         if (std::abs(2 * x - kWidth) > kWidth * 3 / 4 ||
             std::abs(2 * y - kHeight) > kHeight * 3 / 4)
             return 90;
-        return y % 20 < 10 && x % 7 < 3 ? ink : paper;
+        return (y + 1) % 20 < 10 && x % 7 < 3 ? ink : paper;
     };
 }
 
@@ -210,6 +210,9 @@ Drawing lit(const Drawing& drawing, int size, int most) {
 TEST(PageLook, TellsFaultsFromWhatOnlyLooksLikeThem) {
     const Drawing good = printed(190, 40);
     const auto label = [=](int x, int y) { return y > 150 && y < 220 ? 235 : good(x, y); };
+    const auto noisyLabel = [=](int x, int y) {
+        return y > 150 && y < 220 ? 250 + (3 * x + y) % 3 : good(x, y);
+    };
     const RectangleObservation whole = page(0.75, 0.75);
     const struct {
         const char* picture;
@@ -226,11 +229,15 @@ TEST(PageLook, TellsFaultsFromWhatOnlyLooksLikeThem) {
                 {"moved down", blurred(good, 1, 9), Advice::holdStill, whole},
                 {"white paper", printed(255, 40), Advice::none, whole},
                 {"overexposed", printed(255, 200), Advice::none, whole},
+                {"lit from one side",
+                 [=](int x, int y) { return printed(x < 220 ? 255 : 190, 40)(x, y); }, Advice::none,
+                 whole},
                 {"glare", lit(good, 60, 255), Advice::glare, whole},
                 {"glare in video range", lit(good, 60, 235), Advice::glare, whole},
                 {"a gloss that leaves the print", lit(good, -30, 255), Advice::none, whole},
                 {"a label beside a lamp", [=](int x, int y) { return y < 20 ? 255 : label(x, y); },
                  Advice::none, whole},
+                {"a white label", noisyLabel, Advice::none, whole},
                 {"dim, but well", printed(90, 20), Advice::none, whole},
                 {"dark", printed(45, 10), Advice::tooDark, whole}};
     GuidanceLimits limits;
