@@ -65,7 +65,7 @@ Item {
     component Group: Grid {
         x: place.x + (place.width - width) / 2
         spacing: controls.gap
-        columns: controls.screen.isCompact ? controls.columns : 3
+        columns: controls.screen.isCompact ? controls.columns : 2
     }
 
     // before: left of the ring; in a compact layout below it.

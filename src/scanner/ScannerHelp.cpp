@@ -127,10 +127,10 @@ void DocumentScanner::setProblem(const CameraStatus& status) {
     problemState_ = problem.isEmpty() ? CameraState::idle : status.state;
     problem_ = problem;
     problemCause_ = cause;
-    if (!isNews)
-        return;
-    emit problemChanged();
-    if (guides_ && manager_)
+    // What a denial would take to be lifted may have changed.
+    if (isNews || status.state == CameraState::denied)
+        emit problemChanged();
+    if (isNews && guides_ && manager_)
         follow();
 }
 

@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -243,6 +244,58 @@ TEST(PassportScan, AHostThatBeginsAnewKeepsIt) {
     }
     scan.press(Qt::Key_Escape);
     EXPECT_EQ(scan.got, "nothing;");
+}
+
+TEST(PassportScan, ThePageOfThePhotoCanBeLookedAtClosely) {
+    Scan scan({{"textScale", 2.0}});  // more than the window shows
+    scan.scan(scan.screen());
+    QQuickItem* photo = scan.screen().item("photo");
+    const QQuickItem* scroller = scan.screen().item("scroller");
+    const QPointF middle = sceneRect(*photo).center();
+    const auto page = [&] { return photo->property("pageRect").toRectF(); };
+    const auto scrolled = [&] { return scroller->property("contentY").toDouble(); };
+    const auto wheel = [&](int angle, Qt::KeyboardModifiers keys) {
+        QWheelEvent event(middle, middle, {}, {0, angle}, Qt::NoButton, keys, Qt::NoScrollPhase,
+                          false);
+        QCoreApplication::sendEvent(&scan.screen().window(), &event);
+        settle();
+    };
+    const QRectF whole = page();
+    const QPoint at = (middle + QPointF(60, 30)).toPoint();
+    QTest::mouseDClick(&scan.screen().window(), Qt::LeftButton, {}, at);
+    settle();
+    EXPECT_EQ(page().size(), whole.size() * 2.5);
+    const QPointF inPhoto = photo->mapFromScene(at);
+    EXPECT_EQ((inPhoto - page().topLeft()) / 2.5, inPhoto - whole.topLeft());
+
+    const auto drag = [&](const QPoint& by) {
+        QTest::mousePress(&scan.screen().window(), Qt::LeftButton, {}, at);
+        for (int step = 1; step <= 10; ++step)
+            QTest::mouseMove(&scan.screen().window(), at + by * step / 10);
+        QTest::mouseRelease(&scan.screen().window(), Qt::LeftButton, {}, at + by);
+        settle();
+    };
+    for (int time = 0; time < 4; ++time)
+        drag({120, 120});
+    EXPECT_EQ(page().topLeft(), QPointF(0, 0)) << "it stops at the edges";
+    EXPECT_EQ(scrolled(), 0) << "what is dragged is the photo";
+
+    wheel(-120, Qt::ControlModifier);
+    EXPECT_NEAR(page().width(), whole.width() * 2, 0.01);
+    scan.tabTo("photo");
+    scan.press(Qt::Key_0);
+    EXPECT_EQ(page(), whole);
+    scan.press(Qt::Key_Plus);
+    EXPECT_EQ(page().center(), whole.center());
+    scan.press(Qt::Key_Minus);
+    scan.press(Qt::Key_Minus);
+    EXPECT_EQ(page(), whole) << "never smaller";
+    scan.press(Qt::Key_Down);
+    EXPECT_GT(scrolled(), 0) << "nothing of the photo lies below";
+    scan.press(Qt::Key_Home);
+    wheel(-120, {});
+    EXPECT_TRUE(waitFor([&] { return scrolled() > 0; }));
+    EXPECT_EQ(page(), whole);
 }
 
 TEST(PassportScan, JavaScriptGetsTheResultAsAnObject) {

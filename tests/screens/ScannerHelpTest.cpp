@@ -235,6 +235,33 @@ TEST_F(ScannerHelp, EachProblemOfACamera) {
     }
 }
 
+// The question takes the focus itself: asking whenever the focus comes back would never end.
+TEST_F(ScannerHelp, DeniedCameraIsTriedByItselfOnlyOnceItIsAllowed) {
+    *camera_.authorization = FakeAuthorization(AuthorizationStatus::denied);
+    ShownScreen screen = show();
+    settle();
+    for (const auto& [status, text, managers] :
+         std::vector<std::tuple<AuthorizationStatus, std::string, int>>{
+             {AuthorizationStatus::denied, "Allow it in the settings", 1},
+             {AuthorizationStatus::notDetermined, "Try again, and allow it", 2},
+             {AuthorizationStatus::authorized, "", 3}}) {
+        *camera_.authorization = FakeAuthorization(status);
+        emit qGuiApp->applicationStateChanged(Qt::ApplicationActive);
+        camera_.mainQueue->advance(20.0);
+        if (status == AuthorizationStatus::notDetermined) {
+            EXPECT_EQ(*camera_.managersMade, 1) << "asked without a tap";
+            ASSERT_TRUE(tap(screen, "tryAgain"));
+            camera_.authorization->answer(false);
+            *camera_.authorization = FakeAuthorization(status);  // what the portal says ever after
+            camera_.mainQueue->runAll();
+        }
+        EXPECT_EQ(*camera_.managersMade, managers);
+        camera_.makeReady();
+        EXPECT_EQ(textOf(screen, "problemAdvice").substr(0, text.size()), text);
+        EXPECT_EQ(textOf(screen, "problem").empty(), text.empty());
+    }
+}
+
 TEST_F(ScannerHelp, PhotoWithoutATapOncePerPageUnlessThePersonSaysNo) {
     ShownScreen screen = show({{"capturesByItself", true}});
     const QSignalSpy spoken(screen.root(), SIGNAL(announced(QString)));
