@@ -70,6 +70,7 @@ public:
     /// Seconds on a clock that never goes back.
     using Time = std::chrono::duration<double>;
 
+    /// limits: from where on something is a fault.
     explicit PageTracker(GuidanceLimits limits = {}) : limits_(limits) {}
 
     /// What a frame showed, and when it was taken. After some seconds without any look all begins
