@@ -55,7 +55,9 @@ QObject* rootOf(QWidget& hosted) {
 
 PassportScanController::PassportScanController(PassportScanCompletion completion,
                                                ScannerCamera camera, QWidget* parent)
-    : QWidget(parent), completion_(std::move(completion)), camera_(std::move(camera)) {}
+    : QWidget(parent), completion_(std::move(completion)), camera_(std::move(camera)) {
+    setFocusPolicy(Qt::StrongFocus);  // a place in the order of Tab before there is a child
+}
 
 PassportScanController::PassportScanController(FormBuilderTag) {
     screens::refuseFormBuilder("PassportScanController", __LINE__);
