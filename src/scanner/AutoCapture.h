@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <optional>
 
 namespace kestrelid::scanner {
 
@@ -35,15 +34,16 @@ public:
         if (!view.isReady || !view.isPassportInView || !view.isSteady) {
             isInterrupted_ = true;
             if (isLate)
-                since_.reset();
+                isFilling_ = false;
             return false;
         }
         // Looks that are far apart are no gap: a slow machine has no others.
-        if (!since_ || now < lastGood_ || (isInterrupted_ && isLate))
+        if (!isFilling_ || now < lastGood_ || (isInterrupted_ && isLate))
             since_ = now;
         lastGood_ = now;
+        isFilling_ = true;
         isInterrupted_ = false;
-        if (now - *since_ < kFill)
+        if (now - since_ < kFill)
             return false;
         spend();
         return true;
@@ -51,24 +51,25 @@ public:
 
     // How much of the second has passed, 0 to 1.
     [[nodiscard]] double progress() const noexcept {
-        return since_ ? std::clamp((lastGood_ - *since_) / kFill, 0.0, 1.0) : 0.0;
+        return isFilling_ ? std::clamp((lastGood_ - since_) / kFill, 0.0, 1.0) : 0.0;
     }
 
     // No photo of this page any more: one was taken, or the person does not want it.
     void spend() noexcept {
-        since_.reset();
+        isFilling_ = false;
         isSpent_ = true;
     }
 
     // The screen is shown anew, or the page has left: the next one counts.
     void appear() noexcept {
-        since_.reset();
+        isFilling_ = false;
         isSpent_ = false;
     }
 
 private:
-    std::optional<Time> since_;  // the first good look of a row
+    Time since_{};  // the first good look of a row
     Time lastGood_{};
+    bool isFilling_ = false;      // there is such a row
     bool isInterrupted_ = false;  // since the last good look
     bool isSpent_ = false;
 };
