@@ -22,7 +22,8 @@ constexpr qreal kLargeSide = 1200.0;
 constexpr qreal kSideOfUnit = 1080.0;
 constexpr qreal kUnitSteps = 4.0;  // to the unit: lengths stay whole while a window is resized
 
-constexpr qreal kCompactHeight = 500.0;  // units
+constexpr qreal kCompactHeight = 500.0;   // units
+constexpr qreal kPortraitHeight = 400.0;  // the same of what is higher than wide
 
 qreal unitFor(qreal shorterSide) {
     if (shorterSide <= kLargeSide)
@@ -70,7 +71,9 @@ void ScreenItem::geometryChange(const QRectF& newGeometry, const QRectF& oldGeom
 
 void ScreenItem::updateSizeClass() {
     const qreal unit = adaptsToSize_ ? unitFor(std::min(width(), height())) : 1.0;
-    const bool isCompact = adaptsToSize_ && height() < kCompactHeight * unit;
+    // What stands beside the picture takes width from it, which portrait has little of.
+    const qreal least = width() < height() ? kPortraitHeight : kCompactHeight;
+    const bool isCompact = adaptsToSize_ && height() < least * unit;
     if (unit == unit_ && isCompact == isCompact_)
         return;
     unit_ = unit;

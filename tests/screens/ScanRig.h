@@ -135,6 +135,10 @@ struct ScanRig {
     static void tap(ShownScreen& screen, const QString& name, const QString& area = "area") {
         QQuickItem* button = screen.item(name);
         ASSERT_TRUE(button) << name.toStdString() << " is not on this page";
+        // Columns and grids place what is in them before the next frame, not at once.
+        const QRectF window(QPointF(), screen.root()->size());
+        EXPECT_TRUE(waitFor([&] { return window.contains(sceneRect(*button)); }))
+            << name.toStdString() << " is not in sight";
         click(findItem(button, area));
     }
 

@@ -69,6 +69,8 @@ TEST(SharedParts, OnlyLargeScreensThatAdaptGetLargerUnits) {
              Row{{1440, 2560}, true, 1.25, false},
              Row{{1920, 1200}, true, 1.0, false},
              Row{{820, 390}, true, 1.0, true},
+             Row{{320, 480}, true, 1.0, false},
+             Row{{240, 320}, true, 1.0, true},
              Row{{360, 640}, true, 1.0, false},
          }) {
         qobject_cast<QQuickItem*>(screen.get())->setSize(size);

@@ -89,6 +89,7 @@ class Program:
 
     def __init__(self, screen, command, environment=None):
         self.screen = screen
+        self.started = time.monotonic()
         self.process = subprocess.Popen(command, env=screen.environment | (environment or {}), stdout=subprocess.PIPE,
                                         stderr=subprocess.STDOUT, text=True)
 
