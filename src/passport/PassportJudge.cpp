@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <exception>
 #include <mutex>
+#include <QDate>
 #include <QJSEngine>
 #include <QJSValue>
 #include <QLocale>
@@ -32,6 +33,14 @@
 namespace kestrelid::passport {
 
 namespace {
+
+// A person reads 33 as no year. A host's own day holds.
+ZoneRules asOfToday(ZoneRules rules) {
+    const QDate today = QDate::currentDate();
+    if (!rules.asOf)
+        rules.asOf = CalendarDay{today.year(), today.month(), today.day()};
+    return rules;
+}
 
 using Console = std::function<void(std::string_view line)>;
 
@@ -157,7 +166,7 @@ void PassportJudge::begin(const QVariant& picture) {
     if (!judging->detector)
         return tell({.error = "there is not enough memory to recognise anything"});
 
-    const ExaminationOptions options{.zoneRules = context.zoneRules(),
+    const ExaminationOptions options{.zoneRules = asOfToday(context.zoneRules()),
                                      .stop = judging->stop.get_token()};
     const auto examine = [tell, failures, options, source = preview::hostPicture(picture),
                           needsZone = proof_ != PassportProof::verdict,
