@@ -1,3 +1,5 @@
+#include "camera/PageLook.h"
+
 #include <kestrelid/DefaultServices.h>
 #include <kestrelid/ImageFile.h>
 
@@ -39,6 +41,13 @@ void outlines(benchmark::State& state, OutlineFinder finder, const char* name, i
         benchmark::DoNotOptimize(find());
 }
 
+// What guidance measures of a page beside its outline.
+void measures(benchmark::State& state, const char* name, int width, int height) {
+    const Bitmap bitmap = frame(name, width, height);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(camera::measuredPage(bitmap, std::nullopt));
+}
+
 constexpr const char* kPage = "bangladesh-on-wood.jpg";
 constexpr const char* kDesk = "desk.jpg";
 BENCHMARK_CAPTURE(outlines, page720pClassical, OutlineFinder::classical, kPage, 1280, 720)
@@ -47,6 +56,7 @@ BENCHMARK_CAPTURE(outlines, page720p, OutlineFinder::networkFirst, kPage, 1280, 
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(outlines, desk720p, OutlineFinder::networkFirst, kDesk, 1280, 720)
     ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(measures, page720p, kPage, 1280, 720)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(outlines, page12MegapixelsClassical, OutlineFinder::classical, kPage, 4032, 3024)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(outlines, page12Megapixels, OutlineFinder::networkFirst, kPage, 4032, 3024)

@@ -16,7 +16,7 @@ set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/Kestrelid")
 # What belongs to one interface version lies in folders with its number, so that the next one fits beside it.
 set(resources "kestrelid-${PROJECT_VERSION_MAJOR}")
 set(resource_folder "${CMAKE_INSTALL_LIBDIR}/${resources}")
-set(translation_folder "${CMAKE_INSTALL_DATADIR}/${resources}/translations")
+set(translation_folder "${KESTRELID_TRANSLATIONS_FOLDER}")
 set(KESTRELID_QML_DIR "${CMAKE_INSTALL_LIBDIR}/qt6/qml" CACHE STRING
     "Where the QML module is installed, below the prefix: Qt's own folder where the prefix is Qt's")
 
@@ -55,8 +55,10 @@ install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE" DES
 
 if(KESTRELID_SCREENS AND BUILD_SHARED_LIBS)
     install_library(KestrelidScreens Screens ScreensRuntime)
-    install(FILES "${PROJECT_BINARY_DIR}/translations/kestrelid_bn.qm" DESTINATION ${translation_folder}
-        COMPONENT ScreensRuntime)
+    foreach(language ${KESTRELID_LANGUAGES})
+        install(FILES "${PROJECT_BINARY_DIR}/translations/kestrelid_${language}.qm" DESTINATION ${translation_folder}
+            COMPONENT ScreensRuntime)
+    endforeach()
     install(FILES "${PROJECT_SOURCE_DIR}/packaging/translations/kestrelid.ts" DESTINATION ${translation_folder} COMPONENT Development)
 
     set(module_folder "${KESTRELID_QML_DIR}/Kestrelid")

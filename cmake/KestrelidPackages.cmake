@@ -12,6 +12,10 @@ if(TARGET kestrelid-demo)
     endforeach()
     install(FILES "${PROJECT_SOURCE_DIR}/packaging/man/kestrelid-demo.1" DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
         COMPONENT Tools)
+    set(completion "${PROJECT_SOURCE_DIR}/packaging/completion")
+    install(FILES "${completion}/kestrelid-demo" DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT Tools)
+    install(FILES "${completion}/_kestrelid-demo" DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT Tools)
+    install(FILES "${completion}/kestrelid-demo.fish" DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT Tools)
 endif()
 
 option(KESTRELID_PACKAGES "Prepare Debian packages, for an install prefix of /usr" OFF)

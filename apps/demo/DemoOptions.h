@@ -11,10 +11,13 @@ struct DemoOptions {
     bool help = false;
     bool version = false;
     bool widgets = false;
-    QString camera;   // a name, or the path of a picture or video file; empty: the first camera
-    QString picture;  // shown in the preview at once
-    QString screenshot;
-    std::optional<double> after;  // seconds
+    QString camera;      // a name, or the path of a picture or video file; empty: the first camera
+    QString picture{};   // shown in the preview at once
+    QString theme{};     // "system", "light" or "dark"
+    QString language{};  // as QLocale names it; empty: the system's
+    double textScale = 1.0;
+    QString screenshot{};
+    std::optional<double> after{};  // seconds
 };
 
 struct UsageError {

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "apps/demo/CameraChoice.h"
-#include "apps/demo/PhotoJudge.h"
+#include "apps/demo/DemoSession.h"
 
 #include <QImage>
 

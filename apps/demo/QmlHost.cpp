@@ -11,13 +11,12 @@ namespace {
 
 class QmlHost final : public Host {
 public:
-    QmlHost(CameraChoice& cameras, PhotoJudge& judge, const PlatformServices& recognition) {
+    QmlHost(DemoSession& session, const PlatformServices& recognition) {
         installQmlModule(engine_);
         ScannerCamera camera;
         camera.recognition = recognition;
         setScannerCamera(engine_, camera);
-        engine_.setInitialProperties(
-            {{"cameras", QVariant::fromValue(&cameras)}, {"judge", QVariant::fromValue(&judge)}});
+        engine_.setInitialProperties({{"session", QVariant::fromValue(&session)}});
         engine_.load(QUrl("qrc:/qt/qml/KestrelidDemo/Main.qml"));
     }
 
@@ -33,9 +32,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Host> makeQmlHost(CameraChoice& cameras, PhotoJudge& judge,
-                                  const PlatformServices& recognition) {
-    auto host = std::make_unique<QmlHost>(cameras, judge, recognition);
+std::unique_ptr<Host> makeQmlHost(DemoSession& session, const PlatformServices& recognition) {
+    auto host = std::make_unique<QmlHost>(session, recognition);
     return host->window() ? std::move(host) : nullptr;
 }
 

@@ -1,111 +1,96 @@
 #include "apps/demo/WidgetsHost.h"
 
-#include "apps/demo/TopBar.h"
-#include "apps/demo/VerdictPage.h"
-
-#include <kestrelid/screens/DocumentScannerVC.h>
-#include <kestrelid/screens/ImagePreviewViewController.h>
+#include <kestrelid/screens/PassportScanController.h>
 
 #include <QDialog>
-#include <QDragEnterEvent>
-#include <QDropEvent>
-#include <QMimeData>
-#include <QStackedLayout>
+#include <QLabel>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace kestrelid::demo {
 
 namespace {
 
+constexpr int kNoticeMargin = 12;
+
 class WidgetsHost final : public Host, public QWidget {
 public:
-    WidgetsHost(CameraChoice& cameras, PhotoJudge& judge, const PlatformServices& recognition)
-        : cameras_(cameras), judge_(judge) {
+    WidgetsHost(DemoSession& session, const PlatformServices& recognition)
+        : session_(session), notice_(new QLabel), layout_(new QVBoxLayout(this)) {
         camera_.recognition = recognition;
-        auto* layout = new QVBoxLayout(this);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->setSpacing(0);
-        layout->addWidget(new TopBar(cameras));
-        layout->addLayout(pages_, 1);
-        connect(&cameras, &CameraChoice::cameraChosen, this, &WidgetsHost::scan);
-        connect(&cameras, &CameraChoice::cameraFound, this, [this] {
-            if (!pages_->currentWidget())
-                scan();
-        });
-        connect(&cameras, &CameraChoice::pictureOpened, this, &WidgetsHost::preview);
-        connect(&judge, &PhotoJudge::changed, this, [this] {
-            if (qobject_cast<VerdictPage*>(pages_->currentWidget()))
-                setName(judge_.headline());
-        });
-        setAcceptDrops(true);
-        setMinimumSize(320, 480);
+        notice_->setWordWrap(true);
+        notice_->setTextFormat(Qt::PlainText);
+        notice_->setMargin(kNoticeMargin);
+        QFont font = notice_->font();
+        font.setPointSizeF(font.pointSizeF() * session.textScale());
+        notice_->setFont(font);
+        layout_->setContentsMargins(0, 0, 0, 0);
+        layout_->setSpacing(0);
+        layout_->addWidget(notice_);
+        connect(&session, &DemoSession::changed, this, &WidgetsHost::follow);
+        connect(&session, &DemoSession::ready, this, &WidgetsHost::begin);
+        setMinimumSize(320, 240);
         resize(420, 760);
-        scan();
+        follow();
         show();
+        if (session.isReady())
+            begin();
     }
 
     QImage grab() override { return QWidget::grab().toImage(); }
 
-protected:
-    void dragEnterEvent(QDragEnterEvent* event) override {
-        if (event->mimeData()->hasUrls())
-            event->acceptProposedAction();
-    }
-    void dropEvent(QDropEvent* event) override { cameras_.open(event->mimeData()->urls().first()); }
-
 private:
-    // A new screen each time: the camera is free while a photo is looked at.
-    void scan() {
-        if (cameras_.camera().isEmpty())
+    void begin() { scan(session_.picture()); }
+
+    // A screen closes what it stands in once the person is done: here a part of the window, not all
+    // of it.
+    void scan(const QUrl& picture = {}) {
+        delete std::exchange(part_, new QDialog(this));
+        part_->setWindowFlags(Qt::Widget);
+        connect(part_, &QDialog::finished, this, &WidgetsHost::goOn, Qt::QueuedConnection);
+        camera_.options.camera = session_.camera().toStdString();
+        auto* screen = new PassportScanController(
+            [this](const auto& result) { isDone_ = result.has_value(); }, camera_);
+        screen->textScale = session_.textScale();
+        screen->didChangePage = [this](const QString& page) { session_.setPage(page); };
+        if (!picture.isEmpty())
+            screen->open(picture);
+        auto* inside = new QVBoxLayout(part_);
+        inside->setContentsMargins(0, 0, 0, 0);
+        inside->addWidget(screen);
+        layout_->addWidget(part_, 1);
+        part_->show();
+        screen->setFocus();
+    }
+
+    void goOn() {
+        if (!std::exchange(isDone_, false)) {
+            close();
             return;
-        camera_.options.camera = cameras_.camera().toStdString();
-        const auto completion = [this](const std::optional<Image>& photo) {
-            if (qobject_cast<DocumentScannerVC*>(pages_->currentWidget()))
-                preview(photo);
-        };
-        present(new DocumentScannerVC(completion, camera_), tr("scanning"));
-    }
-
-    void preview(const std::optional<Image>& photo) {
-        const auto confirm = [this, photo] {
-            judge_.judge(photo.value_or(Image()));
-            present(new VerdictPage(judge_, [this] { scan(); }), judge_.headline());
-        };
-        // The close symbol rejects the dialog.
-        auto* dialog = new QDialog;
-        dialog->setWindowFlags(Qt::Widget);
-        connect(dialog, &QDialog::rejected, this, &WidgetsHost::scan);
-        auto* layout = new QVBoxLayout(dialog);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->addWidget(new ImagePreviewViewController(
-            tr("Is everything readable?"), photo, [this] { scan(); }, confirm));
-        present(dialog, tr("preview"));
-    }
-
-    void present(QWidget* page, const QString& name) {
-        if (QWidget* before = pages_->currentWidget()) {
-            pages_->removeWidget(before);
-            before->hide();
-            before->deleteLater();
         }
-        pages_->addWidget(page);
-        page->setFocus();
-        setName(name);
+        session_.thank();
+        scan();
     }
 
-    void setName(const QString& page) { setWindowTitle(tr("Kestrelid demo: %1").arg(page)); }
+    void follow() {
+        setWindowTitle(session_.title());
+        notice_->setText(session_.notice());
+        notice_->setVisible(session_.page() == QLatin1String("scanning") &&
+                            !session_.notice().isEmpty());
+    }
 
-    CameraChoice& cameras_;
-    PhotoJudge& judge_;
+    DemoSession& session_;
     ScannerCamera camera_;
-    QStackedLayout* pages_ = new QStackedLayout;
+    QLabel* notice_;
+    QVBoxLayout* layout_;
+    QDialog* part_ = nullptr;
+    bool isDone_ = false;
 };
 
 }  // namespace
 
-std::unique_ptr<Host> makeWidgetsHost(CameraChoice& cameras, PhotoJudge& judge,
-                                      const PlatformServices& recognition) {
-    return std::make_unique<WidgetsHost>(cameras, judge, recognition);
+std::unique_ptr<Host> makeWidgetsHost(DemoSession& session, const PlatformServices& recognition) {
+    return std::make_unique<WidgetsHost>(session, recognition);
 }
 
 }  // namespace kestrelid::demo

@@ -1,4 +1,6 @@
+#include "apps/demo/DemoLooks.h"
 #include "apps/demo/DemoOptions.h"
+#include "apps/demo/DemoSession.h"
 #include "apps/demo/QmlHost.h"
 #include "apps/demo/WidgetsHost.h"
 
@@ -8,7 +10,6 @@
 #include <chrono>
 #include <cstdio>
 #include <QApplication>
-#include <QFileInfo>
 #include <QImageWriter>
 #include <QTimer>
 
@@ -51,15 +52,11 @@ void takeScreenshot(const DemoOptions& options, Host& host) {
 }
 
 int show(const DemoOptions& options, const PlatformServices& recognition) {
-    CameraChoice cameras(options.camera, recognition.queue);
-    PhotoJudge judge(recognition);
-    const std::unique_ptr<Host> host = options.widgets
-                                           ? makeWidgetsHost(cameras, judge, recognition)
-                                           : makeQmlHost(cameras, judge, recognition);
+    DemoSession session(options, recognition.queue);
+    const std::unique_ptr<Host> host =
+        options.widgets ? makeWidgetsHost(session, recognition) : makeQmlHost(session, recognition);
     if (!host)
         return fail("the screens cannot be loaded", kFailed);
-    if (!options.picture.isEmpty())
-        cameras.open(QUrl::fromLocalFile(QFileInfo(options.picture).absoluteFilePath()));
     if (!options.screenshot.isEmpty())
         takeScreenshot(options, *host);
     return QApplication::exec();
@@ -89,6 +86,10 @@ int run(int argc, char** argv) {
     QApplication application(argc, argv);
     QApplication::setApplicationName("kestrelid-demo");
     QGuiApplication::setDesktopFileName("org.kestrelid.Demo");
+    applyTheme(options.theme);
+    if (!applyLanguage(options.language))
+        return fail("--language: the texts are not translated into: " + options.language,
+                    kWrongUsage);
     return show(options, recognition);
 }
 

@@ -55,6 +55,10 @@ struct CameraServices {
     /// they come, are the same with it.
     std::shared_ptr<RectangleService> outlines{};
     GuidanceLimits guidance{};
+
+    /// Seconds on a clock that never goes back, for zone() and page(): the time of day may be set
+    /// meanwhile. Any thread; empty: the system's steady clock.
+    std::function<std::chrono::duration<double>()> uptime{};
 };
 
 /// Owns the camera of one scanning screen: permission, session, live detection, photos. The session
@@ -178,10 +182,13 @@ private:
     void performCapture();                                                         // session queue
     void handleDetectionResult(bool isPassport, float confidence);                 // main queue
     void judge(const Bitmap& frame);                                               // frame queue
+    void addWatches();                                                             // session queue
+    std::chrono::duration<double> timeOfFrame();                                   // frame queue
     void publishZoneLater(const LiveZone& zone);                                   // any thread
-    void forgetZoneIfSilent(std::uint64_t looks);                                  // main queue
     void publishPageLater(const LivePage& page);                                   // any thread
-    void forgetPageIfSilent(std::uint64_t looks);                                  // main queue
+    void awaitSilence(std::chrono::duration<double> patience);                     // main queue
+    void forgetIfSilent();                                                         // main queue
+    void forgetPageIfLost();                                                       // main queue
     void deliver(const std::optional<Image>& photo);                               // main queue
     void deliverLater(std::optional<Image> photo);                                 // any thread
 
@@ -211,9 +218,10 @@ private:
     WallTime lastDetectionTime_;                    // frame queue
     Published<LiveZone> zone_{LiveZone{}};          // main queue
     std::shared_ptr<camera::ZoneWatch> zoneWatch_;  // frame queue; null if none is wanted
-    WallTime lastZoneTime_;                         // frame queue
     Published<LivePage> page_{LivePage{}};          // main queue
     std::shared_ptr<camera::PageWatch> pageWatch_;  // frame queue; null if none is wanted
+    std::atomic<double> lastFrameTime_ = 0.0;       // any thread; of a camera that runs
+    bool isSilenceAwaited_ = false;                 // main queue
     const std::chrono::duration<double> detectionInterval_{0.5};
 };
 

@@ -1,5 +1,6 @@
 #include <kestrelid/CameraManager.h>
 
+#include "camera/PageWatch.h"
 #include "camera/Submit.h"
 #include "camera/ZoneWatch.h"
 
@@ -18,9 +19,6 @@ namespace {
 using camera::submit;
 
 constexpr std::chrono::duration<double> kReadinessCheckDelay{1.0};
-// Two looks of a page that is laid down are enough for a strict answer.
-constexpr std::chrono::duration<double> kZoneInterval{0.15};
-constexpr std::chrono::duration<double> kZoneSilence{2.0};
 constexpr std::int64_t kVerdictsToAppear = 1;     // in a row
 constexpr std::int64_t kVerdictsToDisappear = 2;  // in a row: a single blurred frame is no absence
 
@@ -31,9 +29,15 @@ WallTime systemTime() {
     return std::chrono::system_clock::now();
 }
 
-CameraServices withClock(CameraServices services) {
+std::chrono::duration<double> steadyTime() {
+    return std::chrono::steady_clock::now().time_since_epoch();
+}
+
+CameraServices withClocks(CameraServices services) {
     if (!services.now)
         services.now = systemTime;
+    if (!services.uptime)
+        services.uptime = steadyTime;
     return services;
 }
 
@@ -69,7 +73,7 @@ std::shared_ptr<CameraManager> CameraManager::create(CameraServices services) {
         !services.makeSerialQueue)
         return nullptr;
     try {
-        return std::shared_ptr<CameraManager>(new CameraManager(withClock(std::move(services))));
+        return std::shared_ptr<CameraManager>(new CameraManager(withClocks(std::move(services))));
     } catch (...) {
         return nullptr;
     }
@@ -80,7 +84,7 @@ CameraManager::CameraManager(CameraServices services)
       photoOutput_(services_.capture->makePhotoOutput()),
       videoOutput_(services_.capture->makeVideoDataOutput()),
       sessionQueue_(services_.makeSerialQueue("camera.session.queue")),
-      lastDetectionTime_(kDistantPast), lastZoneTime_(kDistantPast) {}
+      lastDetectionTime_(kDistantPast) {}
 
 CameraManager::~CameraManager() = default;
 
@@ -161,6 +165,7 @@ void CameraManager::followSession() {
                 return;
             base::runBlock("camera", [&] { self->publishCamera(self->session_->status()); });
             self->publishControls();
+            base::runBlock("camera", [&] { self->forgetPageIfLost(); });
         });
     });
 }
@@ -227,13 +232,7 @@ bool CameraManager::addChosenDevice() {
 }
 
 void CameraManager::addVideoOutput() {
-    if (services_.zones && !zoneWatch_)
-        zoneWatch_ = std::make_shared<camera::ZoneWatch>(
-            services_.zones, services_.zoneRules, services_.makeSerialQueue("zone.queue"),
-            [weak = weak_from_this()](const LiveZone& zone) {
-                if (const auto self = weak.lock())
-                    self->publishZoneLater(zone);
-            });
+    addWatches();
     videoOutput_->setVideoSettings({.pixelFormat = kPixelFormat32Bgra});
     videoOutput_->setSampleBufferDelegate(weak_from_this(),
                                           services_.makeSerialQueue("video.frame.queue"));
@@ -244,9 +243,11 @@ void CameraManager::didOutput(const SampleBuffer& sampleBuffer) try {
     const WallTime now = services_.now();
     const bool isJudged = now - lastDetectionTime_ >= detectionInterval_ &&
                           (!services_.canJudge || services_.canJudge());
-    const bool isSearched =
-        zoneWatch_ && !zoneWatch_->isBusy() && now - lastZoneTime_ >= kZoneInterval;
-    if (!isJudged && !isSearched)
+    const std::chrono::duration<double> uptime = timeOfFrame();
+    const bool isRead = zoneWatch_ && zoneWatch_->isDue(uptime);
+    // The black frames of a camera that is lost say nothing of light or page.
+    const bool isWatched = pageWatch_ && pageWatch_->isDue(uptime) && session_->isRunning();
+    if (!isJudged && !isRead && !isWatched)
         return;
     if (isJudged)
         lastDetectionTime_ = now;
@@ -258,10 +259,10 @@ void CameraManager::didOutput(const SampleBuffer& sampleBuffer) try {
         return;
     if (isJudged)
         judge(*bitmap);
-    if (isSearched) {
-        lastZoneTime_ = now;
-        zoneWatch_->look(*bitmap);
-    }
+    if (isRead)
+        zoneWatch_->look(*bitmap, uptime);
+    if (isWatched)
+        pageWatch_->look(*bitmap, uptime);
 } catch (...) {
     // A frame that memory is too short for is dropped; another one follows.
 }
@@ -294,26 +295,6 @@ void CameraManager::handleDetectionResult(bool isPassport, float confidence) {
             isDocumentDetected_.publish(false);
     }
     detectionConfidence_.publish(confidence);
-}
-
-void CameraManager::publishZoneLater(const LiveZone& zone) {
-    submit(*services_.mainQueue, [weak = weak_from_this(), zone, looks = zoneWatch_->looks()] {
-        const auto self = weak.lock();
-        if (!self)
-            return;
-        if (zone.zone)
-            self->services_.mainQueue->asyncAfter(kZoneSilence, [weak, looks] {
-                if (const auto later = weak.lock())
-                    later->forgetZoneIfSilent(looks);
-            });
-        self->zone_.publish(zone);
-    });
-}
-
-// A camera that was unplugged shows no frame in which the page is missing.
-void CameraManager::forgetZoneIfSilent(std::uint64_t looks) {
-    if (zoneWatch_->looks() == looks && zone_.value().zone)
-        base::runBlock("camera", [this] { zoneWatch_->forget(); });
 }
 
 void CameraManager::setControl(CameraControl control, std::optional<double> value) {

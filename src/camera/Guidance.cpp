@@ -1,41 +1,60 @@
 #include <kestrelid/Guidance.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <limits>
+#include <numbers>
 
 namespace kestrelid {
 
 namespace {
 
-// Twice the area of the quadrilateral, in shares of the picture.
-double doubleArea(const std::array<NormalizedPoint, 4>& corners) {
+// After so long without a look nothing is left of the last one.
+constexpr PageTracker::Time kLongestGap{5.0};
+
+// Of the picture.
+double areaOf(const std::array<NormalizedPoint, 4>& corners) {
     double sum = 0.0;
     for (std::size_t index = 0; index < corners.size(); ++index) {
         const NormalizedPoint& a = corners[index];
         const NormalizedPoint& b = corners[(index + 1) % corners.size()];
         sum += a.x * b.y - b.x * a.y;
     }
-    return std::abs(sum);
+    return std::abs(sum) / 2.0;
 }
 
-// How far the farthest corner has gone, in shares of the picture's diagonal.
+// How far the farthest corner has gone, in shares of the picture's diagonal. A page that turns may
+// have its corners named anew.
 double distance(const RectangleObservation& from, const RectangleObservation& to) {
-    double farthest = 0.0;
-    for (std::size_t index = 0; index < from.corners.size(); ++index)
-        farthest = std::max(farthest, std::hypot(to.corners[index].x - from.corners[index].x,
-                                                 to.corners[index].y - from.corners[index].y));
-    return farthest / std::sqrt(2.0);
+    constexpr std::size_t kCorners = 4;
+    double least = std::numeric_limits<double>::infinity();
+    for (std::size_t shift = 0; shift < kCorners; ++shift) {
+        double farthest = 0.0;
+        for (std::size_t index = 0; index < kCorners; ++index) {
+            const NormalizedPoint& a = from.corners[index];
+            const NormalizedPoint& b = to.corners[(index + shift) % kCorners];
+            farthest = std::max(farthest, std::hypot(b.x - a.x, b.y - a.y));
+        }
+        least = std::min(least, farthest);
+    }
+    return least / std::numbers::sqrt2;
 }
 
-// The sides of the picture that the outline touches.
-int sidesTouched(const RectangleObservation& outline, double margin) {
-    const auto any = [&](auto&& isThere) {
-        return std::any_of(outline.corners.begin(), outline.corners.end(), isThere) ? 1 : 0;
-    };
-    return any([&](const NormalizedPoint& at) { return at.x < margin; }) +
-           any([&](const NormalizedPoint& at) { return at.x > 1.0 - margin; }) +
-           any([&](const NormalizedPoint& at) { return at.y < margin; }) +
-           any([&](const NormalizedPoint& at) { return at.y > 1.0 - margin; });
+// How a page lies in the picture.
+enum class Fit : std::uint8_t { inside, cut, tooLarge };
+
+Fit fitOf(const RectangleObservation& outline, const GuidanceLimits& limits) {
+    const double margin = limits.leastMargin;
+    const auto any = [&](auto&& isThere) { return std::ranges::any_of(outline.corners, isThere); };
+    const bool left = any([&](const NormalizedPoint& at) { return at.x < margin; });
+    const bool right = any([&](const NormalizedPoint& at) { return at.x > 1.0 - margin; });
+    const bool below = any([&](const NormalizedPoint& at) { return at.y < margin; });
+    const bool above = any([&](const NormalizedPoint& at) { return at.y > 1.0 - margin; });
+    // Cut on both sides it fits nowhere.
+    if ((left && right) || (below && above) || areaOf(outline.corners) > limits.greatestArea)
+        return Fit::tooLarge;
+    return left || right || below || above ? Fit::cut : Fit::inside;
 }
 
 }  // namespace
@@ -63,40 +82,64 @@ std::string_view keyOf(Advice advice) noexcept {
 }
 
 void PageTracker::see(const PageLook& look, Time now) noexcept {
-    double motion = 0.0;
-    if (before_ && before_->outline && look.outline && now > lastTime_)
-        motion = distance(*before_->outline, *look.outline) / (now - lastTime_).count();
-    const bool wasSeen = before_ && before_->outline;
-    const Advice advice = adviceFor(look, motion);
-    live_.outline = look.outline;
-    live_.isSteady = wasSeen && advice == Advice::none;
-    if (!isAdvised_ || (advice != live_.advice && now - advisedAt_ >= limits_.hold)) {
-        live_.advice = advice;
-        advisedAt_ = now;
-        isAdvised_ = true;
-    }
-    before_ = look;
+    if (lastTime_ && now - *lastTime_ > kLongestGap)
+        forget();
+    if (!lastTime_)
+        toldAt_ = now;  // that nothing is wrong
     lastTime_ = now;
+
+    const Advice advice = adviceFor(look, look.outline ? motionTo(*look.outline, now) : 0.0);
+    consider(advice, now);
+    sightings_ = {Sighting{look.outline, now}, sightings_[0]};
+    live_.outline = look.outline;
+    live_.isSteady = wasGood_ && advice == Advice::none;
+    wasGood_ = advice == Advice::none;
+}
+
+// Against both of the last two looks: where one of them has mistaken something else for the page,
+// nothing has moved.
+double PageTracker::motionTo(const RectangleObservation& outline, Time now) const noexcept {
+    std::optional<double> least;
+    for (const Sighting& sighting : sightings_) {
+        if (!sighting.outline || now <= sighting.time)
+            continue;
+        const double motion = distance(*sighting.outline, outline) / (now - sighting.time).count();
+        least = std::min(least.value_or(motion), motion);
+    }
+    return least.value_or(0.0);
+}
+
+void PageTracker::consider(Advice advice, Time now) noexcept {
+    const bool isAgreed = advice == before_ || advice == earlier_;
+    const Advice agreed = isAgreed ? advice : before_ == earlier_ ? before_ : live_.advice;
+    if (agreed != live_.advice && now - toldAt_ >= limits_.hold) {
+        live_.advice = agreed;
+        toldAt_ = now;
+    }
+    earlier_ = before_;
+    before_ = advice;
 }
 
 void PageTracker::forget() noexcept {
-    live_ = {};
-    before_.reset();
-    isAdvised_ = false;
+    *this = PageTracker(limits_);
 }
 
+// The most pressing first: what hides the others, and what is mended before them.
 Advice PageTracker::adviceFor(const PageLook& look, double motion) const noexcept {
-    if (look.brightness < limits_.leastBrightness)
+    // A dark desk alone may be well lit.
+    if (look.brightness < limits_.leastBrightness * (look.outline ? 1.0 : 0.5))
         return Advice::tooDark;
     if (!look.outline)
         return Advice::noPage;
-    const double area = doubleArea(look.outline->corners) / 2.0;
-    const int touched = sidesTouched(*look.outline, limits_.leastMargin);
-    if (area > limits_.greatestArea || touched >= 3)
+    switch (fitOf(*look.outline, limits_)) {
+    case Fit::tooLarge:
         return Advice::moveBack;
-    if (touched > 0)
+    case Fit::cut:
         return Advice::wholePage;
-    if (area < limits_.leastArea)
+    case Fit::inside:
+        break;
+    }
+    if (areaOf(look.outline->corners) < limits_.leastArea)
         return Advice::moveCloser;
     if (look.glare > limits_.mostGlare)
         return Advice::glare;

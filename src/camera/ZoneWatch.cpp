@@ -7,6 +7,9 @@ namespace kestrelid::camera {
 
 namespace {
 
+// Two looks of a page that is laid down are enough for a strict answer.
+constexpr FrameWatch::Pace kPace{.interval = FrameWatch::Time(0.15), .restPerLook = 0.0};
+
 // Around the zone as it last stood, and as much again: a page held in a hand moves little from one
 // look to the next, and a small part of a frame is searched in a third of the time.
 RectangleObservation around(const MachineReadableZone& zone) {
@@ -39,37 +42,16 @@ RectangleObservation around(const MachineReadableZone& zone) {
 }  // namespace
 
 ZoneWatch::ZoneWatch(std::shared_ptr<ZoneService> zones, ZoneRules rules,
-                     std::shared_ptr<DispatchQueue> queue, Tell tell)
-    : zones_(std::move(zones)), queue_(std::move(queue)), tell_(std::move(tell)),
-      tracker_(std::move(rules)) {}
+                     std::shared_ptr<DispatchQueue> queue, Clock clock, Tell tell)
+    : FrameWatch(std::move(queue), std::move(clock), kPace), zones_(std::move(zones)),
+      tell_(std::move(tell)), tracker_(std::move(rules)) {}
 
-void ZoneWatch::look(Bitmap frame) {
-    isBusy_ = true;
-    try {
-        queue_->async([weak = weak_from_this(), frame = std::move(frame)] {
-            if (const auto self = weak.lock()) {
-                self->lookNow(frame);
-                self->isBusy_ = false;
-            }
-        });
-    } catch (...) {
-        isBusy_ = false;
-        throw;
-    }
+void ZoneWatch::forgetNow() {
+    tracker_.forget();
+    tell_(tracker_.live());
 }
 
-void ZoneWatch::forget() {
-    queue_->async([weak = weak_from_this()] {
-        const auto self = weak.lock();
-        if (!self)
-            return;
-        self->tracker_.forget();
-        self->tell_(self->tracker_.live());
-    });
-}
-
-void ZoneWatch::lookNow(const Bitmap& frame) try {
-    ++looks_;
+void ZoneWatch::lookNow(const Bitmap& frame, Time /*takenAt*/) {
     ZoneRequest request;
     if (tracker_.live().zone && !tracker_.live().zone->lines.empty())
         request.outlines.push_back(around(*tracker_.live().zone));
@@ -83,8 +65,6 @@ void ZoneWatch::lookNow(const Bitmap& frame) try {
     }
     if (tracker_.see(first))
         tell_(tracker_.live());
-} catch (...) {
-    // A frame that memory is too short for, or a host's service that throws: another one follows.
 }
 
 }  // namespace kestrelid::camera

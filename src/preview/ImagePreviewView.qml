@@ -42,11 +42,20 @@ ScreenItem {
     Item {
         id: content
 
+        readonly property real edge: Metrics.edge * root.unit
+        // Without a safe area a screen that adapts keeps its buttons off the edge.
+        readonly property real foot: root.adaptsToSize
+            ? Math.max(root.safeAreaMargins.bottom, Metrics.compactSpacing * root.unit)
+            : root.safeAreaMargins.bottom
+        readonly property real spacing: root.unit * (root.isCompact ? Metrics.compactSpacing
+                                                                    : Metrics.sectionSpacing)
+        readonly property bool isBeside: root.isCompact && width > 1.5 * height
+
         objectName: "content"
-        x: root.safeAreaMargins.left + Metrics.edge
+        x: root.safeAreaMargins.left + edge
         y: root.safeAreaMargins.top
-        width: root.width - root.safeAreaMargins.left - root.safeAreaMargins.right - 2 * Metrics.edge
-        height: root.height - root.safeAreaMargins.top - root.safeAreaMargins.bottom
+        width: root.width - root.safeAreaMargins.left - root.safeAreaMargins.right - 2 * edge
+        height: root.height - root.safeAreaMargins.top - foot
 
         TitleBar {
             id: bar
@@ -66,11 +75,13 @@ ScreenItem {
             id: pictureArea
 
             objectName: "pictureArea"
+            anchors.left: parent.left
             anchors.top: bar.bottom
-            anchors.topMargin: Metrics.sectionSpacing
-            width: parent.width
-            height: Math.max(0, parent.height - bar.height - buttons.height
-                             - 2 * Metrics.sectionSpacing)
+            anchors.topMargin: content.spacing
+            width: content.isBeside ? Math.max(0, parent.width - buttons.width - content.edge)
+                                    : parent.width
+            height: Math.max(0, parent.height - bar.height - content.spacing
+                             - (content.isBeside ? 0 : buttons.height + content.spacing))
 
             PreviewPhoto {
                 id: photo
@@ -93,27 +104,45 @@ ScreenItem {
                 color: "black"
                 pointSize: Metrics.smallFont
                 textScale: root.textScale
+                unit: root.unit
                 font.weight: Font.Medium
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
             }
         }
 
+        // Beside each other below the picture; above each other beside it.
         Item {
             id: buttons
 
-            readonly property real buttonWidth: Math.max(0, (width - Metrics.stackSpacing) / 2)
+            readonly property real spacing: Metrics.stackSpacing * root.unit
+            readonly property real widest: root.adaptsToSize ? Metrics.widestButton * root.unit
+                                                             : Infinity
+            readonly property real buttonWidth:
+                content.isBeside ? width
+                                 : Math.min(widest, Math.max(0, (width - spacing) / 2))
             readonly property real buttonHeight: Math.max(retake.implicitHeight, confirm.implicitHeight)
+            // From the sides; what is left of the width, where the buttons do not fill it.
+            readonly property real inset: content.isBeside
+                ? 0 : Math.max(0, (width - spacing) / 2 - buttonWidth)
+            readonly property int textSize: Math.min(retake.fittingSize, confirm.fittingSize)
 
             objectName: "buttons"
-            anchors.top: pictureArea.bottom
-            anchors.topMargin: Metrics.sectionSpacing
-            width: parent.width
-            height: buttonHeight
+            anchors.right: parent.right
+            y: content.isBeside ? pictureArea.y + Math.round((pictureArea.height - height) / 2)
+                                : pictureArea.y + pictureArea.height + content.spacing
+            width: content.isBeside
+                ? Math.min(0.4 * parent.width,
+                           Metrics.buttonColumn * root.unit * Math.max(1, root.textScale))
+                : parent.width
+            height: content.isBeside ? 2 * buttonHeight + spacing : buttonHeight
 
             PillButton {
                 id: retake
 
                 objectName: "retake"
                 anchors.left: parent.left
+                anchors.leftMargin: buttons.inset
                 width: buttons.buttonWidth
                 height: buttons.buttonHeight
                 screen: root
@@ -121,6 +150,7 @@ ScreenItem {
                 color: root.buttonTint
                 textColor: root.buttonAccent
                 textScale: root.textScale
+                textSize: buttons.textSize
                 onTapped: root.perform(root.didTapRetake)
             }
 
@@ -129,6 +159,8 @@ ScreenItem {
 
                 objectName: "confirm"
                 anchors.right: parent.right
+                anchors.rightMargin: buttons.inset
+                y: content.isBeside ? buttons.buttonHeight + buttons.spacing : 0
                 width: buttons.buttonWidth
                 height: buttons.buttonHeight
                 screen: root
@@ -136,6 +168,7 @@ ScreenItem {
                 color: root.buttonAccent
                 textColor: "white"
                 textScale: root.textScale
+                textSize: buttons.textSize
                 onTapped: root.perform(root.didTapConfirm)
             }
         }

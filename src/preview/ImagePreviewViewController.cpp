@@ -30,10 +30,12 @@ ImagePreviewViewController::ImagePreviewViewController(QString title, std::optio
                                                        ScreenAction retake, ScreenAction confirm,
                                                        QWidget* parent)
     : QWidget(parent), titleText(std::move(title)), image(std::move(picture)),
-      didTapRetake(std::move(retake)), didTapConfirm(std::move(confirm)) {}
+      didTapRetake(std::move(retake)), didTapConfirm(std::move(confirm)) {
+    setFocusPolicy(Qt::StrongFocus);  // a place in the order of Tab before there is a child
+}
 
 ImagePreviewViewController::ImagePreviewViewController(FormBuilderTag) {
-    screens::refuseFormBuilder();
+    screens::refuseFormBuilder("ImagePreviewViewController", 34);
 }
 
 ImagePreviewViewController::~ImagePreviewViewController() = default;
@@ -45,6 +47,8 @@ void ImagePreviewViewController::showEvent(QShowEvent* event) {
     const QVariantMap properties{
         {QStringLiteral("title"), titleText},
         {QStringLiteral("image"), image ? QVariant::fromValue(*image) : QVariant()},
+        {QStringLiteral("textScale"), textScale},
+        {QStringLiteral("adaptsToSize"), adaptsToSize},
         {QStringLiteral("didTapRetake"),
          forwarded(*this, &ImagePreviewViewController::didTapRetake)},
         {QStringLiteral("didTapConfirm"),

@@ -1,18 +1,13 @@
 #include "preview/Photo.h"
 
 #include "preview/BoxReduction.h"
+#include "preview/HostPicture.h"
 #include "screens/ContinuousCorner.h"
 #include "screens/UprightTransform.h"
 
-#include <kestrelid/ImageFile.h>
-
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
-#include <QFile>
 #include <QPainter>
-#include <QQmlFile>
-#include <span>
 #include <variant>
 
 namespace kestrelid::preview {
@@ -39,13 +34,6 @@ QImage::Format formatOf(PixelFormat format) {
     return QImage::Format_Invalid;
 }
 
-QImage onWhite(const QImage& image) {
-    QImage opaque(image.size(), QImage::Format_RGB32);
-    opaque.fill(Qt::white);
-    QPainter(&opaque).drawImage(0, 0, image);
-    return opaque;
-}
-
 // The stored rows at about the given size in pixels.
 QImage scaledTo(const QImage& stored, const QSize& size) {
     QImage picture = stored.hasAlphaChannel() ? onWhite(stored) : stored;
@@ -70,11 +58,7 @@ std::optional<Photo> photoOf(const Image& image) {
 }
 
 std::optional<Photo> readPhoto(const QUrl& url) {
-    QFile file(QQmlFile::urlToLocalFileOrQrc(url));
-    if (!file.open(QIODevice::ReadOnly) || file.size() > static_cast<qint64>(kMaximumFileSize))
-        return std::nullopt;
-    const QByteArray bytes = file.readAll();
-    const ImageResult result = decodeImage(std::as_bytes(std::span(bytes.data(), bytes.size())));
+    const ImageResult result = readPicture(url);
     const auto* image = std::get_if<Image>(&result);
     return image ? photoOf(*image) : std::nullopt;
 }

@@ -29,7 +29,7 @@ struct Photo {
 // A photo ready to be shown at rect, which reaches beyond the picture by the outline.
 struct RenderedPhoto {
     QImage image;
-    QRectF rect;  // points
+    QRectF rect;  // points, or what the item that made it says
 };
 
 // Scales the photo to picture (points), upright, rounds its corners and outlines them. pixelRatio:

@@ -2,60 +2,47 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Kestrelid
 
-// A capsule with a text in the middle.
-Rectangle {
+// A capsule with one line of text in the middle.
+Pill {
     id: button
 
-    required property ScreenItem screen
-    required property string text
     required property color textColor
     required property real textScale
+    // The size of text in pixels that fits, and the one that is shown: buttons beside each other
+    // share the least that fits.
+    readonly property int fittingSize: Math.max(Math.min(wantedSize, leastSize),
+                                                Math.min(wantedSize, Math.floor(wantedSize * room / Math.max(1, wanted.advanceWidth))))
+    property int textSize: fittingSize
 
-    signal tapped
+    readonly property int wantedSize: Math.max(1, Math.round(Metrics.smallFont * textScale * screen.unit))
+    readonly property int leastSize: Math.round(Metrics.smallFont * screen.unit)
+    readonly property real padding: Metrics.buttonPadding * screen.unit
+    readonly property real room: Math.max(0, width - 2 * padding - 1) // 1: a text's own rounding
 
-    implicitHeight: label.implicitHeight + 2 * Metrics.buttonPadding
-    radius: height / 2
-    antialiasing: true
+    implicitHeight: label.implicitHeight + 2 * padding
 
     ScreenText {
         id: label
 
         objectName: "label"
         anchors.centerIn: parent
-        width: parent.width - 2 * Metrics.buttonPadding
+        width: parent.width - 2 * button.padding
         horizontalAlignment: Text.AlignHCenter
-        // A large or long text shrinks before it is cut.
-        fontSizeMode: Text.HorizontalFit
-        minimumPixelSize: Metrics.smallFont
         elide: Text.ElideRight
         text: button.text
         color: button.textColor
         pointSize: Metrics.smallFont
-        textScale: button.textScale
+        font.pixelSize: button.textSize
         font.weight: Font.Medium
         Accessible.ignored: true // the button says it
     }
 
-    Tappable {
-        id: area
+    TextMetrics {
+        id: wanted
 
-        objectName: "area"
-        anchors.centerIn: parent
-        width: parent.width
-        height: Math.max(parent.height, Metrics.touchTarget)
-        Accessible.role: Accessible.Button
-        Accessible.name: button.text
-        Accessible.focusable: true
-        Accessible.onPressAction: area.tapped()
-        onTapped: button.tapped()
-
-        Tap { control: area }
-    }
-
-    FocusRing {
-        screen: button.screen
-        control: area
-        anchors.margins: -4
-        radius: height / 2
+        text: button.text
+        font.family: label.font.family
+        font.weight: label.font.weight
+        font.pixelSize: button.wantedSize
     }
 }

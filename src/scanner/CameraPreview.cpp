@@ -1,8 +1,5 @@
 #include "scanner/CameraPreview.h"
 
-#include "scanner/AspectFill.h"
-#include "screens/UprightTransform.h"
-
 #include <mutex>
 #include <optional>
 #include <QImage>
@@ -20,6 +17,10 @@ struct Frame {
     Bitmap bitmap;
     Orientation orientation;
     bool isMirrored;
+
+    [[nodiscard]] FrameShape shape() const {
+        return {QSizeF(bitmap.width(), bitmap.height()), orientation, isMirrored};
+    }
 };
 
 // Shares the bitmap's pixels.
@@ -44,27 +45,16 @@ public:
     void setFrame(QQuickWindow& window, const Frame& frame) {
         image_->setTexture(
             window.createTextureFromImage(asImage(frame.bitmap), QQuickWindow::TextureIsOpaque));
-        size_ = QSizeF(frame.bitmap.width(), frame.bitmap.height());
-        orientation_ = frame.orientation;
-        isMirrored_ = frame.isMirrored;
     }
 
-    void place(const QSizeF& bounds) {
-        // The bounds as the sensor lies, turned upright, then mirrored.
-        const QSizeF stored = screens::uprightSize(orientation_, bounds);
-        image_->setSourceRect(aspectFillCrop(size_, stored));
-        image_->setRect(QRectF(QPointF(), stored));
-        QTransform placed = screens::uprightTransform(orientation_, stored);
-        if (isMirrored_)
-            placed *= QTransform(-1, 0, 0, 1, bounds.width(), 0);
-        setMatrix(QMatrix4x4(placed));
+    void place(const FramePlacement& placement) {
+        image_->setSourceRect(placement.source);
+        image_->setRect(QRectF(QPointF(), placement.stored));
+        setMatrix(QMatrix4x4(placement.transform));
     }
 
 private:
     QSGImageNode* image_;
-    QSizeF size_;
-    Orientation orientation_ = Orientation::up;
-    bool isMirrored_ = false;
 };
 
 }  // namespace
@@ -106,6 +96,7 @@ private:
 CameraPreview::CameraPreview(QQuickItem* parent)
     : QQuickItem(parent), surface_(std::make_shared<Surface>(*this)) {
     setFlag(ItemHasContents);
+    connect(this, &CameraPreview::placementChanged, this, [this] { update(); });
 }
 
 CameraPreview::~CameraPreview() {
@@ -123,7 +114,15 @@ void CameraPreview::setSession(const CaptureSessionHandle& handle) {
 
 void CameraPreview::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
     QQuickItem::geometryChange(newGeometry, oldGeometry);
-    update();
+    emit placementChanged();
+}
+
+QSizeF CameraPreview::pictureSize() const {
+    return screens::uprightSize(shape_.orientation, shape_.stored);
+}
+
+QPointF CameraPreview::mapFromFrame(qreal x, qreal y) const {
+    return scanner::mapFromFrame(shape_, placeFrame(shape_, size(), showsWholeFrame_), {x, y});
 }
 
 QSGNode* CameraPreview::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
@@ -132,9 +131,14 @@ QSGNode* CameraPreview::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
         if (!node)
             node = new FrameNode(*window());
         node->setFrame(*window(), *frame);
+        // The main thread waits meanwhile, and is told once it goes on.
+        if (const FrameShape shape = frame->shape(); shape != shape_) {
+            shape_ = shape;
+            QMetaObject::invokeMethod(this, &CameraPreview::placementChanged, Qt::QueuedConnection);
+        }
     }
     if (node)
-        node->place(size());
+        node->place(placeFrame(shape_, size(), showsWholeFrame_));
     return node;
 }
 

@@ -10,8 +10,9 @@ namespace kestrelid::scanner {
 
 namespace {
 
+// Units.
 constexpr RoundedCornerOverlayShape kShape{.lineLength = 70.0, .cornerRadius = 25.0};
-constexpr qreal kLineWidth = 4.0;  // points
+constexpr qreal kLineWidth = 4.0;
 constexpr qreal kMiterLimit = 10.0;
 
 QPainterPath painterPath(const CornerPath& corner) {
@@ -33,9 +34,11 @@ QPainterPath painterPath(const CornerPath& corner) {
     return path;
 }
 
-QPainterPath bracket(int corner, const QSizeF& frame) {
+QPainterPath bracket(int corner, const QSizeF& frame, qreal unit) {
     const ShapeRect rect{.maxX = frame.width(), .maxY = frame.height()};
-    return painterPath(kShape.path(rect).at(static_cast<std::size_t>(std::clamp(corner, 0, 3))));
+    const RoundedCornerOverlayShape shape{.lineLength = kShape.lineLength * unit,
+                                          .cornerRadius = kShape.cornerRadius * unit};
+    return painterPath(shape.path(rect).at(static_cast<std::size_t>(std::clamp(corner, 0, 3))));
 }
 
 }  // namespace
@@ -48,8 +51,8 @@ CornerBracket::CornerBracket(QQuickItem* parent) : QQuickPaintedItem(parent) {
 }
 
 void CornerBracket::place() {
-    constexpr qreal reach = kLineWidth / 2.0;
-    const QRectF bounds = bracket(corner_, frameSize_)
+    const qreal reach = kLineWidth * unit_ / 2.0;
+    const QRectF bounds = bracket(corner_, frameSize_, unit_)
                               .controlPointRect()
                               .adjusted(-reach, -reach, reach, reach)
                               .toAlignedRect();
@@ -59,10 +62,10 @@ void CornerBracket::place() {
 }
 
 void CornerBracket::paint(QPainter* painter) {
-    QPen pen(color_, kLineWidth, Qt::SolidLine, Qt::FlatCap, Qt::SvgMiterJoin);
+    QPen pen(color_, kLineWidth * unit_, Qt::SolidLine, Qt::FlatCap, Qt::SvgMiterJoin);
     pen.setMiterLimit(kMiterLimit);
     painter->translate(-position());
-    painter->strokePath(bracket(corner_, frameSize_), pen);
+    painter->strokePath(bracket(corner_, frameSize_, unit_), pen);
 }
 
 }  // namespace kestrelid::scanner

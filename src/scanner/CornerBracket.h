@@ -8,12 +8,13 @@
 namespace kestrelid::scanner {
 
 // One bracket of a frame. Each is an item of its own, so that the live picture between them is
-// never blended with an overlay. Places itself; the line reaches 2 points beyond the frame.
+// never blended with an overlay. Places itself; the line reaches 2 units beyond the frame.
 class CornerBracket : public QQuickPaintedItem {
     Q_OBJECT
     Q_PROPERTY(
         int corner MEMBER corner_ NOTIFY geometryInputChanged)  // 0..3 from the top left, clockwise
     Q_PROPERTY(QSizeF frameSize MEMBER frameSize_ NOTIFY geometryInputChanged)
+    Q_PROPERTY(qreal unit MEMBER unit_ NOTIFY geometryInputChanged)  // points to one as designed
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY colorChanged)
     QML_ELEMENT
 
@@ -31,6 +32,7 @@ private:
 
     int corner_ = 0;
     QSizeF frameSize_;
+    qreal unit_ = 1.0;
     QColor color_ = Qt::white;
 };
 

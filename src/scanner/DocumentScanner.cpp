@@ -1,5 +1,7 @@
 #include "scanner/DocumentScanner.h"
 
+#include "scanner/CameraRetry.h"
+#include "scanner/GuidanceLimitsValue.h"
 #include "scanner/ZoneValue.h"
 #include "screens/EngineContext.h"
 
@@ -46,7 +48,7 @@ QString nameOf(CameraControl control) {
 }  // namespace
 
 bool DocumentScanner::showsPreview() const {
-    return cameraArea(state_) == CameraArea::preview;
+    return cameraArea(state_) == CameraArea::preview && !isReplacing_;
 }
 
 QColor DocumentScanner::bracketColor() const {
@@ -119,32 +121,49 @@ QString DocumentScanner::currentCamera() const {
 }
 
 void DocumentScanner::switchCamera(const QString& name) {
+    chosenCamera_ = name;
     if (manager_)
         manager_->switchCamera(name.toStdString());
-    else
-        chosenCamera_ = name;
 }
 
 void DocumentScanner::appear() {
+    isShown_ = true;
+    triesInVain_ = 0;
+    autoCapture_.appear();
+    watchApplication();
     if (!manager_)
         makeManager();
+    const QPointer<DocumentScanner> self = this;
     // Held: an observer may release the screen.
     if (const auto manager = manager_)
         manager->checkAuthorization();
+    // What did not change is not told again.
+    if (self && isTriedAgain(problemState_))
+        retryLater(retryDelay(triesInVain_));
 }
 
 void DocumentScanner::makeManager() {
     QQmlEngine* engine = qmlEngine(this);
     if (!engine)
         return;
-    CameraServices services = screens::EngineContext::of(*engine).makeServices(camera_, readsZone_);
+    CameraServices services = screens::EngineContext::of(*engine).makeServices(
+        {.camera = camera_,
+         .readsZone = readsZone_,
+         .watchesPage = watchesPage_,
+         .limits = guidanceLimits(guidanceLimits_)});
     mainQueue_ = services.mainQueue;
+    authorization_ = services.authorization;
+    uptime_ = services.uptime;
     manager_ = CameraManager::create(std::move(services));
     if (!manager_)
-        return;
+        return followCamera({.state = CameraState::failed, .cause = {}});
     observe(manager_->isAuthorized());
     observe(manager_->isSessionReady());
     observe(manager_->isDocumentDetected());
+    subscriptions_.push_back(
+        manager_->page().didChange([this](const LivePage& page) { followPage(page); }));
+    subscriptions_.push_back(manager_->cameraStatus().didChange(
+        [this](const CameraStatus& status) { followCamera(status); }));
     observe(manager_->zone(), &DocumentScanner::zoneObserver_, &DocumentScanner::zoneChanged);
     observe(manager_->cameraStatus(), &DocumentScanner::cameraObserver_,
             &DocumentScanner::cameraStatusChanged);
@@ -176,6 +195,8 @@ void DocumentScanner::observe(const Published<Value>& field,
 void DocumentScanner::observeCameras() {
     subscriptions_.push_back(
         manager_->cameras().didChange([this](const auto& cameras) { cameras_.follow(cameras); }));
+    subscriptions_.push_back(
+        manager_->cameras().didChange([this](const auto& cameras) { followCameraList(cameras); }));
     subscriptions_.push_back(manager_->cameras().didChange([this](const auto& cameras) {
         if (const auto tell = camerasObserver_)
             tell(cameras);
@@ -185,17 +206,27 @@ void DocumentScanner::observeCameras() {
 }
 
 void DocumentScanner::follow() {
+    // The manager tells no readiness that is lost later.
+    const bool works = !guides_ || problem_.isEmpty();
     state_ = {.isAuthorized = manager_->isAuthorized().value(),
-              .isSessionReady = manager_->isSessionReady().value(),
-              .isDocumentDetected = manager_->isDocumentDetected().value()};
+              .isSessionReady = works && manager_->isSessionReady().value(),
+              .isDocumentDetected = works && manager_->isDocumentDetected().value()};
     emit displayChanged();
+    seeForAutoCapture();
 }
 
 void DocumentScanner::capture(const QVariant& completion) {
     if (!manager_ || !isCaptureAllowed())
         return;
+    cancelAutoCapture();
     manager_->onPhotoCapture = photoCompletion(completion, qmlEngine(this));
     mainQueue_->asyncAfter(kCaptureDelay, [manager = manager_] { manager->capturePhoto(); });
+}
+
+void DocumentScanner::deliver(const QVariant& completion, const QVariant& photo) {
+    const PhotoCompletion complete = photoCompletion(completion, qmlEngine(this));
+    if (complete && photo.metaType() == QMetaType::fromType<Image>())
+        complete(photo.value<Image>());
 }
 
 }  // namespace kestrelid::scanner

@@ -1,10 +1,10 @@
 #include "scanner/DocumentScanner.h"
 #include "screens/HostedScreen.h"
+#include "screens/ScreenItem.h"
 
 #include <kestrelid/screens/DocumentScannerVC.h>
 
 #include <QPointer>
-#include <QQuickItem>
 #include <QQuickWidget>
 #include <QVariantMap>
 
@@ -12,21 +12,61 @@ namespace kestrelid {
 
 namespace {
 
-scanner::DocumentScanner* scannerIn(QWidget* hosted) {
+screens::ScreenItem* screenIn(QWidget* hosted) {
     const auto* widget = qobject_cast<QQuickWidget*>(hosted);
-    return widget && widget->rootObject()
-               ? widget->rootObject()->findChild<scanner::DocumentScanner*>()
-               : nullptr;
+    return widget ? qobject_cast<screens::ScreenItem*>(widget->rootObject()) : nullptr;
+}
+
+scanner::DocumentScanner* scannerIn(QWidget* hosted) {
+    const auto* screen = screenIn(hosted);
+    return screen ? screen->findChild<scanner::DocumentScanner*>() : nullptr;
+}
+
+void handOver(const DocumentScannerVC& controller, screens::ScreenItem& screen) {
+    QVariantMap properties = screens::propertiesOf(controller.assistance);
+    properties.insert(screens::propertiesOf(controller.layout));
+    properties[QStringLiteral("readsZone")] = static_cast<bool>(controller.didReadZone);
+    properties[QStringLiteral("textScale")] = controller.textScale;
+    for (auto property = properties.cbegin(); property != properties.cend(); ++property)
+        screen.setProperty(property.key().toUtf8(), property.value());
+    screen.safeAreaMargins()->set(controller.safeAreaMargins);
+}
+
+// A member that the host may set, and replace or release the controller while it is called.
+template <typename Value>
+auto forwarded(DocumentScannerVC& controller,
+               std::function<void(const Value&)> DocumentScannerVC::*observer) {
+    return [weak = QPointer(&controller), observer](const Value& value) {
+        if (const auto tell = weak ? weak->*observer : nullptr)
+            tell(value);
+    };
 }
 
 }  // namespace
 
 DocumentScannerVC::DocumentScannerVC(PhotoCompletion completion, ScannerCamera camera,
                                      QWidget* parent)
-    : QWidget(parent), completion_(std::move(completion)), camera_(std::move(camera)) {}
+    : QWidget(parent) {
+    const QVariantMap properties{
+        {QStringLiteral("isPresented"), false},
+        {QStringLiteral("completion"), QVariant::fromValue(std::move(completion))},
+    };
+    hosted_ =
+        screens::hostScreen(*this, QStringLiteral("DocumentScannerView"), properties, {}, camera);
+    auto* shown = scannerIn(hosted_);
+    if (!shown)
+        return;
+    connect(
+        screenIn(hosted_), &screens::ScreenItem::appearing, this,
+        [this] { handOver(*this, *screenIn(hosted_)); }, Qt::SingleShotConnection);
+    shown->setCamerasObserver(forwarded(*this, &DocumentScannerVC::didChangeCameras));
+    shown->setZoneObserver(forwarded(*this, &DocumentScannerVC::didReadZone));
+    shown->setCameraObserver(forwarded(*this, &DocumentScannerVC::didChangeCamera));
+    shown->setControlsObserver(forwarded(*this, &DocumentScannerVC::didChangeControls));
+}
 
 DocumentScannerVC::DocumentScannerVC(FormBuilderTag) {
-    screens::refuseFormBuilder();
+    screens::refuseFormBuilder("DocumentScannerViewController", 23);
 }
 
 DocumentScannerVC::~DocumentScannerVC() = default;
@@ -36,48 +76,9 @@ void DocumentScannerVC::setControl(CameraControl control, std::optional<double> 
         shown->setControl(control, value);
 }
 
-void DocumentScannerVC::showEvent(QShowEvent* event) {
-    QWidget::showEvent(event);
-    if (hosted_)
-        return;
-    const QVariantMap properties{
-        {QStringLiteral("isPresented"), false},
-        {QStringLiteral("completion"), QVariant::fromValue(completion_)},
-        {QStringLiteral("readsZone"), static_cast<bool>(didReadZone)},
-    };
-    hosted_ = screens::hostScreen(*this, QStringLiteral("DocumentScannerView"), properties,
-                                  safeAreaMargins, camera_);
-    auto* shown = scannerIn(hosted_);
-    if (!shown)
-        return;
-    if (!chosenCamera_.isEmpty())
-        shown->switchCamera(chosenCamera_);
-    shown->setCamerasObserver(
-        [controller = QPointer(this)](const std::vector<CameraDescription>& cameras) {
-            if (const auto tell = controller ? controller->didChangeCameras : CamerasObserver())
-                tell(cameras);
-        });
-    shown->setZoneObserver([controller = QPointer(this)](const LiveZone& zone) {
-        // A copy: the callback may replace itself.
-        if (const auto tell = controller ? controller->didReadZone : ZoneObserver())
-            tell(zone);
-    });
-    shown->setCameraObserver([controller = QPointer(this)](const CameraStatus& status) {
-        if (const auto tell = controller ? controller->didChangeCamera : CameraObserver())
-            tell(status);
-    });
-    shown->setControlsObserver(
-        [controller = QPointer(this)](const std::vector<CameraControlStatus>& controls) {
-            if (const auto tell = controller ? controller->didChangeControls : ControlsObserver())
-                tell(controls);
-        });
-}
-
 void DocumentScannerVC::switchCamera(const QString& name) {
     if (auto* shown = scannerIn(hosted_))
         shown->switchCamera(name);
-    else
-        chosenCamera_ = name;
 }
 
 }  // namespace kestrelid

@@ -1,4 +1,4 @@
-pragma ComponentBehavior: Bound
+// Components are not bound: a Loader of Qt 6.4 makes nothing of such ones.
 import QtQuick
 import Kestrelid
 
@@ -36,9 +36,37 @@ ScreenItem {
     property alias currentCamera: scanner.currentCamera
     property real textScale: 1
 
+    // What follows goes beyond the plain screen; off unless a host asks for it. Counts when the
+    // screen is first shown. assistance: the four below, each of which can be set on its own.
+    property bool assistance: false
+    // One line of guidance; what to do where the camera fails, which is then tried again by itself.
+    property bool guides: assistance
+    // The page in view is outlined in the live picture.
+    property bool outlinesPage: assistance
+    // Light, zoom and choice of camera, where there are any.
+    property bool offersControls: assistance
+    // Pictures from files, dropped or pasted, go to `completion` as photos do.
+    property bool importsPhotos: assistance
+    // A photo is taken once a passport has been in view, still and sharp, for a second.
+    property bool capturesByItself: false
+    // All of the live picture, instead of one that fills its frame and is cut. Also: adaptsToSize.
+    property bool showsWholeFrame: false
+    // From where on a page is too dark, too small and so on: an object with names of GuidanceLimits.
+    property var guidanceLimits
+    // What would make the next photo better: "none", "tooDark", "noPage", "wholePage", "moveCloser",
+    // "moveBack", "glare" or "holdStill"; and whether the page in view would make a good one. Known
+    // where it is needed: to guide, outline or capture.
+    property alias advice: scanner.advice
+    property alias isPageSteady: scanner.isPageSteady
+
     // Goes on with the camera of that name. A name that no camera has changes nothing.
     function switchCamera(name: string) {
         scanner.switchCamera(name)
+    }
+
+    // Begins anew with permission and camera, as a person who has put something right may want.
+    function retryCamera() {
+        scanner.retry();
     }
 
     focus: true
@@ -48,7 +76,12 @@ ScreenItem {
     Accessible.name: bar.title
 
     onAppeared: scanner.appear()
-    onEscapePressed: root.dismissBy(root.dismiss)
+    onEscapePressed: {
+        if (!(help.item as ScannerHelp)?.giveWay())
+            root.dismissBy(root.dismiss);
+    }
+    Keys.enabled: help.active
+    Keys.onPressed: event => event.accepted = (help.item as ScannerHelp).press(event)
     onActivated: scanner.capture(root.completion)
 
     // value: from 0 to 1; undefined or null leaves the choice to the camera. What it has not is ignored.
@@ -61,6 +94,12 @@ ScreenItem {
 
         camera: root.camera
         readsZone: root.readsZone
+        watchesPage: root.guides || root.outlinesPage || root.capturesByItself
+        guidanceLimits: root.guidanceLimits
+        guides: root.guides
+        capturesByItself: root.capturesByItself
+        isShown: root.isShown
+        onCaptureDue: scanner.capture(root.completion)
     }
 
     Rectangle {
@@ -76,10 +115,25 @@ ScreenItem {
     Item {
         id: content
 
+        readonly property real unit: root.unit
+        readonly property real compactSpacing: 12
+        // Beside the frame, in a compact layout.
+        readonly property real railWidth: help.item !== null ? (help.item as ScannerHelp).railWidth
+                                                             : Metrics.ring + 2 * Metrics.ringLine
+        readonly property real compactHeight: Math.max(0, height - bar.height - compactSpacing)
+        // What the frame may take.
+        readonly property rect room: root.isCompact
+                ? Qt.rect(root.LayoutMirroring.enabled ? railWidth + compactSpacing : 0, bar.height,
+                          Math.max(0, width - railWidth - compactSpacing),
+                          compactHeight)
+                : Qt.rect(0, bar.height + Metrics.sectionSpacing * unit, width,
+                          Math.max(0, height - bar.height - Metrics.sectionSpacing * unit
+                                   - Metrics.columnSpacing * unit - captureButton.height))
+
         objectName: "content"
-        x: root.safeAreaMargins.left + Metrics.edge
+        x: root.safeAreaMargins.left + Metrics.edge * unit
         y: root.safeAreaMargins.top
-        width: root.width - root.safeAreaMargins.left - root.safeAreaMargins.right - 2 * Metrics.edge
+        width: root.width - root.safeAreaMargins.left - root.safeAreaMargins.right - 2 * Metrics.edge * unit
         height: root.height - root.safeAreaMargins.top - root.safeAreaMargins.bottom
 
         TitleBar {
@@ -92,19 +146,29 @@ ScreenItem {
             title: qsTr("Scan your passport")
             closeName: qsTr("Close")
             color: "white"
-            textScale: root.textScale
+            // Where there is little height the picture needs it more.
+            textScale: root.isCompact ? Math.min(root.textScale, Math.max(1, root.height / 240)) : root.textScale
             onCloseTapped: root.dismissBy(root.dismiss)
         }
 
         Item {
             id: frame
 
+            property size picture // the last live one, in pixels
+            readonly property real inset: Metrics.pictureInset * root.unit
+            // Brackets hug a picture that is whole.
+            readonly property real fit: root.showsWholeFrame && picture.width > 0
+                    ? Math.max(0, Math.min((content.room.width - 2 * inset) / picture.width,
+                                           (content.room.height - 2 * inset) / picture.height)) : 0
+            // Small frames have smaller brackets, so that their arms do not meet.
+            readonly property real bracketUnit: root.adaptsToSize ? Math.min(root.unit, Math.min(width, height) / 160)
+                                                                  : 1
+
             objectName: "frame"
-            anchors.top: bar.bottom
-            anchors.topMargin: Metrics.sectionSpacing
-            width: parent.width
-            height: Math.max(0, parent.height - bar.height - Metrics.sectionSpacing
-                             - Metrics.columnSpacing - captureButton.height)
+            x: content.room.x + (content.room.width - width) / 2
+            y: content.room.y + (content.room.height - height) / 2
+            width: fit > 0 ? Math.round(picture.width * fit + 2 * inset) : content.room.width
+            height: fit > 0 ? Math.round(picture.height * fit + 2 * inset) : content.room.height
 
             // A new surface for each time that access is granted.
             Repeater {
@@ -114,12 +178,28 @@ ScreenItem {
                     anchors.fill: parent
 
                     CameraPreview {
+                        id: preview
+
                         objectName: "preview"
                         anchors.fill: parent
-                        anchors.margins: Metrics.pictureInset
+                        anchors.margins: frame.inset
                         session: scanner.session
+                        showsWholeFrame: root.showsWholeFrame
+                        onPlacementChanged: if (pictureSize.width > 0) frame.picture = pictureSize
                         Accessible.role: Accessible.Graphic
                         Accessible.name: qsTr("Live camera picture")
+                    }
+
+                    Loader {
+                        anchors.fill: preview
+                        active: root.outlinesPage
+                        sourceComponent: PageOutline {
+                            objectName: "pageOutline"
+                            picture: preview
+                            corners: scanner.pageOutline
+                            color: scanner.status === DocumentScanner.PassportInView ? "#4ADE80" : "white"
+                            lineWidth: 3 * root.unit
+                        }
                     }
 
                     Repeater {
@@ -130,7 +210,7 @@ ScreenItem {
 
                             corner: index
                             frameSize: Qt.size(frame.width, frame.height)
-                            radius: Metrics.frameRadius
+                            radius: Metrics.frameRadius * frame.bracketUnit
                         }
                     }
                 }
@@ -140,13 +220,33 @@ ScreenItem {
                 objectName: "accessRequired"
                 anchors.centerIn: parent
                 width: Math.min(implicitWidth, parent.width)
-                visible: !scanner.showsPreview
+                visible: !scanner.showsPreview && !panel.active
                 wrapMode: Text.Wrap
                 text: qsTr("Camera access is required")
                 color: "white"
                 pointSize: Metrics.bodyFont
                 textScale: root.textScale
+                unit: root.unit
                 Accessible.ignored: true // the status says it
+            }
+
+            Loader {
+                id: panel
+
+                anchors.fill: parent
+                anchors.margins: frame.inset
+                active: root.guides && scanner.cameraProblem !== ""
+                sourceComponent: CameraStatePanel {
+                    objectName: "cameraStatePanel"
+                    screen: root
+                    source: scanner
+                    textScale: root.textScale
+                    hasOtherCameras: (help.item as ScannerHelp)?.hasOtherCameras ?? false
+                    opensPictures: (help.item as ScannerHelp)?.opensPictures ?? false
+                    onTryAgainTapped: root.retryCamera()
+                    onOtherCameraTapped: (help.item as ScannerHelp).chooseCamera()
+                    onPictureTapped: (help.item as ScannerHelp).choosePicture()
+                }
             }
 
             Repeater {
@@ -158,6 +258,7 @@ ScreenItem {
                     objectName: "bracket" + index
                     corner: index
                     frameSize: Qt.size(frame.width, frame.height)
+                    unit: frame.bracketUnit
                     color: scanner.bracketColor
                 }
             }
@@ -167,15 +268,42 @@ ScreenItem {
             id: captureButton
 
             objectName: "captureButton"
-            anchors.top: frame.bottom
-            anchors.topMargin: Metrics.columnSpacing
-            width: parent.width
+            x: root.isCompact && !root.LayoutMirroring.enabled ? parent.width - width : 0
+            y: root.isCompact ? content.room.y + (content.room.height - Metrics.ring) / 2
+                              : content.room.y + content.room.height + Metrics.columnSpacing * root.unit
+            width: root.isCompact ? content.railWidth : parent.width
             height: implicitHeight
             screen: root
+            capturesByItself: root.capturesByItself
+            progress: scanner.captureProgress
             discColor: scanner.captureDiscColor
             name: qsTr("Take photo")
             description: status.text
             onTapped: scanner.capture(root.completion)
+        }
+    }
+
+    Loader {
+        id: help
+
+        anchors.fill: parent
+        active: root.guides || root.offersControls || root.importsPhotos || root.capturesByItself
+        sourceComponent: ScannerHelp {
+            screen: root
+            source: scanner
+            completion: root.completion
+            textScale: root.textScale
+            guides: root.guides
+            offersControls: root.offersControls
+            importsPhotos: root.importsPhotos
+            contentRect: Qt.rect(content.x, content.y, content.width, content.height)
+            frameRect: Qt.rect(content.x + frame.x, content.y + frame.y, frame.width, frame.height)
+            gapRect: root.isCompact
+                     ? Qt.rect(content.x + content.room.x, content.y + content.room.y + 6, content.room.width, 0)
+                     : Qt.rect(content.x, content.y + bar.height, content.width, Metrics.sectionSpacing * root.unit)
+            railHeight: content.compactHeight
+            ringRect: Qt.rect(content.x + captureButton.x + (captureButton.width - Metrics.ring * root.unit) / 2,
+                              content.y + captureButton.y, Metrics.ring * root.unit, Metrics.ring * root.unit)
         }
     }
 
@@ -201,6 +329,11 @@ ScreenItem {
         height: 1
         Accessible.role: Accessible.AlertMessage
         Accessible.name: text
-        onTextChanged: root.announce(status)
+        onTextChanged: Qt.callLater(say)
+
+        // Later: the name that is spoken changes after the text.
+        function say() {
+            root.announce(status);
+        }
     }
 }

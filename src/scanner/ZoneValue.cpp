@@ -62,20 +62,22 @@ QVariantMap valueOf(const ZoneProblem& problem) {
 }  // namespace
 
 QVariant zoneValue(const LiveZone& live) {
-    if (!live.zone)
-        return null();
+    return live.zone ? zoneValue(*live.zone, live.isStrict(), live.frames) : null();
+}
+
+QVariant zoneValue(const MachineReadableZone& zone, bool isStrict, int frames) {
     QStringList lines;
-    for (const ZoneLine& line : live.zone->lines)
+    for (const ZoneLine& line : zone.lines)
         lines << textOf(line.text.view());
     QVariantList fields;
-    for (const ZoneField& field : live.zone->fields)
+    for (const ZoneField& field : zone.fields)
         fields << valueOf(field);
     QVariantList problems;
-    for (const ZoneProblem& problem : live.zone->problems)
+    for (const ZoneProblem& problem : zone.problems)
         problems << valueOf(problem);
-    return QVariantMap{{QStringLiteral("format"), textOf(nameOf(live.zone->format))},
-                       {QStringLiteral("strict"), live.isStrict()},
-                       {QStringLiteral("frames"), live.frames},
+    return QVariantMap{{QStringLiteral("format"), textOf(nameOf(zone.format))},
+                       {QStringLiteral("strict"), isStrict},
+                       {QStringLiteral("frames"), frames},
                        {QStringLiteral("lines"), lines},
                        {QStringLiteral("fields"), fields},
                        {QStringLiteral("problems"), problems}};

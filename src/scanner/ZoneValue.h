@@ -10,4 +10,7 @@ namespace kestrelid::scanner {
 // Personal data: never log it.
 [[nodiscard]] QVariant zoneValue(const LiveZone& live);
 
+// The same for a zone that was joined from so many frames.
+[[nodiscard]] QVariant zoneValue(const MachineReadableZone& zone, bool isStrict, int frames);
+
 }  // namespace kestrelid::scanner

@@ -13,23 +13,34 @@ EngineContext& EngineContext::of(QQmlEngine& engine) {
     return *new EngineContext(&engine);
 }
 
-CameraServices EngineContext::makeServices(const QString& camera, bool readsZone) {
+QString EngineContext::cameraFor(const QString& camera) const {
+    return camera.isEmpty() ? QString::fromStdString(camera_.options.camera) : camera;
+}
+
+CameraServices EngineContext::makeServices(const ScannerWishes& wishes) {
     CameraOptions options = camera_.options;
-    if (!camera.isEmpty())
-        options.camera = camera.toStdString();
+    options.camera = cameraFor(wishes.camera).toStdString();
     CameraServices services;
     if (camera_.makeServices) {
         services = camera_.makeServices(makeQtMainQueue(), options);
     } else {
-        if (!camera_.recognition)
-            camera_.recognition = defaultServices();
-        services = defaultCameraServices(makeQtMainQueue(), options, *camera_.recognition);
-        services.zones = camera_.recognition->zones;
+        services = defaultCameraServices(makeQtMainQueue(), options, recognition());
+        services.zones = recognition().zones;
         services.zoneRules = camera_.zoneRules;
+        services.outlines = recognition().rectangles;
     }
-    if (!readsZone)
+    if (!wishes.readsZone)
         services.zones = nullptr;
+    if (!wishes.watchesPage)
+        services.outlines = nullptr;
+    services.guidance = wishes.limits;
     return services;
+}
+
+const PlatformServices& EngineContext::recognition() {
+    if (!camera_.recognition)
+        camera_.recognition = defaultServices();
+    return *camera_.recognition;
 }
 
 }  // namespace kestrelid::screens

@@ -9,5 +9,5 @@ Rectangle {
     anchors.fill: parent
     visible: control.activeFocus && screen.isKeyboardInUse
     color: "transparent"
-    border { color: "#1882FF"; width: 2 }
+    border { color: "#1882FF"; width: 2 * screen.unit }
 }

@@ -6,7 +6,9 @@ namespace kestrelid::screens {
 
 namespace {
 
-constexpr qreal kStrokeWidth = 1.4;  // points
+// Points, as designed.
+constexpr qreal kStrokeWidth = 1.4;
+constexpr qreal kSide = 11.0;
 
 }  // namespace
 
@@ -16,9 +18,10 @@ MultiplySymbol::MultiplySymbol(QQuickItem* parent) : QQuickPaintedItem(parent) {
 }
 
 void MultiplySymbol::paint(QPainter* painter) {
-    constexpr qreal inset = kStrokeWidth / 2.0;
+    const qreal stroke = kStrokeWidth * width() / kSide;
+    const qreal inset = stroke / 2.0;
     const QRectF box = boundingRect().adjusted(inset, inset, -inset, -inset);
-    painter->setPen(QPen(color_, kStrokeWidth, Qt::SolidLine, Qt::RoundCap));
+    painter->setPen(QPen(color_, stroke, Qt::SolidLine, Qt::RoundCap));
     painter->drawLine(box.topLeft(), box.bottomRight());
     painter->drawLine(box.topRight(), box.bottomLeft());
 }

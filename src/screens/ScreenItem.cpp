@@ -4,6 +4,8 @@
 
 #include <kestrelid/screens/ScannerCamera.h>
 
+#include <algorithm>
+#include <cmath>
 #include <QAccessible>
 #include <QJSValue>
 #include <QKeyEvent>
@@ -11,6 +13,37 @@
 #include <QQuickWindow>
 
 namespace kestrelid::screens {
+
+namespace {
+
+// Of the shorter side, in points: what the screens were designed for reaches to the first; there a
+// point of the design is one point. From then on it is a part of the second.
+constexpr qreal kLargeSide = 1200.0;
+constexpr qreal kSideOfUnit = 1080.0;
+constexpr qreal kUnitSteps = 4.0;  // to the unit: lengths stay whole while a window is resized
+
+constexpr qreal kCompactHeight = 500.0;   // units
+constexpr qreal kPortraitHeight = 400.0;  // the same of what is higher than wide
+
+qreal unitFor(qreal shorterSide) {
+    if (shorterSide <= kLargeSide)
+        return 1.0;
+    return std::max(1.0, std::floor(shorterSide / kSideOfUnit * kUnitSteps) / kUnitSteps);
+}
+
+// What keys go to once the window has them.
+QQuickItem* focusedIn(const QQuickWindow& window) {
+    QQuickItem* item = window.contentItem();
+    while (item->isFocusScope() && item->scopedFocusItem())
+        item = item->scopedFocusItem();
+    return item;
+}
+
+}  // namespace
+
+bool isCommand(const QKeyEvent& event) {
+    return (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) != 0;
+}
 
 ScreenItem::ScreenItem(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemIsFocusScope);
@@ -21,6 +54,31 @@ void ScreenItem::setKeyboardInUse(bool inUse) {
         return;
     isKeyboardInUse_ = inUse;
     emit keyboardInUseChanged();
+}
+
+void ScreenItem::setAdaptsToSize(bool adapts) {
+    if (adaptsToSize_ == adapts)
+        return;
+    adaptsToSize_ = adapts;
+    updateSizeClass();
+    emit sizeClassChanged();
+}
+
+void ScreenItem::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+    QQuickItem::geometryChange(newGeometry, oldGeometry);
+    updateSizeClass();
+}
+
+void ScreenItem::updateSizeClass() {
+    const qreal unit = adaptsToSize_ ? unitFor(std::min(width(), height())) : 1.0;
+    // What stands beside the picture takes width from it, which portrait has little of.
+    const qreal least = width() < height() ? kPortraitHeight : kCompactHeight;
+    const bool isCompact = adaptsToSize_ && height() < least * unit;
+    if (unit == unit_ && isCompact == isCompact_)
+        return;
+    unit_ = unit;
+    isCompact_ = isCompact;
+    emit sizeClassChanged();
 }
 
 void ScreenItem::dismissBy(const QVariant& hostFunction) {
@@ -51,6 +109,8 @@ bool ScreenItem::perform(const QVariant& action) {
 void ScreenItem::announce(QQuickItem* item) {
     QAccessibleEvent event(item, QAccessible::Alert);
     QAccessible::updateAccessibility(&event);
+    if (const QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(item))
+        emit announced(spoken->text(QAccessible::Name));
 }
 
 void ScreenItem::componentComplete() {
@@ -99,10 +159,25 @@ void ScreenItem::updateShown() {
         return;
     isShown_ = isShown;
     if (isShown)
-        emit appeared();
+        emit appearing();
+    emit shownChanged();
+    if (!isShown_)
+        return;
+    takeFocus();
+    emit appeared();
+}
+
+void ScreenItem::takeFocus() {
+    const QQuickItem* focused = focusedIn(*window());
+    if (focused == this || isAncestorOf(focused))
+        return;
+    if (focused->isAncestorOf(this) || !focused->isVisible() || !focused->isEnabled())
+        forceActiveFocus(Qt::OtherFocusReason);
 }
 
 void ScreenItem::keyPressEvent(QKeyEvent* event) {
+    if (isCommand(*event))
+        return event->ignore();
     switch (event->key()) {
     case Qt::Key_Escape:
         if (!event->isAutoRepeat())
@@ -118,7 +193,8 @@ void ScreenItem::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Backtab:
         // The window would begin at its own first control.
         if (hasActiveFocus() && window()->activeFocusItem() == this) {
-            const bool forward = event->key() == Qt::Key_Tab;
+            const bool forward =
+                event->key() == Qt::Key_Tab && !event->modifiers().testFlag(Qt::ShiftModifier);
             if (QQuickItem* next = nextItemInFocusChain(forward))
                 return next->forceActiveFocus(forward ? Qt::TabFocusReason
                                                       : Qt::BacktabFocusReason);

@@ -5,7 +5,9 @@
 
 namespace kestrelid::screens {
 
-// The area of a control that takes touches, Tab, and the keys Space, Return and Enter.
+// The area of a control that takes touches, Tab, and the keys Space, Return and Enter. One that
+// goes out of sight while it has the focus hands it to its screen: a key must not tap what nobody
+// sees.
 class Tappable : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
@@ -18,6 +20,7 @@ signals:
 
 protected:
     void focusInEvent(QFocusEvent* event) override;
+    void itemChange(ItemChange change, const ItemChangeData& data) override;
     void keyPressEvent(QKeyEvent* event) override;
 };
 

@@ -14,23 +14,24 @@ Item {
 
     signal closeTapped
 
+    readonly property real unit: screen.unit
     readonly property real rowHeight: Math.max(close.height, titleText.implicitHeight)
 
-    implicitHeight: Metrics.barTop + rowHeight + Metrics.barBottom
+    implicitHeight: (Metrics.barTop + Metrics.barBottom) * unit + rowHeight
 
     component Symbol: Item {
         property alias color: strokes.color
 
-        y: Metrics.barTop + (bar.rowHeight - height) / 2
-        width: Metrics.symbol
-        height: Metrics.symbol + 2 * Metrics.symbolPadding
+        y: Metrics.barTop * bar.unit + (bar.rowHeight - height) / 2
+        width: Metrics.symbol * bar.unit
+        height: (Metrics.symbol + 2 * Metrics.symbolPadding) * bar.unit
 
         MultiplySymbol {
             id: strokes
 
-            y: Metrics.symbolPadding
-            width: Metrics.symbol
-            height: Metrics.symbol
+            y: Metrics.symbolPadding * bar.unit
+            width: Metrics.symbol * bar.unit
+            height: Metrics.symbol * bar.unit
         }
     }
 
@@ -46,8 +47,8 @@ Item {
 
             objectName: "closeArea"
             anchors.centerIn: parent
-            width: Metrics.touchTarget
-            height: Metrics.touchTarget
+            width: Metrics.touchTarget * bar.unit
+            height: Metrics.touchTarget * bar.unit
             Accessible.role: Accessible.Button
             Accessible.name: bar.closeName
             Accessible.focusable: true
@@ -58,8 +59,8 @@ Item {
             FocusRing {
                 screen: bar.screen
                 control: closeArea
-                anchors.margins: 8
-                radius: 6
+                anchors.margins: 8 * bar.unit
+                radius: 6 * bar.unit
             }
         }
     }
@@ -71,17 +72,20 @@ Item {
         anchors {
             left: close.right
             right: balance.left
-            leftMargin: Metrics.stackSpacing
-            rightMargin: Metrics.stackSpacing
+            leftMargin: Metrics.stackSpacing * bar.unit
+            rightMargin: Metrics.stackSpacing * bar.unit
         }
-        y: Metrics.barTop + (bar.rowHeight - height) / 2
+        y: Metrics.barTop * bar.unit + (bar.rowHeight - height) / 2
         horizontalAlignment: Text.AlignHCenter
         elide: Text.ElideRight
-        maximumLineCount: 1
+        // Who asks for larger texts must not lose words by it.
+        maximumLineCount: bar.textScale > 1 ? 2 : 1
+        wrapMode: bar.textScale > 1 ? Text.Wrap : Text.NoWrap
         text: bar.title
         color: bar.color
         pointSize: Metrics.titleFont
         textScale: bar.textScale
+        unit: bar.unit
         font.weight: Font.DemiBold
         Accessible.role: Accessible.Heading
         Accessible.name: bar.title

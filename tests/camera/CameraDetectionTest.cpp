@@ -169,8 +169,7 @@ TEST(CameraZones, AreReadBesideTheVerdictsAndForgottenWithThePage) {
     zones->isInView = true;
     deliver(1);
     EXPECT_TRUE(camera.manager->zone().value().zone);
-    camera.mainQueue->advance(2.0);  // no frame any more
-    camera.settle();
+    camera.pass(2.0);
     EXPECT_FALSE(camera.manager->zone().value().zone);
 }
 

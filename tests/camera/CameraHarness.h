@@ -16,7 +16,8 @@ namespace kestrelid::test {
 // A camera manager on a fake machine, with queues cranked by hand and a clock set by hand.
 struct CameraHarness {
     explicit CameraHarness(AuthorizationStatus status = AuthorizationStatus::authorized,
-                           std::shared_ptr<ZoneService> zones = nullptr)
+                           std::shared_ptr<ZoneService> zones = nullptr,
+                           std::shared_ptr<RectangleService> outlines = nullptr)
         : authorization(std::make_shared<FakeAuthorization>(status)) {
         manager = CameraManager::create(
             {.authorization = authorization,
@@ -29,7 +30,9 @@ struct CameraHarness {
                  },
              .now = [this] { return WallTime(std::chrono::duration<double>(seconds)); },
              .canJudge = [this] { return canJudge; },
-             .zones = std::move(zones)});
+             .zones = std::move(zones),
+             .outlines = std::move(outlines),
+             .uptime = [this] { return std::chrono::duration<double>(seconds); }});
         watch(manager->isAuthorized(), "isAuthorized");
         watch(manager->isSessionReady(), "isSessionReady");
         watch(manager->isDocumentDetected(), "isDocumentDetected");
@@ -71,6 +74,13 @@ struct CameraHarness {
     }
     void deliverFrame() { deliverFrame(std::make_shared<FakePixelBuffer>(blankBitmap(12, 8))); }
 
+    // Time in which no frame comes.
+    void pass(double silence) {
+        seconds += silence;
+        mainQueue->advance(silence);
+        settle();
+    }
+
     // A frame at a time of its own, and the verdict on it.
     void judge(bool isPassport, double confidence) {
         seconds += 1.0;
@@ -90,7 +100,7 @@ struct CameraHarness {
     std::shared_ptr<ManualQueue> mainQueue = std::make_shared<ManualQueue>();
     std::map<std::string, std::shared_ptr<ManualQueue>> queues;
     bool canJudge = true;
-    double seconds = 1'700'000'000.0;  // wall clock
+    double seconds = 1'700'000'000.0;  // both clocks
     std::vector<std::string> announcements;
     std::shared_ptr<CameraManager> manager;
     std::vector<Subscription> subscriptions;

@@ -53,7 +53,8 @@ struct LiveCamera {
                  [](const std::string& label) {
                      return std::make_shared<base::AsioQueue>(label, 1);
                  },
-             .now = [seconds] { return WallTime(std::chrono::duration<double>(++*seconds)); }});
+             .now = [seconds] { return WallTime(std::chrono::duration<double>(++*seconds)); },
+             .outlines = std::make_shared<test::FakeRectangles>()});
     }
 
     void onMain(std::function<void()> block) {
@@ -75,7 +76,7 @@ struct LiveCamera {
 // Frames until stopped, from a thread as the platform's.
 std::jthread deliverFrames(const std::shared_ptr<test::FakeVideoOutput>& output) {
     return std::jthread([output](const std::stop_token& stop) {
-        const auto pixels = std::make_shared<FakePixelBuffer>(test::blankBitmap(4, 4));
+        const auto pixels = std::make_shared<FakePixelBuffer>(test::blankBitmap(16, 16));
         while (!stop.stop_requested()) {
             output->deliver(pixels);
             std::this_thread::yield();
@@ -88,6 +89,7 @@ TEST(CameraThreads, FramesVerdictsAndPhotosMeetOnTheMainQueue) {
     std::promise<void> ready;
     std::latch photos(50);
     std::latch verdicts(100);
+    std::latch pages(2);
     std::vector<Subscription> subscriptions;
     camera.onMain([&] {
         camera.manager->onPhotoCapture = [&, main = std::this_thread::get_id()](const auto&) {
@@ -104,6 +106,12 @@ TEST(CameraThreads, FramesVerdictsAndPhotosMeetOnTheMainQueue) {
                 if (!verdicts.try_wait())
                     verdicts.count_down();
             }));
+        subscriptions.push_back(camera.manager->page().didChange(
+            [&, main = std::this_thread::get_id()](const LivePage&) {
+                EXPECT_EQ(std::this_thread::get_id(), main);
+                if (!pages.try_wait())
+                    pages.count_down();
+            }));
         camera.manager->checkAuthorization();
     });
     ready.get_future().wait();
@@ -112,6 +120,7 @@ TEST(CameraThreads, FramesVerdictsAndPhotosMeetOnTheMainQueue) {
         camera.onMain([&] { camera.manager->capturePhoto(); });
     photos.wait();
     verdicts.wait();
+    pages.wait();
     camera.onMain([&] { subscriptions.clear(); });
 }
 

@@ -116,7 +116,7 @@ class OnScreen(unittest.TestCase):
         self.screen = screen.Screen()
         self.addCleanup(self.screen.close)
 
-    def show_and_close(self, *command, read=None):
+    def show_and_close(self, *command, read=None, said=()):
         title = "passport, please"
         shown = screen.Program(self.screen, command, {"QT_QUICK_BACKEND": "software"})
         self.addCleanup(shown.end)
@@ -128,18 +128,19 @@ class OnScreen(unittest.TestCase):
         self.screen.click(x + 24, y + 24)  # the close control
         status = shown.process.wait(PATIENCE)
         output = [line for line in shown.end()[1].splitlines() if line and "XDG_RUNTIME_DIR" not in line]
-        self.assertEqual((status, output), (0, []))
+        self.assertEqual((status, output), (0, list(said)))
 
     def test_widgets_host(self):
         self.show_and_close(program("widgets-host"), str(SAMPLES / PASSPORT), read="zone read")
+        self.show_and_close(str(BUILT / "widgets-host/passport-scan"), str(SAMPLES / PASSPORT), said=["no passport"])
 
     def test_qml_host(self):
         with tempfile.TemporaryDirectory() as folder:
-            for name, read in (("Main.qml", None), ("Zone.qml", "TD3 read")):
+            for name, read, said in (("Main.qml", None, []), ("Zone.qml", "TD3 read", []), ("Passport.qml", None, ["qml: no passport"])):
                 scene = Path(folder) / name
                 view = (ROOT / "examples/qml-host" / name).read_text()
-                scene.write_text(view.replace("DocumentScannerView {", f'DocumentScannerView {{ camera: "{SAMPLES / PASSPORT}"'))
-                self.show_and_close(program("qml-host"), str(scene), read=read)
+                scene.write_text(view.replace("        completion:", f'        camera: "{SAMPLES / PASSPORT}"\n        completion:'))
+                self.show_and_close(program("qml-host"), str(scene), read=read, said=said)
         done = run("qml-host", "missing.qml", env=self.screen.environment)
         self.assertEqual(done.returncode, 1)
 

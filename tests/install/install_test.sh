@@ -104,7 +104,8 @@ Screens() {
     move_on
     unset LD_LIBRARY_PATH
     timeout 60 "$work/$group/plugin-host/plugin-host" "$libraries/qt6/qml" || fail "import Kestrelid does not work"
-    timeout 60 "$prefix/bin/kestrelid-demo" --help > "$work/$group/demo.out" || fail "the installed demo does not start"
+    timeout 60 "$prefix/bin/kestrelid-demo" --language bn --screenshot "$work/$group/demo.png" --after 0 ||
+        fail "the installed demo does not start, or speaks no Bengali"
 }
 
 # Each example alone, as its reader would build it.

@@ -28,12 +28,15 @@ class DesktopTest(unittest.TestCase):
                 result = subprocess.run([tool, *arguments], capture_output=True, text=True, check=False)
                 self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
 
-    def test_manual_page_tells_every_option(self):
+    def test_manual_page_and_completion_tell_every_option(self):
         page = (ROOT / "packaging" / "man" / "kestrelid-demo.1").read_text(encoding="utf-8")
         source = (ROOT / "apps" / "demo" / "DemoOptions.cpp").read_text(encoding="utf-8")
-        options = set(re.findall(r"^  (?:-\w, )?--(\w+)", source, re.M))
+        options = set(re.findall(r"^  (?:-\w, )?--([\w-]+)", source, re.M))
         self.assertGreater(len(options), 4)
-        self.assertEqual(options, set(re.findall(r"^\.It .*?Fl -(\w+)", page, re.M)))
+        self.assertEqual(options, set(re.findall(r"^\.It .*?Fl -([\w-]+)", page, re.M)))
+        for file, pattern in ("kestrelid-demo", r"[' ]--([\w-]+)"), ("_kestrelid-demo", r"--([\w-]+)"), ("kestrelid-demo.fish", r" -l ([\w-]+)"):
+            told = (ROOT / "packaging/completion" / file).read_text(encoding="utf-8")
+            self.assertEqual(options, set(re.findall(pattern, told)), file)
 
     def test_releases_are_those_of_the_changelog(self):
         changes = (ROOT / "CHANGELOG.md").read_text(encoding="utf-8")

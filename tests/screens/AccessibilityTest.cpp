@@ -1,9 +1,13 @@
 #include "tests/screens/FakeCamera.h"
+#include "tests/screens/ScanRig.h"
 #include "tests/screens/ShownScreen.h"
+
+#include <kestrelid/screens/ImagePreviewViewController.h>
 
 #include <gtest/gtest.h>
 #include <QAccessible>
 #include <QMetaEnum>
+#include <QTest>
 
 namespace kestrelid::test {
 namespace {
@@ -98,6 +102,40 @@ TEST_F(Accessibility, Preview) {
     press(findItem(screen.item("retake"), "area"));
     press(findItem(screen.item("confirm"), "area"));
     EXPECT_EQ(calls, "retake confirm ");
+}
+
+TEST_F(Accessibility, ResultOfAScan) {
+    ScanRig rig;
+    auto damaged = kSpecimenZone;
+    damaged[1].replace(0, 9, "L898902C4");
+    rig.zones->seen = {clearReading(damaged)};
+    ShownScreen screen("PassportScan", {{"completion", {}}}, {390, 760}, rig.scannerCamera());
+    rig.scan(screen);
+    const std::string all = heard(screen);
+    EXPECT_EQ(
+        all.substr(0, all.find("StaticText (focus): Nationality")),
+        "Pane: This is a passport.\nGraphic (focus): Photo\n"
+        "Heading: This is a passport.\n"
+        "StaticText (focus): To have its machine-readable lines checked too:\n"
+        "StaticText (focus): Take the photo again in even light: the lines at the foot of the page "
+        "were not read beyond doubt.\n"
+        "StaticText (focus): Surname: ERIKSSON\nStaticText (focus): Given names: ANNA MARIA\n"
+        "StaticText (focus): Document number: L898902C4, please check\n");
+    EXPECT_TRUE(all.ends_with("Button (focus): Show details\nButton (focus): Continue\n"
+                              "Button (focus): Scan again\n"))
+        << all;
+}
+
+TEST_F(Accessibility, PreviewWithoutAPhotoInAWidget) {
+    ImagePreviewViewController controller("Check the photo", std::nullopt, {}, {});
+    controller.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller, kPatience));
+    QString lines;
+    listen(QAccessible::queryAccessibleInterface(&controller), lines);
+    EXPECT_EQ(lines.toStdString(), "Client (focus): \nPane: Check the photo\n"
+                                   "Button (focus): Close\nHeading: Check the photo\n"
+                                   "StaticText (focus): Image not provided\n"
+                                   "Button (focus): Retake\nButton (focus): Confirm\n");
 }
 
 }  // namespace

@@ -3,11 +3,17 @@
 
 #include <kestrelid/screens/DocumentScannerVC.h>
 #include <kestrelid/screens/ImagePreviewViewController.h>
+#include <kestrelid/screens/PassportScanController.h>
 
+#include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 #include <QDialog>
+#include <QLineEdit>
 #include <QPointer>
+#include <QPushButton>
 #include <QQuickWidget>
+#include <QStackedWidget>
 #include <QTest>
 #include <QVBoxLayout>
 #include <utility>
@@ -38,11 +44,11 @@ TEST(DocumentScannerVC, ShowsTheScreenEdgeToEdgeAndHoldsTheCameraWhileItLives) {
     int delivered = 0;
     auto controller = std::make_unique<DocumentScannerVC>(
         [&](const auto& photo) { delivered += photo ? 100 : 1; }, camera.scannerCamera());
-    EXPECT_EQ(hosted(*controller), nullptr);
-    EXPECT_EQ(*camera.managersMade, 0);
-    open(*controller);
     QQuickWidget* widget = hosted(*controller);
     ASSERT_NE(widget, nullptr);
+    settle();
+    EXPECT_EQ(*camera.managersMade, 0);
+    open(*controller);
     for (const QSize size : {kPhone, QSize(640, 360)}) {
         controller->resize(size);
         settle();
@@ -72,6 +78,40 @@ TEST(DocumentScannerVC, ShowsTheScreenEdgeToEdgeAndHoldsTheCameraWhileItLives) {
     EXPECT_EQ(camera.count("beginConfiguration"), 2) << "permission is checked at each showing";
     controller.reset();
     EXPECT_EQ(camera.machine().log.back(), "session released");
+}
+
+TEST(DocumentScannerVC, HandsOnWhatIsSetBeforeTheFirstShowing) {
+    const FakeCamera camera;
+    DocumentScannerVC plain([](const auto&) {}, camera.scannerCamera());
+    open(plain);
+    EXPECT_FALSE(hosted(plain)->acceptDrops()) << "its host's drops are swallowed";
+
+    DocumentScannerVC controller([](const auto&) {}, camera.scannerCamera());
+    controller.assistance = ScannerAssistance::all();
+    controller.assistance.limits.leastArea = 0.25;
+    controller.assistance.limits.hold = std::chrono::seconds(3);
+    controller.layout.adaptsToSize = true;
+    controller.textScale = 1.5;
+    controller.safeAreaMargins = {1, 2, 3, 4};
+    open(controller);
+    EXPECT_TRUE(hosted(controller)->acceptDrops());
+    const QQuickItem* screen = hosted(controller)->rootObject();
+    for (const auto& [name, value] : std::map<const char*, QVariant>{{"guides", true},
+                                                                     {"outlinesPage", true},
+                                                                     {"offersControls", true},
+                                                                     {"importsPhotos", true},
+                                                                     {"capturesByItself", false},
+                                                                     {"showsWholeFrame", false},
+                                                                     {"adaptsToSize", true},
+                                                                     {"readsZone", false},
+                                                                     {"textScale", 1.5}}) {
+        EXPECT_GE(screen->metaObject()->indexOfProperty(name), 0) << name;
+        EXPECT_EQ(screen->property(name), value) << name;
+    }
+    const QVariantMap limits = screen->property("guidanceLimits").toMap();
+    EXPECT_EQ(limits.value("leastArea"), 0.25);
+    EXPECT_EQ(limits.value("hold"), 3.0);
+    EXPECT_EQ(sceneRect(*itemIn(*hosted(controller), "content")).topLeft(), QPointF(21, 2));
 }
 
 TEST(DocumentScannerVC, TellsTheZoneToItsHostWhichMayReleaseItThen) {
@@ -144,8 +184,13 @@ TEST(ImagePreviewViewController, ReadsTitleAndImageOnceAndClosuresAtEachTap) {
     std::string taps;
     auto controller = previewing(taps);
     controller->titleText = "Set before the showing";
+    controller->textScale = 1.5;
+    controller->adaptsToSize = true;
+    EXPECT_EQ(hosted(*controller), nullptr);
     open(*controller);
     QQuickWidget& widget = *hosted(*controller);
+    EXPECT_EQ(widget.rootObject()->property("textScale"), 1.5);
+    EXPECT_EQ(widget.rootObject()->property("adaptsToSize"), true);
     EXPECT_EQ(widget.geometry(), QRect(QPoint(), kPhone));
     controller->titleText = "Set later";
     settle();
@@ -205,11 +250,123 @@ TEST(Controllers, CloseEndsTheirPresentation) {
     }
 }
 
+// What has the focus in a window: a widget, or a control of the screen in it.
+std::string focusedIn(const QWidget& window) {
+    const QWidget* widget = window.focusWidget();
+    const auto* screen = qobject_cast<const QQuickWidget*>(widget);
+    const QObject* focused = widget;
+    if (screen)
+        focused = screen->quickWindow()->activeFocusItem();
+    if (focused && focused->objectName() == "area")
+        focused = static_cast<const QQuickItem*>(focused)->parentItem();
+    return focused ? focused->objectName().toStdString() : "nothing";
+}
+
+std::string press(const QWidget& window, Qt::Key key, int times) {
+    std::string focused;
+    for (int time = 0; time < times; ++time) {
+        QTest::keyClick(window.windowHandle(), key,
+                        key == Qt::Key_Backtab ? Qt::ShiftModifier : Qt::NoModifier);
+        settle();
+        focused += focusedIn(window) + ' ';
+    }
+    return focused;
+}
+
+TEST(Controllers, TabLeadsThroughTheScreenAndOnToTheHostsWidgets) {
+    const FakeCamera camera;
+    std::string taps;
+    struct Row {
+        const char* name;
+        std::function<std::unique_ptr<QWidget>()> make;
+        std::string controls;
+        std::string reversed;
+    };
+    for (const auto& [name, make, controls, reversed] : std::vector<Row>{
+             {"scanner",
+              [&] {
+                  return std::make_unique<DocumentScannerVC>([](const auto&) {},
+                                                             camera.scannerCamera());
+              },
+              "closeArea captureArea ", "captureArea closeArea "},
+             {"preview", [&] { return previewing(taps); }, "closeArea retake confirm ",
+              "confirm retake closeArea "},
+             {"a screen in a screen",
+              [&] {
+                  auto scan = std::make_unique<PassportScanController>([](const auto&) {},
+                                                                       camera.scannerCamera());
+                  scan->assistance = {};
+                  return scan;
+              },
+              "closeArea captureArea ", "captureArea closeArea "},
+         }) {
+        SCOPED_TRACE(name);
+        const auto count = static_cast<int>(std::ranges::count(controls, ' '));
+
+        const auto alone = make();
+        open(*alone);
+        EXPECT_EQ(press(*alone, Qt::Key_Tab, count + 1), controls + "closeArea ");
+        EXPECT_EQ(press(*alone, Qt::Key_Backtab, count), reversed);
+
+        QWidget window;
+        auto* layout = new QVBoxLayout(&window);
+        QLineEdit before;
+        QLineEdit after;
+        QPushButton disabled;
+        const auto screen = make();
+        before.setObjectName("before");
+        after.setObjectName("after");
+        disabled.setEnabled(false);
+        for (QWidget* widget :
+             std::initializer_list<QWidget*>{&before, screen.get(), &disabled, &after})
+            layout->addWidget(widget);
+        before.setFocus();
+        open(window);
+        EXPECT_EQ(focusedIn(window), "before") << "the host's wish";
+        EXPECT_EQ(press(window, Qt::Key_Tab, count + 3), controls + "after before closeArea ");
+        EXPECT_EQ(hosted(*screen)->rootObject()->property("isKeyboardInUse"), true);
+        EXPECT_EQ(press(window, Qt::Key_Backtab, count + 3),
+                  "before after " + reversed + "before ");
+        screen->setFocus();
+        EXPECT_EQ(press(window, Qt::Key_Backtab, 1), "before ");
+    }
+}
+
+TEST(Controllers, KeysWorkAtOnceWhereAScreenReplacesAPage) {
+    const FakeCamera camera;
+    std::string taps;
+    QStackedWidget pages;
+    auto* button = new QPushButton;
+    pages.addWidget(button);
+    button->setFocus();
+    open(pages);
+    const auto replace = [&](QWidget* page) {
+        QWidget* old = pages.currentWidget();
+        pages.setCurrentIndex(pages.addWidget(page));
+        delete old;
+        settle();
+    };
+    replace(new DocumentScannerVC([&](const auto&) { taps += "photo "; }, camera.scannerCamera()));
+    camera.makeReady();
+    QTest::keyClick(pages.windowHandle(), Qt::Key_Space);
+    camera.pass();
+    camera.refusePhotos();
+    camera.mainQueue->runAll();
+    replace(previewing(taps).release());
+    EXPECT_EQ(press(pages, Qt::Key_Tab, 2), "closeArea retake ") << "a Tab is lost";
+    QTest::keyClick(pages.windowHandle(), Qt::Key_Return);
+    QTest::keyClick(pages.windowHandle(), Qt::Key_Escape);
+    EXPECT_EQ(taps, "photo retake ");
+    EXPECT_FALSE(pages.isVisible());
+}
+
 TEST(ControllersDeathTest, FormBuildersAreRefused) {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
-    constexpr auto text = "init\\(coder:\\) has not been implemented";
-    EXPECT_DEATH(DocumentScannerVC{FormBuilderTag()}, text);
-    EXPECT_DEATH(ImagePreviewViewController{FormBuilderTag()}, text);
+    constexpr auto text = ": Fatal error: init\\(coder:\\) has not been implemented";
+    EXPECT_DEATH(DocumentScannerVC{FormBuilderTag()},
+                 std::string("Kestrelid/DocumentScannerViewController:23") + text);
+    EXPECT_DEATH(ImagePreviewViewController{FormBuilderTag()},
+                 std::string("Kestrelid/ImagePreviewViewController:34") + text);
 }
 
 }  // namespace

@@ -44,21 +44,10 @@ TEST(Dismiss, ClosesWhatPresentsTheScreen) {
           Row{kHostsFunction, true, 1}}) {
         SCOPED_TRACE(content);
         QQmlEngine engine;
-        installQmlModule(engine);
-        QQmlComponent component(&engine);
-        QByteArray qml("import QtQuick\nimport QtQuick.Controls.Basic\nimport Kestrelid\n"
-                       "ApplicationWindow {\n"
-                       "    id: window\n"
-                       "    property int left\n"
-                       "    width: 360; height: 640; visible: true\n");
-        qml += content;
+        QByteArray qml(content);
         qml.replace("SCREEN", "ImagePreviewView { objectName: 'screen'; "
                               "title: ''; didTapRetake: null; didTapConfirm: null");
-        component.setData(qml + "}", {});
-        const std::unique_ptr<QQuickWindow> window(qobject_cast<QQuickWindow*>(component.create()));
-        ASSERT_TRUE(window) << component.errorString().toStdString();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get(), kPatience));
-        settle();
+        const auto window = showHost(engine, qml);
         click(findItem(findItem(window->contentItem(), "screen"), "closeArea"));
         EXPECT_EQ(window->isVisible(), isWindowOpen);
         EXPECT_EQ(window->property("left"), left);

@@ -13,6 +13,27 @@
 
 namespace kestrelid::test {
 
+// Finds in every picture what the test puts there.
+struct FakeOutlines final : RectangleService {
+    RectangleResult perform(const Bitmap&, const RectangleRequest&) override {
+        ++requests;
+        return seen;
+    }
+
+    std::vector<RectangleObservation> seen;
+    int requests = 0;
+};
+
+// A page with upright sides, in shares of the picture, y from its top.
+inline RectangleObservation pageAt(double left, double top, double right, double bottom) {
+    return {.boundingBox = {left, 1.0 - bottom, right - left, bottom - top},
+            .corners = {{{left, 1.0 - top},
+                         {right, 1.0 - top},
+                         {right, 1.0 - bottom},
+                         {left, 1.0 - bottom}}},
+            .confidence = 1.0f};
+}
+
 // A camera that obeys the test, with queues that the test cranks.
 struct FakeCamera {
     FakeCamera() = default;
@@ -30,7 +51,9 @@ struct FakeCamera {
     std::shared_ptr<FakePlatform> platform = std::make_shared<FakePlatform>();
     std::shared_ptr<FakeDetector> detector = std::make_shared<FakeDetector>();
     std::shared_ptr<FakeZones> zones = std::make_shared<FakeZones>();
-    std::shared_ptr<double> wallClock = std::make_shared<double>(1'700'000'000.0);  // seconds
+    std::shared_ptr<FakeOutlines> outlines = std::make_shared<FakeOutlines>();
+    // Seconds of both clocks.
+    std::shared_ptr<double> wallClock = std::make_shared<double>(1'700'000'000.0);
     std::shared_ptr<ManualQueue> mainQueue = std::make_shared<ManualQueue>();
     std::shared_ptr<ManualQueue> otherQueues = std::make_shared<ManualQueue>();
     std::shared_ptr<int> managersMade = std::make_shared<int>(0);
@@ -44,7 +67,9 @@ struct FakeCamera {
             .mainQueue = mainQueue,
             .makeSerialQueue = [queue = otherQueues](const std::string&) { return queue; },
             .now = [now = wallClock] { return WallTime(std::chrono::duration<double>(*now)); },
-            .zones = zones};
+            .zones = zones,
+            .outlines = outlines,
+            .uptime = [now = wallClock] { return std::chrono::duration<double>(*now); }};
         ScannerCamera camera;
         camera.makeServices = [services, made = managersMade,
                                given = optionsGiven](const auto&, const CameraOptions& options) {
@@ -72,6 +97,23 @@ struct FakeCamera {
             *wallClock += 0.2;
             platform->videoOutput.lock()->deliver(
                 std::make_shared<FakePixelBuffer>(blankBitmap(1, 1)));
+            otherQueues->runAll();
+            mainQueue->runAll();
+        }
+    }
+
+    // Frames that are even and grey, a quarter of a second apart, with this page in them.
+    void showPage(const std::optional<RectangleObservation>& page, int frames) const {
+        outlines->seen.clear();
+        if (page)
+            outlines->seen.push_back(*page);
+        for (int frame = 0; frame < frames; ++frame) {
+            *wallClock += 0.25;
+            constexpr std::size_t kSize = 64 * 48;
+            const auto pixels = std::make_shared<std::byte[]>(kSize);
+            std::fill_n(pixels.get(), kSize, std::byte(128));
+            platform->videoOutput.lock()->deliver(std::make_shared<FakePixelBuffer>(
+                Bitmap::wrap(64, 48, 64, PixelFormat::gray8, pixels, kSize)));
             otherQueues->runAll();
             mainQueue->runAll();
         }

@@ -42,6 +42,25 @@ TEST(PreviewScreen, LayoutInPointsWithinTheSafeArea) {
         EXPECT_EQ(screen.rect(name), rect) << name.toStdString();
 }
 
+TEST(PreviewScreen, LowAndLargeScreensThatAdapt) {
+    for (const auto& [size, rects] : std::vector<std::pair<QSize, std::map<QString, QRectF>>>{
+             {{820, 390},
+              {{"pictureArea", {20, 53, 620, 325}},
+               {"retake", {660, 175, 140, 37}},
+               {"confirm", {660, 220, 140, 37}}}},
+             {{2600, 2160},
+              {{"close", {40, 12, 22, 46}},
+               {"retake", {652, 2063, 640, 73}},
+               {"confirm", {1308, 2063, 640, 73}}}},
+         }) {
+        QVariantMap given = properties({});
+        given["adaptsToSize"] = true;
+        ShownScreen screen = preview(given, size);
+        for (const auto& [name, rect] : rects)
+            EXPECT_EQ(screen.rect(name), rect) << name.toStdString();
+    }
+}
+
 TEST(PreviewScreen, ImageOfAHost) {
     const QTemporaryDir folder;
     const QString file = folder.filePath("photo.png");

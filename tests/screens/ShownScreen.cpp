@@ -66,6 +66,26 @@ void clickIn(QWidget& widget, const QQuickItem* item) {
     settle();
 }
 
+std::unique_ptr<QQuickWindow> showHost(QQmlEngine& engine, const QByteArray& content) {
+    installQmlModule(engine);
+    QQmlComponent component(&engine);
+    component.setData("import QtQuick\nimport QtQuick.Controls.Basic\nimport Kestrelid\n"
+                      "ApplicationWindow {\n"
+                      "    id: window\n"
+                      "    property int left\n"
+                      "    width: 360; height: 640; visible: true\n" +
+                          content + "}",
+                      {});
+    std::unique_ptr<QQuickWindow> window(qobject_cast<QQuickWindow*>(component.create()));
+    if (!window)
+        qFatal("%s", qPrintable(component.errorString()));
+    window->requestActivate();
+    if (!QTest::qWaitForWindowActive(window.get(), kPatience))
+        qWarning("the window did not become active");
+    settle();
+    return window;
+}
+
 ShownScreen::ShownScreen(const QString& type, const QVariantMap& properties, const QSize& size,
                          const ScannerCamera& camera) {
     installQmlModule(engine_);

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <QByteArray>
 #include <QImage>
 #include <QMargins>
 #include <QPointF>
@@ -37,6 +38,10 @@ void clickAt(QWindow& window, const QPointF& at);
 void touch(QQuickItem* item);
 void clickIn(QWidget& widget, const QQuickItem* item);
 void touchIn(QWidget& widget, const QQuickItem* item);
+
+// A host's own window, shown: content is what stands in an ApplicationWindow that is called
+// `window`.
+std::unique_ptr<QQuickWindow> showHost(QQmlEngine& engine, const QByteArray& content);
 
 // One screen of the module that fills a window.
 class ShownScreen {

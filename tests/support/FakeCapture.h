@@ -220,10 +220,11 @@ public:
     void tell() const { observer_(); }
 
     // The device is gone, and may come back by itself.
-    void lose() {
+    void lose() { fail({.state = CameraState::lost, .cause = "unplugged"}); }
+    void fail(CameraStatus status) {
         isRunning_ = false;
         hasInput_ = false;
-        lost_ = CameraStatus{.state = CameraState::lost, .cause = "unplugged"};
+        lost_ = std::move(status);
         observer_();
     }
     void heal() {

@@ -13,8 +13,8 @@
 namespace kestrelid {
 
 /// The scanning screen as a widget: alone as a window, or inside a dialog or window, which its
-/// close control rejects or closes. Its child, and the camera with it, is made when it is first
-/// shown. Main thread.
+/// close control rejects or closes. The camera is not touched before it is first shown. Main
+/// thread.
 class KESTRELID_SCREENS_EXPORT DocumentScannerVC : public QWidget {
     Q_OBJECT
 
@@ -62,14 +62,8 @@ public:
     /// it is remembered for that. A name that no camera has changes nothing.
     void switchCamera(const QString& name);
 
-protected:
-    void showEvent(QShowEvent* event) override;
-
 private:
-    PhotoCompletion completion_;
-    ScannerCamera camera_;
     QWidget* hosted_ = nullptr;
-    QString chosenCamera_;  // before it is shown
 };
 
 }  // namespace kestrelid

@@ -10,6 +10,8 @@
 #include <functional>
 #include <optional>
 #include <QMarginsF>
+#include <QString>
+#include <QUrl>
 #include <QWidget>
 
 namespace kestrelid {
@@ -22,6 +24,9 @@ struct PassportScanResult {
 
 /// Gets the result, or nothing if the person has given up.
 using PassportScanCompletion = std::function<void(const std::optional<PassportScanResult>& result)>;
+
+/// Gets the name of the page that is shown: "scanning", "preview", "judging", "result" or "failed".
+using PageObserver = std::function<void(const QString& page)>;
 
 /// The whole way in one widget: scan, look at the photo, judge it, show what was found. What goes
 /// wrong has a page of its own that says what to do. Alone as a window, or inside a dialog or
@@ -51,13 +56,24 @@ public:
     bool acceptsAnyPhoto = false;
     /// @}
 
+    /// Looked up whenever another page is shown, the first one included; it may release the screen.
+    PageObserver didChangePage;
+
+    /// Goes on with a picture file in place of a photo; before the first showing it is remembered
+    /// for that.
+    void open(const QUrl& file);
+
 protected:
     void showEvent(QShowEvent* event) override;
+
+private Q_SLOTS:
+    void tellPage();
 
 private:
     PassportScanCompletion completion_;
     ScannerCamera camera_;
     QWidget* hosted_ = nullptr;
+    QUrl picture_;  // before it is shown
 };
 
 }  // namespace kestrelid

@@ -8,7 +8,7 @@ class QQmlEngine;
 namespace kestrelid {
 
 /// Makes `import Kestrelid` work in the engine without any file outside this library. The types are
-/// DocumentScannerView and ImagePreviewView. Main thread.
+/// DocumentScannerView, ImagePreviewView and PassportScan. Main thread.
 KESTRELID_SCREENS_EXPORT void installQmlModule(QQmlEngine& engine);
 
 /// For the scanning screens that open in the engine from now on. Main thread.

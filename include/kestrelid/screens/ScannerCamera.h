@@ -55,7 +55,8 @@ struct ScannerCamera {
         makeServices;
 
     /// For screens that read zones with default services: the day that tells the centuries, say.
-    /// (With makeServices: CameraServices::zones and zoneRules, which only such screens use.)
+    /// (With makeServices: CameraServices::zones and zoneRules, which only such screens use.) The
+    /// passport scan takes today for the day that is not given.
     ZoneRules zoneRules{};
 };
 

@@ -19,7 +19,7 @@ class SessionEngine;
 class GStreamerVideoOutput final : public VideoDataOutput {
 public:
     // Frames that are rendered and still held. However slow their judging is, there are no more.
-    static constexpr int kMostRendered = 3;
+    static constexpr int kMostRendered = 4;
 
     void setVideoSettings(const VideoSettings& settings) override;
     void setSampleBufferDelegate(std::weak_ptr<SampleBufferDelegate> delegate,

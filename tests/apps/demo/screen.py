@@ -11,7 +11,7 @@ import tempfile
 import time
 from pathlib import Path
 
-from PIL import Image
+from PIL import Image, ImageChops
 
 TOOLS = ("Xvfb", "xdotool")
 PATIENCE = 60.0  # seconds; machines that build meanwhile are slow
@@ -89,6 +89,7 @@ class Program:
 
     def __init__(self, screen, command, environment=None):
         self.screen = screen
+        self.started = time.monotonic()
         self.process = subprocess.Popen(command, env=screen.environment | (environment or {}), stdout=subprocess.PIPE,
                                         stderr=subprocess.STDOUT, text=True)
 

@@ -17,15 +17,15 @@ SAMPLES = Path(__file__).resolve().parents[3] / "samples"
 TITLE = "Kestrelid demo: "
 GREEN = (34, 197, 94)
 WHITE = (255, 255, 255)
-ACCENT = (24, 130, 255)
-PASSPORT = (21, 128, 61)
-NO_PASSPORT = (185, 28, 28)
+ACCENT = (24, 130, 255)  # of the preview's Confirm
+PRIMARY = (11, 99, 206)  # of the first button of a result, in light
+BLACK = (0, 0, 0)
 SOFTWARE = {"QT_QUICK_BACKEND": "software"}
 OPENGL = {"LIBGL_ALWAYS_SOFTWARE": "1"}
 
-EDGE = 20  # of the screens' content; the brackets' vertical arms stand on it
 CAPTURE_BOTTOM = 16 + 32  # from the lower edge to the middle of the capture button
-BUTTON_BOTTOM = 18  # to the middle of Retake and Confirm
+RETAKE_BOTTOM = 18  # to the middle of Retake and Confirm
+CLOSE = (25, 23)  # the middle of the close symbol
 
 
 class WholeWay(unittest.TestCase):
@@ -37,71 +37,103 @@ class WholeWay(unittest.TestCase):
         self.demo = None
         self.addCleanup(lambda: self.demo and self.demo.end())
 
-    def start(self, *arguments, environment=SOFTWARE):
-        self.demo = Program(self.screen, [DEMO, *map(str, arguments)], environment | {"XDG_RUNTIME_DIR": self.screen.folder.name})
-        self.demo.wait_for_title(TITLE)
+    def start(self, *arguments, environment=SOFTWARE, title=TITLE):
+        quiet = {"XDG_RUNTIME_DIR": self.screen.folder.name, "LANG": "C.UTF-8"}
+        self.demo = Program(self.screen, [DEMO, *map(str, arguments)], environment | quiet)
+        self.title = title
+        self.screen.xdotool("windowfocus", self.demo.wait_for_title(title))
 
-    def green_pixels(self):
-        x, y, _, height = self.demo.geometry(TITLE)
-        return sum(self.screen.pixel(x + EDGE, y + row) == GREEN for row in range(height))
+    def places(self, color):
+        """The bounding box of a colour in the window, in points of the screen; None where it is not shown."""
+        x, y, width, height = self.demo.geometry(self.title)
+        shown = self.screen.picture().crop((x, y, x + width, y + height))
+        box = screen.ImageChops.difference(shown, screen.Image.new("RGB", shown.size, color)).convert("L").point(
+            lambda difference: 255 * (difference == 0)).getbbox()
+        return box and (x + box[0], y + box[1], x + box[2], y + box[3])
+
+    def click_button(self, color):
+        def button():  # the page before may show a dot in that colour
+            box = self.places(color)
+            return box and box[3] - box[1] > 30 and box
+
+        left, top, right, bottom = wait_for(button, f"a button in the colour {color}")
+        self.screen.click((left + right) / 2, (top + bottom) / 2)
 
     def click(self, across, from_bottom):
-        x, y, width, height = self.demo.geometry(TITLE)
+        x, y, width, height = self.demo.geometry(self.title)
         self.screen.click(x + across * width, y + height - from_bottom)
 
-    def disc(self):
-        x, y, width, height = self.demo.geometry(TITLE)
-        return self.screen.pixel(x + width // 2, y + height - CAPTURE_BOTTOM)
+    def wait_until_ready(self):
+        x, y, width, height = self.demo.geometry(self.title)
+        wait_for(lambda: self.screen.pixel(x + width // 2, y + height - CAPTURE_BOTTOM) == WHITE, "the session is ready")
 
-    def take_photo(self):
-        wait_for(lambda: self.disc() == WHITE, "the session is ready")
-        self.click(0.5, CAPTURE_BOTTOM)
+    def wait_for_preview(self):
         self.demo.wait_for_title(TITLE + "preview")
-        x, y, width, height = self.demo.geometry(TITLE)
-        wait_for(lambda: self.screen.pixel(x + 0.55 * width, y + height - BUTTON_BOTTOM) == ACCENT, "the button Confirm")
+        wait_for(lambda: self.places(ACCENT), "the button Confirm")
         # The outline around the photo is black, on white.
         wait_for(lambda: self.photo_pixels() > 0.2, "the photo")
 
     def photo_pixels(self):
         """Part of the screen that is neither white nor black nor of a button."""
-        x, y, width, height = self.demo.geometry(TITLE)
+        x, y, width, height = self.demo.geometry(self.title)
         area = self.screen.picture().crop((x, y + 120, x + width, y + height - 60)).convert("L").histogram()
         return sum(area[20:240]) / sum(area)
 
-    def confirm(self, headline, color):
-        self.click(0.75, BUTTON_BOTTOM)
-        x, y, width, _ = self.demo.geometry(TITLE + headline)
-        wait_for(lambda: any(self.screen.pixel(x + width // 2, y + row) == color for row in range(40, 200)), headline)
-
-    def scan(self, again, *arguments, environment=SOFTWARE):
-        self.start(*arguments, environment=environment)
-        wait_for(lambda: self.green_pixels() > 80, "green brackets")
-        x, y, width, height = self.demo.geometry(TITLE)
+    def wait_for_live_picture(self):
+        wait_for(lambda: self.places(GREEN), "green brackets")
+        x, y, width, height = self.demo.geometry(self.title)
         middle = (x + width // 4, y + height // 3, x + 3 * width // 4, y + height // 2)
         seen = set()
         wait_for(lambda: seen.add(self.screen.picture().crop(middle).tobytes()) or len(seen) > 5, "a picture that moves")
-        self.take_photo()
-        self.click(0.25, BUTTON_BOTTOM)  # Retake
-        self.demo.wait_for_title(TITLE + "scanning")
-        self.take_photo()
-        self.confirm("A passport", PASSPORT)
-        again()
-        # The close symbol of the scanning screen ends the program, which has printed nothing.
-        x, y, _, height = self.demo.geometry(TITLE + "scanning")
-        wait_for(lambda: self.disc() == WHITE, "the session is ready")
-        top = next(row for row in range(height) if self.screen.pixel(x + 3, y + row) == (0, 0, 0))
-        self.screen.click(x + EDGE + 5, y + top + 17)
+
+    def wait_for_scanning(self, title="scanning"):
+        """Whether something stands above the screen: what the demo has to say."""
+        self.demo.wait_for_title(title)
+        self.wait_until_ready()
+        x, y, _, _ = self.demo.geometry(self.title)
+        return self.screen.pixel(x + 4, y + 4) != BLACK
+
+    def expect_end(self):
+        """The program has ended as it should, and has printed nothing."""
         output, _ = self.demo.process.communicate(timeout=screen.PATIENCE)
         self.assertEqual((self.demo.process.returncode, output), (0, ""))
 
-    def test_passport_is_seen_photographed_and_confirmed(self):
-        # A drawn passport stands for a camera that this machine lacks.
-        camera = ["--camera", SAMPLES / "bangladesh-on-wood.jpg"] if any(Path("/dev").glob("video*")) else []
-        self.scan(lambda: self.click(0.5, 38), *camera, environment=OPENGL)
+    def test_passport_is_seen_photographed_and_confirmed_with_the_mouse(self):
+        self.start("--camera", SAMPLES / "bangladesh-on-wood.jpg", environment=OPENGL)
+        self.wait_for_live_picture()
+        for photo in range(2):
+            self.wait_until_ready()
+            self.click(0.5, CAPTURE_BOTTOM)
+            self.wait_for_preview()
+            if photo == 0:
+                self.click(0.25, RETAKE_BOTTOM)
+                self.demo.wait_for_title(TITLE + "scanning")
+        self.click(0.75, RETAKE_BOTTOM)
+        self.demo.wait_for_title(TITLE + "result")
+        self.click_button(PRIMARY)
+        self.assertTrue(self.wait_for_scanning(), "thanks for a passport")
+        x, y, _, height = self.demo.geometry(TITLE)
+        below = next(row for row in range(height) if self.screen.pixel(x + 4, y + row) == BLACK)
+        self.screen.click(x + CLOSE[0], y + below + CLOSE[1])
+        self.expect_end()
 
-    def test_widgets_host_does_the_same(self):
-        # Scan again has the focus.
-        self.scan(lambda: self.screen.key("space"), "--widgets", "--camera", SAMPLES / "bangladesh-on-wood.jpg")
+    def test_widgets_host_does_the_same_with_keys_alone(self):
+        self.start("--widgets", "--camera", SAMPLES / "bangladesh-on-wood.jpg")
+        self.wait_for_live_picture()
+        for photo in range(2):
+            self.wait_until_ready()
+            self.screen.key("space")
+            self.wait_for_preview()
+            if photo == 0:
+                self.screen.key("Escape")
+                self.demo.wait_for_title(TITLE + "scanning")
+        self.screen.key("shift+Tab")  # Confirm is the last control
+        self.screen.key("space")
+        self.demo.wait_for_title(TITLE + "result")
+        self.screen.key("Return")  # Continue has the focus
+        self.assertTrue(self.wait_for_scanning(), "thanks for a passport")
+        self.screen.key("Escape")
+        self.expect_end()
 
     def test_file_that_is_dropped_opens_in_the_preview(self):
         source = Program(self.screen, [DRAG_SOURCE, str(SAMPLES / "receipt.jpg")])
@@ -121,17 +153,29 @@ class WholeWay(unittest.TestCase):
                 wait_for(shows_preview_after_a_drop, "the preview of the file")
                 self.demo.end()
 
-    def test_picture_as_argument_is_judged_and_escape_leads_back_and_out(self):
-        self.start(SAMPLES / "receipt.jpg")
-        self.demo.wait_for_title(TITLE + "preview")
-        self.confirm("Not a passport", NO_PASSPORT)
-        self.demo.end()
-        self.start(SAMPLES / "receipt.jpg")
-        self.screen.xdotool("windowfocus", self.demo.wait_for_title(TITLE + "preview"))
+    def test_picture_as_argument_is_no_passport_and_escape_leads_out(self):
+        for host in [], ["--widgets"]:
+            with self.subTest(host):
+                self.start(*host, "--camera", SAMPLES / "desk.jpg", SAMPLES / "receipt.jpg")
+                self.wait_for_preview()
+                self.click(0.75, RETAKE_BOTTOM)
+                self.demo.wait_for_title(TITLE + "result")
+                self.screen.key("Return")  # Scan again has the focus
+                self.assertFalse(self.wait_for_scanning(), "thanks for a receipt")
+                self.screen.key("Escape")
+                self.expect_end()
+
+    def test_bengali_in_the_dark(self):
+        self.start("--language", "bn", "--theme", "dark", SAMPLES / "receipt.jpg", title="Kestrelid")
+        self.demo.wait_for_title("প্রিভিউ")
+        self.screen.key("shift+Tab")
+        self.screen.key("Return")
+        self.demo.wait_for_title("ফলাফল")
+        x, y, width, height = self.demo.geometry("Kestrelid")
+        wait_for(lambda: max(self.screen.pixel(x + width - 4, y + height // 2)) < 80, "a dark page")
         self.screen.key("Escape")
-        self.demo.wait_for_title(TITLE + "scanning")
-        self.screen.key("Escape")
-        self.assertEqual(self.demo.process.wait(screen.PATIENCE), 0)
+        has_camera = any(Path("/dev").glob("video*"))
+        self.assertTrue(self.wait_for_scanning("স্ক্যান") or has_camera, "that a drawn passport stands for a camera")
 
 
 class CommandLine(unittest.TestCase):
@@ -149,7 +193,8 @@ class CommandLine(unittest.TestCase):
         for arguments, status, said in [
             (["--nonsense"], 2, "nonsense"), (["--camera"], 2, "camera"), (["--camera", ""], 2, "--camera"),
             (["a.jpg", "b.jpg"], 2, "b.jpg"), (["--screenshot", "a.png", "--after", "soon"], 2, "soon"),
-            (["--after", "1"], 2, "--after"), ([], 1, "no display"),
+            (["--after", "1"], 2, "--after"), (["--theme", "sepia"], 2, "sepia"), (["--text-scale", "4"], 2, "from 1 to 3"),
+            (["--language", ""], 2, "--language"), ([], 1, "no display"),
         ]:
             with self.subTest(arguments):
                 result = self.run_demo(*arguments)
@@ -163,6 +208,8 @@ class CommandLine(unittest.TestCase):
             self.assertEqual((result.returncode, result.stderr), (0, ""))
             with screen.Image.open(f"{folder}/shown.png") as picture:
                 self.assertEqual(picture.size, (420, 760))
+            unknown = self.run_demo("--language", "tlh", **quiet)
+            self.assertEqual((unknown.returncode, "tlh" in unknown.stderr), (2, True))
             failed = self.run_demo("--screenshot", f"{folder}/none/shown.png", "--after", "0", **quiet)
             self.assertEqual(failed.returncode, 1)
             self.assertRegex(failed.stderr, "^kestrelid-demo: cannot write .*shown.png: .+\n$")

@@ -1,5 +1,6 @@
 #include "scanner/ScannerDisplay.h"
 #include "tests/screens/FakeCamera.h"
+#include "tests/screens/ScanRig.h"
 #include "tests/screens/ShownScreen.h"
 
 #include <algorithm>
@@ -31,6 +32,7 @@ struct Case {
     bool isMirrored = false;
     QSize size{360, 640};
     double textScale = 1.0;
+    bool adapts = false;
     Qt::LayoutDirection direction = Qt::LeftToRight;
 };
 
@@ -132,6 +134,48 @@ TEST_F(Pixels, OfTheScanner) {
     }
 }
 
+TEST_F(Pixels, OfTheScannerThatHelps) {
+    struct HelpCase {
+        std::string name;
+        QSize size;
+        bool isWhole = false;
+        bool isAbsent = false;
+        Qt::LayoutDirection direction = Qt::LeftToRight;
+    };
+    for (const HelpCase& row : std::vector<HelpCase>{
+             {"help-outline", {390, 760}},
+             {.name = "help-compact", .size = {820, 390}, .direction = Qt::RightToLeft},
+             {.name = "help-whole", .size = {1280, 720}, .isWhole = true},
+             {.name = "help-no-camera", .size = {390, 760}, .isAbsent = true},
+         }) {
+        const FakeCamera camera;
+        camera.machine().hasDevice = !row.isAbsent;
+        camera.machine().controls = {{.control = CameraControl::torch, .value = 1.0},
+                                     {.control = CameraControl::zoom}};
+        camera.machine().cameras = {{.name = "Fake camera", .formats = {}},
+                                    {.name = "Lid", .formats = {}}};
+        QGuiApplication::setLayoutDirection(row.direction);
+        ShownScreen screen("DocumentScannerView",
+                           {{"completion", {}},
+                            {"assistance", true},
+                            {"adaptsToSize", true},
+                            {"showsWholeFrame", row.isWhole}},
+                           row.size, camera.scannerCamera());
+        camera.makeReady();
+        if (!row.isAbsent) {
+            camera.platform->session.lock()->tell();
+            camera.surface()->show(drawnFrame(320, 180), Orientation::up, false);
+            screen.grab();
+            settle();
+            camera.judge(row.isWhole);
+            camera.showPage(pageAt(0.4, 0.3, 0.6, 0.7), 12);
+            const QQuickItem* outline = screen.item("pageOutline");
+            ASSERT_TRUE(waitFor([&] { return outline->opacity() > 0.8999; })) << row.name;
+        }
+        expectReference(screen.grab(), "scanner-" + row.name);
+    }
+}
+
 TEST_F(Pixels, OfThePreview) {
     const QString longTitle = "A title that is much too long for one line of any telephone";
     constexpr QSize picture{400, 300};
@@ -145,10 +189,13 @@ TEST_F(Pixels, OfThePreview) {
              {.name = "broad", .picture = picture, .size = {720, 480}},
              {.name = "right-to-left", .picture = picture, .direction = Qt::RightToLeft},
              {.name = "large-text", .title = longTitle, .textScale = 2.5},
+             {.name = "low", .picture = picture, .size = {640, 320}, .adapts = true},
+             {.name = "watch", .picture = picture, .size = {240, 320}, .adapts = true},
          }) {
         QVariantMap properties{{"title", row.title},
                                {"didTapRetake", {}},
                                {"didTapConfirm", {}},
+                               {"adaptsToSize", row.adapts},
                                {"textScale", row.textScale}};
         if (!row.picture.isEmpty())
             properties["image"] = QVariant::fromValue(
@@ -158,6 +205,92 @@ TEST_F(Pixels, OfThePreview) {
         const QQuickItem* photo = screen.item("photo");
         ASSERT_TRUE(waitFor([&] { return photo->property("isComplete").toBool(); })) << row.name;
         expectReference(screen.grab(), "preview-" + row.name);
+    }
+}
+
+TEST_F(Pixels, OfSharedParts) {
+    QQmlEngine engine;
+    const auto window = showHost(engine, R"(
+        ScreenItem {
+            id: root
+            anchors.fill: parent
+            Repeater {
+                model: ["light", "dark"]
+                Rectangle {
+                    id: half
+                    required property int index
+                    required property string modelData
+                    y: index * 320; width: 360; height: 320
+                    color: theme.background
+                    property Theme theme: Theme { choice: half.modelData }
+                    Grid {
+                        x: 12; y: 12; columns: 6; spacing: 12
+                        Repeater {
+                            model: ["torch", "switchCamera", "picture", "plus", "minus", "again",
+                                    "warning", "check", "cross", "camera", "back", "details"]
+                            IconButton {
+                                required property string modelData
+                                required property int index
+                                screen: root; symbol: modelData; name: modelData
+                                isDark: half.theme.isDark; isChecked: index % 5 === 1
+                            }
+                        }
+                    }
+                    Column {
+                        x: 12; y: 130; spacing: 8
+                        ActionButton { screen: root; theme: half.theme; text: "Use this photo" }
+                        ActionButton {
+                            width: 200
+                            screen: root; theme: half.theme; isPrimary: false; textScale: 1.5
+                            text: "Too long a text for a single line"
+                        }
+                    }
+                }
+            }
+        })");
+    expectReference(window->grabWindow(), "shared-parts");
+}
+
+TEST_F(Pixels, OfThePassportScan) {
+    constexpr QSize phone{390, 760};
+    constexpr QSize low{820, 390};
+    struct ScanCase {
+        const char* name;
+        QSize size;
+        const char* theme = "light";
+        Qt::LayoutDirection direction = Qt::LeftToRight;
+        bool isPassport = true;
+        bool isTaken = true;
+        double textScale = 1.0;
+    };
+    for (const ScanCase& row : std::vector<ScanCase>{
+             {"passport", phone},
+             {"passport-dark", phone, "dark"},
+             {"passport-low", low, "dark"},
+             {"passport-right-to-left", phone, "light", Qt::RightToLeft},
+             {.name = "passport-small", .size = {320, 480}, .textScale = 1.5},
+             {.name = "other", .size = phone, .isPassport = false},
+             {.name = "other-dark", .size = phone, .theme = "dark", .isPassport = false},
+             {"other-low-right-to-left", low, "light", Qt::RightToLeft, false},
+             {.name = "failed", .size = phone, .isTaken = false},
+         }) {
+        ScanRig rig;
+        if (!row.isPassport) {
+            *rig.text = FakeText(std::vector<std::string>{"RECEIPT"});
+            rig.zones->seen.clear();
+        }
+        QGuiApplication::setLayoutDirection(row.direction);
+        ShownScreen screen("PassportScan",
+                           {{"completion", {}}, {"theme", row.theme}, {"textScale", row.textScale}},
+                           row.size, rig.scannerCamera());
+        if (row.isTaken)
+            rig.scan(screen);
+        else
+            rig.takePhoto(screen, false);
+        const QQuickItem* photo = screen.item("photo");
+        ASSERT_TRUE(!row.isTaken ||
+                    waitFor([&] { return photo->property("isComplete").toBool(); }));
+        expectReference(screen.grab(), std::string("scan-") + row.name);
     }
 }
 

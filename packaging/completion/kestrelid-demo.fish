@@ -1,0 +1,10 @@
+# fish completion for kestrelid-demo
+complete -c kestrelid-demo -l camera -r -F -d 'A camera by name, or a file'
+complete -c kestrelid-demo -l widgets -d 'Host the screens in widgets'
+complete -c kestrelid-demo -l theme -x -a 'system light dark' -d 'Light or dark pages'
+complete -c kestrelid-demo -l language -x -a 'ar bn en' -d 'Of the texts'
+complete -c kestrelid-demo -l text-scale -x -a '1 1.5 2 3' -d 'How much larger texts are'
+complete -c kestrelid-demo -l screenshot -r -F -d 'Write what the window shows, and end'
+complete -c kestrelid-demo -l after -x -a '1 5 10 60' -d 'How long after the window has opened'
+complete -c kestrelid-demo -s h -l help -d 'Print help'
+complete -c kestrelid-demo -l version -d 'Print the version'
