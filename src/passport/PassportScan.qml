@@ -70,6 +70,8 @@ ScreenItem {
         if (!root.isShown && flow.isDone)
             flow.rest();
     }
+    Keys.onPressed: event => event.accepted = root.importsPhotos && event.matches(StandardKey.Paste)
+                                              && importer.paste()
 
     // Which page follows which. All ways back lead to the scanning page, and from there out.
     QtObject {
@@ -183,9 +185,13 @@ ScreenItem {
         onCompleted: flow.close()
     }
 
+    // The scanning page has its own, above this one.
     PhotoImport {
         id: importer
 
+        objectName: "importer"
+        anchors.fill: parent
+        enabled: root.importsPhotos
         onImported: photo => flow.look(photo)
         onFailed: problem => flow.fail("notOpened", importFailure.causes[problem])
     }
@@ -297,6 +303,7 @@ ScreenItem {
             }
             title: qsTr("Is everything readable?")
             image: flow.photo
+            theme: colors.isDark ? colors : null // in the light as designed
             adaptsToSize: true
             textScale: root.textScale
             didTapRetake: () => flow.scan()

@@ -17,9 +17,12 @@ ScreenItem {
     // A function that closes the screen; without it, what presents the screen is closed.
     property var dismiss
     property real textScale: 1
+    // Colours in place of those as designed; null: these.
+    property Theme theme: null
 
-    readonly property color buttonTint: "#D4E8FF"
-    readonly property color buttonAccent: "#1882FF"
+    readonly property color ink: theme?.text ?? "black"
+    readonly property color buttonTint: theme?.tint ?? "#D4E8FF"
+    readonly property color buttonAccent: theme?.accent ?? "#1882FF"
 
     focus: true
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
@@ -32,7 +35,7 @@ ScreenItem {
     Rectangle {
         objectName: "background"
         anchors.fill: parent
-        color: "white"
+        color: root.theme?.background ?? "white"
     }
 
     PointHandler {
@@ -66,7 +69,7 @@ ScreenItem {
             screen: root
             title: root.title
             closeName: qsTr("Close")
-            color: "black"
+            color: root.ink
             textScale: root.textScale
             onCloseTapped: root.dismissBy(root.dismiss)
         }
@@ -101,7 +104,7 @@ ScreenItem {
                 visible: !photo.hasPicture
                 wrapMode: Text.Wrap
                 text: qsTr("Image not provided")
-                color: "black"
+                color: root.ink
                 pointSize: Metrics.smallFont
                 textScale: root.textScale
                 unit: root.unit
@@ -148,7 +151,7 @@ ScreenItem {
                 screen: root
                 text: qsTr("Retake")
                 color: root.buttonTint
-                textColor: root.buttonAccent
+                textColor: root.theme?.textOnTint ?? root.buttonAccent
                 textScale: root.textScale
                 textSize: buttons.textSize
                 onTapped: root.perform(root.didTapRetake)
@@ -166,7 +169,7 @@ ScreenItem {
                 screen: root
                 text: qsTr("Confirm")
                 color: root.buttonAccent
-                textColor: "white"
+                textColor: root.theme?.textOnAccent ?? "white"
                 textScale: root.textScale
                 textSize: buttons.textSize
                 onTapped: root.perform(root.didTapConfirm)

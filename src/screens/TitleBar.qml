@@ -15,6 +15,7 @@ Item {
     signal closeTapped
 
     readonly property real unit: screen.unit
+    readonly property bool wraps: textScale > 1 || screen.adaptsToSize
     readonly property real rowHeight: Math.max(close.height, titleText.implicitHeight)
 
     implicitHeight: (Metrics.barTop + Metrics.barBottom) * unit + rowHeight
@@ -78,9 +79,9 @@ Item {
         y: Metrics.barTop * bar.unit + (bar.rowHeight - height) / 2
         horizontalAlignment: Text.AlignHCenter
         elide: Text.ElideRight
-        // Who asks for larger texts must not lose words by it.
-        maximumLineCount: bar.textScale > 1 ? 2 : 1
-        wrapMode: bar.textScale > 1 ? Text.Wrap : Text.NoWrap
+        // Who asks for larger texts, or for narrow windows, must not lose words by it.
+        maximumLineCount: bar.wraps ? 2 : 1
+        wrapMode: bar.wraps ? Text.Wrap : Text.NoWrap
         text: bar.title
         color: bar.color
         pointSize: Metrics.titleFont

@@ -6,7 +6,10 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
+#include <QClipboard>
 #include <QDialog>
+#include <QGuiApplication>
+#include <QMimeData>
 #include <QQmlComponent>
 #include <QQuickWidget>
 #include <QTemporaryDir>
@@ -148,6 +151,13 @@ TEST(PassportScan, WhatFailsHasAPageThatSaysWhatToDo) {
     scan.takePhoto(scan.screen(), false);
     EXPECT_EQ(scan.page(), "failed");
     EXPECT_EQ(scan.textOf("heading"), "The photo could not be taken.");
+    auto* copied = new QMimeData;
+    copied->setUrls({QUrl::fromLocalFile(good)});
+    QGuiApplication::clipboard()->setMimeData(copied);
+    QTest::keyClick(&scan.screen().window(), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_TRUE(waitFor([&] { return scan.page() == "preview"; })) << "a picture may be pasted";
+    scan.tap("retake");
+    scan.takePhoto(scan.screen(), false);
     scan.tap("again");
     EXPECT_EQ(scan.page(), "scanning");
 
