@@ -192,7 +192,8 @@ TEST(Device, GivesAStillThatHasSettledOrALiveFrameWhereNoStillComes) {
                             "caps video/x-raw,format=YUY2,width=1280,height=960,framerate=30/1\n"
                             "caps video/x-raw,format=YUY2,width=1600,height=1200,framerate=30/1\n");
     Patience patience = Patience().times(5);
-    patience.still = 1s;
+    patience.still = 4s;
+    patience.settling = 10s;
     CaptureRig rig({}, patience);
     ASSERT_EQ(rig.start(), "");
     camera.set("settle 2");

@@ -303,6 +303,7 @@ TEST_F(ScannerHelp, PhotoWithoutATapOncePerPageUnlessThePersonSaysNo) {
     EXPECT_EQ(photos(), 2) << "the tap's alone";
     QTest::keyClick(&screen.window(), Qt::Key_Escape);
     EXPECT_EQ(closings_, 1);
+    camera_.refusePhotos();
 }
 
 TEST_F(ScannerHelp, OutlineLiesOnThePageAndGoesWithIt) {
