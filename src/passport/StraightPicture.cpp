@@ -1,7 +1,7 @@
 #include "passport/StraightPicture.h"
 
 #include "preview/BoxReduction.h"
-#include "preview/HostPicture.h"
+#include "screens/PixelImage.h"
 #include "screens/UprightTransform.h"
 
 #include <algorithm>
@@ -76,7 +76,7 @@ QImage StraightPicture::part(const QRectF& shares, const QSize& pixels) const {
         return drawn;
     QImage cut = seen == photo_.pixels.rect() ? photo_.pixels : photo_.pixels.copy(seen);
     if (cut.hasAlphaChannel())
-        cut = preview::onWhite(cut);
+        cut = screens::onWhite(cut);
     const double shrinking =
         std::min(size_.width() / whole.width(), size_.height() / whole.height());
     const int factor =

@@ -1,11 +1,10 @@
 #include "preview/HostPicture.h"
 
-#include <cstddef>
-#include <memory>
+#include "screens/PixelImage.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QJSValue>
-#include <QPainter>
 #include <QQmlFile>
 #include <span>
 
@@ -47,26 +46,6 @@ ImageResult readPicture(const QUrl& url) {
     return decodeImage(std::as_bytes(std::span(bytes.data(), bytes.size())));
 }
 
-QImage onWhite(const QImage& picture) {
-    QImage opaque(picture.size(), QImage::Format_RGB32);
-    opaque.fill(Qt::white);
-    QPainter(&opaque).drawImage(0, 0, picture);
-    return opaque;
-}
-
-Image imageOf(const QImage& picture) {
-    if (picture.isNull())
-        return {};
-    const QImage opaque = picture.hasAlphaChannel() ? onWhite(picture) : picture;
-    const auto held = std::make_shared<const QImage>(opaque.convertToFormat(QImage::Format_RGB888));
-    const auto bitmap =
-        Bitmap::wrap(held->width(), held->height(), held->bytesPerLine(), PixelFormat::rgb8,
-                     std::shared_ptr<const std::byte[]>(
-                         held, reinterpret_cast<const std::byte*>(held->constBits())),
-                     static_cast<std::size_t>(held->sizeInBytes()));
-    return bitmap ? Image(*bitmap) : Image();
-}
-
 ImageResult imageFrom(const HostPicture& source) {
     if (const auto* url = std::get_if<QUrl>(&source))
         return readPicture(*url);
@@ -74,7 +53,7 @@ ImageResult imageFrom(const HostPicture& source) {
     if (const auto* given = std::get_if<Image>(&source))
         image = *given;
     else if (const auto* picture = std::get_if<QImage>(&source))
-        image = imageOf(*picture);
+        image = screens::imageOf(*picture);
     if (!image.bitmap())
         return ImageError{.cause = "there is no picture"};
     return image;

@@ -21,12 +21,6 @@ using HostPicture = std::variant<std::monostate, Image, QImage, QUrl>;
 // of decoding.
 [[nodiscard]] ImageResult readPicture(const QUrl& url);
 
-// The same picture, transparent parts laid on white.
-[[nodiscard]] QImage onWhite(const QImage& picture);
-
-// An image without a bitmap if the picture is null. Thread: any.
-[[nodiscard]] Image imageOf(const QImage& picture);
-
 // The picture itself, read or converted where that is needed; it has a bitmap. Thread: any; takes
 // the time of decoding.
 [[nodiscard]] ImageResult imageFrom(const HostPicture& source);

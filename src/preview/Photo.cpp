@@ -3,6 +3,7 @@
 #include "preview/BoxReduction.h"
 #include "preview/HostPicture.h"
 #include "screens/ContinuousCorner.h"
+#include "screens/PixelImage.h"
 #include "screens/UprightTransform.h"
 
 #include <algorithm>
@@ -36,7 +37,7 @@ QImage::Format formatOf(PixelFormat format) {
 
 // The stored rows at about the given size in pixels.
 QImage scaledTo(const QImage& stored, const QSize& size) {
-    QImage picture = stored.hasAlphaChannel() ? onWhite(stored) : stored;
+    QImage picture = stored.hasAlphaChannel() ? screens::onWhite(stored) : stored;
     const int factor = std::min(picture.width() / size.width(), picture.height() / size.height());
     if (factor > 1)
         picture = boxReduced(picture, factor);

@@ -1,5 +1,6 @@
 #include "scanner/PhotoImport.h"
 
+#include "screens/PixelImage.h"
 #include "screens/Presentation.h"
 
 #include <kestrelid/ImageFile.h>
@@ -18,7 +19,6 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QMimeData>
-#include <QPainter>
 #include <QPromise>
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -82,25 +82,15 @@ Outcome readBytes(const QByteArray& bytes) {
     return outcomeOf(decodeImage(bytesOf(bytes)));
 }
 
-// From a program that gives pixels, not a file: the same limits, transparent parts on white.
-Outcome imageOf(const QImage& pixels) {
+// From a program that gives pixels, not a file: the same limits.
+Outcome outcomeOf(const QImage& pixels) {
     if (pixels.isNull())
         return Problem::NotAPicture;
     if (std::int64_t{pixels.width()} * pixels.height() > kMaximumPixels ||
         std::max(pixels.width(), pixels.height()) > kMaximumSide)
         return Problem::Unreadable;
-    QImage opaque(pixels.size(), QImage::Format_RGB32);
-    if (opaque.isNull())
-        return Problem::OutOfMemory;
-    opaque.fill(Qt::white);
-    QPainter(&opaque).drawImage(0, 0, pixels);
-    const auto held = std::make_shared<const QImage>(std::move(opaque));
-    const auto stride = static_cast<std::ptrdiff_t>(held->bytesPerLine());
-    const std::shared_ptr<const std::byte[]> bytes(
-        held, reinterpret_cast<const std::byte*>(held->constBits()));
-    const auto bitmap = Bitmap::wrap(held->width(), held->height(), stride, PixelFormat::bgra8,
-                                     bytes, static_cast<std::size_t>(held->sizeInBytes()));
-    return bitmap ? Outcome(Image(*bitmap)) : Outcome(Problem::Unreadable);
+    Image image = screens::imageOf(pixels);
+    return image.bitmap() ? Outcome(std::move(image)) : Outcome(Problem::OutOfMemory);
 }
 
 bool holdsPhoto(const QMimeData& data) {
@@ -204,7 +194,7 @@ bool PhotoImport::take(const QMimeData& data) {
         }
     }
     if (data.hasImage()) {
-        read([pixels = data.imageData().value<QImage>()] { return imageOf(pixels); });
+        read([pixels = data.imageData().value<QImage>()] { return outcomeOf(pixels); });
         return true;
     }
     if (urls.isEmpty())
