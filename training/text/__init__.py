@@ -1,0 +1,1 @@
+"""The text networks: rewritten into fast graphs, the recogniser trained on for documents."""
