@@ -4,7 +4,7 @@ import numpy as np
 import onnx
 from onnx import TensorProto, helper, numpy_helper
 
-from . import published
+from . import folding, published
 
 HEIGHT = 48  # pixels of a line
 _NOTICE = "Derived from PP-OCRv4 mobile of PaddleOCR (Apache-2.0): graph rewritten, weights changed."
@@ -151,6 +151,33 @@ def _model(nodes, constants, taken, given):
     model.ir_version = 8
     onnx.checker.check_model(model)
     return model
+
+
+def simplified(path):
+    """An equal model of the detector's or the direction classifier's file, with the same input and output names."""
+    graph = published.load(path).graph
+    network = folding.folded(graph)
+    return _model(network.nodes, network.constants, graph.input[0], graph.output[0])
+
+
+def halved(model):
+    """The same with its weights in 16-bit floats, which the runtime makes 32-bit ones of as it loads them.
+
+    Weights alone, of two dimensions and more: the rest is small, and sums of many values need the accuracy.
+    """
+    half = onnx.ModelProto()
+    half.CopyFrom(model)
+    graph, casts = half.graph, []
+    for held in graph.initializer:
+        if held.data_type == TensorProto.FLOAT and len(held.dims) > 1:
+            name, short = held.name, f"{held.name}.half"
+            held.CopyFrom(numpy_helper.from_array(numpy_helper.to_array(held).astype(np.float16), short))
+            casts.append(helper.make_node("Cast", [short], [name], name=f"{name}.float", to=TensorProto.FLOAT))
+    nodes = [*casts, *graph.node]
+    del graph.node[:]
+    graph.node.extend(nodes)
+    onnx.checker.check_model(half)
+    return half
 
 
 def save(model, path):
