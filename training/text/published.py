@@ -13,6 +13,8 @@ from onnx import helper, numpy_helper
 
 from .alphabet import ALPHABET
 
+RECOGNISER, DETECTOR = "ch_PP-OCRv4_rec_infer.onnx", "ch_PP-OCRv4_det_infer.onnx"
+DIRECTION, DICTIONARY = "ch_ppocr_mobile_v2.0_cls_infer.onnx", "ppocr_keys_v1.txt"
 HEADS = 8  # of each attention
 
 
@@ -145,9 +147,14 @@ def characters(dictionary):
     return ["", *(line.rstrip("\r") for line in listed), " "]
 
 
+def kept(classes):
+    """Places of ALPHABET's classes among the published ones."""
+    return [0, *map(classes.index, ALPHABET)]
+
+
 def reduced(weights, classes):
     """The weights with the classes of ALPHABET alone; classes: the published ones."""
     if len(classes) != len(weights["fc8.b"]):
         raise SystemExit(f"the dictionary has {len(classes)} classes, the recogniser {len(weights['fc8.b'])}")
-    kept = [0, *map(classes.index, ALPHABET)]
-    return {**weights, "fc8.w": weights["fc8.w"][:, kept], "fc8.b": weights["fc8.b"][kept]}
+    places = kept(classes)
+    return {**weights, "fc8.w": weights["fc8.w"][:, places], "fc8.b": weights["fc8.b"][places]}

@@ -7,7 +7,8 @@ from pathlib import Path
 
 import numpy as np
 
-_FOLDER = Path(__file__).resolve().parents[2] / ".deps" / "resources"  # of tools/setup
+# Where tools/setup puts the library, unless the environment names another folder.
+_FOLDER = os.environ.get("KESTRELID_RESOURCES", Path(__file__).resolve().parents[2] / ".deps" / "resources")
 _LEVEL = 11  # of the interface, which every later runtime still speaks
 _NEWEST = 40  # minor version to look for: Debian names the library after it
 # Places in the table of functions: it only ever grows at its end.
@@ -31,24 +32,25 @@ class _Base(ctypes.Structure):
                 ("version", ctypes.CFUNCTYPE(ctypes.c_char_p))]
 
 
-def _library():
-    # The folder's first, as the library does; RESOURCES names another folder than the checkout's.
+def _library(folder):
     name = "libonnxruntime.so"
-    names = [Path(os.environ.get("RESOURCES", _FOLDER), name), f"{name}.1", name]
+    names = [Path(folder, name), f"{name}.1", name]
+    reason = None
     for candidate in names + [f"{name}.1.{minor}" for minor in range(_NEWEST, _LEVEL - 1, -1)]:
         try:
             return ctypes.CDLL(str(candidate))
-        except OSError:
-            continue
-    raise MissingRuntime(f"{names[0]}: no ONNX Runtime, there or of the system; run tools/setup, or set RESOURCES to "
-                         "the folder that has it")
+        except OSError as error:
+            refusal = str(error) if candidate == names[0] and names[0].exists() else f"{names[0]} is not there"
+            reason = reason or refusal
+    raise MissingRuntime(f"no ONNX Runtime ({reason}, and the system has none): run tools/setup, or set "
+                         "KESTRELID_RESOURCES to the folder that has it")
 
 
 class _Interface:
     """The functions, each as a call that fails with the runtime's words; and the process's one environment."""
 
-    def __init__(self):
-        library = _library()
+    def __init__(self, folder):
+        library = _library(folder)
         library.OrtGetApiBase.restype = ctypes.POINTER(_Base)
         table = library.OrtGetApiBase().contents.table(_LEVEL)
         if not table:
@@ -86,14 +88,14 @@ def _kind(value):
 
 
 class Session:
-    """A model, loaded. threads: those that share one run."""
+    """A model, loaded. threads: those that share one run; folder: where the first session finds the runtime."""
 
-    _interface = None
+    _interface = _handle = None
 
-    def __init__(self, path, threads=1):
+    def __init__(self, path, threads=1, folder=_FOLDER):
         if Session._interface is None:
-            Session._interface = _Interface()
-        self._handle, api = None, self._interface
+            Session._interface = _Interface(folder)
+        api = self._interface
         if not Path(path).is_file():
             raise SystemExit(f"{path}: no such file")
         options = api.made("CreateSessionOptions")

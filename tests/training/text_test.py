@@ -1,0 +1,94 @@
+#!/usr/bin/python3
+"""The text networks: classes, graphs that are rewritten. Exit status 77: a package is missing."""
+
+import os
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+RESOURCES = Path(os.environ.get("KESTRELID_RESOURCES", ROOT / ".deps" / "resources"))
+sys.path.insert(0, str(ROOT / "training"))
+try:
+    import numpy as np
+    from onnx import TensorProto, helper, numpy_helper
+    from text import alphabet, graph, published, rewrite, runtime
+except ImportError as missing:
+    print(f"skipped: {missing}; install python3-onnx, python3-opencv and python3-numpy")
+    sys.exit(77)
+
+
+def answers(model, x):
+    """What the network of a model, or of a file, makes of x."""
+    with tempfile.TemporaryDirectory() as folder:
+        path = model if isinstance(model, Path) else Path(folder, "model.onnx")
+        if path != model:
+            graph.save(model, path)
+        try:
+            return runtime.Session(path).run(x)[0]
+        except runtime.MissingRuntime as missing:
+            raise unittest.SkipTest(str(missing)) from missing
+
+
+def spelt_out(rng):
+    """A model as the published ones are: hard-swish of four operations, loose scales and shifts, a gate, two plain layers."""
+    nodes, held, x = [], [], "x"
+
+    def add(operation, *inputs, **how):
+        names = []
+        for given in inputs:
+            if not isinstance(given, str):
+                held.append(numpy_helper.from_array(np.float32(given), f"c{len(held)}"))
+            names.append(given if isinstance(given, str) else held[-1].name)
+        nodes.append(helper.make_node(operation, names, [f"v{len(nodes)}"], **how))
+        return nodes[-1].output[0]
+
+    def convolution(x, given, taken, side, groups=1):
+        return add("Conv", x, rng.normal(0, 0.5, (given, taken // groups, side, side)), group=groups, strides=[1, 1],
+                   pads=[side // 2] * 4, kernel_shape=[side, side])
+
+    for given, taken, side, groups in ((6, 3, 1, 1), (6, 6, 3, 6), (8, 6, 1, 1), (8, 8, 3, 1)):
+        x = add("Add", add("Mul", convolution(x, given, taken, side, groups), [1.5]), [-0.4])
+        x = add("Div", add("Mul", x, add("Clip", add("Add", x, 3), 0, 6)), 6)
+        x = add("Add", add("Mul", x, [0.7]), [0.9])
+    x = convolution(convolution(x, 8, 8, 1), 4, 8, 1)
+    x = add("BatchNormalization", x, [2] * 4, [0.3] * 4, [0.1] * 4, [0.5] * 4, epsilon=1e-5)
+    gate = add("HardSigmoid", add("GlobalAveragePool", x), alpha=0.2, beta=0.5)
+    x = add("Add", x, add("Mul", x, gate))
+    values = [helper.make_tensor_value_info(name, TensorProto.FLOAT, ["n", None, "h", "w"]) for name in ("x", x)]
+    model = helper.make_model(helper.make_graph(nodes, "spelt", values[:1], values[1:], held),
+                              opset_imports=[helper.make_opsetid("", 11)])
+    model.ir_version = 8
+    return model
+
+
+class RewriteTest(unittest.TestCase):
+    def test_greedy(self):
+        for columns, text in (([33, 33, 0, 33, 65], "AAa"), ([0] * 4, ""), ([1, 95, 95, 94], "! ~"), ([17, 0, 16], "10")):
+            self.assertEqual(alphabet.greedy(np.eye(alphabet.CLASSES)[columns]), text)
+
+    def test_folded_and_halved_answer_as_what_is_spelt_out(self):
+        rng = np.random.default_rng(1)
+        model, x = spelt_out(rng), rng.normal(0, 1, (2, 3, 9, 11))
+        with tempfile.TemporaryDirectory() as folder:
+            graph.save(model, Path(folder, "spelt.onnx"))
+            simple = graph.simplified(Path(folder, "spelt.onnx"))
+        self.assertLess(len(simple.graph.node), 20)
+        wanted = answers(model, x)
+        for changed, apart in ((simple, 1e-6), (graph.halved(simple), 1e-3)):
+            self.assertLess(np.abs(answers(changed, x) - wanted).max(), apart * np.abs(wanted).max())
+
+    @unittest.skipUnless((RESOURCES / published.RECOGNISER).exists(), "no published networks: tools/setup fetches them")
+    def test_rewritten_answer_as_published(self):
+        sources = [RESOURCES / name for name in (published.RECOGNISER, published.DETECTOR, published.DIRECTION)]
+        models = [graph.recogniser(*published.recogniser(sources[0])), *map(graph.simplified, sources[1:])]
+        sizes = ((1, 48, 64), (3, 48, 328)), ((2, 128, 192),), ((3, 48, 192),)
+        for source, model, pictures in zip(sources, models, sizes):
+            for size in pictures:
+                x = rewrite.drawn(np.random.default_rng(1), *size)
+                self.assertLess(np.abs(answers(source, x) - answers(model, x)).max(), 3e-4, (source.name, size))
+
+
+if __name__ == "__main__":
+    unittest.main()
