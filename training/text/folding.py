@@ -96,7 +96,8 @@ def hard_swish(network):
                 != (3, 0, 6, 6):
             continue
         gate = f"{part.output[0]}.hard"
-        network.replaced((add, clip, product, part), helper.make_node("HardSigmoid", [x], [gate], alpha=1 / 6, beta=0.5),
+        network.replaced((add, clip, product, part),
+                         helper.make_node("HardSigmoid", [x], [gate], alpha=1 / 6, beta=0.5),
                          helper.make_node("Mul", [x, gate], [part.output[0]]))
 
 

@@ -120,7 +120,7 @@ def _normal(writer, weights, number, x, epsilon):
 
 
 def recogniser(weights, blocks):
-    """The whole recogniser: "x", N x 3 x 48 x W of any N and any W that 8 divides, to probabilities N x W/8 x classes."""
+    """The whole recogniser: "x", N x 3 x 48 x W, any N and any W that 8 divides, to probabilities N x W/8 x classes."""
     writer = _Writer()
     features = _backbone(writer, weights, blocks)
 

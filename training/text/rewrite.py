@@ -63,8 +63,8 @@ class _Rewriting:
             changed += int((decide(old) != decide(new)).sum())
             decided += decide(old).size
             seconds += np.min(times, 0)
-        print(f"{name:18} {path.stat().st_size / 1e6:6.2f} MB  differs by {apart:.1e}, {changed} of {decided} decisions, "
-              f"{seconds[1] / seconds[0]:.2f} of the time", flush=True)
+        print(f"{name:18} {path.stat().st_size / 1e6:6.2f} MB  differs by {apart:.1e}, {changed} of {decided} "
+              f"decisions, {seconds[1] / seconds[0]:.2f} of the time", flush=True)
 
 
 def main(resources, folder, floats=False):
