@@ -32,7 +32,7 @@ def answers(model, x):
 
 
 def spelt_out(rng):
-    """A model as the published ones are: hard-swish in four operations, loose scales and shifts, a gate, plain layers."""
+    """A model as the published ones are: hard-swish in four operations, scales and shifts, a gate, plain layers."""
     nodes, held, x = [], [], "x"
 
     def add(operation, *inputs, **how):
