@@ -6,7 +6,9 @@
 namespace kestrelid::base {
 
 // Lets a process end while workers are inside a library whose statics end with the process, ONNX
-// Runtime for one. The end waits until they have left, 5 s at most; who comes later is turned away.
+// Runtime for one, or load a library: once the end has begun, the dynamic linker (glibc 2.36) runs
+// the constructors of what that library needs again, and GLib aborts on it. The end waits until
+// they have left, 5 s at most; who comes later is turned away.
 //
 // Only the process itself knows when it ends, so there is one gate. Thread: any.
 class ExitGate {

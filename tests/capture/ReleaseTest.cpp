@@ -7,7 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <future>
+#include <optional>
+#include <thread>
 
 namespace kestrelid::capture {
 namespace {
@@ -54,6 +57,24 @@ TEST(Release, LetsTheDeviceGoFromAnyThreadAndNoCallComesAfterwards) {
             EXPECT_LE(rig.taken->count(), takenThen + 1);
         }
     }
+}
+
+std::optional<test::TestCamera> slowPlugin;
+
+// Ends while GStreamer loads a plugin; after all that waits for the end has waited, says whether
+// the plugin is loaded.
+[[noreturn]] void endWhileAPluginIsLoaded() {
+    setenv("KESTRELID_TEST_SLOW_PLUGIN", "", 1);
+    slowPlugin.emplace();
+    std::atexit([] { std::_Exit(slowPlugin->count("loaded") > 0 ? 7 : 1); });
+    std::thread([] { (void)GStreamerCapturePlatform({}).cameras(); }).detach();
+    (void)eventually([] { return slowPlugin->count("loading") > 0; });
+    std::exit(2);
+}
+
+TEST(ReleaseDeathTest, TheProcessEndsOnceItsPluginsAreLoaded) {
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    EXPECT_EXIT(endWhileAPluginIsLoaded(), testing::ExitedWithCode(7), "");
 }
 
 TEST(SlowDelegate, HasFramesDroppedAndNoMoreMemoryThanThreePictures) {

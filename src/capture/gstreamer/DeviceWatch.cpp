@@ -1,5 +1,7 @@
 #include "capture/gstreamer/DeviceWatch.h"
 
+#include "base/ExitGate.h"
+
 #include <algorithm>
 #include <chrono>
 #include <exception>
@@ -63,11 +65,16 @@ bool hasStarted(const std::shared_future<void>& future, std::chrono::seconds pat
     return future.valid() && future.wait_for(patience) == std::future_status::ready;
 }
 
+GstDeviceProvider* sharedPipeWire() {
+    const base::ExitGate::Pass pass;
+    return pass ? gst_device_provider_factory_get_by_name(kPipeWire) : nullptr;
+}
+
 // The provider that the whole program shares counts its starts: one more than there are stops.
 // False where PipeWire hangs, which is waited for once. One call at a time.
 bool keepPipeWire() {
     static auto patience = kPatience;
-    static GstDeviceProvider* shared = gst_device_provider_factory_get_by_name(kPipeWire);
+    static GstDeviceProvider* shared = sharedPipeWire();
     static const std::shared_future<void> started =
         shared ? startForGood(shared) : std::shared_future<void>();
     return !shared || hasStarted(started, std::exchange(patience, std::chrono::seconds(0)));
@@ -104,6 +111,9 @@ std::shared_ptr<DeviceWatch> DeviceWatch::start() {
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
     const bool isWhole = keepPipeWire();
+    const base::ExitGate::Pass pass;
+    if (!pass)
+        return nullptr;
     MonitorHandle monitor = adopt(gst_device_monitor_new());
     {
         std::optional<HiddenPipeWire> hidden;
@@ -139,7 +149,8 @@ std::shared_ptr<DeviceWatch> DeviceWatch::ofRemote(const OpenCameraRemote& open)
 std::shared_ptr<DeviceWatch> DeviceWatch::make(base::OwnedDescriptor remote) {
     constexpr const char* kFile = "fd";
     const FactoryHandle factory(gst_device_provider_factory_find(kPipeWire));
-    if (!remote.isOpen() || isCutOff(remote) || !factory)
+    const base::ExitGate::Pass pass;
+    if (!remote.isOpen() || isCutOff(remote) || !factory || !pass)
         return nullptr;
     const FactoryHandle loaded(
         GST_DEVICE_PROVIDER_FACTORY(gst_plugin_feature_load(GST_PLUGIN_FEATURE(factory.get()))));

@@ -1,5 +1,6 @@
 #include "capture/gstreamer/FileCamera.h"
 
+#include "base/ExitGate.h"
 #include "base/Failures.h"
 #include "capture/gstreamer/GStreamerLibrary.h"
 #include "capture/gstreamer/PictureSource.h"
@@ -40,7 +41,9 @@ OpenedSource openPicture(const std::filesystem::path& path) {
 
 OpenedSource openCameraFile(const std::filesystem::path& path) noexcept {
     try {
-        if (!startGStreamer())
+        // A video's plugins are loaded while it is tried, on threads of GStreamer.
+        const base::ExitGate::Pass pass;
+        if (!pass || !startGStreamer())
             return tl::unexpected(CaptureError{"GStreamer does not start"});
         return isPicture(path) ? openPicture(path) : VideoFileSource::open(path);
     } catch (const std::exception&) {

@@ -1,5 +1,6 @@
 #include "capture/gstreamer/GStreamerLibrary.h"
 
+#include "base/ExitGate.h"
 #include "capture/gstreamer/GStreamerHandles.h"
 
 #include <array>
@@ -36,6 +37,9 @@ bool exists(const char* element) {
 }  // namespace
 
 bool startGStreamer() {
+    const base::ExitGate::Pass pass;
+    if (!pass)
+        return false;
     GError* error = nullptr;
     const bool started = gst_init_check(nullptr, nullptr, &error) != FALSE;
     const ErrorHandle owner(error);

@@ -1,5 +1,7 @@
 #include "capture/permission/Portal.h"
 
+#include "base/ExitGate.h"
+
 #include <algorithm>
 #include <cstring>
 #include <gio/gunixfdlist.h>
@@ -170,6 +172,9 @@ GDBusConnection* Portal::connection() {
         return connection_.get();
     answer(false);  // for requests that waited on the lost connection
     disconnect();
+    const base::ExitGate::Pass pass;  // the first connection of a process loads modules
+    if (!pass)
+        return nullptr;
     TextHandle address(
         environment_.busAddress.empty()
             ? g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, cancellable_.get(), nullptr)

@@ -56,6 +56,9 @@ unsigned onnxApiLevel(std::string_view version) {
 }
 
 OnnxRuntime::Loaded OnnxRuntime::load(const ResourceFolders& resources) {
+    const base::ExitGate::Pass pass;
+    if (!pass)
+        return failure(base::kEnding);
     std::string refusal;
     if (const auto path = resources.find(kOnnxLibraryName)) {
         if (void* handle = dlopen(path->c_str(), RTLD_NOW | RTLD_LOCAL))

@@ -75,17 +75,13 @@ std::vector<const char*> pointers(const std::vector<std::string>& names) {
     return result;
 }
 
-Failure ending() {
-    return failure("ONNX Runtime: the program is ending");
-}
-
 }  // namespace
 
 Expected<OnnxSession> OnnxSession::open(std::shared_ptr<const OnnxRuntime> runtime,
                                         const std::string& model, int threads) {
     const base::ExitGate::Pass pass;
     if (!pass)
-        return ending();
+        return failure(base::kEnding);
     const OrtApi& api = *runtime->api_;
     OrtSessionOptions* rawOptions = nullptr;
     if (auto error = onnxError(api, api.CreateSessionOptions(&rawOptions), rawOptions))
@@ -133,7 +129,7 @@ Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> in
     const base::ExitGate::Pass pass(
         [&] { (void)onnxError(api, api.RunOptionsSetTerminate(rawOptions)); });
     if (!pass)
-        return ending();
+        return failure(base::kEnding);
     if (inputs.size() != inputNames_.size())
         return failure("ONNX Runtime: the model takes another number of inputs");
     const auto owned = [this](OrtValue* value) {

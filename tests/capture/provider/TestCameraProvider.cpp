@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <cstdlib>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -141,6 +142,11 @@ void kestrel_test_camera_provider_class_init(ProviderClass* type) {
 }
 
 gboolean initialize(GstPlugin* plugin) {
+    if (std::getenv("KESTRELID_TEST_SLOW_PLUGIN")) {
+        writeJournal("loading");
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        writeJournal("loaded");
+    }
     return gst_element_register(plugin, kSourceName, GST_RANK_NONE, testCameraSourceType()) &&
            gst_device_provider_register(plugin, "kestreltestcameraprovider", GST_RANK_PRIMARY,
                                         kestrel_test_camera_provider_get_type());
