@@ -66,7 +66,7 @@ ZONE_HELD_OUT = (("OCRB.otf", "fonts-ocr-b", 5), *glyphs.HELD_OUT)
 
 @dataclass(frozen=True)
 class Glyph:
-    """A character: its picture (uint8, 255: ink; or None), its left and top from its place on the baseline, in pixels."""
+    """A character: its picture (uint8, 255: ink; or None), left and top from its place on the baseline, in pixels."""
 
     picture: np.ndarray | None
     left: int

@@ -222,7 +222,8 @@ def _alike(rng):
 
 
 def _any_characters(rng):
-    return " ".join(_run(rng, _PRINTED, int(rng.integers(2, 9))) for _ in range(_pick(rng, (1, 1, 2, 3))))
+    characters = _PRINTED + "".join(c for c in _PRINTED if not c.isalnum()) * 2  # signs are rare elsewhere
+    return " ".join(_run(rng, characters, int(rng.integers(2, 9))) for _ in range(_pick(rng, (1, 1, 2, 3))))
 
 
 def _sentence(rng, held_out):
