@@ -85,6 +85,11 @@ def _average(mean, net, step):
             kept.mul_(keep).add_(new, alpha=1 - keep)
 
 
+def _clock(options, step, seconds):
+    """The part of the budget that is spent: 1 at the end."""
+    return max(step / options.steps if options.steps else 0, seconds / 60 / options.minutes if options.minutes else 0)
+
+
 class _Record:
     """Progress on the screen and in FOLDER/NAME.tsv, checkpoints in FOLDER/NAME.pt."""
 
@@ -97,10 +102,7 @@ class _Record:
         self._losses, self.loss = [], None  # since the last line of progress; the mean up to that
 
     def clock(self, step):
-        """The part of the budget that is spent: 1 at the end."""
-        steps = step / self._options.steps if self._options.steps else 0
-        minutes = self._seconds() / 60 / self._options.minutes if self._options.minutes else 0
-        return max(steps, minutes)
+        return _clock(self._options, step, self._seconds())
 
     def _seconds(self):
         return self._spent + time.time() - self._began
@@ -138,7 +140,7 @@ def _rate(options, step, clock):
 
 
 def train(options, member, team):
-    """One member's part, to the end of the budget; the mean loss of the last steps, None where none were left."""
+    """One member's part, to the end of the budget; the mean loss of the last steps."""
     torch.manual_seed(options.seed + member)
     torch.set_num_threads(1)
     torch.set_flush_denormal(True)  # they make a step several times as slow
@@ -153,7 +155,7 @@ def train(options, member, team):
     if "optimizer" in state:
         optimizer.load_state_dict(state["optimizer"])
     record = _Record(options, state)
-    clock = record.clock(step)
+    clock = _clock(options, step, state.get("spent", 0.0))
     while clock < 1:
         inputs, columns, said = source.batch(options.columns)
         with torch.autocast("cpu", torch.bfloat16, enabled=not options.floats):
@@ -210,7 +212,10 @@ def parsed(arguments=None):
 def run(options):
     """Trains with all its processes; the loss at the end, None where the budget was spent before."""
     Path(options.folder).mkdir(parents=True, exist_ok=True)
-    size = sum(values.size for values in _started(options)["weights"].values())
+    state = _started(options)
+    if _clock(options, state.get("step", 0), state.get("spent", 0.0)) >= 1:
+        return None
+    size = sum(values.size for values in state["weights"].values())
     return Team(options.processes, size).run(partial(train, options))
 
 
