@@ -37,7 +37,8 @@ class LinesTest(unittest.TestCase):
             self.assertEqual(any(texts.held_words(text) for _, text in drawn), held_out)
 
     def test_a_label_is_plain_where_the_print_has_accents(self):
-        for drawn, text in (("Prénoms", "Prenoms"), ("DOĞUM YERİ/Płeć", "DOGUM YERI/Plec"), ("Größe\tN° 5", "Grosse No 5"), ("Đặng", "Dang")):
+        for drawn, text in (("Prénoms", "Prenoms"), ("DOĞUM YERİ/Płeć", "DOGUM YERI/Plec"),
+                            ("Größe\tN° 5", "Grosse No 5"), ("Đặng", "Dang")):
             self.assertEqual(texts.Phrase(drawn).text, text)
 
     def test_lines_of_zones_have_no_spaces(self):

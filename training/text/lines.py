@@ -42,9 +42,11 @@ class _Type:
 
 
 def _any_type(rng, phrase, held_out):
+    # -0.02 to 0.12 of an em.
     spacing = rng.uniform(-0.03, 0.17) if rng.random() < (0.15 if phrase.zone else 0.4) else 0.0
-    return _Type(fonts.any_font(rng, phrase.zone, held_out), spacing, rng.uniform(0.7, 1.6) if rng.random() < 0.6 else 1.0,
-                 not phrase.zone and rng.random() < 0.03)
+    word_spacing = rng.uniform(0.7, 1.6) if rng.random() < 0.6 else 1.0
+    small_capitals = not phrase.zone and rng.random() < 0.03
+    return _Type(fonts.any_font(rng, phrase.zone, held_out), spacing, word_spacing, small_capitals)
 
 
 def _placed(rng, drawn, kind):
@@ -84,7 +86,8 @@ def _lay(ink, places, left, baseline):
             continue
         part = ink[y0:y1, x0:x1]
         np.maximum(part, glyph.picture[y0 - y:y1 - y, x0 - x:x1 - x], out=part)
-        reach = [x0, y0, x1, y1] if reach is None else [min(reach[0], x0), min(reach[1], y0), max(reach[2], x1), max(reach[3], y1)]
+        reach = reach or [x0, y0, x1, y1]
+        reach = [min(reach[0], x0), min(reach[1], y0), max(reach[2], x1), max(reach[3], y1)]
     return reach
 
 
@@ -164,21 +167,20 @@ def _seen(rng, line, box, size):
     reduced = size[1] / (bottom - top)
     ink = line.ink
     if reduced < 0.6:  # what one pixel of the sensor gathers
-        scale = 1.4 * reduced
-        ink = cv2.resize(ink, (max(1, round(ink.shape[1] * scale)), max(1, round(ink.shape[0] * scale))), interpolation=cv2.INTER_AREA)
-        fx, fy = ink.shape[1] / line.ink.shape[1], ink.shape[0] / line.ink.shape[0]
-    else:
-        fx = fy = 1.0
+        ink = cv2.resize(ink, None, fx=1.4 * reduced, fy=1.4 * reduced, interpolation=cv2.INTER_AREA)
+    shrunk = np.divide(ink.shape[::-1], line.ink.shape[::-1])
     slack = 0.8 * max(0, min(line.top - top, bottom - line.bottom))
     corners = np.array([[left, top], [right, top], [right, bottom], [left, bottom]])
     if rng.random() < 0.6:
-        drift = np.clip(np.tan(np.radians(rng.uniform(-2.5, 2.5))) * (right - left) / 2, -slack, slack) * rng.uniform(0.3, 1)
+        drift = np.tan(np.radians(rng.uniform(-2.5, 2.5))) * (right - left) / 2
+        drift = np.clip(drift, -slack, slack) * rng.uniform(0.3, 1)
         corners[:, 1] += np.array([-1, 1, 1, -1]) * drift
         slack -= abs(drift)
     if rng.random() < 0.4:
         side = min(line.left - left, right - line.right)
-        corners += rng.uniform(-1, 1, (4, 2)) * [min(0.1 * (bottom - top), 0.6 * side), min(0.06 * (bottom - top), slack)]
-    corners = (corners * [fx, fy]).astype(np.float32)
+        most = [min(0.1 * (bottom - top), 0.6 * side), min(0.06 * (bottom - top), slack)]
+        corners += rng.uniform(-1, 1, (4, 2)) * most
+    corners = (corners * shrunk).astype(np.float32)
     target = np.float32([[0, 0], [size[0], 0], [size[0], size[1]], [0, size[1]]])
     matrix = cv2.getPerspectiveTransform(corners, target)
     return cv2.warpPerspective(ink, matrix, size, flags=cv2.INTER_LINEAR).astype(np.float32) / 255
@@ -216,7 +218,8 @@ def _lit(rng, picture):
     if rng.random() < 0.35:
         picture *= np.linspace(*rng.uniform(0.7, 1.15, 2), width, dtype=np.float32)[None, :, None]
     if rng.random() < 0.1:  # the edge of a shadow
-        x = np.arange(width, dtype=np.float32)[None] + rng.uniform(-1.5, 1.5) * np.arange(height, dtype=np.float32)[:, None]
+        slant = rng.uniform(-1.5, 1.5) * np.arange(height, dtype=np.float32)[:, None]
+        x = np.arange(width, dtype=np.float32) + slant
         shade = 1 / (1 + np.exp(-np.clip((x - rng.uniform(0, width)) / (rng.uniform(0.03, 0.5) * height), -30, 30)))
         picture *= (1 - rng.uniform(0.15, 0.5) * (shade if rng.random() < 0.5 else 1 - shade))[..., None]
     if rng.random() < 0.05:
@@ -247,7 +250,8 @@ def _sensed(rng, picture, letter):
         picture = np.repeat(picture.mean(2, keepdims=True), 3, 2)
     pixels = np.clip(picture + 0.5, 0, 255).astype(np.uint8)
     if rng.random() < 0.5:
-        data = cv2.imencode(".jpg", pixels, [cv2.IMWRITE_JPEG_QUALITY, int(rng.uniform(35 if letter > 12 else 60, 96))])[1]
+        quality = int(rng.uniform(35 if letter > 12 else 60, 96))
+        data = cv2.imencode(".jpg", pixels, [cv2.IMWRITE_JPEG_QUALITY, quality])[1]
         pixels = cv2.imdecode(data, cv2.IMREAD_COLOR)
     return pixels
 
@@ -271,7 +275,8 @@ def _empty(rng, grounds, held_out):
         picture = grounds.piece(rng, size, rng.uniform(3, 18), _colours(rng)[0], held_out)
     if rng.random() < 0.3:
         ends = (rng.uniform(-0.1, 1.1, (2, 2)) * size).astype(int).tolist()
-        cv2.line(picture, *ends, rng.uniform(0, 255, 3).tolist(), max(1, int(height * rng.uniform(0.02, 0.1))), cv2.LINE_AA)
+        thick = max(1, int(height * rng.uniform(0.02, 0.1)))
+        cv2.line(picture, *ends, rng.uniform(0, 255, 3).tolist(), thick, cv2.LINE_AA)
     return _at_height(rng, _sensed(rng, np.ascontiguousarray(picture), 0.5 * height), width)
 
 
@@ -300,7 +305,7 @@ def _picture(rng, phrase, kind, grounds, held_out):
 
 
 def fits(width, text):
-    """Whether the network's columns for a line of width pixels suffice for text: CTC needs a blank between equal characters."""
+    """Whether a line of width pixels has columns enough for text: CTC needs a blank between equal characters."""
     repeats = sum(a == b for a, b in zip(text, text[1:]))
     return max(64, width) // _COLUMN >= len(text) + repeats + 1
 

@@ -43,11 +43,11 @@ class Papers:
         self._prints, self._photographs = prints, pictures
 
     def photograph(self, rng, size):
-        """Height x width x 3, float32, as it is; plain security print where there are no photographs. size: (width, height)."""
+        """Height x width x 3, float32, of a photograph, or else of security print. size: (width, height)."""
         return _cut(rng, self._photographs or self._prints, size, rng.uniform(0.2, 1.5))
 
     def piece(self, rng, size, px_per_mm, tone, held_out=False):
-        """Height x width x 3, float32, of paper about the colour tone; held_out: at times of the kind that is not trained on."""
+        """Height x width x 3, float32, of paper about the colour tone; held_out: woven at times, never in training."""
         width, height = size
         ground = np.empty((height, width, 3), np.float32)
         ground[:] = tone
@@ -73,7 +73,8 @@ class Papers:
 
 def _woven(rng, size, px_per_mm):
     # Threads along and across.
-    threads = [np.sin(np.arange(side) * (2 * np.pi / (px_per_mm * rng.uniform(0.3, 0.8))) + rng.uniform(0, 6)) for side in size]
+    pitch = px_per_mm * rng.uniform(0.3, 0.8)
+    threads = [np.sin(2 * np.pi / pitch * np.arange(side) + rng.uniform(0, 6)) for side in size]
     return (rng.uniform(3, 14) * np.maximum(threads[0][None], threads[1][:, None])).astype(np.float32)
 
 

@@ -24,7 +24,8 @@ def draw(number, grounds, count=LINES, held_out=False):
 def write(path, drawn):
     """Keeps drawn lines in a file: their pictures side by side (48 x W x 3), each one's width, each one's text."""
     pictures, said = zip(*drawn)
-    np.savez(path, pixels=np.concatenate(pictures, 1), widths=np.int32([p.shape[1] for p in pictures]), texts=np.array(said))
+    widths = np.int32([picture.shape[1] for picture in pictures])
+    np.savez(path, pixels=np.concatenate(pictures, 1), widths=widths, texts=np.array(said))
 
 
 def read(path):
@@ -58,6 +59,6 @@ if __name__ == "__main__":
     parser.add_argument("folder", help="for the shards; those that are there stay")
     parser.add_argument("count", type=int, help="how many shards of five hundred lines")
     parser.add_argument("first", type=int, help="number of the first one")
-    parser.add_argument("--held-out", action="store_true", help="fonts, words and photographs that are never trained on")
+    parser.add_argument("--held-out", action="store_true", help="what is never trained on")
     options = parser.parse_args()
     main(options.backgrounds, options.folder, options.count, options.first, options.held_out)

@@ -1,4 +1,4 @@
-"""What lines of documents say, drawn at random: labels, names, dates, numbers, sentences, lines of machine-readable zones."""
+"""What lines of documents say, at random: labels, names, dates, numbers, sentences, lines of machine-readable zones."""
 
 import re
 import unicodedata
@@ -13,12 +13,12 @@ from .alphabet import ALPHABET
 GAP = "\t"  # in what is drawn: a space so wide that columns stand apart; it reads as one space
 _LETTERS, _DIGITS, _PRINTED = "ABCDEFGHIJKLMNOPQRSTUVWXYZ", "0123456789", ALPHABET[:94]
 # Those without a decomposition.
-_PLAIN = str.maketrans({"ı": "i", "ł": "l", "Ł": "L", "đ": "d", "Đ": "D", "ø": "o", "Ø": "O", "ß": "ss", "æ": "ae", "Æ": "AE", "œ": "oe",
-                        "Œ": "OE", "þ": "th", "Þ": "Th", "ð": "d", "Ð": "D", "°": "o", "º": "o", "ª": "a", "’": "'", "‘": "'", "“": '"',
-                        "”": '"', "–": "-", GAP: " "})
+_PLAIN = str.maketrans({
+    "ı": "i", "ł": "l", "Ł": "L", "đ": "d", "Đ": "D", "ø": "o", "Ø": "O", "ß": "ss", "æ": "ae", "Æ": "AE",
+    "œ": "oe", "Œ": "OE", "þ": "th", "Þ": "Th", "ð": "d", "Ð": "D", "°": "o", "º": "o", "ª": "a", GAP: " "})
 # Shapes that are taken for each other. A small l stands beside no I: in many fonts only the word tells them apart.
-_ALIKE = ("0O", "0OD", "0OQ", "1I", "1I7", "1l", "5S", "8B", "8B3", "2Z", "6G", "0O1I", "5S8B", "0O1I5S8B2Z", "UV", "VY", "4A", "CG",
-          "PR", "EF", "MN", "TI1", "9g", "6b", "ce", "hb", "un", "rnm", "vwy", "ijl")
+_ALIKE = ("0O 0OD 0OQ 1I 1I7 1l 5S 8B 8B3 2Z 6G 0O1I 5S8B 0O1I5S8B2Z UV VY 4A CG PR EF MN TI1 9g 6b ce hb un rnm "
+          "vwy ijl").split()
 _WORD = re.compile("[A-Za-z]{4,}")
 # With this salt no word that every passport has, such as Passport, Surname, Nationality or Birth, is held out.
 _SALT = 474
@@ -56,6 +56,11 @@ class _Pool:
     def pick(self, rng, held_out=False):
         return _pick(rng, self._values[held_out])
 
+    def early(self, rng):
+        # The first ones more often: English, then French, Spanish, German, Portuguese, Italian.
+        values = self._values[False]
+        return values[int(len(values) * rng.random() ** 2)]
+
 
 def _pick(rng, values):
     return values[int(rng.integers(len(values)))]
@@ -77,13 +82,14 @@ def _cased(rng, text):
 
 
 def _label(rng, held_out):
-    return _ANY_LABEL.pick(rng, True) if held_out else _pick(rng, _LABELS).pick(rng)
+    return _ANY_LABEL.pick(rng, True) if held_out else _pick(rng, _LABELS).early(rng)
 
 
 def _numbered(rng, text):
     number, mark = int(rng.integers(1, 20)), _pick(rng, "abcd")
-    return _pick(rng, (f"({number}) ", f"({number})", f"{number}. ", f"{number}.", f"{number} ", f"{number}) ", f"{number}{mark}. ",
-                       f"[{number}] ", f"{number}/ ", f"{number:02d} ")) + text
+    forms = (f"({number}) ", f"({number})", f"{number}. ", f"{number}.", f"{number} ", f"{number}) ",
+             f"{number}{mark}. ", f"[{number}] ", f"{number}/ ", f"{number:02d} ")
+    return _pick(rng, forms) + text
 
 
 def _one_label(rng, held_out):
@@ -101,7 +107,7 @@ def _one_label(rng, held_out):
 def _pair(rng, held_out):
     row = _pick(rng, _LABELS)
     count = 3 if rng.random() < 0.12 else 2
-    parts = [row.pick(rng) if rng.random() < 0.85 else _label(rng, False) for _ in range(count)]
+    parts = [row.early(rng) if rng.random() < 0.85 else _label(rng, False) for _ in range(count)]
     # Whole forms are held out, too: a slash glued to the second label, a dash.
     join = _pick(rng, ("/", "/", "/", " / ", " / ", "/ ", "/ ", " . "))
     if held_out:
@@ -137,7 +143,8 @@ def _date(rng, held_out):
     if kind == 16:
         return f"{day}. {second} {year}"
     if kind == 17:
-        return _pick(rng, (f"{year}.{month:02d}.{day:02d}", f"{day:02d}{first.upper()}{year}", f"{day:02d}/{first.upper()}/{year}"))
+        first = first.upper()
+        return _pick(rng, (f"{year}.{month:02d}.{day:02d}", f"{day:02d}{first}{year}", f"{day:02d}/{first}/{year}"))
     return f"{day} {second} {year}" if kind == 18 else f"{day:02d} {first} {year}"
 
 
@@ -162,7 +169,8 @@ def _place(rng, held_out):
     pool = _PLACES if kind < 0.6 else _COUNTRIES
     text = pool.pick(rng, held_out)
     if kind < 0.15:
-        text += _pick(rng, (", ", " ", "/", " - ", ",")) + (_COUNTRIES.pick(rng) if rng.random() < 0.6 else _pick(rng, words.CODES))
+        more = _COUNTRIES.pick(rng) if rng.random() < 0.6 else _pick(rng, words.CODES)
+        text += _pick(rng, (", ", " ", "/", " - ", ",")) + more
     elif kind < 0.25:
         text = f"{int(rng.integers(1, 400))}{_pick(rng, ('', '', '/', ','))} {_OTHERS.pick(rng)} {text}"
     elif kind < 0.3:
@@ -190,29 +198,27 @@ def _number(rng):
         amount = f"{rng.uniform(0, 10 ** rng.uniform(1, 6)):,.2f}"
         if rng.random() < 0.5:
             amount = amount.translate(str.maketrans(",.", _pick(rng, (".,", " ,", "'."))))
-        return _pick(rng, ("", "", "$", "$ ", "EUR ", "USD ", "Tk ", "-")) + amount + _pick(rng, ("", "", "", " EUR", "%", " kg", " km"))
+        before, after = ("", "", "$", "$ ", "EUR ", "USD ", "Tk ", "-"), ("", "", "", " EUR", "%", " kg", " km")
+        return _pick(rng, before) + amount + _pick(rng, after)
     if kind == 8:
-        return _pick(rng, (f"1.{int(rng.integers(40, 99))} m", f"1,{int(rng.integers(40, 99))} m", f"{int(rng.integers(140, 205))} cm",
-                           f"1.{int(rng.integers(40, 99))}", f"{int(rng.integers(140, 205))}cm"))
+        tall = int(rng.integers(40, 100))
+        return _pick(rng, (f"1.{tall} m", f"1,{tall} m", f"1{tall} cm", f"1.{tall}", f"1{tall}cm", f"1.{tall}m"))
     if kind == 9:
-        return _pick(rng, ("No. ", "No ", "N° ", "Nº", "Nr. ", "# ", "#", "ID ", "NO.", "P<", "+", "(+", "*")) + digits
+        return _pick(rng, ("No. ", "No ", "N° ", "Nº", "Nr. ", "# ", "#", "ID ", "NO.", "+", "*")) + digits
     if kind == 10:
         return f"{int(rng.integers(24))}:{int(rng.integers(60)):02d}" + _pick(rng, ("", ":00", " h", " PM", "-18:30"))
     if kind == 11:
-        return f"{_run(rng, _DIGITS, 3)}-{_run(rng, _DIGITS, int(rng.integers(2, 8)))}-{_run(rng, _DIGITS, int(rng.integers(1, 8)))}"
+        return "-".join(_run(rng, _DIGITS, int(rng.integers(1, 8))) for _ in range(3))
     return _pick(rng, ("M", "F", "P", "M/M", "F/F", "F/K", "M/E", "PN", "X"))
 
 
 def _alike(rng):
     kind = rng.random()
     if kind < 0.5:
-        shapes = _pick(rng, _ALIKE)
-        text = _run(rng, shapes if kind < 0.15 else shapes * 3 + (_DIGITS if rng.random() < 0.5 else shapes), int(rng.integers(2, 10)))
-    elif kind < 0.85:
-        text = _run(rng, "0O0O1I1I5S8B2Z6GDQ" + (_DIGITS if rng.random() < 0.5 else _LETTERS), int(rng.integers(3, 11)))
-    else:
-        text = _run(rng, _LETTERS + _DIGITS, int(rng.integers(3, 11)))
-    return text
+        return _run(rng, _pick(rng, _ALIKE) * 3 + (_DIGITS if kind < 0.1 else ""), int(rng.integers(2, 10)))
+    if kind < 0.85:
+        return _run(rng, "0O0O1I1I5S8B2Z6GDQ" + (_DIGITS if kind < 0.7 else _LETTERS), int(rng.integers(3, 11)))
+    return _run(rng, _LETTERS + _DIGITS, int(rng.integers(3, 11)))
 
 
 def _any_characters(rng):
@@ -222,7 +228,7 @@ def _any_characters(rng):
 def _sentence(rng, held_out):
     every = _pick(rng, words.SENTENCES).split() if rng.random() < 0.8 else [
         _pick(rng, (_OTHERS, _NAMES, _COUNTRIES, _PLACES)).pick(rng) for _ in range(12)]
-    count = 3 + int(10 * rng.random() ** 2)  # short ones more often: long lines cost the training most
+    count = 3 + int(10 * rng.random() ** 2)  # short ones more often, as with zones
     if held_out:
         held = [i for i, word in enumerate(every) if held_words(word)]
         if not held:
@@ -241,7 +247,9 @@ def _word(rng, held_out):
 
 def _single(rng):
     kind = rng.random()
-    return _run(rng, _LETTERS if kind < 0.55 else _DIGITS if kind < 0.85 else "abdefghikmnpqrtuy" if kind < 0.95 else "#%&()*+/<=?@$", 1)
+    if kind < 0.85:
+        return _pick(rng, _LETTERS if kind < 0.55 else _DIGITS)
+    return _pick(rng, "abdefghikmnpqrtuy" if kind < 0.95 else "#%&()*+/<=?@$")
 
 
 def _columns(rng, held_out):
@@ -253,8 +261,10 @@ def _columns(rng, held_out):
 
 
 def _value(rng, held_out):
-    return _pick(rng, (lambda: _name(rng, held_out), lambda: _date(rng, held_out), lambda: _pick(rng, words.CODES), lambda: _number(rng),
-                       lambda: _place(rng, held_out)))()
+    kind = int(rng.integers(5))
+    if kind < 3:
+        return (_name, _date, _place)[kind](rng, held_out)
+    return _number(rng) if kind == 3 else _pick(rng, words.CODES)
 
 
 def _label_and_value(rng, held_out):
@@ -265,22 +275,22 @@ def zone_line(rng):
     """A line of a zone or a piece of one; never with a space."""
     line = _pick(rng, zone_texts.zone(rng))
     kind = rng.random()
-    if kind < 0.22:
+    if kind < 0.25:
         return line
-    # Boxes end where the detector lost the line, seldom within a few characters of its end.
-    length = int(rng.integers(4, len(line))) if kind < 0.9 else int(rng.integers(1, 6))
+    # Short pieces more often: long lines cost the training most.
+    length = 4 + int((len(line) - 4) * rng.random() ** 2) if kind < 0.9 else int(rng.integers(1, 6))
     start = _pick(rng, (0, len(line) - length, int(rng.integers(len(line) - length + 1))))
     return line[start:start + length]
 
 
 # How often, of 100 lines; whether lines of a kind may hold held-out words or forms.
-_KINDS = ((_one_label, 12, True), (_pair, 11, True), (_label_and_value, 4, True), (_name, 12, True), (_place, 6, True), (_date, 9, True),
-          (_sentence, 8, True), (_word, 4, True), (_columns, 3, True), (zone_line, 18, False), (_number, 8, False), (_alike, 5, False),
-          (_any_characters, 3.5, False), (_single, 3, False), (None, 3, False))
+_KINDS = ((_one_label, 13, True), (_pair, 7.5, True), (_label_and_value, 2, True), (_name, 12, True), (_place, 6, True),
+          (_date, 9, True), (_sentence, 6, True), (_word, 6.5, True), (_columns, 2.5, True), (zone_line, 18, False),
+          (_number, 8, False), (_alike, 5, False), (_any_characters, 3, False), (_single, 3, False), (None, 3, False))
 
 
 def phrase(rng, held_out=False):
-    """A Phrase at random, without text in three of a hundred; held_out: with a held-out word or form, or a line of a zone."""
+    """A Phrase at random, empty in three of a hundred; held_out: one with a held-out word or form, or a zone's line."""
     kinds = [kind for kind in _KINDS if kind[2] or not held_out or kind[0] is zone_line]
     left = rng.random() * sum(kind[1] for kind in kinds)
     for draw, share, may_hold in kinds:
