@@ -1,8 +1,8 @@
 """Makes the text networks from nothing: python3 -m text.run RESOURCES BACKGROUNDS FOLDER [--minutes M].
 
-Rewrites the published ones, draws lines, trains the recogniser (first what follows its backbone, then all of it), writes
-FOLDER/neck.onnx and FOLDER/whole.onnx, tries 8 bits, measures all. What each stage says is kept in FOLDER/STAGE.log, and
-a stage that has it is done: started again, the command goes on, also within a training.
+Rewrites the published ones, draws lines, trains the recogniser (first what follows its backbone, then all of it),
+writes FOLDER/neck.onnx and FOLDER/whole.onnx, tries 8 bits, measures all. What each stage says is kept in
+FOLDER/STAGE.log, and a stage that has it is done: started again, the command goes on, also within a training.
 """
 
 import argparse
@@ -41,7 +41,8 @@ class Stages:
 
 
 def main(options):
-    resources, backgrounds, folder = (Path(p).resolve() for p in (options.resources, options.backgrounds, options.folder))
+    resources, backgrounds, folder = (Path(path).resolve() for path in
+                                      (options.resources, options.backgrounds, options.folder))
     folder.mkdir(parents=True, exist_ok=True)
     shards, rewritten, together = folder / "shards", folder / "rewritten", ("--processes", options.processes)
     stages = Stages(folder, 7)

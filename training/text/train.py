@@ -30,6 +30,7 @@ _WARM = 100  # steps in which the rate rises
 _KEEP = 0.998  # of the running mean of the weights, each step
 _STEEPEST = 5.0  # norm of a step's gradient at most
 _DROPOUT = 0.05  # before the classes
+_BATCHES = 3  # a step, each of lines of another width: what is long and what is short differs in kind, too
 
 
 def loss(scores, columns, said):
@@ -168,13 +169,16 @@ def train(options, member, team):
     record = _Record(options, state)
     clock = _clock(options, step, state.get("spent", 0.0))
     while clock < 1:
-        inputs, columns, said = source.batch(options.columns)
-        with torch.autocast("cpu", torch.bfloat16, enabled=not options.floats):
-            features = inputs if options.part == "neck" else net.features(inputs)
-            scores = net.read(features, columns, _DROPOUT)
-        cost = loss(scores, columns, said)
         optimizer.zero_grad()
-        cost.backward()
+        cost, lines = 0.0, 0
+        for _ in range(_BATCHES):
+            inputs, columns, said = source.batch(options.columns)
+            with torch.autocast("cpu", torch.bfloat16, enabled=not options.floats):
+                features = inputs if options.part == "neck" else net.features(inputs)
+                scores = net.read(features, columns, _DROPOUT)
+            part = loss(scores, columns, said) / _BATCHES
+            part.backward()
+            cost, lines = cost + part.item(), lines + len(said)
         step += 1
         clock = team.together(member, learned, record.clock(step))
         torch.nn.utils.clip_grad_norm_(learned, _STEEPEST)
@@ -182,7 +186,7 @@ def train(options, member, team):
             group["lr"] = _rate(options, step, clock)
         optimizer.step()
         if member == 0:
-            record.add(net, optimizer, step, clock, cost.item(), len(said) * team.members)
+            record.add(net, optimizer, step, clock, cost, lines * team.members)
     return record.loss
 
 
@@ -197,8 +201,7 @@ def _knows_halves():
 def parsed(arguments=None):
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parts = parser.add_subparsers(dest="part", required=True)
-    for name, help_text, rate, columns in (("neck", "the layers after the backbone", 2.5e-4, 1200),
-                                           ("whole", "all layers", 1e-4, 800)):
+    for name, help_text, rate in (("neck", "the layers after the backbone", 2.5e-4), ("whole", "all layers", 1e-4)):
         part = parts.add_parser(name, help=help_text)
         option = part.add_argument
         if name == "neck":
@@ -207,7 +210,7 @@ def parsed(arguments=None):
         option("folder", help="for checkpoints and curves" + (", and for features" if name == "neck" else ""))
         option("--minutes", type=float, help="that it may take")
         option("--steps", type=int, help="that it may take")
-        option("--columns", type=int, default=columns, help="of scores in a step of one process (default: %(default)s)")
+        option("--columns", type=int, default=400, help="of scores in a batch (default: %(default)s)")
         option("--rate", type=float, default=rate, help="of learning (default: %(default)s)")
         option("--processes", type=int, default=1, help="with a thread each (default: %(default)s)")
         option("--pool", type=int, default=16, help="shards in memory (default: %(default)s)")
