@@ -13,9 +13,9 @@ sys.path.insert(0, str(ROOT / "training"))
 try:
     import numpy as np
     from onnx import TensorProto, helper, numpy_helper
-    from text import alphabet, graph, published, rewrite, runtime
+    from text import alphabet, graph, measure, published, quantise, rewrite, runtime
 except ImportError as missing:
-    print(f"skipped: {missing}; install python3-onnx, python3-opencv and python3-numpy")
+    print(f"skipped: {missing}; install python3-onnx, python3-torch, python3-pil, python3-opencv and python3-numpy")
     sys.exit(77)
 
 
@@ -88,6 +88,39 @@ class RewriteTest(unittest.TestCase):
             for size in pictures:
                 x = rewrite.drawn(np.random.default_rng(1), *size)
                 self.assertLess(np.abs(answers(source, x) - answers(model, x)).max(), 3e-4, (source.name, size))
+
+
+class MeasureTest(unittest.TestCase):
+    def test_tally(self):
+        for found, wanted, counts in (
+                ("Date ofbirth", "Date of birth", (100 / 13, 0, 100 / 3, 100, 50)), ("", "", (np.nan, 100, *3 * [np.nan])),
+                ("A B1 C", "A B2 C", (100 / 6, 0, 200 / 3, 100, 100)),
+                ("of Da te", "of Date", (100 / 7, 0, 50, 50, 100))):
+            np.testing.assert_allclose(measure.tally([found], [wanted]), counts, err_msg=found)
+
+    def test_words_that_lost_their_spaces(self):
+        known = measure.Vocabulary(["Date of birth", "Place", "la"])
+        for text, counts in (("PLACE/Date of birth", (3, 1, 0)), ("Dateof birth", (1, 0, 1)), ("lala", (0, 0, 0)),
+                             ("12MAR2020 1MARS", (0, 0, 1)), ("DATE<<DATEOFBIRTH<", (1, 0, 0))):
+            self.assertEqual((known.words(text), known.phrases(text), known.glued(text)), counts, text)
+        zones = {"a": ["P<<", "1<2"], "b": ["1<2", "X"]}
+        self.assertEqual(measure.zones_exact([("a", "P< <"), ("b", "1<2")], zones), 2)
+
+    def test_quantised_answers_nearly_as_floats(self):
+        rng = np.random.default_rng(1)
+        held = [numpy_helper.from_array(np.float32(rng.normal(0, spread, shape)), name) for name, spread, shape in (
+            ("w", 0.2, (50, 48, 1, 1)), ("b", 1, 50), ("gate", 0.2, (50, 50, 1, 1)))]
+        nodes = [helper.make_node(*row) for row in (
+            ("Conv", ["x", "w", "b"], ["c"]), ("HardSigmoid", ["c"], ["h"]), ("Mul", ["c", "h"], ["m"]),
+            ("Conv", ["m", "gate"], ["n"]), ("Relu", ["n"], ["y"]))]
+        ends = [[helper.make_tensor_value_info(name, TensorProto.FLOAT, [1, None, 4, 9])] for name in "xy"]
+        model = helper.make_model(helper.make_graph(nodes, "wide", *ends, held), ir_version=8,
+                                  opset_imports=[helper.make_opsetid("", 17)])
+        whole = quantise.quantised(quantise.floats(graph.halved(model)), {"x": (-4.0, 4.0), "c": (-15.0, 15.0)})
+        weights = {i.name: numpy_helper.to_array(i) for i in whole.graph.initializer}
+        self.assertEqual((np.abs(weights["w.whole"]).max(), weights["gate"].dtype), (63, np.float32))
+        x = rng.uniform(-4, 4, (1, 48, 4, 9))
+        self.assertLess(np.abs(answers(whole, x) - answers(model, x)).max(), 0.03 * np.abs(answers(model, x)).max())
 
 
 if __name__ == "__main__":

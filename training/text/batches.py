@@ -1,0 +1,149 @@
+"""Lines of the shards for a step of training: alike in width, brought to one width, so that none is padded much."""
+
+from pathlib import Path
+
+import cv2
+import numpy as np
+import torch
+
+from . import shards
+from .alphabet import ALPHABET
+from .graph import HEIGHT
+from .net import COLUMN
+
+_NARROWEST = 64  # pixels that the network sees of a line at least
+_STRETCH = 1.1  # of a line's width at most
+_TOGETHER = 4  # shards whose features are made together
+_GROUP = 16  # lines a time there: with fewer, torch takes a slow convolution in floats
+
+
+def classes(text):
+    return np.array([1 + ALPHABET.index(c) for c in text], np.int64)
+
+
+def planes(picture):
+    """As the network takes it: 3 x HEIGHT x W floats in -1..1."""
+    return picture.transpose(2, 0, 1).astype(np.float32) / 127.5 - 1
+
+
+def joined(pictures, width):
+    """N x 3 x HEIGHT x W of planes width wide at most, the rest zeros."""
+    lines = np.zeros((len(pictures), 3, HEIGHT, max(_NARROWEST, -(-width // COLUMN) * COLUMN)), np.float32)
+    for line, picture in zip(lines, pictures):
+        line[..., :picture.shape[2]] = picture
+    return torch.from_numpy(lines)
+
+
+def listed(folder):
+    """The shards in a folder that are done."""
+    paths = sorted(p for p in Path(folder).glob("*.npz") if "partial" not in p.name)
+    if not paths:
+        raise SystemExit(f"no shards in {folder}")
+    return paths
+
+
+class Alike:
+    """Draws what is alike in width; a wide line counts for more draws, as fewer fit into a batch."""
+
+    def __init__(self, widths):
+        self._order = np.argsort(widths, kind="stable")
+        self._widths = np.asarray(widths)[self._order]
+        self._until = np.cumsum(self._widths)
+
+    def draw(self, rng, total):
+        """A width, and positions of lines that need not be stretched much for it, total wide in all."""
+        anchor = np.searchsorted(self._until, rng.random() * self._until[-1], "right")
+        wanted = self._widths[anchor] * rng.uniform(0.93, 1.07)
+        first, end = np.searchsorted(self._widths, [wanted / _STRETCH, wanted * _STRETCH])
+        return wanted, self._order[first + rng.permutation(end - first)[:max(1, int(total / wanted))]]
+
+
+class Lines:
+    """Lines of the shards that are there, a few shards at a time, each about as often as the others; none is the same
+    twice."""
+
+    def __init__(self, folder, seed, held):
+        self._folder, self._rng, self._most = folder, np.random.default_rng(seed), held
+        self._held, self._uses, self._unused = [], {}, 0
+        while len(self._held) < held:
+            self._renew()
+
+    def _renew(self):
+        path = min(listed(self._folder), key=lambda p: (self._uses.get(p.name, 0), self._rng.random()))
+        self._uses[path.name] = self._uses.get(path.name, 0) + 1
+        self._held.append([(picture, classes(text)) for picture, text in shards.read(path)])
+        self._held = self._held[-self._most:]
+        self._lines = sum(self._held, [])
+        self._alike = Alike([picture.shape[1] for picture, _ in self._lines])
+        self._unused += len(self._held[-1])
+
+    def batch(self, columns):
+        """Planes of lines, how many columns are a line's own (None: all), and classes of the lines."""
+        if self._unused <= 0:
+            self._renew()
+        width, chosen = self._alike.draw(self._rng, columns * COLUMN)
+        self._unused -= len(chosen)
+        width = -(-int(width) // COLUMN) * COLUMN if width > _NARROWEST else int(width)
+        pictures = [self._varied(self._lines[position][0], width) for position in chosen]
+        return joined(pictures, width), None, [self._lines[position][1] for position in chosen]
+
+    def _varied(self, picture, width):
+        rng = self._rng
+        x = planes(cv2.resize(picture, (max(8, width - int(rng.integers(COLUMN))), HEIGHT)))
+        offset = rng.uniform(-0.15, 0.15) + rng.uniform(-0.05, 0.05, (3, 1, 1))
+        return np.clip(x * rng.uniform(0.8, 1.15) + offset, -1, 1, dtype=np.float32)
+
+
+class Features:
+    """What the backbone makes of the lines, from a folder that write() filled."""
+
+    def __init__(self, folder, seed):
+        self._rng, self._maps, self._said = np.random.default_rng(seed), [], []
+        for path in sorted(Path(folder).glob("*.npy")):
+            if "partial" not in path.name:
+                maps = np.load(path, mmap_mode="r")
+                with np.load(path.with_suffix(".npz")) as kept:
+                    self._maps += np.split(maps, np.cumsum(kept["columns"])[:-1])
+                    self._said += np.split(kept["said"], np.cumsum(kept["lengths"])[:-1])
+        self._alike = Alike([len(maps) for maps in self._maps])
+
+    def batch(self, columns):
+        """As of Lines, with features (N x T x channels) for the lines; those of narrower ones end in zeros."""
+        chosen = self._alike.draw(self._rng, columns)[1]
+        own = [len(self._maps[position]) for position in chosen]
+        features = np.zeros((len(chosen), max(own), self._maps[0].shape[1]), np.float32)
+        for line, position in zip(features, chosen):
+            line[:len(self._maps[position])] = self._maps[position]
+        return torch.from_numpy(features), torch.tensor(own), [self._said[position] for position in chosen]
+
+
+def write(net, source, folder, member=0, members=1):
+    """Features of all shards in source (16-bit floats), each member its share; those that are there stay."""
+    folder = Path(folder)
+    folder.mkdir(parents=True, exist_ok=True)
+    paths = listed(source)
+    lots = [paths[at:at + _TOGETHER] for at in range(0, len(paths), _TOGETHER)][member::members]
+    for number, lot in enumerate(lots):
+        done = folder / f"{lot[0].stem}.npy"
+        if done.exists():
+            continue
+        maps, said = _features(net, [line for path in lot for line in shards.read(path)])
+        np.savez(done.with_suffix(".npz"), columns=[len(m) for m in maps], said=np.concatenate(said),
+                 lengths=[len(s) for s in said])
+        partial = folder / f"{lot[0].stem}.partial.npy"
+        np.save(partial, np.concatenate(maps))
+        partial.rename(done)
+        print(f"features of {lot[0].stem} and the next, {len(lots) - 1 - number} lots to go", flush=True)
+
+
+def _features(net, lines):
+    lines = sorted(lines, key=lambda line: line[0].shape[1])
+    maps = []
+    for at in range(0, len(lines), _GROUP):
+        group = [picture for picture, _ in lines[at:at + _GROUP]]
+        width = max(8, int(np.mean([picture.shape[1] for picture in group])))
+        group = joined([planes(cv2.resize(picture, (width, HEIGHT))) for picture in group], width)
+        with torch.no_grad():
+            filled = net.features(group.repeat(-(-_GROUP // len(group)), 1, 1, 1)[:_GROUP])
+        maps += list(filled[:len(group)].numpy().astype(np.float16))
+    return maps, [classes(text) for _, text in lines]

@@ -1,0 +1,185 @@
+"""Makes the recogniser's wide 1 x 1 convolutions count in 8 bits: python3 -m text.quantise MODEL OUT BACKGROUNDS.
+
+Each gets whole numbers of 8 bits for what goes in and comes out, by the range that drawn training lines need, and of
+7 bits for its weights, one scale an output channel: where a processor has no instruction for such products (VNNI), the
+runtime sums two of them in 16 bits, which hold 2 x 255 x 63. All other weights are stored in 16 bits. Then compares
+with MODEL on drawn held-out lines; OUT is written only if that pays.
+"""
+
+import argparse
+import tempfile
+
+import cv2
+import numpy as np
+import onnx
+from onnx import helper, numpy_helper
+
+from . import graph, measure, published
+from .reading import Reader, planes
+from .runtime import Session
+
+_WIDE = 48  # channels, in and out: with fewer the way to whole numbers and back takes as long as it saves
+_WEIGHT, _LEVELS = 63, 255  # largest whole number of a weight; steps of an activation's range
+_HARD_SWISH_ZERO = -3.0  # at and below it hard-swish gives nothing
+_SAMPLES = 4000  # values of a tensor that a line gives to the percentile
+PERCENTILES = (100, 99.99)  # ranges that are tried: all values, all but the rarest
+_MOST_ERRORS, _LEAST_SPEED = 1.1, 1.2  # against MODEL's, for which it pays
+_CALIBRATION, _CHOICE = 60, 300  # lines
+_SEED = 90003  # no shard's
+
+
+def floats(model):
+    """A copy of model whose 16-bit weights are floats again."""
+    model = onnx.ModelProto.FromString(model.SerializeToString())
+    stored = {i.name: i for i in model.graph.initializer}
+    for node in [n for n in model.graph.node if n.op_type == "Cast" and n.input[0] in stored]:
+        halves = stored[node.input[0]]
+        whole = numpy_helper.from_array(numpy_helper.to_array(halves).astype(np.float32), node.output[0])
+        model.graph.initializer.append(whole)
+        model.graph.initializer.remove(halves)
+        model.graph.node.remove(node)
+    return model
+
+
+def wide(model):
+    """The convolutions that pay: 1 x 1, at least _WIDE channels in and out, hard-swish after them (gates have none)."""
+    shapes = {i.name: tuple(i.dims) for i in model.graph.initializer}
+    readers = {}
+    for node in model.graph.node:
+        for name in node.input:
+            readers.setdefault(name, []).append(node.op_type)
+    return [n for n in model.graph.node
+            if n.op_type == "Conv" and shapes[n.input[1]][2:] == (1, 1) and min(shapes[n.input[1]][:2]) >= _WIDE
+            and sorted(readers[n.output[0]]) in (["HardSwish"], ["HardSigmoid", "Mul"])]
+
+
+def seen(model, pictures):
+    """What goes into and comes out of the wide convolutions on pictures: samples and extremes by tensor."""
+    names = list(dict.fromkeys(name for n in wide(model) for name in (n.input[0], n.output[0])))
+    watched = onnx.ModelProto.FromString(model.SerializeToString())
+    watched.graph.output.extend(helper.make_empty_tensor_value_info(name) for name in names)
+    rng, values = np.random.default_rng(_SEED), {name: [] for name in names}
+    with tempfile.TemporaryDirectory() as folder:
+        onnx.save(watched, f"{folder}/watched.onnx")
+        session = Session(f"{folder}/watched.onnx")
+        for picture in pictures:
+            answers = dict(zip(session.outputs, session.run(planes(picture))))
+            for name in names:
+                flat = answers[name].ravel()
+                values[name] += [rng.choice(flat, _SAMPLES), np.array([flat.min(), flat.max()])]
+    return {name: (np.concatenate(some[0::2]), np.concatenate(some[1::2])) for name, some in values.items()}
+
+
+def ranges(model, values, percentile):
+    """(low, high) by tensor, 0 among them; percentile 100: of all values."""
+    outputs = {n.output[0] for n in wide(model)}
+    found = {}
+    for name, (samples, extremes) in values.items():
+        low, high = ((extremes.min(), extremes.max()) if percentile == 100
+                     else np.percentile(samples, [100 - percentile, percentile]))
+        found[name] = max(min(low, 0.0), _HARD_SWISH_ZERO if name in outputs else -np.inf), max(high, 1e-3)
+    return found
+
+
+class _Surgery:
+    # The nodes of a graph, anew, with QuantizeLinear and DequantizeLinear around what counts in whole numbers: the
+    # runtime makes one operation of a convolution that stands between them.
+
+    def __init__(self, model, ranges_):
+        self._arrays = {i.name: numpy_helper.to_array(i) for i in model.graph.initializer}
+        self._ranges, self._steps = ranges_, {}  # steps: scale of the tensors that have whole numbers
+        self.nodes, self.constants = [], []
+
+    def _constant(self, name, array):
+        self.constants.append(numpy_helper.from_array(array, name))
+        return name
+
+    def _whole(self, source, name):
+        # Rounds tensor source; what is read on is called name.
+        low, high = self._ranges[name if name in self._ranges else source]
+        step = np.float32((high - low) / _LEVELS)
+        self._steps[name] = step
+        kind = [self._constant(f"{name}.step", np.array(step)),
+                self._constant(f"{name}.zero", np.array(np.clip(round(-low / step), 0, _LEVELS), np.uint8))]
+        self.nodes += [helper.make_node("QuantizeLinear", [source, *kind], [f"{name}.whole"]),
+                       helper.make_node("DequantizeLinear", [f"{name}.whole", *kind], [name])]
+
+    def _stored(self, name, array, steps, kind, most):
+        # A constant as whole numbers of a kind, steps for each of its first axis.
+        numbers = np.clip(np.round(array / steps.reshape(-1, *[1] * (array.ndim - 1))), -most, most).astype(kind)
+        parts = [self._constant(f"{name}.{part}", value) for part, value in
+                 (("whole", numbers), ("step", steps), ("zero", np.zeros(len(steps), kind)))]
+        self.nodes.append(helper.make_node("DequantizeLinear", parts, [f"{name}.rounded"], axis=0))
+        return f"{name}.rounded"
+
+    def convolution(self, node):
+        weight, bias = (self._arrays[name] for name in node.input[1:3])
+        steps = np.maximum(np.abs(weight).max((1, 2, 3)) / _WEIGHT, 1e-8).astype(np.float32)
+        entering, leaving = node.input[0] + ".rounded", node.output[0]
+        if entering not in self._steps:
+            self._ranges[entering] = self._ranges[node.input[0]]
+            self._whole(node.input[0], entering)
+        inputs = [entering, self._stored(node.input[1], weight, steps, np.int8, _WEIGHT),
+                  self._stored(node.input[2], bias, steps * self._steps[entering], np.int32, 2**31 - 1)]
+        changed = helper.make_node("Conv", inputs, [f"{leaving}.exact"], name=node.name)
+        changed.attribute.extend(node.attribute)
+        self.nodes.append(changed)
+        self._whole(f"{leaving}.exact", leaving)
+
+
+def quantised(model, ranges_):
+    """A copy of model (floats) whose wide convolutions count in 8 bits; ranges_: (low, high) by tensor."""
+    surgery, chosen = _Surgery(model, dict(ranges_)), {n.output[0] for n in wide(model)}
+    for node in model.graph.node:
+        if node.output[0] in chosen:
+            surgery.convolution(node)
+        else:
+            surgery.nodes.append(node)
+    used = {name for node in surgery.nodes for name in node.input}
+    kept = [i for i in model.graph.initializer if i.name in used] + surgery.constants
+    made = helper.make_graph(surgery.nodes, model.graph.name, model.graph.input, model.graph.output, kept)
+    return helper.make_model(made, opset_imports=model.opset_import, ir_version=model.ir_version,
+                             producer_name=model.producer_name)
+
+
+def _misread(readers, pictures, wanted):
+    return [measure.tally([reader.read(picture)[0] for picture in pictures], wanted)[0] for reader in readers]
+
+
+def main(source, out, backgrounds):
+    model = floats(published.load(source))
+    if not wide(model):
+        raise SystemExit(f"{source}: has no wide convolution of the clean graph (text.rewrite makes that)")
+    known, held_out = (measure.grounds(backgrounds, which) for which in (False, True))
+    values = seen(model, measure.drawn(_CALIBRATION, False, known, _SEED)[0])
+    with tempfile.TemporaryDirectory() as folder:
+        made = [graph.halved(quantised(model, ranges(model, values, percentile))) for percentile in PERCENTILES]
+        readers = [Reader(source)]
+        for number, candidate in enumerate(made):
+            graph.save(candidate, f"{folder}/{number}.onnx")
+            readers.append(Reader(f"{folder}/{number}.onnx"))
+        misread = _misread(readers, *measure.drawn(_CHOICE, False, known, _SEED + 1))
+        for name, errors in zip(["as it is"] + [f"range of {p}% of the values" for p in PERCENTILES], misread):
+            print(f"training fonts, {name}: {errors:.2f}% of the characters misread", flush=True)
+        best = int(np.argmin(misread[1:]))
+        before, after = _misread([readers[0], readers[1 + best]], *measure.drawn(_CHOICE, True, held_out))
+        taken = np.sum([measure.seconds([r.session for r in (readers[0], readers[1 + best])], width)
+                        for width in measure.WIDTHS], 0)
+    speed = taken[0] / taken[1]
+    print(f"held-out fonts: {before:.2f}% misread, {after:.2f}% with {len(wide(model))} convolutions in 8 bits, "
+          f"{speed:.2f} times as fast")
+    if after <= before * _MOST_ERRORS and speed >= _LEAST_SPEED:
+        graph.save(made[best], out)
+    else:
+        print(f"{out}: not written, as it does not pay: at most {_MOST_ERRORS} times the errors, at least "
+              f"{_LEAST_SPEED} times as fast are wanted")
+
+
+if __name__ == "__main__":
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("model", help="recogniser of text.rewrite or text.train")
+    parser.add_argument("out", help="file to write, if it pays")
+    parser.add_argument("backgrounds", help="folder that backgrounds.py filled")
+    options = parser.parse_args()
+    cv2.setNumThreads(1)
+    main(options.model, options.out, options.backgrounds)
