@@ -35,7 +35,8 @@ class Team:
 
     def run(self, task):
         """task(member, team) in each member's process, 0 in this one; what that returns. Where one fails all do."""
-        others = [torch.multiprocessing.get_context("spawn").Process(target=self._play, args=(task, member), daemon=True)
+        spawning = torch.multiprocessing.get_context("spawn")
+        others = [spawning.Process(target=self._play, args=(task, member), daemon=True)
                   for member in range(1, self.members)]
         for other in others:
             other.start()

@@ -7,6 +7,7 @@ with it. Minutes are those spent on steps, over all starts; the rate falls to no
 """
 
 import argparse
+import ctypes
 import math
 import pickle
 import time
@@ -29,6 +30,7 @@ _WARM = 100  # steps in which the rate rises
 _KEEP = 0.998  # of the running mean of the weights, each step
 _STEEPEST = 5.0  # norm of a step's gradient at most
 _DROPOUT = 0.05  # before the classes
+_BATCHES = 3  # a step, each of lines of another width: what is long and what is short differs in kind, too
 
 
 def loss(scores, columns, said):
@@ -85,6 +87,11 @@ def _average(mean, net, step):
             kept.mul_(keep).add_(new, alpha=1 - keep)
 
 
+def _clock(options, step, seconds):
+    """The part of the budget that is spent: 1 at the end."""
+    return max(step / options.steps if options.steps else 0, seconds / 60 / options.minutes if options.minutes else 0)
+
+
 class _Record:
     """Progress on the screen and in FOLDER/NAME.tsv, checkpoints in FOLDER/NAME.pt."""
 
@@ -97,10 +104,7 @@ class _Record:
         self._losses, self.loss = [], None  # since the last line of progress; the mean up to that
 
     def clock(self, step):
-        """The part of the budget that is spent: 1 at the end."""
-        steps = step / self._options.steps if self._options.steps else 0
-        minutes = self._seconds() / 60 / self._options.minutes if self._options.minutes else 0
-        return max(steps, minutes)
+        return _clock(self._options, step, self._seconds())
 
     def _seconds(self):
         return self._spent + time.time() - self._began
@@ -137,10 +141,20 @@ def _rate(options, step, clock):
     return options.rate * min(1, (step + 1) / _WARM) * (1 + math.cos(math.pi * min(1, clock))) / 2
 
 
+def _keep_memory():
+    # glibc gives large maps back to the system at once; getting them anew, zeroed, took half of the features' time.
+    trim, top, mapped = -1, -2, -3  # M_TRIM_THRESHOLD, M_TOP_PAD, M_MMAP_THRESHOLD of malloc.h
+    library = ctypes.CDLL(None)
+    for which, size in ((trim, 1 << 30), (top, 1 << 28), (mapped, 1 << 30)):
+        if hasattr(library, "mallopt"):
+            library.mallopt(which, size)
+
+
 def train(options, member, team):
-    """One member's part, to the end of the budget; the mean loss of the last steps, None where none were left."""
+    """One member's part, to the end of the budget; the mean loss of the last steps."""
     torch.manual_seed(options.seed + member)
     torch.set_num_threads(1)
+    _keep_memory()
     torch.set_flush_denormal(True)  # they make a step several times as slow
     cv2.setNumThreads(1)
     state = _started(options)
@@ -153,15 +167,18 @@ def train(options, member, team):
     if "optimizer" in state:
         optimizer.load_state_dict(state["optimizer"])
     record = _Record(options, state)
-    clock = record.clock(step)
+    clock = _clock(options, step, state.get("spent", 0.0))
     while clock < 1:
-        inputs, columns, said = source.batch(options.columns)
-        with torch.autocast("cpu", torch.bfloat16, enabled=not options.floats):
-            features = inputs if options.part == "neck" else net.features(inputs)
-            scores = net.read(features, columns, _DROPOUT)
-        cost = loss(scores, columns, said)
         optimizer.zero_grad()
-        cost.backward()
+        cost, lines = 0.0, 0
+        for _ in range(_BATCHES):
+            inputs, columns, said = source.batch(options.columns)
+            with torch.autocast("cpu", torch.bfloat16, enabled=not options.floats):
+                features = inputs if options.part == "neck" else net.features(inputs)
+                scores = net.read(features, columns, _DROPOUT)
+            part = loss(scores, columns, said) / _BATCHES
+            part.backward()
+            cost, lines = cost + part.item(), lines + len(said)
         step += 1
         clock = team.together(member, learned, record.clock(step))
         torch.nn.utils.clip_grad_norm_(learned, _STEEPEST)
@@ -169,7 +186,7 @@ def train(options, member, team):
             group["lr"] = _rate(options, step, clock)
         optimizer.step()
         if member == 0:
-            record.add(net, optimizer, step, clock, cost.item(), len(said) * team.members)
+            record.add(net, optimizer, step, clock, cost, lines * team.members)
     return record.loss
 
 
@@ -184,8 +201,7 @@ def _knows_halves():
 def parsed(arguments=None):
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parts = parser.add_subparsers(dest="part", required=True)
-    for name, help_text, rate, columns in (("neck", "the layers after the backbone", 2.5e-4, 1200),
-                                           ("whole", "all layers", 1e-4, 800)):
+    for name, help_text, rate in (("neck", "the layers after the backbone", 2.5e-4), ("whole", "all layers", 1e-4)):
         part = parts.add_parser(name, help=help_text)
         option = part.add_argument
         if name == "neck":
@@ -194,7 +210,7 @@ def parsed(arguments=None):
         option("folder", help="for checkpoints and curves" + (", and for features" if name == "neck" else ""))
         option("--minutes", type=float, help="that it may take")
         option("--steps", type=int, help="that it may take")
-        option("--columns", type=int, default=columns, help="of scores in a step of one process (default: %(default)s)")
+        option("--columns", type=int, default=400, help="of scores in a batch (default: %(default)s)")
         option("--rate", type=float, default=rate, help="of learning (default: %(default)s)")
         option("--processes", type=int, default=1, help="with a thread each (default: %(default)s)")
         option("--pool", type=int, default=16, help="shards in memory (default: %(default)s)")
@@ -210,7 +226,10 @@ def parsed(arguments=None):
 def run(options):
     """Trains with all its processes; the loss at the end, None where the budget was spent before."""
     Path(options.folder).mkdir(parents=True, exist_ok=True)
-    size = sum(values.size for values in _started(options)["weights"].values())
+    state = _started(options)
+    if _clock(options, state.get("step", 0), state.get("spent", 0.0)) >= 1:
+        return None
+    size = sum(values.size for values in state["weights"].values())
     return Team(options.processes, size).run(partial(train, options))
 
 
