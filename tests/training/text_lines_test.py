@@ -5,6 +5,7 @@ import sys
 import tempfile
 import unittest
 from pathlib import Path
+from unittest import mock
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "training"))
 try:
@@ -31,10 +32,15 @@ class LinesTest(unittest.TestCase):
                 self.assertLessEqual(set(text), set(ALPHABET), text)
                 self.assertEqual(text, " ".join(text.split()))
                 self.assertEqual((picture.shape[0], picture.shape[2], picture.dtype), (48, 3, np.uint8))
-                columns = max(64, picture.shape[1]) // 8
-                self.assertGreater(columns, len(text) + sum(a == b for a, b in zip(text, text[1:])), text)
+                self.assertTrue(lines.fits(picture.shape[1], text), text)
                 self.assertTrue(held_out or not texts.held_words(text), text)
             self.assertEqual(any(texts.held_words(text) for _, text in drawn), held_out)
+
+    def test_lines_too_narrow_for_their_text_are_drawn_again(self):
+        for width, text, enough in ((64, "1234567", True), (64, "12345678", False), (64, "1123456", False)):
+            self.assertEqual(lines.fits(width, text), enough, text)
+        with mock.patch.object(lines, "fits", lambda width, _: width > 250):
+            self.assertTrue(all(picture.shape[1] > 250 for picture, text in shards.draw(2, None, 40) if text))
 
     def test_a_label_is_plain_where_the_print_has_accents(self):
         for drawn, text in (("Prénoms", "Prenoms"), ("DOĞUM YERİ/Płeć", "DOGUM YERI/Plec"),
@@ -42,7 +48,7 @@ class LinesTest(unittest.TestCase):
             self.assertEqual(texts.Phrase(drawn).text, text)
 
     def test_lines_of_zones_have_no_spaces(self):
-        zones = [texts.zone_line(np.random.default_rng(seed)) for seed in range(300)]
+        zones = [texts.zone_line(np.random.default_rng(seed)) for seed in range(400)]
         self.assertLessEqual(set("".join(zones)), set("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789<"))
         self.assertLessEqual({30, 36, 44}, set(map(len, zones)))
 

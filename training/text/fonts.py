@@ -43,10 +43,8 @@ TRAINED_ON = (
     ("OpenSans-CondBold.ttf", "fonts-open-sans", 1.2), ("OpenSans-CondLight.ttf", "fonts-open-sans", 0.8),
     ("Cantarell-Regular.otf", "fonts-cantarell", 1), ("Cantarell-Bold.otf", "fonts-cantarell", 0.8),
     ("LinLibertine_R.otf", "fonts-linuxlibertine", 0.8), ("LinLibertine_RB.otf", "fonts-linuxlibertine", 0.6),
-    ("LinBiolinum_R.otf", "fonts-linuxlibertine", 1), ("EBGaramond12-Regular.otf", "fonts-ebgaramond", 0.7),
-    ("EBGaramond12-Italic.otf", "fonts-ebgaramond", 0.5), ("PTS55F.ttf", "fonts-paratype", 1.5),
+    ("LinBiolinum_R.otf", "fonts-linuxlibertine", 1), ("PTS55F.ttf", "fonts-paratype", 1.5),
     ("PTS75F.ttf", "fonts-paratype", 1.2), ("PTS56F.ttf", "fonts-paratype", 0.6), ("PTM55F.ttf", "fonts-paratype", 1),
-    ("B612-Regular.otf", "fonts-b612", 1), ("B612-Bold.otf", "fonts-b612", 0.7),
     ("Inconsolata.otf", "fonts-inconsolata", 1), ("FiraCode-Medium.ttf", "fonts-firacode", 1),
     ("Anonymous Pro B.ttf", "fonts-anonymous-pro", 0.7), ("OCRA.ttf", "fonts-ocr-a", 0.7),
     ("OCRB.otf", "fonts-ocr-b", 4), ("OCRBS.otf", "fonts-ocr-b", 1))
@@ -68,7 +66,7 @@ ZONE_HELD_OUT = (("OCRB.otf", "fonts-ocr-b", 5), *glyphs.HELD_OUT)
 
 @dataclass(frozen=True)
 class Glyph:
-    """A character: its picture (uint8, 255: ink; or None), pixels of its left and top from its place on the baseline."""
+    """A character: its picture (uint8, 255: ink; or None), left and top from its place on the baseline, in pixels."""
 
     picture: np.ndarray | None
     left: int

@@ -16,6 +16,7 @@ _COLUMN = 8  # pixels of width for which the network gives one column of scores
 _MIDDLE = 3 * CAPITAL  # the baseline's row among the ink
 _ROWS = _MIDDLE + 2 * CAPITAL
 _SIDE = 2 * CAPITAL  # columns of ink on both sides of the text
+_BRIGHTNESS = np.array([0.114, 0.587, 0.299])  # of blue, green and red
 # Lines of nothing but these look alike in both sizes of their letters, or hang at no known height.
 _FLAT = frozenset("cosuvwxzCOSUVWXZ0pPyY.,:;'`\"-_~^*=+<> ")
 
@@ -177,8 +178,8 @@ def _seen(rng, line, box, size):
         corners[:, 1] += np.array([-1, 1, 1, -1]) * drift
         slack -= abs(drift)
     if rng.random() < 0.4:
-        side = min(line.left - left, right - line.right)
-        most = [min(0.1 * (bottom - top), 0.6 * side), min(0.06 * (bottom - top), slack)]
+        side = min(line.left - left, right - line.right) - 2 * (bottom - top) / HEIGHT
+        most = [min(0.1 * (bottom - top), max(0, side)), min(0.06 * (bottom - top), slack)]
         corners += rng.uniform(-1, 1, (4, 2)) * most
     corners = (corners * shrunk).astype(np.float32)
     target = np.float32([[0, 0], [size[0], 0], [size[0], size[1]], [0, size[1]]])
@@ -187,7 +188,7 @@ def _seen(rng, line, box, size):
 
 
 def _colours(rng):
-    # Colour of the paper and of the ink, BGR: dark on light, or in 15% light on dark.
+    # Colour of the paper and of the ink, BGR: dark on light, or in 15% light on dark; never too much alike to be read.
     tint = rng.normal(0, 20 if rng.random() < 0.25 else 7, 3)
     hue = rng.normal(0, 30 if rng.random() < 0.3 else 6, 3)
     if rng.random() < 0.85:
@@ -196,7 +197,8 @@ def _colours(rng):
     else:
         paper = rng.uniform(10, 115)
         ink = min(255, paper + rng.uniform(70, 200))
-    return np.clip(paper + tint, 0, 255), np.clip(ink + hue, 0, 255)
+    colours = np.clip([paper + tint, ink + hue], 0, 255)
+    return colours if abs(np.subtract(*colours) @ _BRIGHTNESS) > 45 else _colours(rng)
 
 
 def _printed(rng, ink, px_per_mm, grounds, held_out):
@@ -295,10 +297,9 @@ def _picture(rng, phrase, kind, grounds, held_out):
         _ruled(rng, line, box)
     if rng.random() < 0.45:
         line.ink = _stroked(rng, line.ink)
-    # Pixels of the text in the photograph; lines of zones are wanted from smaller ones.
-    seen = np.exp(rng.uniform(np.log(6.5 if phrase.zone else 9), np.log(40)))
-    height = max(10, round(seen * (box[3] - box[1]) / (line.bottom - line.top)))
-    letter = CAPITAL * height / (box[3] - box[1])
+    # Pixels of a capital in the photograph; lines of zones, which hold no small letters, are legible at fewer.
+    letter = np.exp(rng.uniform(np.log(6.5 if phrase.zone else 7.2), np.log(36)))
+    height = max(10, round(letter * (box[3] - box[1]) / CAPITAL))
     ink = _seen(rng, line, box, (max(4, round(width * height / HEIGHT)), height))
     printed = _printed(rng, ink, letter / rng.uniform(1.4, 3), grounds, held_out)
     return _at_height(rng, _sensed(rng, printed, letter), width)

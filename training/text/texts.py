@@ -222,7 +222,8 @@ def _alike(rng):
 
 
 def _any_characters(rng):
-    return " ".join(_run(rng, _PRINTED, int(rng.integers(2, 9))) for _ in range(_pick(rng, (1, 1, 2, 3))))
+    characters = _PRINTED + "".join(c for c in _PRINTED if not c.isalnum()) * 2  # signs are rare elsewhere
+    return " ".join(_run(rng, characters, int(rng.integers(2, 9))) for _ in range(_pick(rng, (1, 1, 2, 3))))
 
 
 def _sentence(rng, held_out):
@@ -280,7 +281,8 @@ def zone_line(rng):
     # Short pieces more often: long lines cost the training most.
     length = 4 + int((len(line) - 4) * rng.random() ** 2) if kind < 0.9 else int(rng.integers(1, 6))
     start = _pick(rng, (0, len(line) - length, int(rng.integers(len(line) - length + 1))))
-    return line[start:start + length]
+    piece = line[start:start + length]
+    return piece if piece.strip("<") or rng.random() < 0.2 else zone_line(rng)
 
 
 # How often, of 100 lines; whether lines of a kind may hold held-out words or forms.
