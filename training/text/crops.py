@@ -17,7 +17,7 @@ import numpy as np
 from . import published
 from .graph import HEIGHT
 from .reading import Reader, load
-from .runtime import Session
+from .runtime import FOLDER, Session
 
 _INDEX, _ZONES = "index.tsv", "zones.tsv"
 _PICTURE_SIDE, _DETECTOR_SIDE = 1800, 832  # pixels: longest side read from, longest side the detector sees
@@ -176,8 +176,8 @@ if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("manifest", type=Path, help="table of pictures that lie beside it: file, kind, mrz1, mrz2")
     parser.add_argument("folder", type=Path, help="for the crops, below training/out")
-    parser.add_argument("resources", type=Path, nargs="?", default=Path(__file__).parents[2] / ".deps" / "resources",
-                        help="folder of the published models (default: that of tools/setup)")
+    parser.add_argument("resources", type=Path, nargs="?", default=Path(FOLDER),
+                        help="folder of the published networks, their dictionary and ONNX Runtime")
     options = parser.parse_args()
     cv2.setNumThreads(1)
     try:

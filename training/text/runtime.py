@@ -8,7 +8,7 @@ from pathlib import Path
 import numpy as np
 
 # Where tools/setup puts the library, unless the environment names another folder.
-_FOLDER = os.environ.get("KESTRELID_RESOURCES", Path(__file__).resolve().parents[2] / ".deps" / "resources")
+FOLDER = os.environ.get("KESTRELID_RESOURCES", Path(__file__).resolve().parents[2] / ".deps" / "resources")
 _LEVEL = 11  # of the interface, which every later runtime still speaks
 _NEWEST = 40  # minor version to look for: Debian names the library after it
 # Places in the table of functions: it only ever grows at its end.
@@ -92,7 +92,7 @@ class Session:
 
     _interface = _handle = None
 
-    def __init__(self, path, threads=1, folder=_FOLDER):
+    def __init__(self, path, threads=1, folder=FOLDER):
         if Session._interface is None:
             Session._interface = _Interface(folder)
         api = self._interface
