@@ -40,11 +40,10 @@ Expected<CtcReading> LineRecognizer::read(const cv::Mat& picture, const LineBox&
     if (!outputs)
         return Failure(outputs.error());
     const OnnxTensor& classes = outputs->front();
-    if (classes.shape().empty() ||
-        classes.shape().back() != static_cast<std::int64_t>(alphabet_.classCount()))
-        return failure("the recognition model and its dictionary do not belong together: " +
+    if (classes.shape().empty() || classes.shape().back() != std::int64_t{kTextClasses})
+        return failure("the text recogniser tells other characters apart than this library: " +
                        std::string(kModelRemedy));
-    return alphabet_.decode(classes.values());
+    return bestPath(classes.values());
 }
 
 }  // namespace kestrelid::vision

@@ -55,7 +55,7 @@ struct LevelPage {
 // collector has enough.
 class LineQueue {
 public:
-    LineQueue(const PpOcrModels& models, const LevelPage& page, cv::Size given,
+    LineQueue(const TextModels& models, const LevelPage& page, cv::Size given,
               LineCollector& collector)
         : models_(models), page_(page), given_(given), collector_(collector) {}
 
@@ -102,7 +102,7 @@ private:
         failed_ = true;
     }
 
-    const PpOcrModels& models_;
+    const TextModels& models_;
     const LevelPage& page_;
     cv::Size given_;
     LineCollector& collector_;
@@ -115,7 +115,7 @@ private:
 
 // The detector breaks up lines that run up or down, so a page of those is turned and looked at
 // again.
-Expected<LevelPage> findLines(const PpOcrModels& models, const cv::Mat& picture, int detectorSide) {
+Expected<LevelPage> findLines(const TextModels& models, const cv::Mat& picture, int detectorSide) {
     LevelPage page{picture, 0, {}};
     for (const int turns : {0, 1}) {
         page.turns = turns;
@@ -137,7 +137,7 @@ Expected<LevelPage> findLines(const PpOcrModels& models, const cv::Mat& picture,
 
 }  // namespace
 
-std::optional<RequestError> readPage(const PpOcrModels& models, const cv::Mat& picture,
+std::optional<RequestError> readPage(const TextModels& models, const cv::Mat& picture,
                                      const PageReaderSettings& settings, LineCollector& collector) {
     auto page = findLines(models, picture, settings.detectorSide);
     if (!page)

@@ -37,7 +37,7 @@ TEST(ResourceFolders, TakesAFileFromTheFirstFolderThatHasIt) {
     for (const auto& part :
          {std::string("none.txt"), (root / "absent").string(), (root / "c").string()})
         EXPECT_THAT(words, HasSubstr(part));
-    EXPECT_THAT(words, HasSubstr("run tools/setup"));
+    EXPECT_THAT(words, HasSubstr("take models/ of the source tree"));
     EXPECT_THAT(ResourceFolders({}).missing("none.txt"), HasSubstr("no resource folder"));
 }
 
