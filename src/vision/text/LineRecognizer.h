@@ -4,6 +4,7 @@
 #include "vision/text/CtcReading.h"
 #include "vision/text/LineBox.h"
 
+#include <stop_token>
 #include <utility>
 
 namespace kestrelid::vision {
@@ -13,7 +14,9 @@ class LineRecognizer {
 public:
     explicit LineRecognizer(OnnxSession session) : session_(std::move(session)) {}
 
-    [[nodiscard]] Expected<CtcReading> read(const cv::Mat& picture, const LineBox& line) const;
+    // Fails soon after stop is requested.
+    [[nodiscard]] Expected<CtcReading> read(const cv::Mat& picture, const LineBox& line,
+                                            const std::stop_token& stop = {}) const;
 
 private:
     OnnxSession session_;

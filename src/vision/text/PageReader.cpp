@@ -9,6 +9,7 @@
 #include <cmath>
 #include <exception>
 #include <mutex>
+#include <stop_token>
 #include <thread>
 
 namespace kestrelid::vision {
@@ -18,18 +19,18 @@ constexpr float kLeastConfidence = 0.5f;  // below, the box held texture or anot
 
 // A line across the page can run up or down: the better reading tells.
 Expected<CtcReading> readLine(const LineRecognizer& recognizer, const cv::Mat& picture,
-                              const LineBox& line) {
-    auto reading = recognizer.read(picture, line);
+                              const LineBox& line, const std::stop_token& stop) {
+    auto reading = recognizer.read(picture, line, stop);
     if (!line.crosswise || !reading)
         return reading;
-    auto other = recognizer.read(picture, line.reversed());
+    auto other = recognizer.read(picture, line.reversed(), stop);
     if (other && other->confidence <= reading->confidence)
         return reading;
     return other;
 }
 
 // First the lines that are worth most for their cost: titles and labels, from the top of the page
-// down. Long lines, such as those of a machine-readable zone, take as long as ten labels.
+// down. Long lines take as long as ten labels; those of a machine-readable zone hold no keyword.
 void putTellingLinesFirst(PageLines& page) {
     constexpr float kLongLine = 10.0f;  // times its height
     std::vector<LineExtent> extents;
@@ -83,9 +84,12 @@ public:
 
 private:
     void read(const LineBox& line) {
-        auto reading = readLine(models_.recognizer, page_.picture, line);
-        if (!reading)
-            return fail(reading.error());
+        auto reading = readLine(models_.recognizer, page_.picture, line, enough_.get_token());
+        if (!reading) {
+            if (!enough_.stop_requested())
+                fail(reading.error());
+            return;
+        }
         auto& [text, confidence] = *reading;
         if (confidence < kLeastConfidence)
             return;
@@ -94,6 +98,8 @@ private:
             corner = beforeTurns(corner, page_.turns, given_);
         collector_.add({line.extentOn(page_.lines.along), normalizedBounds(corners, given_),
                         std::move(text), confidence});
+        if (collector_.isComplete())
+            enough_.request_stop();  // the lines that other threads are reading
     }
 
     void fail(RequestError error) {
@@ -108,6 +114,7 @@ private:
     LineCollector& collector_;
     std::atomic<std::size_t> next_ = 0;
     std::atomic<bool> failed_ = false;
+    std::stop_source enough_;
     std::mutex mutex_;
     std::optional<RequestError> error_;
     std::exception_ptr thrown_;
