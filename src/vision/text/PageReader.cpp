@@ -30,7 +30,8 @@ Expected<CtcReading> readLine(const LineRecognizer& recognizer, const cv::Mat& p
 }
 
 // First the lines that are worth most for their cost: titles and labels, from the top of the page
-// down. Long lines take as long as ten labels; those of a machine-readable zone hold no keyword.
+// down. Long lines take as long as ten labels. Those of a machine-readable zone are one word each,
+// and say nothing for the verdict.
 void putTellingLinesFirst(PageLines& page) {
     constexpr float kLongLine = 10.0f;  // times its height
     std::vector<LineExtent> extents;
