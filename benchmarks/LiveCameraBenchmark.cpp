@@ -173,8 +173,8 @@ public:
 class WatchedCamera {
 public:
     WatchedCamera() {
-        services_.detector = PassportDetector::create(
-            defaultServices({.resources = KESTRELID_RESOURCES_DIR}), ValidationEffort::verdictOnly);
+        services_.detector =
+            PassportDetector::create(defaultServices(), ValidationEffort::verdictOnly);
         manager_ = CameraManager::create(services_);
         manager_->session()->addPreviewSurface(shown_);
         services_.mainQueue->async([this] {

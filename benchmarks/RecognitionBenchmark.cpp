@@ -1,5 +1,3 @@
-#include "vision/zone/NetworkZoneService.h"
-
 #include <kestrelid/DefaultServices.h>
 #include <kestrelid/ImageFile.h>
 
@@ -17,8 +15,9 @@ const Image& frame() {
     return image;
 }
 
+// The classical finder: OutlineBenchmark times the network.
 PlatformServices services() {
-    return defaultServices({.resources = KESTRELID_RESOURCES_DIR});
+    return defaultServices({.resources = {}, .outlines = OutlineFinder::classical});
 }
 
 void validate(benchmark::State& state, ValidationEffort effort) {
@@ -68,11 +67,11 @@ void zones(benchmark::State& state, const char* sample, bool hasZone) {
     const auto picture =
         std::get<Image>(readImage(std::string(KESTRELID_SAMPLES_DIR) + "/" + sample));
     const Bitmap& bitmap = *picture.bitmap();
-    const auto found = services().rectangles->perform(bitmap, {});
+    const PlatformServices all = services();
+    const auto found = all.rectangles->perform(bitmap, {});
     const ZoneRequest request{std::get<std::vector<RectangleObservation>>(found)};
-    vision::NetworkZoneService service({KESTRELID_RESOURCES_DIR, KESTRELID_MODELS_DIR}, 2);
     const auto read = [&] {
-        const ZoneResult result = service.perform(bitmap, request);
+        const ZoneResult result = all.zones->perform(bitmap, request);
         const auto* readings = std::get_if<std::vector<ZoneReading>>(&result);
         return readings && !readings->empty();
     };

@@ -71,7 +71,7 @@ void livePreview(benchmark::State& state) {
                               "caps video/x-raw,format=YUY2,width=1280,height=720,framerate=30/1\n"
                               "picture " KESTRELID_SAMPLES_DIR "/bangladesh-on-wood.jpg\n");
     ScannerCamera camera;
-    camera.recognition = defaultServices({.resources = KESTRELID_RESOURCES_DIR});
+    camera.recognition = defaultServices();
     if (state.range(2) == 0) {
         camera.recognition->rectangles = std::make_shared<FakeRectangles>();
         camera.recognition->text = std::make_shared<FakeText>();

@@ -47,9 +47,7 @@ endfunction()
 install_library(KestrelidDetection Detection Runtime)
 install(DIRECTORY "${KESTRELID_DEPS_DIR}/resources/" DESTINATION ${resource_folder} COMPONENT Runtime
     FILES_MATCHING PATTERN "libonnxruntime*.so*")
-install(DIRECTORY "${KESTRELID_DEPS_DIR}/resources/" DESTINATION ${resource_folder} COMPONENT Models
-    FILES_MATCHING PATTERN "*.onnx" PATTERN "*.txt")
-install(FILES "${PROJECT_SOURCE_DIR}/models/outline-net.onnx" "${PROJECT_SOURCE_DIR}/models/zone-net.onnx" DESTINATION ${resource_folder} COMPONENT Models)
+install(FILES ${KESTRELID_MODELS} DESTINATION ${resource_folder} COMPONENT Models)
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE" DESTINATION ${CMAKE_INSTALL_DOCDIR}
     COMPONENT Runtime)
 

@@ -100,8 +100,8 @@ kestrelid_package(Runtime libkestrelid-detection${number} libs "passport detecto
 
 # The folder's name holds the architecture, hence no package for all of them.
 kestrelid_package(Models kestrelid-models graphics "passport detector, models" MULTIARCH_SAME
-    TEXT "What the library libkestrelid-detection${number} reads text with (PP-OCRv4 mobile) and"
-         "finds outlines with (a network of the project's own)."
+    TEXT "The networks with which the library libkestrelid-detection${number} finds outlines and"
+         "reads text and machine-readable zones."
     PROVIDES "kestrelid-models-${number} (= ${version})")
 
 # What QtQuick 6.4 itself imports too, but its package does not name.

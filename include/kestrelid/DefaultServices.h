@@ -19,8 +19,8 @@ enum class OutlineFinder : std::uint8_t {
 
 /// With what a machine's services work.
 struct DefaultServicesOptions {
-    /// Folder that holds the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library.
-    /// Empty: where the library lies, installed or built.
+    /// Folder that holds the models (*.onnx) and the ONNX Runtime library. Empty: where the library
+    /// lies, installed or built.
     std::filesystem::path resources;
 
     /// Without the network's model the classical finder works alone, whichever is named here.

@@ -308,8 +308,8 @@ typedef enum KestrelidEffort {
 typedef struct KestrelidDetectorOptions {
     size_t struct_size;  // sizeof(KestrelidDetectorOptions)
 
-    // Folder of the models (*.onnx, ppocr_keys_v1.txt) and the ONNX Runtime library. NULL: beside
-    // the library, installed or built.
+    // Folder of the models (*.onnx) and the ONNX Runtime library. NULL: beside the library,
+    // installed or built.
     const char* resources;
 
     int32_t outlines;      // KestrelidOutlineFinder

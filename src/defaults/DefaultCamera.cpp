@@ -5,7 +5,7 @@
 #include "capture/gstreamer/GStreamerCapturePlatform.h"
 #include "capture/permission/CameraPermission.h"
 #include "defaults/CameraDetector.h"
-#include "vision/text/PpOcrTextService.h"
+#include "vision/text/NetworkTextService.h"
 
 #include <algorithm>
 #include <thread>
@@ -25,7 +25,7 @@ std::shared_ptr<defaults::CameraDetector> makeDetector(PlatformServices recognit
     constexpr unsigned kCoresForOne = 2;  // DefaultServicesOptions::textThreads
     const unsigned atOnce = std::max(1u, std::thread::hardware_concurrency() / kCoresForOne);
     defaults::CameraDetector::PagesUnderWay pagesUnderWay;
-    if (auto text = std::dynamic_pointer_cast<vision::PpOcrTextService>(recognition.text))
+    if (auto text = std::dynamic_pointer_cast<vision::NetworkTextService>(recognition.text))
         pagesUnderWay = [text = std::move(text)] { return text->pagesUnderWay(); };
     return defaults::CameraDetector::create(std::move(recognition), static_cast<int>(atOnce),
                                             std::move(pagesUnderWay));

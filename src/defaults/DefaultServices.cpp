@@ -4,7 +4,7 @@
 #include "defaults/Resources.h"
 #include "vision/outlines/NetworkRectangleService.h"
 #include "vision/outlines/OpenCvRectangleService.h"
-#include "vision/text/PpOcrTextService.h"
+#include "vision/text/NetworkTextService.h"
 #include "vision/zone/NetworkZoneService.h"
 
 #include <algorithm>
@@ -16,11 +16,6 @@
 namespace kestrelid {
 
 namespace {
-
-vision::PpOcrOptions ppOcrOptions(const DefaultServicesOptions& options) {
-    return {.resources = defaults::resourceFolders(options.resources),
-            .threads = options.textThreads};
-}
 
 std::shared_ptr<vision::NetworkRectangleService>
 makeNetworkRectangleService(const DefaultServicesOptions& options) {
@@ -35,6 +30,11 @@ std::shared_ptr<RectangleService> makeRectangleService(const DefaultServicesOpti
     if (options.outlines == OutlineFinder::classical)
         return std::make_shared<vision::OpenCvRectangleService>();
     return makeNetworkRectangleService(options);
+}
+
+std::shared_ptr<vision::NetworkTextService> makeTextService(const DefaultServicesOptions& options) {
+    return std::make_shared<vision::NetworkTextService>(
+        defaults::resourceFolders(options.resources), options.textThreads);
 }
 
 std::shared_ptr<vision::NetworkZoneService> makeZoneService(const DefaultServicesOptions& options) {
@@ -80,9 +80,7 @@ PlatformServices sharedServices(const DefaultServicesOptions& options) {
             all.insert(all.end(), {.options = options, .rectangles{}, .text{}, .queue{}, .zones{}});
     return {
         .rectangles = owned(found->rectangles, [&] { return makeRectangleService(options); }),
-        .text = owned(
-            found->text,
-            [&] { return std::make_shared<vision::PpOcrTextService>(ppOcrOptions(options)); }),
+        .text = owned(found->text, [&] { return makeTextService(options); }),
         .queue = owned(found->queue, makeQueue),
         .zones = owned(found->zones, [&] { return makeZoneService(options); }),
     };
@@ -99,7 +97,7 @@ PlatformServices defaultServices(const DefaultServicesOptions& options) {
 }
 
 std::vector<ServiceStatus> diagnose(const DefaultServicesOptions& options) {
-    std::vector<ServiceStatus> all = vision::PpOcrTextService(ppOcrOptions(options)).diagnose();
+    std::vector<ServiceStatus> all = makeTextService(options)->diagnose();
     all.push_back(makeNetworkRectangleService(options)->diagnose());
     all.push_back(makeZoneService(options)->diagnose());
     return all;

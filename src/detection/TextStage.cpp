@@ -15,7 +15,8 @@ namespace {
 
 // Counts the entries of the table that match within the single lines read so far. A line's words
 // stand side by side in the whole text too, so an entry that matches within a line matches there as
-// well: once enough have matched, the rest of the text cannot change the score.
+// well: once enough have matched, the rest of the text cannot change the score. Until then any line
+// that is not read yet can, whatever the outline is.
 class EntriesMatchedByLines {
 public:
     bool isEnoughAfter(std::string_view line) {

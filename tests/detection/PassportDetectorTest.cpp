@@ -392,8 +392,11 @@ TEST(VerdictOnly, StopsOnceThreeEntriesHaveMatchedWithinLines) {
     const std::pair<std::vector<std::string>, std::size_t> rows[] = {
         {{"NATIONALITY", "SURNAME", "AUTHORITY"}, 2},
         {{"PASSPORT", "SURNAME"}, 1},
-        {{"PASSXXXX", "SURNAME", "AUTHORITY"}, 2},      // an entry that is there twice
-        {{"GIVENXXXXX", "NAMESXXXXX", "SURNAME"}, 3}};  // a phrase across lines does not count
+        {{"PASSXXXX", "SURNAME", "AUTHORITY"}, 2},     // an entry that is there twice
+        {{"GIVENXXXXX", "NAMESXXXXX", "SURNAME"}, 3},  // a phrase across lines does not count
+        // Dense print: short words match two entries in every line, so that the third decides.
+        {{"THE OLD MAP", "WE GO ON", "AUTHORITY", "THE END"}, 3},
+        {{"THE OLD MAP", "WE GO ON", "TO THE END"}, 3}};
     for (const auto& [lines, read] : rows) {
         Bench bench({}, FakeText(lines), ValidationEffort::verdictOnly);
         bench.judge();

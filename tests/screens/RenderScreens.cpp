@@ -66,7 +66,8 @@ Image sample(const QString& file) {
 // Asks for models that nobody has installed.
 struct MissingText final : TextService {
     TextResult perform(const Bitmap&, const TextRequest&) override {
-        return RequestError{.description = "ppocr_rec.onnx is missing: install kestrelid-models"};
+        return RequestError{.description =
+                                "text-recogniser.onnx is missing: install kestrelid-models"};
     }
 };
 

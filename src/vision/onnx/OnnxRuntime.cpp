@@ -10,7 +10,9 @@
 namespace kestrelid::vision {
 namespace {
 
-constexpr unsigned kOldestApiLevel = 11;  // the newest function called here came with it
+// The oldest that knows operators of version 17, which the text networks are made of. The functions
+// called here came with level 11.
+constexpr unsigned kOldestApiLevel = 12;
 
 // Debian names the library after its minor version (libonnxruntime1.21), others after the major
 // one.

@@ -118,7 +118,8 @@ Expected<OnnxSession> OnnxSession::open(std::shared_ptr<const OnnxRuntime> runti
     return session;
 }
 
-Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> inputs) const {
+Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> inputs,
+                                                   const std::stop_token& stop) const {
     const OrtApi& api = *runtime_->api_;
     OrtRunOptions* rawOptions = nullptr;
     if (auto error = onnxError(api, api.CreateRunOptions(&rawOptions), rawOptions))
@@ -126,10 +127,11 @@ Expected<std::vector<OnnxTensor>> OnnxSession::run(std::span<const OnnxInput> in
     const std::unique_ptr<OrtRunOptions, decltype(api.ReleaseRunOptions)> options(
         rawOptions, api.ReleaseRunOptions);
     // A run that is told to terminate stops at the network's next node.
-    const base::ExitGate::Pass pass(
-        [&] { (void)onnxError(api, api.RunOptionsSetTerminate(rawOptions)); });
+    const auto terminate = [&] { (void)onnxError(api, api.RunOptionsSetTerminate(rawOptions)); };
+    const base::ExitGate::Pass pass(terminate);
     if (!pass)
         return failure(base::kEnding);
+    const std::stop_callback stopping(stop, terminate);
     if (inputs.size() != inputNames_.size())
         return failure("ONNX Runtime: the model takes another number of inputs");
     const auto owned = [this](OrtValue* value) {

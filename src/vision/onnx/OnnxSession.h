@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -38,8 +39,10 @@ private:
 // A model ready to run. Thread: any, several runs at once.
 class OnnxSession {
 public:
-    // One input for each of the model's, in its order; so are the outputs.
-    [[nodiscard]] Expected<std::vector<OnnxTensor>> run(std::span<const OnnxInput> inputs) const;
+    // One input for each of the model's, in its order; so are the outputs. A run that is told to
+    // stop fails at the network's next node.
+    [[nodiscard]] Expected<std::vector<OnnxTensor>> run(std::span<const OnnxInput> inputs,
+                                                        const std::stop_token& stop = {}) const;
 
 private:
     friend class OnnxRuntime;

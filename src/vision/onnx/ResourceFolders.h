@@ -10,7 +10,7 @@ namespace kestrelid::vision {
 
 // What brings a model, and what the ONNX Runtime library.
 inline constexpr std::string_view kModelRemedy =
-    "install the package kestrelid-models, or run tools/setup in the source tree";
+    "install the package kestrelid-models, or take models/ of the source tree";
 inline constexpr std::string_view kRuntimeRemedy =
     "install the package libkestrelid-detection0 or libonnxruntime-dev, or run tools/setup in the "
     "source tree";

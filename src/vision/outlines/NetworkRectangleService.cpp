@@ -15,8 +15,6 @@ namespace kestrelid::vision {
 namespace {
 
 constexpr const char* kModelName = "outline-net.onnx";
-constexpr const char* kRemedy =
-    "install the package kestrelid-models, or take models/ of the source tree";
 constexpr int kShortestSide = 24;     // pixels; below this no page can be told from noise
 constexpr double kSameOutline = 0.5;  // overlap from which two are one
 constexpr double kBorder = 0.02;      // of the picture: nearer sides are taken for its border
@@ -32,7 +30,7 @@ Opened openNetwork(const ResourceFolders& resources) {
     const std::string without = "; outlines come from the classical finder alone";
     const auto path = resources.find(kModelName);
     if (!path)
-        return {nullptr, {name, false, resources.missing(kModelName, kRemedy) + without}};
+        return {nullptr, {name, false, resources.missing(kModelName) + without}};
     const auto runtime = OnnxRuntime::load(resources);
     auto session = runtime.and_then(
         [&](const auto& onnx) -> Expected<OnnxSession> { return onnx->open(*path, 1); });

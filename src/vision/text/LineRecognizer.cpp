@@ -30,21 +30,21 @@ std::vector<float> linePlanes(const cv::Mat& crop, int width) {
     return values;
 }
 
-Expected<CtcReading> LineRecognizer::read(const cv::Mat& picture, const LineBox& line) const {
+Expected<CtcReading> LineRecognizer::read(const cv::Mat& picture, const LineBox& line,
+                                          const std::stop_token& stop) const {
     const cv::Mat crop = cropLine(picture, line, kLineHeight, kLongestLine);
     const int width = std::max(kShortestLine, (crop.cols + kStep - 1) / kStep * kStep);
     const std::vector<float> values = linePlanes(crop, width);
     const std::array<std::int64_t, 4> shape{1, 3, kLineHeight, width};
     const OnnxInput input{values, shape};
-    const auto outputs = session_.run({&input, 1});
+    const auto outputs = session_.run({&input, 1}, stop);
     if (!outputs)
         return Failure(outputs.error());
     const OnnxTensor& classes = outputs->front();
-    if (classes.shape().empty() ||
-        classes.shape().back() != static_cast<std::int64_t>(alphabet_.classCount()))
-        return failure("the recognition model and its dictionary do not belong together: " +
+    if (classes.shape().empty() || classes.shape().back() != std::int64_t{kTextClasses})
+        return failure("the text recogniser tells other characters apart than this library: " +
                        std::string(kModelRemedy));
-    return alphabet_.decode(classes.values());
+    return bestPath(classes.values());
 }
 
 }  // namespace kestrelid::vision

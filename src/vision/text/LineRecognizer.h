@@ -1,24 +1,25 @@
 #pragma once
 
 #include "vision/onnx/OnnxSession.h"
-#include "vision/text/CtcAlphabet.h"
+#include "vision/text/CtcReading.h"
 #include "vision/text/LineBox.h"
 
+#include <stop_token>
 #include <utility>
 
 namespace kestrelid::vision {
 
-// Reads one line with the PP-OCRv4 recognition network. Thread: any, several lines at once.
+// Reads one line with the network of models/text-recogniser.md. Thread: any, several lines at once.
 class LineRecognizer {
 public:
-    LineRecognizer(OnnxSession session, CtcAlphabet alphabet)
-        : session_(std::move(session)), alphabet_(std::move(alphabet)) {}
+    explicit LineRecognizer(OnnxSession session) : session_(std::move(session)) {}
 
-    [[nodiscard]] Expected<CtcReading> read(const cv::Mat& picture, const LineBox& line) const;
+    // Fails soon after stop is requested.
+    [[nodiscard]] Expected<CtcReading> read(const cv::Mat& picture, const LineBox& line,
+                                            const std::stop_token& stop = {}) const;
 
 private:
     OnnxSession session_;
-    CtcAlphabet alphabet_;
 };
 
 // A crop as the networks for lines take it: planes of blue, green, red from -1 to 1, filled up with

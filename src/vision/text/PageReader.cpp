@@ -9,6 +9,7 @@
 #include <cmath>
 #include <exception>
 #include <mutex>
+#include <stop_token>
 #include <thread>
 
 namespace kestrelid::vision {
@@ -18,18 +19,19 @@ constexpr float kLeastConfidence = 0.5f;  // below, the box held texture or anot
 
 // A line across the page can run up or down: the better reading tells.
 Expected<CtcReading> readLine(const LineRecognizer& recognizer, const cv::Mat& picture,
-                              const LineBox& line) {
-    auto reading = recognizer.read(picture, line);
+                              const LineBox& line, const std::stop_token& stop) {
+    auto reading = recognizer.read(picture, line, stop);
     if (!line.crosswise || !reading)
         return reading;
-    auto other = recognizer.read(picture, line.reversed());
+    auto other = recognizer.read(picture, line.reversed(), stop);
     if (other && other->confidence <= reading->confidence)
         return reading;
     return other;
 }
 
 // First the lines that are worth most for their cost: titles and labels, from the top of the page
-// down. Long lines, such as those of a machine-readable zone, take as long as ten labels.
+// down. Long lines take as long as ten labels. Those of a machine-readable zone are one word each,
+// and say nothing for the verdict.
 void putTellingLinesFirst(PageLines& page) {
     constexpr float kLongLine = 10.0f;  // times its height
     std::vector<LineExtent> extents;
@@ -55,7 +57,7 @@ struct LevelPage {
 // collector has enough.
 class LineQueue {
 public:
-    LineQueue(const PpOcrModels& models, const LevelPage& page, cv::Size given,
+    LineQueue(const TextModels& models, const LevelPage& page, cv::Size given,
               LineCollector& collector)
         : models_(models), page_(page), given_(given), collector_(collector) {}
 
@@ -83,9 +85,12 @@ public:
 
 private:
     void read(const LineBox& line) {
-        auto reading = readLine(models_.recognizer, page_.picture, line);
-        if (!reading)
-            return fail(reading.error());
+        auto reading = readLine(models_.recognizer, page_.picture, line, enough_.get_token());
+        if (!reading) {
+            if (!enough_.stop_requested())
+                fail(reading.error());
+            return;
+        }
         auto& [text, confidence] = *reading;
         if (confidence < kLeastConfidence)
             return;
@@ -94,6 +99,8 @@ private:
             corner = beforeTurns(corner, page_.turns, given_);
         collector_.add({line.extentOn(page_.lines.along), normalizedBounds(corners, given_),
                         std::move(text), confidence});
+        if (collector_.isComplete())
+            enough_.request_stop();  // the lines that other threads are reading
     }
 
     void fail(RequestError error) {
@@ -102,12 +109,13 @@ private:
         failed_ = true;
     }
 
-    const PpOcrModels& models_;
+    const TextModels& models_;
     const LevelPage& page_;
     cv::Size given_;
     LineCollector& collector_;
     std::atomic<std::size_t> next_ = 0;
     std::atomic<bool> failed_ = false;
+    std::stop_source enough_;
     std::mutex mutex_;
     std::optional<RequestError> error_;
     std::exception_ptr thrown_;
@@ -115,7 +123,7 @@ private:
 
 // The detector breaks up lines that run up or down, so a page of those is turned and looked at
 // again.
-Expected<LevelPage> findLines(const PpOcrModels& models, const cv::Mat& picture, int detectorSide) {
+Expected<LevelPage> findLines(const TextModels& models, const cv::Mat& picture, int detectorSide) {
     LevelPage page{picture, 0, {}};
     for (const int turns : {0, 1}) {
         page.turns = turns;
@@ -137,7 +145,7 @@ Expected<LevelPage> findLines(const PpOcrModels& models, const cv::Mat& picture,
 
 }  // namespace
 
-std::optional<RequestError> readPage(const PpOcrModels& models, const cv::Mat& picture,
+std::optional<RequestError> readPage(const TextModels& models, const cv::Mat& picture,
                                      const PageReaderSettings& settings, LineCollector& collector) {
     auto page = findLines(models, picture, settings.detectorSide);
     if (!page)

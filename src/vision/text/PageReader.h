@@ -1,7 +1,7 @@
 #pragma once
 
 #include "vision/text/LineCollector.h"
-#include "vision/text/PpOcrModels.h"
+#include "vision/text/TextModels.h"
 
 #include <optional>
 
@@ -14,8 +14,7 @@ struct PageReaderSettings {
 };
 
 // Reads all lines of a picture into collector, until that has enough. Thread: any.
-[[nodiscard]] std::optional<RequestError> readPage(const PpOcrModels& models,
-                                                   const cv::Mat& picture,
+[[nodiscard]] std::optional<RequestError> readPage(const TextModels& models, const cv::Mat& picture,
                                                    const PageReaderSettings& settings,
                                                    LineCollector& collector);
 

@@ -8,7 +8,7 @@
 
 namespace kestrelid::vision {
 
-// Finds lines of text with the PP-OCRv4 detection network. Thread: any.
+// Finds lines of text with the network of models/text-detector.md. Thread: any.
 class TextDetector {
 public:
     explicit TextDetector(OnnxSession session) : session_(std::move(session)) {}

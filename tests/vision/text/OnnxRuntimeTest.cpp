@@ -6,6 +6,7 @@
 
 #include <array>
 #include <fstream>
+#include <stop_token>
 
 namespace kestrelid::vision {
 namespace {
@@ -37,7 +38,7 @@ TEST(ResourceFolders, TakesAFileFromTheFirstFolderThatHasIt) {
     for (const auto& part :
          {std::string("none.txt"), (root / "absent").string(), (root / "c").string()})
         EXPECT_THAT(words, HasSubstr(part));
-    EXPECT_THAT(words, HasSubstr("run tools/setup"));
+    EXPECT_THAT(words, HasSubstr("take models/ of the source tree"));
     EXPECT_THAT(ResourceFolders({}).missing("none.txt"), HasSubstr("no resource folder"));
 }
 
@@ -84,6 +85,9 @@ TEST(OnnxRuntime, GivesTheNumbersOfAModelAndTellsWhatIsWrong) {
     EXPECT_EQ(told, "{ 2, 3 }{ -3, -3, -3, 0, 0, 0 }{ 3, 2 }{ 1, 4, 2, 5, 3, 6 }");
 
     EXPECT_FALSE(session->run({}));
+    std::stop_source stopped;
+    stopped.request_stop();
+    EXPECT_FALSE(session->run(inputs, stopped.get_token()));
     const std::array<OnnxInput, 2> beyond{{{values, whole}, {{values.data(), 2}, row}}};
     EXPECT_FALSE(session->run(beyond));
 }

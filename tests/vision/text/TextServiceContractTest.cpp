@@ -1,5 +1,5 @@
 #include "tests/vision/text/DrawnText.h"
-#include "vision/text/PpOcrTextService.h"
+#include "vision/text/NetworkTextService.h"
 
 #include <gmock/gmock.h>
 
@@ -35,8 +35,8 @@ protected:
         return std::get<std::vector<TextObservation>>(service_.perform(bitmap, request));
     }
 
-    vision::PpOcrTextService service_{
-        {.resources = {KESTRELID_RESOURCES_DIR}, .threads = GetParam()}};
+    vision::NetworkTextService service_{{KESTRELID_RESOURCES_DIR, KESTRELID_SOURCE_DIR "/models"},
+                                        GetParam()};
 };
 
 TEST_P(TextServiceContract, ReadsAllFourTurnsInReadingOrder) {

@@ -12,15 +12,15 @@
 
 namespace kestrelid::vision {
 
-// The networks of PP-OCRv4 mobile, loaded. Thread: any.
-struct PpOcrModels {
+// The three networks that read text, loaded. Thread: any.
+struct TextModels {
     TextDetector detector;
     PageDirection direction;
     LineRecognizer recognizer;
 
     // threads: those that share one run of the detector. Lines are shared out instead: one thread
     // each.
-    [[nodiscard]] static Expected<std::shared_ptr<const PpOcrModels>>
+    [[nodiscard]] static Expected<std::shared_ptr<const TextModels>>
     load(const ResourceFolders& resources, int threads);
 
     // Looks at each part by itself, so that all that is missing shows at once.

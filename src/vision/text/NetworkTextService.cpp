@@ -1,4 +1,4 @@
-#include "vision/text/PpOcrTextService.h"
+#include "vision/text/NetworkTextService.h"
 
 #include "vision/ReducedPicture.h"
 #include "vision/text/LineCollector.h"
@@ -23,15 +23,15 @@ constexpr int kSmallestSide = 8;  // pixels; no line of text is lower
 
 }  // namespace
 
-PpOcrTextService::PpOcrTextService(PpOcrOptions options)
-    : resources_(std::move(options.resources)), threads_(std::max(options.threads, 1)) {}
+NetworkTextService::NetworkTextService(std::vector<std::filesystem::path> resources, int threads)
+    : resources_(std::move(resources)), threads_(std::max(threads, 1)) {}
 
-PpOcrTextService::~PpOcrTextService() = default;
+NetworkTextService::~NetworkTextService() = default;
 
-Expected<std::shared_ptr<const PpOcrModels>> PpOcrTextService::models() {
+Expected<std::shared_ptr<const TextModels>> NetworkTextService::models() {
     const std::scoped_lock lock(loading_);
     if (!models_) {
-        auto loaded = PpOcrModels::load(resources_, threads_);
+        auto loaded = TextModels::load(resources_, threads_);
         if (!loaded)
             return loaded;
         models_ = *std::move(loaded);
@@ -39,7 +39,7 @@ Expected<std::shared_ptr<const PpOcrModels>> PpOcrTextService::models() {
     return models_;
 }
 
-TextResult PpOcrTextService::perform(const Bitmap& bitmap, const TextRequest& request) {
+TextResult NetworkTextService::perform(const Bitmap& bitmap, const TextRequest& request) {
     struct Page {
         explicit Page(std::atomic<int>& of) : underWay(of) { ++underWay; }
         Page(const Page&) = delete;
@@ -72,8 +72,8 @@ TextResult PpOcrTextService::perform(const Bitmap& bitmap, const TextRequest& re
     }
 }
 
-std::vector<ServiceStatus> PpOcrTextService::diagnose() const {
-    return PpOcrModels::diagnose(resources_);
+std::vector<ServiceStatus> NetworkTextService::diagnose() const {
+    return TextModels::diagnose(resources_);
 }
 
 }  // namespace kestrelid::vision
