@@ -184,6 +184,9 @@ def document_grid(quad, size):
     """u and v, 0..1 over a document with corners quad, of every pixel's centre; float32."""
     unit = np.float32([[0, 0], [1, 0], [1, 1], [0, 1]])
     inverse = cv2.getPerspectiveTransform(quad.astype(np.float32), unit)
+    # Its sign is free. Of steep documents the picture's origin may lie beyond the horizon: then w was negative on them,
+    # and nothing of them was drawn.
+    inverse *= np.sign(inverse[2] @ [*quad.mean(0), 1])
     x = (np.arange(size[0], dtype=np.float32) + 0.5)[None]
     y = (np.arange(size[1], dtype=np.float32) + 0.5)[:, None]
     u, v, w = (row[0] * x + row[1] * y + row[2] for row in inverse)
