@@ -11,11 +11,12 @@ import cv2
 import numpy as np
 
 import backgrounds
-from drawing import cards, papers, passports, scenes, utopia
+from drawing import cards, keyboards, papers, passports, prints, scenes, utopia
 from drawing.invented import invented, printed
 
 SIDE = 256  # pixels; the network is trained on smaller ones
 SCENES = 1000  # a shard
+BELOW = {"print": (prints.printed_sheet, 60), "keys": (keyboards.keyboard, 40)}  # kinds of scenes: what lies there, how many
 _MOST = 6  # documents a scene
 _LAYOUTS = (passports.bangladesh_page, passports.bangladesh_spread, utopia.classic, utopia.trilingual,
             cards.identity_card, papers.receipt)  # the others are held out
@@ -40,12 +41,25 @@ def draw_flats(seed, places, specimens=90, layouts=420, covers=40, longest=420):
     return scenes.Flats(flats + draw_invented(seed, longest, places, layouts, covers))
 
 
-def draw_shard(number, documents, places):
+def draw_below(seed, places, longest=640, held_out=False):
+    """By kind of scene, the Flats that documents lie on."""
+    below = {}
+    for middle, (kind, (draw, count)) in enumerate(BELOW.items()):
+        rngs = [np.random.default_rng([seed, 5 + middle, i]) for i in range(count)]
+        below[kind] = scenes.Flats([draw(rng, longest, places, held_out) for rng in rngs])
+    return below
+
+
+def draw_shard(number, documents, below, places):
     """Pixels (SCENES x SIDE x SIDE x 3, uint8) and corners (SCENES x _MOST x 4 x 2, NaN: none)."""
+    shares = [share for share, _ in scenes.KINDS.values()]
+    kinds = np.random.default_rng([number, 0, 1]).choice(list(scenes.KINDS), SCENES, p=shares)
     pixels = np.empty((SCENES, SIDE, SIDE, 3), np.uint8)
     quads = np.full((SCENES, _MOST, 4, 2), np.nan, np.float32)
     for position in range(SCENES):
-        scene = scenes.composed(np.random.default_rng([number, position]), documents, places, (SIDE, SIDE))
+        kind = str(kinds[position])
+        scene = scenes.composed(np.random.default_rng([number, position]), documents, places, (SIDE, SIDE), kind=kind,
+                                below=below.get(kind))
         pixels[position] = scene.pixels
         for slot, quad in enumerate(scene.quads[:_MOST]):
             quads[position, slot] = quad
@@ -62,8 +76,8 @@ def main(source, folder, count, first):
         if (folder / f"{number:04d}.npz").exists():
             continue
         if documents is None or number % 10 == 0:
-            documents = draw_flats(1000 + number // 10, places)
-        pixels, quads = draw_shard(number, documents, places)
+            documents, below = (draw(1000 + number // 10, places) for draw in (draw_flats, draw_below))
+        pixels, quads = draw_shard(number, documents, below, places)
         partial = folder / f"{number:04d}.partial.npz"
         np.savez(partial, pixels=pixels, quads=quads)
         partial.rename(folder / f"{number:04d}.npz")

@@ -1,12 +1,14 @@
 #!/usr/bin/python3
 """Trains the outline network on shards that shards.py drew.
 
-Writes FOLDER/last.pt every few minutes and goes on from it; FOLDER/curve.tsv grows with it. The rate
-falls to nothing over the last --cool steps. The same shards, options and number of threads give
-the same network again.
+Writes FOLDER/last.pt every few minutes and goes on from it; FOLDER/curve.tsv grows with it. --from
+starts with the weights of a network that was exported before. The rate falls to nothing, as half a
+cosine, over the last --cool steps. The same shards, options and number of threads give the same
+network again.
 """
 
 import argparse
+import math
 import time
 from pathlib import Path
 
@@ -14,6 +16,7 @@ import cv2
 import numpy as np
 import torch
 
+import restore
 import targets
 from net import SIDE, OutlineNet
 
@@ -23,6 +26,7 @@ _SAVE = 50  # steps between two checkpoints
 _TELL = 100  # steps between two lines of progress
 _RECENT = 25  # steps that a loss is the mean of
 _KEEP = 0.998  # of the running mean of the weights, each step
+_SETTLE = 16  # batches that tell an exported network what its layers normalise by
 
 
 class Pool:
@@ -82,8 +86,8 @@ def turned(picture, quads, way):
 
 def _rate(step, options):
     warm = min(1.0, (step + 1) / 100)
-    left = (options.steps - step) / options.cool if options.cool else 1.0
-    return options.rate * warm * min(1.0, left)
+    left = min(1.0, (options.steps - step) / options.cool) if options.cool else 1.0
+    return options.rate * warm * (1 - math.cos(math.pi * left)) / 2
 
 
 def _average(mean, net, step):
@@ -103,12 +107,12 @@ def train(options):
     cv2.setNumThreads(1)
     folder = Path(options.folder)
     folder.mkdir(parents=True, exist_ok=True)
-    net = OutlineNet().to(memory_format=torch.channels_last)
+    last = folder / "last.pt"
+    starts = options.start and not last.exists()
+    net = (restore.network(options.start) if starts else OutlineNet()).to(memory_format=torch.channels_last)
     mean = OutlineNet()
-    mean.load_state_dict(net.state_dict())
     optimizer = torch.optim.AdamW(net.parameters(), lr=options.rate, weight_decay=1e-4)
     step = 0
-    last = folder / "last.pt"
     if last.exists():
         state = torch.load(last)
         net.load_state_dict(state["net"])
@@ -118,6 +122,10 @@ def train(options):
     pool = Pool(options.shards, [options.seed, step])
     for _ in range(options.pool):
         pool.renew()
+    if starts:
+        restore.settle(net, (pool.batch(options.batch, options.side)[0] for _ in range(_SETTLE)))
+    if step == 0:
+        mean.load_state_dict(net.state_dict())
     losses, began, first = [], time.time(), step
     net.train()
     while step < options.steps:
@@ -155,6 +163,7 @@ def parsed(arguments=None):
     option = parser.add_argument
     option("shards", help="folder of shards")
     option("folder", help="for the checkpoint and the curve")
+    option("--from", dest="start", metavar="MODEL", help="ONNX file of 8-bit weights to begin with (default: none)")
     option("--steps", type=int, required=True, help="in all, those of the checkpoint included")
     option("--cool", type=int, default=0, help="last steps in which the rate falls (default: 0)")
     option("--side", type=int, default=SIDE, help="of the pictures, pixels (default: %(default)s)")

@@ -111,6 +111,11 @@ class SceneTest(unittest.TestCase):
                     seen += 1
         self.assertGreater(seen, 15)
 
+    def test_document_is_drawn_where_the_pictures_origin_lies_beyond_its_horizon(self):
+        quad = np.array([[179.0, 236], [157, 208], [228, 195], [254, 214]])
+        for grid, middle in zip(camera.document_grid(quad, (256, 256)), (0.5, 0.5)):
+            self.assertAlmostEqual(float(grid[213, 204]), middle, delta=0.2)
+
     def test_noise_has_the_stated_deviation_at_mid_grey(self):
         grey = np.full((200, 200, 3), 0.5, np.float32)
         for noise in (0, 3, 9):

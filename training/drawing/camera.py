@@ -12,6 +12,8 @@ from .sheet import PX_PER_MM
 
 _FOCAL = 1.15  # focal length over the picture's longer side: a telephone's main camera
 _SUPERSAMPLE = 2
+_HEAPED = 0.35  # the most of a document that another may hide
+_CUTS = {(1, 0): 0.2, (0, 1): 0.2, (1, 1): 0.28, (2, 0): 0.05, (0, 2): 0.05, (2, 1): 0.11, (1, 2): 0.11}
 
 
 def outline(size_mm):
@@ -131,15 +133,17 @@ def _posed(rng, shape):
     return quad - (quad.max(0) + quad.min(0)) / 2
 
 
-def placed(rng, shape, aspect, others):
+def placed(rng, shape, aspect, others, heaped=False):
     """Corners of a document of shape (height, width) in a scene aspect wide and 1 high; None where there
-    is no room beside others."""
+    is no room beside others. heaped: it may lie over a side or a corner of theirs."""
     room = np.array([aspect, 1.0])
     for _ in range(8):
         quad = _posed(rng, shape)
         extent = quad.max(0) - quad.min(0)
         kind = rng.random()
-        if others:
+        if heaped:
+            share = rng.uniform(0.3, 0.7)
+        elif others:
             share = rng.uniform(0.22, 0.6)
         elif kind < 0.12:
             share = rng.uniform(1.0, 1.35)
@@ -151,15 +155,43 @@ def placed(rng, shape, aspect, others):
         middle = room / 2 + rng.uniform(-0.5, 0.5, 2) * spare
         if rng.random() < 0.12:  # cut by the frame
             middle += rng.uniform(-0.3, 0.3, 2) * extent
+        if heaped and others:
+            other = others[int(rng.integers(len(others)))]
+            aside = other.mean(0) + rng.uniform(-0.8, 0.8, 2) * np.ptp(other, axis=0)
+            middle = np.clip(aside, extent / 2, np.maximum(room - extent / 2, extent / 2))
         quad = quad + middle
-        if all(_apart(quad, other) for other in others):
-            return quad
+        if all(_covered(other, quad) < (_HEAPED if heaped else 0.04) for other in others):
+            # What lies wholly on another is no heap: the lower one is ground there.
+            if not heaped or all(_covered(quad, other) < _HEAPED for other in others):
+                return quad
     return None
 
 
-def _apart(a, b):
-    area, _ = cv2.intersectConvexConvex(a.astype(np.float32), b.astype(np.float32))
-    return area < 0.04 * cv2.contourArea(b.astype(np.float32))
+def _covered(quad, by):
+    common, _ = cv2.intersectConvexConvex(by.astype(np.float32), quad.astype(np.float32))
+    return common / cv2.contourArea(quad.astype(np.float32))
+
+
+def cut(rng, shape, aspect):
+    """As placed(), but the document runs out of one, two or three sides of the scene."""
+    room, border = np.array([aspect, 1.0]), outline((aspect, 1)) + [aspect / 2, 0.5]
+    while True:
+        quad = _posed(rng, shape)
+        # How many of the scene's sides it crosses from left to right and from top to bottom.
+        crossed = np.array(list(_CUTS)[int(rng.choice(len(_CUTS), p=list(_CUTS.values())))])
+        beyond = np.where(crossed == 1, rng.uniform(0.06, 0.45, 2), 0)  # of its extent
+        fits = room / np.ptp(quad, axis=0)
+        most = (np.where(crossed == 2, 1.7, 0.98 / (1 - beyond)) * fits).min()
+        least = max(0.35 * fits.min(), *np.where(crossed == 2, 1.05, 0) * fits)
+        if least >= most:
+            continue
+        quad = quad * rng.triangular(least, most, most)  # who cuts a page holds the camera near
+        spare = room - np.ptp(quad, axis=0)
+        outside = beyond * np.ptp(quad, axis=0)
+        start = np.where(rng.random(2) < 0.5, -outside, spare + outside)
+        quad = quad - quad.min(0) + np.where(crossed == 1, start, spare * rng.uniform(0.1, 0.9, 2))
+        if _covered(quad, border) > 0.35:
+            return quad
 
 
 def scanned(rng, shape, aspect):
@@ -180,10 +212,31 @@ def clockwise(quad):
     return quad if d1[0] * d2[1] - d1[1] * d2[0] > 0 else quad[::-1]
 
 
+def ground_grid(rng, grid, shape, below, ratio):
+    """u and v, 0..1 over something of shape below (height, width) on which a document of shape lies.
+
+    grid: the document's document_grid(). ratio: the longer side of what lies below over the document's.
+    """
+    height, width = np.array(shape) / max(shape)
+    h, w = np.array(below) / max(below) * ratio
+    # Mostly square to each other, as things are put down.
+    degrees = 90 * rng.integers(4) + rng.normal(0, 8) if rng.random() < 0.6 else rng.uniform(0, 360)
+    x, y = (grid[0] - 0.5) * width, (grid[1] - 0.5) * height
+    a = np.float32(np.radians(degrees))
+    x, y = x * np.cos(a) - y * np.sin(a), x * np.sin(a) + y * np.cos(a)
+    reach = np.abs(np.array([[np.cos(a), np.sin(a)], [np.sin(a), np.cos(a)]])) @ [width, height]
+    free = np.maximum(np.array([w, h]) - 0.9 * reach, 0.1)  # a corner may hang over
+    x, y = (part + np.float32(side * rng.uniform(-0.5, 0.5)) for part, side in zip((x, y), free))
+    return x / np.float32(w) + np.float32(0.5), y / np.float32(h) + np.float32(0.5)
+
+
 def document_grid(quad, size):
     """u and v, 0..1 over a document with corners quad, of every pixel's centre; float32."""
     unit = np.float32([[0, 0], [1, 0], [1, 1], [0, 1]])
     inverse = cv2.getPerspectiveTransform(quad.astype(np.float32), unit)
+    # Its sign is free. Of steep documents the picture's origin may lie beyond the horizon: then w was negative on them,
+    # and nothing of them was drawn.
+    inverse *= np.sign(inverse[2] @ [*quad.mean(0), 1])
     x = (np.arange(size[0], dtype=np.float32) + 0.5)[None]
     y = (np.arange(size[1], dtype=np.float32) + 0.5)[:, None]
     u, v, w = (row[0] * x + row[1] * y + row[2] for row in inverse)

@@ -118,3 +118,51 @@ def fingers(rng, picture, quad):
         inward = brush.turned(inward, np.degrees(rng.normal(0, 0.4)))
         _finger(rng, picture, at - inward * u * 7, at + inward * u * rng.uniform(0.2, 1.8),
                 (0.75 * u, 0.6 * u), skin, 0.7 * u)
+
+
+def _reaching(rng, picture, root, tip, radius, skin):
+    # A finger that ends on the document, now and then with its nail.
+    _finger(rng, picture, root, tip, (1.15 * radius, 0.95 * radius), skin, radius)
+    if rng.random() < 0.6:
+        back = (root - tip) / max(np.linalg.norm(root - tip), 1e-6)
+        nail = brush.capsule(tip + 0.5 * radius * back, tip - 0.2 * radius * back, 0.55 * radius, 0.5 * radius, 8)
+        part = brush.around(picture, nail, 1)
+        if part:
+            brush.flat(*part, np.minimum(skin * 1.12 + 14, 255))
+
+
+def _knuckles(rng, picture, near, far, radius, skin):
+    # The hand that fingers belong to, and perhaps a sleeve, from beyond the document outward.
+    _finger(rng, picture, near, far, (radius, 1.2 * radius), skin, 0.6 * radius)
+    if rng.random() < 0.5:
+        _finger(rng, picture, near + 1.1 * (far - near), near + 3 * (far - near), (1.3 * radius, 1.5 * radius), rng.uniform(0, 200, 3),
+                0.6 * radius)
+
+
+def grip(rng, picture, quad):
+    """One to four fingers side by side over a side of quad, half of it at most, or a thumb over a corner; now and then
+    a second hand."""
+    skin, sides = _skin(rng), np.roll(np.arange(4), int(rng.integers(4)))
+    lengths = np.linalg.norm(np.roll(quad, -1, 0) - quad, axis=1)
+    unit = min(lengths.max() * rng.uniform(0.07, 0.17), 0.4 * lengths.min())  # a finger's width
+    for side in sides[:2 if rng.random() < 0.3 else 1]:
+        if rng.random() < 0.25:
+            inward = brush.turned(quad.mean(0) - quad[side], np.degrees(rng.normal(0, 0.35)))
+            inward *= unit / max(np.linalg.norm(inward), 1e-6)
+            _knuckles(rng, picture, quad[side] - 6 * inward, quad[side] - 12 * inward, 2 * unit, skin)
+            _reaching(rng, picture, quad[side] - 6 * inward, quad[side] + rng.uniform(0.4, 2) * inward, 0.7 * unit, skin)
+            continue
+        start, along = quad[side], (quad[(side + 1) % 4] - quad[side]) / lengths[side]
+        inward = np.array([-along[1], along[0]])
+        inward *= np.sign(np.dot(quad.mean(0) - start, inward))
+        count = int(np.clip(0.45 * lengths[side] // unit, 1, rng.integers(1, 5)))
+        first = rng.uniform(-0.5, lengths[side] / unit - count + 0.5)  # the outermost may reach over a corner
+        lean, reach = np.tan(rng.normal(0, 0.25)), min(rng.uniform(0.3, 3.5), 0.45 * lengths[side - 1] / unit)
+
+        def at(place, deep):
+            return start + unit * (along * (first + place - lean * deep) + inward * deep)
+
+        _knuckles(rng, picture, at(count / 2, -4.5), at(count / 2, -11), max(0.6 * count, 1.4) * unit, skin)
+        for finger in range(count):
+            tip = at(finger + 0.5, reach * (0.8, 1.0, 0.95, 0.7)[finger] * rng.uniform(0.85, 1.1))
+            _reaching(rng, picture, at(finger + 0.5 + rng.normal(0, 0.15), -5), tip, 0.49 * unit, skin * rng.uniform(0.94, 1.06))

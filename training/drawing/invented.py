@@ -10,21 +10,21 @@ from PIL import Image, ImageDraw
 from .sheet import Sheet, coverage, font
 
 _FONTS = ("sans", "bold", "serif", "serif-bold", "mono", "narrow")
-_BOLD, _MONO = 1, 4
+BOLD, SERIF_BOLD, MONO = 1, 3, 4
 _WORDS = ("river stone paper window garden copper signal harbour lantern meadow thirteen 2031 "
           "4711 08.15 No. sample specimen utopia total sum date name place north 19.90 A7 of the "
           "and to with from invoice order ticket seat page").split()
 
 
-def _tint(rng, least, most, spread):
+def tint(rng, least, most, spread):
     return tuple(int(c) for c in np.clip(rng.uniform(least, most) + rng.normal(0, spread, 3), 0, 255))
 
 
-def _upright(aspect, longest, ground):
+def upright(aspect, longest, ground):
     return Sheet(1.0, 1 / aspect, ground, longest * aspect)
 
 
-def _printed_font(index, sheet, size):
+def printed_font(index, sheet, size):
     return font(_FONTS[index], max(4, round(size * sheet.scale)))
 
 
@@ -32,26 +32,26 @@ def _word(rng):
     return _WORDS[int(rng.integers(len(_WORDS)))]
 
 
-def _text(sheet, rng, x, y, size, width, ink, index=None):
+def words(sheet, rng, x, y, size, width, ink, index=None):
     # Words that fill width, their top at y.
     index = int(rng.integers(6)) if index is None else index
-    words = []
-    while len(" ".join(words)) * 0.5 * size < width and len(words) < 30:
-        words.append(_word(rng))
-    line = " ".join(words)[:max(1, int(width / (size * 0.5)))]
-    sheet.draw.text((x * sheet.scale, y * sheet.scale), line, ink, _printed_font(index, sheet, size))
+    said = []
+    while len(" ".join(said)) * 0.5 * size < width and len(said) < 30:
+        said.append(_word(rng))
+    line = " ".join(said)[:max(1, int(width / (size * 0.5)))]
+    sheet.draw.text((x * sheet.scale, y * sheet.scale), line, ink, printed_font(index, sheet, size))
 
 
-def _paragraph(sheet, rng, x, y, width, bottom, size, ink, leading):
+def paragraph(sheet, rng, x, y, width, bottom, size, ink, leading):
     index = int(rng.integers(6))
     while y + size < bottom:
         if rng.random() < 0.9:
             full = width if rng.random() < 0.75 else width * rng.uniform(0.2, 0.9)
-            _text(sheet, rng, x, y, size, full, ink, index)
+            words(sheet, rng, x, y, size, full, ink, index)
         y += size * leading
 
 
-def _ellipse(sheet, x0, y0, x1, y1, **look):
+def ellipse(sheet, x0, y0, x1, y1, **look):
     sheet.draw.ellipse([v * sheet.scale for v in (x0, y0, x1, y1)], **look)
 
 
@@ -75,40 +75,40 @@ def _patterned(rng, height, longest, ground):
 
 def _portrait(sheet, rng, x, y, w):
     h = w * 9 / 7
-    sheet.box(x, y, x + w, y + h, _tint(rng, 120, 235, 15))
-    skin = _tint(rng, 90, 220, 20)
+    sheet.box(x, y, x + w, y + h, tint(rng, 120, 235, 15))
+    skin = tint(rng, 90, 220, 20)
     for x0, y0, x1, y1, colour in ((0.05, 0.72, 0.95, 1.2, (20, 160, 30)),
                                    (0.22, 0.1, 0.78, 0.52, (10, 140, 15)), (0.27, 0.2, 0.73, 0.8, None)):
-        _ellipse(sheet, x + x0 * w, y + y0 * h, x + x1 * w, y + y1 * h,
-                 fill=_tint(rng, *colour) if colour else skin)
+        ellipse(sheet, x + x0 * w, y + y0 * h, x + x1 * w, y + y1 * h,
+                 fill=tint(rng, *colour) if colour else skin)
     sheet.box(x, y + h, x + w, y + h + 0.25 * w, sheet.image.getpixel((2, 2)))
 
 
 def _identity(sheet, rng, zone):
     # Portrait, labelled fields, often lines of machine-readable text, on a sheet wider than high.
-    ink, label, h = _tint(rng, 10, 60, 10), _tint(rng, 40, 130, 30), sheet.height
+    ink, label, h = tint(rng, 10, 60, 10), tint(rng, 40, 130, 30), sheet.height
     if rng.random() < 0.5:
-        sheet.box(0, 0, 1, h * rng.uniform(0.06, 0.16), _tint(rng, 40, 220, 40))
+        sheet.box(0, 0, 1, h * rng.uniform(0.06, 0.16), tint(rng, 40, 220, 40))
     face = rng.uniform(0.24, 0.32)
     left = rng.random() < 0.75
     _portrait(sheet, rng, 0.05 if left else 0.93 - face, 0.2 * h, face)
-    _text(sheet, rng, rng.uniform(0.05, 0.4), 0.03 * h, 0.055, rng.uniform(0.3, 0.6), label, _BOLD)
+    words(sheet, rng, rng.uniform(0.05, 0.4), 0.03 * h, 0.055, rng.uniform(0.3, 0.6), label, BOLD)
     x = (0.09 + face) if left else 0.06
     size, y = rng.uniform(0.028, 0.04), 0.18 * h
     while y < (0.72 if zone else 0.9) * h:
-        _text(sheet, rng, x, y, size * 0.7, rng.uniform(0.1, 0.3), label)
-        _text(sheet, rng, x, y + size * 0.8, size, rng.uniform(0.1, 0.4), ink)
+        words(sheet, rng, x, y, size * 0.7, rng.uniform(0.1, 0.3), label)
+        words(sheet, rng, x, y + size * 0.8, size, rng.uniform(0.1, 0.4), ink)
         if rng.random() < 0.5:
-            _text(sheet, rng, x + 0.3, y + size * 0.8, size, rng.uniform(0.1, 0.25), ink)
+            words(sheet, rng, x + 0.3, y + size * 0.8, size, rng.uniform(0.1, 0.25), ink)
         y += size * rng.uniform(2.0, 2.6)
     for line in range(2 if zone else 0):
         code = "".join(rng.choice(list("ABCDEFGHKLMNPRSTU0123456789<<<<<<<<"), 44))
         sheet.draw.text((0.04 * sheet.scale, (0.8 + 0.08 * line) * h * sheet.scale), code, ink,
-                        _printed_font(_MONO, sheet, 0.92 / 44 / 0.6))
+                        printed_font(MONO, sheet, 0.92 / 44 / 0.6))
 
 
 def _page(rng, longest):
-    sheet = _patterned(rng, rng.uniform(0.66, 0.74), longest, _tint(rng, 190, 250, 12))
+    sheet = _patterned(rng, rng.uniform(0.66, 0.74), longest, tint(rng, 190, 250, 12))
     _identity(sheet, rng, rng.random() < 0.85)
     return sheet.array()
 
@@ -119,10 +119,10 @@ def _spread(rng, longest):
     if rng.random() < 0.4:
         other = _page(rng, longest)
     else:
-        sheet = _patterned(rng, page.shape[0] / page.shape[1], longest, _tint(rng, 190, 250, 12))
+        sheet = _patterned(rng, page.shape[0] / page.shape[1], longest, tint(rng, 190, 250, 12))
         if rng.random() < 0.7:
-            _paragraph(sheet, rng, 0.06, 0.06, 0.85, sheet.height * rng.uniform(0.3, 0.95),
-                       rng.uniform(0.022, 0.04), _tint(rng, 20, 120, 20), 1.7)
+            paragraph(sheet, rng, 0.06, 0.06, 0.85, sheet.height * rng.uniform(0.3, 0.95),
+                       rng.uniform(0.022, 0.04), tint(rng, 20, 120, 20), 1.7)
         other = sheet.array()
     other = cv2.resize(other, page.shape[1::-1])
     pages = [other, page] if rng.random() < 0.8 else [page, other]
@@ -137,77 +137,77 @@ def _spread(rng, longest):
 
 def _cover(rng, longest):
     dark = tuple(int(v) for v in np.clip(rng.uniform(8, 70) + rng.normal(0, 30, 3), 3, 140))
-    sheet = _upright(rng.uniform(0.66, 0.74), longest, dark)
+    sheet = upright(rng.uniform(0.66, 0.74), longest, dark)
     gold = tuple(int(v) for v in np.clip(np.array([190, 160, 90]) + rng.normal(0, 30, 3), 0, 255))
     u = sheet.scale
-    _text(sheet, rng, 0.2, 0.12, 0.07, 0.6, gold)
+    words(sheet, rng, 0.2, 0.12, 0.07, 0.6, gold)
     x, y, r = 0.5, sheet.height * rng.uniform(0.4, 0.55), rng.uniform(0.12, 0.24)
-    _ellipse(sheet, x - r, y - r, x + r, y + r, outline=gold, width=max(1, int(0.015 * u)))
+    ellipse(sheet, x - r, y - r, x + r, y + r, outline=gold, width=max(1, int(0.015 * u)))
     for _ in range(int(rng.integers(4, 12))):
         a = rng.uniform(0, 6.28, 2)
         ends = np.stack([x + r * np.cos(a), y + r * np.sin(a)], 1) * u
         sheet.draw.line([tuple(end) for end in ends], gold, max(1, int(0.01 * u)))
-    _text(sheet, rng, 0.28, sheet.height * 0.8, 0.08, 0.5, gold)
+    words(sheet, rng, 0.28, sheet.height * 0.8, 0.08, 0.5, gold)
     return sheet.array()
 
 
 def _card(rng, longest):
-    sheet = _patterned(rng, rng.uniform(0.58, 0.68), longest, _tint(rng, 60, 250, 35))
+    sheet = _patterned(rng, rng.uniform(0.58, 0.68), longest, tint(rng, 60, 250, 35))
     if rng.random() < 0.6:
         _identity(sheet, rng, rng.random() < 0.3)
     else:
         for _ in range(int(rng.integers(2, 7))):
-            _text(sheet, rng, rng.uniform(0.05, 0.5), rng.uniform(0.05, 0.9) * sheet.height,
-                  rng.uniform(0.03, 0.09), rng.uniform(0.15, 0.5), _tint(rng, 0, 255, 20))
+            words(sheet, rng, rng.uniform(0.05, 0.5), rng.uniform(0.05, 0.9) * sheet.height,
+                  rng.uniform(0.03, 0.09), rng.uniform(0.15, 0.5), tint(rng, 0, 255, 20))
     return sheet.array()
 
 
 def _receipt(rng, longest):
-    sheet = _upright(rng.uniform(0.3, 0.62), longest, _tint(rng, 215, 252, 4))
-    ink, y = _tint(rng, 20, 110, 8), 0.08
-    _text(sheet, rng, 0.2, y, 0.09, 0.6, ink)
+    sheet = upright(rng.uniform(0.3, 0.62), longest, tint(rng, 215, 252, 4))
+    ink, y = tint(rng, 20, 110, 8), 0.08
+    words(sheet, rng, 0.2, y, 0.09, 0.6, ink)
     while y < sheet.height - 0.3:
         y += rng.uniform(0.055, 0.09)
-        _text(sheet, rng, 0.06, y, 0.045, rng.uniform(0.3, 0.6), ink, _MONO)
+        words(sheet, rng, 0.06, y, 0.045, rng.uniform(0.3, 0.6), ink, MONO)
         if rng.random() < 0.7:
-            _text(sheet, rng, 0.82, y, 0.045, 0.12, ink, _MONO)
+            words(sheet, rng, 0.82, y, 0.045, 0.12, ink, MONO)
     return sheet.array()
 
 
 def _letter(rng, longest):
-    sheet = _upright(rng.uniform(0.66, 0.8), longest, _tint(rng, 215, 254, 6))
-    ink, margin = _tint(rng, 10, 90, 15), rng.uniform(0.05, 0.14)
+    sheet = upright(rng.uniform(0.66, 0.8), longest, tint(rng, 215, 254, 6))
+    ink, margin = tint(rng, 10, 90, 15), rng.uniform(0.05, 0.14)
     h, columns = sheet.height, 1 + (rng.random() < 0.25)
     if rng.random() < 0.6:
-        _text(sheet, rng, margin, 0.06, rng.uniform(0.03, 0.08), rng.uniform(0.2, 0.8), ink)
+        words(sheet, rng, margin, 0.06, rng.uniform(0.03, 0.08), rng.uniform(0.2, 0.8), ink)
     for column in range(columns):
         width = (1 - 2 * margin) / columns - 0.02
-        _paragraph(sheet, rng, margin + column * (width + 0.04), rng.uniform(0.15, 0.3), width,
+        paragraph(sheet, rng, margin + column * (width + 0.04), rng.uniform(0.15, 0.3), width,
                    h * rng.uniform(0.5, 0.96), rng.uniform(0.018, 0.035), ink, rng.uniform(1.3, 2.0))
     if rng.random() < 0.3:  # a picture in the text
         x, y = rng.uniform(0.1, 0.5), rng.uniform(0.2, 0.7) * h
-        sheet.box(x, y, x + 0.4, y + 0.3, _tint(rng, 40, 220, 40))
+        sheet.box(x, y, x + 0.4, y + 0.3, tint(rng, 40, 220, 40))
     return sheet.array()
 
 
 def _form(rng, longest):
-    sheet = _upright(rng.uniform(0.6, 0.95), longest, _tint(rng, 200, 252, 10))
-    ink = _tint(rng, 20, 110, 20)
+    sheet = upright(rng.uniform(0.6, 0.95), longest, tint(rng, 200, 252, 10))
+    ink = tint(rng, 20, 110, 20)
     rows, columns = int(rng.integers(4, 22)), int(rng.integers(1, 6))
     top, step, w = 0.15, (sheet.height - 0.25) / rows, 0.88 / columns
-    _text(sheet, rng, 0.08, 0.04, 0.05, 0.7, ink)
+    words(sheet, rng, 0.08, 0.04, 0.05, 0.7, ink)
     for row, column in np.ndindex(rows, columns):
         x, y = 0.06 + column * 0.88 / columns, top + row * step
         sheet.box(x, y, x + w, top + (row + 1) * step, None, ink, 0.003)
         if rng.random() < 0.7:
-            _text(sheet, rng, x + 0.01, top + (row + 0.3) * step, min(0.035, 0.5 * step), w * 0.8, ink)
+            words(sheet, rng, x + 0.01, top + (row + 0.3) * step, min(0.035, 0.5 * step), w * 0.8, ink)
     return sheet.array()
 
 
 def _note(rng, longest):
-    sheet = _upright(rng.uniform(0.6, 1.0), longest, _tint(rng, 205, 252, 14))
-    rule, step, y = _tint(rng, 150, 210, 20), rng.uniform(0.03, 0.07), 0.08
-    pen, u = _tint(rng, 10, 110, 30), sheet.scale
+    sheet = upright(rng.uniform(0.6, 1.0), longest, tint(rng, 205, 252, 14))
+    rule, step, y = tint(rng, 150, 210, 20), rng.uniform(0.03, 0.07), 0.08
+    pen, u = tint(rng, 10, 110, 30), sheet.scale
     while y < sheet.height:
         sheet.box(0, y, 1, y + 0.004, rule)
         if rng.random() < 0.6:
@@ -222,10 +222,10 @@ def _note(rng, longest):
 
 
 def _blank(rng, longest):
-    sheet = _upright(rng.uniform(0.6, 1.0), longest, _tint(rng, 180, 254, 10))
+    sheet = upright(rng.uniform(0.6, 1.0), longest, tint(rng, 180, 254, 10))
     if rng.random() < 0.5:
-        _text(sheet, rng, rng.uniform(0.1, 0.4), rng.uniform(0.1, 0.9), rng.uniform(0.03, 0.1),
-              rng.uniform(0.2, 0.5), _tint(rng, 10, 120, 20))
+        words(sheet, rng, rng.uniform(0.1, 0.4), rng.uniform(0.1, 0.9), rng.uniform(0.03, 0.1),
+              rng.uniform(0.2, 0.5), tint(rng, 10, 120, 20))
     return sheet.array()
 
 
@@ -242,8 +242,8 @@ def _banded(rng, pixels):
     width, height = image.size
     deep = round(rng.uniform(0.05, 0.2) * min(width, height) + 1)
     dark = rng.random() < 0.7
-    draw.rectangle([0, 0, width, deep], _tint(rng, *((5, 90) if dark else (60, 240)), 30))
-    ink = _tint(rng, 180, 255, 15) if dark else _tint(rng, 0, 90, 20)
+    draw.rectangle([0, 0, width, deep], tint(rng, *((5, 90) if dark else (60, 240)), 30))
+    ink = tint(rng, 180, 255, 15) if dark else tint(rng, 0, 90, 20)
     for _ in range(int(rng.integers(0, 3))):
         word = _word(rng).upper()
         draw.text((rng.uniform(0.02, 0.8) * width, 0.25 * deep), word, ink,
@@ -274,10 +274,10 @@ def printed(rng, longest, photo):
         size = round(rng.uniform(0.05, 0.16) * width)
         word = " ".join(rng.choice(_WORDS, 2)).upper()
         draw.text((rng.uniform(0.04, 0.3) * width, rng.uniform(0.02, 0.9) * longest), word,
-                  _tint(rng, 0, 255, 60), font(_FONTS[int(rng.integers(4))], max(6, size)))
+                  tint(rng, 0, 255, 60), font(_FONTS[int(rng.integers(4))], max(6, size)))
     pixels = np.array(image)
     if rng.random() < 0.4:
         edge = round(rng.uniform(0.02, 0.08) * longest)
         pixels = cv2.copyMakeBorder(pixels, edge, edge, edge, edge, cv2.BORDER_CONSTANT,
-                                    value=_tint(rng, 200, 254, 5))
+                                    value=tint(rng, 200, 254, 5))
     return np.dstack([pixels, coverage(pixels.shape, 0)])

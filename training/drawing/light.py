@@ -6,6 +6,8 @@ Until sensed() or spoilt() give its pixels a picture is float32, 0..1 for the on
 import cv2
 import numpy as np
 
+DARK = 25  # of 255: under this mean a picture counts as taken in the dark
+
 
 def _grid(size):
     return np.meshgrid(*(np.linspace(-1, 1, side, dtype=np.float32) for side in size))
@@ -95,6 +97,57 @@ def _any_glare(rng, picture, quads):
     glare(picture, where, angle, reach, reach * rng.uniform(0.15, 1), rng.uniform(60, 260))
 
 
+def _blotches(rng, shape, cell, deviation):
+    # Noise of patches of cell pixels, each colour its own: what is left of grain that a camera has smoothed.
+    height, width = shape[:2]
+    coarse = rng.normal(0, 1, (max(2, round(height / cell)), max(2, round(width / cell)), 3)).astype(np.float32)
+    return cv2.resize(coarse, (width, height), interpolation=cv2.INTER_LINEAR) * np.float32(1.5 * deviation)
+
+
+def night(rng, picture, quads):
+    """As spoilt(), in the dark: the mean of the pixels is under DARK."""
+    unit = picture.shape[0] / 256
+    if rng.random() < 0.6:
+        picture *= _field(rng, picture.shape)[..., None]
+    if rng.random() < 0.5:  # a screen or a far lamp lights one side
+        lamp(picture, rng, 1.0, rng.uniform(-1, 1), rng.uniform(0.3, 0.9))
+    picture *= np.float32(1 + np.clip(rng.normal(0, 0.15, 3), -0.4, 0.4))
+    if rng.random() < 0.15:
+        _any_glare(rng, picture, quads)
+    if rng.random() < 0.5:
+        picture = cv2.GaussianBlur(picture, (0, 0), unit * abs(rng.normal(0, 0.8)) + 0.25)
+    if rng.random() < 0.25:  # it is exposed for long
+        picture = motion(picture, rng, unit * rng.uniform(1.5, 6))
+    level = np.exp(rng.uniform(np.log(3), np.log(23)))
+    light = picture * np.float32(level / max(picture.mean(), 1))
+    grain = rng.standard_normal(picture.shape, np.float32)
+    if rng.random() < 0.5:
+        grain = cv2.GaussianBlur(grain, (0, 0), rng.uniform(0.5, 1.2)) * np.float32(1.8)
+    # Grain that drowned the page would teach nothing.
+    worst = min(1.0, 0.2 + level / 12)
+    noise = grain * np.sqrt(rng.uniform(0, 0.6) * light + (worst * rng.uniform(0.2, 3)) ** 2)
+    noise += _blotches(rng, picture.shape, unit * rng.uniform(2, 9), worst * rng.uniform(0, 1.5))
+    if rng.random() < 0.2:  # the sensor's rows differ
+        noise += rng.normal(0, rng.uniform(0.3, 1.5), (picture.shape[0], 1, 1)).astype(np.float32)
+    black = np.float32(worst * rng.uniform(-1, 2))  # what the camera takes for it
+    if rng.random() < 0.1:
+        light, noise = (np.repeat(part.mean(2, keepdims=True), 3, 2) for part in (light, noise))
+    pixels = _pixels(light + noise - black)
+    while pixels.mean() >= DARK - 0.5:
+        light, noise = 0.8 * light, 0.9 * noise
+        pixels = _pixels(light + noise - black)
+    if rng.random() < 0.35:
+        pixels = cv2.medianBlur(pixels, 3)
+    if rng.random() < 0.4:
+        pixels = _packed(rng, pixels, 60)
+    return pixels
+
+
+def _packed(rng, pixels, least=25):
+    _, data = cv2.imencode(".jpg", pixels, [cv2.IMWRITE_JPEG_QUALITY, int(rng.integers(least, 85))])
+    return cv2.imdecode(data, cv2.IMREAD_COLOR)
+
+
 def spoilt(rng, picture, quads):
     """8-bit pixels of picture (changed in place) as a poor camera in poor light saves it."""
     unit = picture.shape[0] / 256
@@ -127,6 +180,5 @@ def spoilt(rng, picture, quads):
         picture = np.repeat(picture.mean(2, keepdims=True), 3, 2)
     pixels = _pixels(picture)
     if rng.random() < 0.2:
-        _, data = cv2.imencode(".jpg", pixels, [cv2.IMWRITE_JPEG_QUALITY, int(rng.integers(25, 85))])
-        pixels = cv2.imdecode(data, cv2.IMREAD_COLOR)
+        pixels = _packed(rng, pixels)
     return pixels

@@ -13,6 +13,16 @@ from . import brush, camera, desks, hands, light, things
 from .recipes import LAYOUTS
 
 _BARE_MM = (125, 88)  # a desk without document is seen from as near as one with a passport page
+_ANY = (0.2, 0.6, 0.12, 0.05, 0.03)
+KINDS = {  # of composed scenes: share in training, chances of 0, 1, .. 4 documents
+    "usual": (0.61, _ANY),
+    "print": (0.1, (0, 0.9, 0.1, 0, 0)),  # on a printed sheet
+    "keys": (0.07, (0.12, 0.8, 0.08, 0, 0)),  # on a keyboard or a laptop
+    "night": (0.06, _ANY),
+    "covered": (0.06, (0, 0.92, 0.08, 0, 0)),  # by fingers
+    "cut": (0.05, (0, 1, 0, 0, 0)),  # by one to three sides of the frame
+    "several": (0.05, (0, 0, 0.45, 0.35, 0.2)),  # that may lie over one another
+}
 
 
 @dataclass
@@ -123,10 +133,11 @@ def _bent(rng, u, v):
     return shade
 
 
-def _lay_flat(rng, picture, flat, quad, glued):
-    # Lays flat (RGBA) over picture (float32, in place), perhaps bent; glued: without a shadow.
-    u, v = camera.document_grid(quad, picture.shape[1::-1])
-    shade = _bent(rng, u, v)
+def _lay_flat(rng, picture, flat, grid, glued=False, stiff=False):
+    # Lays flat (RGBA) over picture (float32, in place), perhaps bent unless it is stiff; glued: without a shadow.
+    # grid: u and v, 0..1 over it, of every pixel.
+    u, v = grid
+    shade = np.float32(1) if stiff else _bent(rng, u, v)
     h, w = flat.shape[:2]
     seen = cv2.remap(flat, u * w - 0.5, v * h - 0.5, cv2.INTER_LINEAR, borderMode=cv2.BORDER_CONSTANT)
     cover = seen[..., 3].astype(np.float32) / 255
@@ -137,27 +148,47 @@ def _lay_flat(rng, picture, flat, quad, glued):
         brush.cast_shadow(picture, cover, offset, reach, rng.uniform(0.1, 0.6))
     if rng.random() < 0.5:
         paper *= np.float32(rng.uniform(0.75, 1.1))
-    paper *= shade[..., None]
+    paper *= shade[..., None] if shade.ndim else shade
     # Remapping against black already weighed the colours at the rim by their coverage.
     picture *= 1 - cover[..., None]
     picture += np.clip(paper, 0, 255) * (cover > 0)[..., None]
 
 
-def composed(rng, flats, places, size, aspect=None, documents=None):
+def _longest(quad):
+    return max(np.linalg.norm(np.roll(quad, -1, 0) - quad, axis=1))
+
+
+def _lay_below(rng, picture, below, quad, shape, stiff):
+    # Lays one of below (Flats) into picture where the document of shape (height, width) with corners quad will lie.
+    index = int(rng.integers(len(below)))
+    # From a letter on a keyboard and a spread on a form to a card on a broadsheet.
+    ratio = np.exp(rng.uniform(np.log(1.5 if stiff else 1.3), np.log(4)))
+    grid = camera.ground_grid(rng, camera.document_grid(quad, picture.shape[1::-1]), shape, below.shape(index), ratio)
+    _lay_flat(rng, picture, below.at(index, ratio * _longest(quad)), grid, stiff=stiff)
+
+
+def composed(rng, flats, places, size, aspect=None, documents=None, kind="usual", below=None):
     """A Scene of size (width, height) pixels with Flats on places (photographs, uint8).
 
     documents: how many are tried, None for any. A scene is aspect wide and 1 high, whatever its pixels.
+    kind: one of KINDS. below: Flats that documents lie on in scenes of the kinds print and keys; these
+    are ground, so that the Scene tells nothing of them.
     """
     if aspect is None:
         aspect = float(rng.choice([16 / 9, 4 / 3, 3 / 4, 9 / 16, 1.0, 1.5, 2 / 3]))
     if documents is None:
-        documents = int(rng.choice(5, p=[0.2, 0.6, 0.12, 0.05, 0.03]))
-    fills = documents == 1 and rng.random() < 0.1
+        documents = int(rng.choice(5, p=KINDS[kind][1]))
+    fills = documents == 1 and kind in ("usual", "night", "covered") and rng.random() < 0.1
     chosen, quads = [], []
     for _ in range(documents):
         index = int(rng.integers(len(flats)))
         shape = flats.shape(index)
-        quad = camera.scanned(rng, shape, aspect) if fills else camera.placed(rng, shape, aspect, quads)
+        if fills:
+            quad = camera.scanned(rng, shape, aspect)
+        elif kind == "cut":
+            quad = camera.cut(rng, shape, aspect)
+        else:
+            quad = camera.placed(rng, shape, aspect, quads, kind == "several")
         if quad is not None:
             chosen.append(index)
             quads.append(quad)
@@ -168,17 +199,23 @@ def composed(rng, flats, places, size, aspect=None, documents=None):
         small = flats.levels[chosen[0]][-1]
         tone = np.median(small[..., :3].reshape(-1, 3), axis=0) + rng.normal(0, 10)
     picture = desks.ground(rng, places, size, aspect, tone)
+    if below:
+        shape = flats.shape(chosen[0]) if chosen else (2, 3)
+        quad = quads[0] if chosen else camera.placed(rng, shape, aspect, []) * [size[0] / aspect, size[1]]
+        _lay_below(rng, picture, below, quad, shape, kind == "keys")
     if rng.random() < (0.35 if chosen else 0.6):
         things.strew(rng, picture, aspect, quads)
-    hand = hands.RoughHand(rng, quads[0]) if chosen and not fills and rng.random() < 0.2 else None
+    held = chosen and not fills and kind not in ("print", "keys", "covered") and rng.random() < 0.2
+    hand = hands.RoughHand(rng, quads[0]) if held else None
     if hand:
         hand.behind(picture)
     for index, quad in zip(chosen, quads):
-        longest = max(np.linalg.norm(np.roll(quad, -1, 0) - quad, axis=1))
-        _lay_flat(rng, picture, flats.at(index, longest), quad, fills or hand)
-    if hand:
+        _lay_flat(rng, picture, flats.at(index, _longest(quad)), camera.document_grid(quad, size), fills or hand)
+    if kind == "covered":
+        hands.grip(rng, picture, quads[-1])
+    elif hand:
         hand.over(picture)
     elif chosen and rng.random() < 0.15:
         hands.fingers(rng, picture, quads[-1])
-    pixels = light.spoilt(rng, picture, quads)
+    pixels = (light.night if kind == "night" else light.spoilt)(rng, picture, quads)
     return Scene(pixels, [camera.clockwise(q) for q in quads], [flats.kinds[i] for i in chosen])
