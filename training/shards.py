@@ -41,11 +41,11 @@ def draw_flats(seed, places, specimens=90, layouts=420, covers=40, longest=420):
     return scenes.Flats(flats + draw_invented(seed, longest, places, layouts, covers))
 
 
-def draw_below(seed, places, longest=640, held_out=False):
-    """By kind of scene, the Flats that documents lie on."""
+def draw_below(seed, places, longest=640, held_out=False, share=1.0):
+    """By kind of scene, the Flats that documents lie on; held_out: of designs and colours that are never trained on."""
     below = {}
     for middle, (kind, (draw, count)) in enumerate(BELOW.items()):
-        rngs = [np.random.default_rng([seed, 5 + middle, i]) for i in range(count)]
+        rngs = [np.random.default_rng([seed, 5 + middle, i]) for i in range(round(share * count))]
         below[kind] = scenes.Flats([draw(rng, longest, places, held_out) for rng in rngs])
     return below
 

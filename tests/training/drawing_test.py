@@ -111,10 +111,28 @@ class SceneTest(unittest.TestCase):
                     seen += 1
         self.assertGreater(seen, 15)
 
+    def test_what_a_kind_of_scene_adds_is_seen_and_leaves_the_outline(self):
+        flats, grey = scenes.Flats([marked_page(None).flat(400)]), [np.full((300, 400, 3), 90, np.uint8)]
+        blue = scenes.Flats([np.full((300, 400, 4), (20, 60, 200, 255), np.uint8)])
+        for seed, kind in ((seed, kind) for seed in range(8) for kind in ("print", "covered", "cut", "night")):
+            def drawn(below):
+                return scenes.composed(np.random.default_rng(seed), flats, grey, (256, 256), 1, 1, kind, below)
+
+            with self.subTest(kind, seed=seed), mock.patch.object(light, "spoilt", lambda _, picture, __: picture.astype(np.uint8)):
+                scene = drawn(blue if kind == "print" else None)
+                with mock.patch.object(scenes.hands, "grip"), mock.patch.object(scenes.hands, "fingers"):
+                    bare = drawn(None)
+                quad = scene.quads[0]
+                np.testing.assert_array_equal(quad, bare.quads[0])
+                page = cv2.fillConvexPoly(np.zeros((256, 256), np.uint8), quad.astype(np.int32), 1) > 0
+                added = np.abs(scene.pixels.astype(int) - bare.pixels).max(2) > 12
+                outside = (quad < 0).any(0).sum() + (quad > 256).any(0).sum()
+                self.assertTrue({"print": (added & ~page).any(), "covered": 0 < (added & page).sum() < 0.5 * page.sum(),
+                                 "cut": 1 <= outside <= 3, "night": scene.pixels.mean() < light.DARK}[kind])
+
     def test_document_is_drawn_where_the_pictures_origin_lies_beyond_its_horizon(self):
-        quad = np.array([[179.0, 236], [157, 208], [228, 195], [254, 214]])
-        for grid, middle in zip(camera.document_grid(quad, (256, 256)), (0.5, 0.5)):
-            self.assertAlmostEqual(float(grid[213, 204]), middle, delta=0.2)
+        for grid in camera.document_grid(np.array([[179, 236], [157, 208], [228, 195], [254, 214]]), (256, 256)):
+            self.assertAlmostEqual(float(grid[213, 204]), 0.5, delta=0.2)
 
     def test_noise_has_the_stated_deviation_at_mid_grey(self):
         grey = np.full((200, 200, 3), 0.5, np.float32)

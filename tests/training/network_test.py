@@ -10,6 +10,7 @@ import sys
 import tempfile
 
 SKIPPED = 77
+MODEL = pathlib.Path(__file__).resolve().parents[2] / "models" / "outline-net.onnx"
 try:
     import cv2
     import numpy as np
@@ -20,6 +21,7 @@ except ImportError as missing:
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "training"))
 import export  # noqa: E402
+import restore  # noqa: E402
 import shards  # noqa: E402
 import targets  # noqa: E402
 import train  # noqa: E402
@@ -34,7 +36,7 @@ def draw(folder):
         cv2.putText(papers[-1], "PAGE", (20, 70), cv2.FONT_HERSHEY_SIMPLEX, 1.2, (20, 20, 20, 255), 3)
     places = [np.random.default_rng(1).integers(0, 255, (300, 400, 3)).astype(np.uint8)]
     shards.SCENES = 24
-    pixels, quads = shards.draw_shard(0, shards.scenes.Flats(papers), places)
+    pixels, quads = shards.draw_shard(0, shards.scenes.Flats(papers), {}, places)
     np.savez(folder / "0000.npz", pixels=pixels, quads=quads)
     return pixels, quads
 
@@ -54,12 +56,13 @@ def turned_targets_agree(pixels, quads):
         check(difference < 0.01, f"way {way}: the maps do not turn with the scene")
 
 
-def exported_agrees(program, folder, net, floats, tolerance):
-    model = folder / "net.onnx"
+def exported_agrees(program, folder, net, floats, tolerance, model=None):
     picture = np.random.default_rng(3).uniform(0, 255, (1, 3, SIDE, SIDE)).astype(np.float32)
     with torch.no_grad():
         wanted = torch.sigmoid(net.eval()(torch.from_numpy(picture))).numpy()
-    export.exported(net, model, floats)
+    if not model:
+        model = folder / "net.onnx"
+        export.exported(net, model, floats)
     picture.tofile(folder / "input")
     done = subprocess.run([program, model, folder / "input", folder / "output"], capture_output=True, text=True)
     if done.returncode == SKIPPED:
@@ -70,6 +73,19 @@ def exported_agrees(program, folder, net, floats, tolerance):
     print(f"{'floats' if floats else '8 bits'}: {model.stat().st_size} bytes, furthest apart {worst:.2g}")
     check(worst < tolerance, "the exported network answers otherwise than the trained one")
     check(floats or model.stat().st_size < 2_000_000, "the model is larger than 2 MB")
+
+
+def training_goes_on(program, folder, pictures):
+    """The committed network, restored, answers as its file does, also where it normalises by what it sees."""
+    try:
+        net = restore.network(MODEL)
+    except ModuleNotFoundError as missing:
+        return print(f"not checked: how training goes on: {missing}; install the Debian package python3-onnx")
+    batch = torch.from_numpy(pictures.transpose(0, 3, 1, 2).astype(np.float32))
+    exported_agrees(program, folder, restore.settle(net, [batch]), False, 1e-3, MODEL)
+    with torch.no_grad():
+        apart = float((torch.sigmoid(net(batch)) - torch.sigmoid(net.train()(batch))).abs().max())
+    check(apart < 1e-3, f"the first step of training sees another network: {apart:.2g} apart")
 
 
 def main(program):
@@ -86,6 +102,7 @@ def main(program):
         check(torch.load(checkpoint)["step"] == 10, "the run did not go on from its checkpoint")
         for floats, tolerance in ((True, 1e-4), (False, 0.05)):
             exported_agrees(program, folder, export.load(checkpoint), floats, tolerance)
+        training_goes_on(program, folder, pixels)
 
 
 if __name__ == "__main__":
