@@ -137,7 +137,8 @@ def write(net, source, folder, member=0, members=1):
 
 
 def _features(net, lines):
-    lines = sorted(lines, key=lambda line: line[0].shape[1])
+    # The widest first: what they leave free holds the narrower ones' maps, and memory does not grow.
+    lines = sorted(lines, key=lambda line: -line[0].shape[1])
     maps = []
     for at in range(0, len(lines), _GROUP):
         group = [picture for picture, _ in lines[at:at + _GROUP]]

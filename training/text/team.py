@@ -1,5 +1,9 @@
 """Processes that train together: of every step each takes the mean of all gradients."""
 
+import multiprocessing
+import os
+import threading
+
 import torch
 
 _PATIENCE = 900  # seconds that one waits for the others
@@ -46,8 +50,15 @@ class Team:
         return given
 
     def _play(self, task, member):
+        if member:
+            threading.Thread(target=_end_with_parent, daemon=True).start()
         try:
             return task(member, self)
         except BaseException:
             self._meeting.abort()
             raise
+
+
+def _end_with_parent():
+    multiprocessing.parent_process().join()
+    os._exit(1)  # that one was killed

@@ -123,7 +123,7 @@ class _Record:
 
     def _tell(self, step, clock, rate):
         self.loss, self._losses = float(np.mean(self._losses)), []
-        left = self._seconds() / 60 * (1 - clock) / clock
+        left = max(0, self._seconds() / 60 * (1 - clock) / clock)
         with open(self._path.with_suffix(".tsv"), "a", encoding="utf-8") as curve:
             curve.write(f"{step}\t{self.loss:.4f}\t{rate:.6f}\t{self._seconds():.0f}\t{self._lines}\n")
         print(f"{self._options.part}: step {step}, {self._lines} lines, loss {self.loss:.4f}, {left:.1f} minutes left",
