@@ -1,4 +1,4 @@
-"""Cuts the lines of text out of labelled pictures: python3 -m text.crops MANIFEST FOLDER [RESOURCES].
+"""Cuts the lines of text out of labelled pictures: python3 -m text.crops MANIFEST FOLDER PUBLISHED.
 
 As the library cuts them (src/vision/text: TextDetector, TextBoxes, LineBox, PageReader), but which way up a page lies
 is told by reading its clearest lines both ways. FOLDER gets a PNG a line, 48 pixels high; index.tsv: picture,
@@ -17,7 +17,7 @@ import numpy as np
 from . import published
 from .graph import HEIGHT
 from .reading import Reader, load
-from .runtime import FOLDER, Session
+from .runtime import Session
 
 _INDEX, _ZONES = "index.tsv", "zones.tsv"
 _PICTURE_SIDE, _DETECTOR_SIDE = 1800, 832  # pixels: longest side read from, longest side the detector sees
@@ -143,7 +143,7 @@ def crops(picture, detector, reader):
 
 def write(manifest, folder, resources):
     """Cuts every picture of manifest into folder, with the models of resources."""
-    detector = Session(resources / published.DETECTOR, folder=resources)
+    detector = Session(resources / published.DETECTOR)
     reader = Reader(resources / published.RECOGNISER, resources / published.DICTIONARY)
     folder.mkdir(parents=True, exist_ok=True)
     with open(manifest, encoding="utf-8") as rows, open(folder / _INDEX, "w", encoding="utf-8") as index, \
@@ -176,12 +176,11 @@ if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("manifest", type=Path, help="table of pictures that lie beside it: file, kind, mrz1, mrz2")
     parser.add_argument("folder", type=Path, help="for the crops, below training/out")
-    parser.add_argument("resources", type=Path, nargs="?", default=Path(FOLDER),
-                        help="folder of the published networks, their dictionary and ONNX Runtime")
+    parser.add_argument("published", type=Path, help="folder that text.fetch filled")
     options = parser.parse_args()
     cv2.setNumThreads(1)
     try:
-        write(options.manifest, options.folder, options.resources)
+        write(options.manifest, options.folder, options.published)
     except OSError as error:
         raise SystemExit(f"{error.filename}: {error.strerror}") from error
     except KeyError as error:

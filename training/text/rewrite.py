@@ -50,7 +50,7 @@ class _Rewriting:
         """wanted: what the outputs of the source's network are to be compared as."""
         path = self._folder / name
         graph.save(model if self._floats else graph.halved(model), path)
-        before, after = (Session(file, folder=self._resources) for file in (self._resources / source, path))
+        before, after = (Session(file) for file in (self._resources / source, path))
         rng = np.random.default_rng(_SEED)
         apart, changed, decided, seconds = 0.0, 0, 0, np.zeros(2)
         for shape in shapes:
@@ -90,7 +90,7 @@ def main(resources, folder, floats=False):
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("resources", help="folder of the published networks, the dictionary and ONNX Runtime")
+    parser.add_argument("resources", help="folder that text.fetch filled")
     parser.add_argument("folder", help="for the rewritten ones")
     parser.add_argument("--floats", action="store_true", help="weights in 32 bits")
     options = parser.parse_args()

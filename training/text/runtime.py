@@ -8,7 +8,7 @@ from pathlib import Path
 import numpy as np
 
 # Where tools/setup puts the library, unless the environment names another folder.
-FOLDER = os.environ.get("KESTRELID_RESOURCES", Path(__file__).resolve().parents[2] / ".deps" / "resources")
+_FOLDER = os.environ.get("KESTRELID_RESOURCES", Path(__file__).resolve().parents[2] / ".deps" / "resources")
 _LEVEL = 11  # of the interface, which every later runtime still speaks
 _NEWEST = 40  # minor version to look for: Debian names the library after it
 # Places in the table of functions: it only ever grows at its end.
@@ -32,9 +32,9 @@ class _Base(ctypes.Structure):
                 ("version", ctypes.CFUNCTYPE(ctypes.c_char_p))]
 
 
-def _library(folder):
+def _library():
     name = "libonnxruntime.so"
-    names = [Path(folder, name), f"{name}.1", name]
+    names = [Path(_FOLDER, name), f"{name}.1", name]
     reason = None
     for candidate in names + [f"{name}.1.{minor}" for minor in range(_NEWEST, _LEVEL - 1, -1)]:
         try:
@@ -49,8 +49,8 @@ def _library(folder):
 class _Interface:
     """The functions, each as a call that fails with the runtime's words; and the process's one environment."""
 
-    def __init__(self, folder):
-        library = _library(folder)
+    def __init__(self):
+        library = _library()
         library.OrtGetApiBase.restype = ctypes.POINTER(_Base)
         table = library.OrtGetApiBase().contents.table(_LEVEL)
         if not table:
@@ -88,13 +88,13 @@ def _kind(value):
 
 
 class Session:
-    """A model, loaded. threads: those that share one run; folder: where the first session finds the runtime."""
+    """A model, loaded. threads: those that share one run."""
 
     _interface = _handle = None
 
-    def __init__(self, path, threads=1, folder=FOLDER):
+    def __init__(self, path, threads=1):
         if Session._interface is None:
-            Session._interface = _Interface(folder)
+            Session._interface = _Interface()
         api = self._interface
         if not Path(path).is_file():
             raise SystemExit(f"{path}: no such file")

@@ -205,7 +205,7 @@ def parsed(arguments=None):
         part = parts.add_parser(name, help=help_text)
         option = part.add_argument
         if name == "neck":
-            option("resources", help="folder with the published recogniser and its characters")
+            option("resources", help="folder that text.fetch filled")
         option("shards", help="folder of shards")
         option("folder", help="for checkpoints and curves" + (", and for features" if name == "neck" else ""))
         option("--minutes", type=float, help="that it may take")
