@@ -46,7 +46,8 @@ class _HeldOut:
         size = _SIZES[int(rng.integers(len(_SIZES)))]
         pool = self._specimens if rng.random() < 0.65 else self._invented
         while True:
-            scene = scenes.composed(rng, pool, self._places, size, size[0] / size[1], documents, kind, self._below.get(kind))
+            scene = scenes.composed(rng, pool, self._places, size, size[0] / size[1], documents, kind,
+                                    self._below.get(kind))
             if bool(scene.quads) == (documents != 0) and (kind != "several" or _one_is_larger(scene)):
                 return scene
 
@@ -65,7 +66,8 @@ def _seen(quad, size):
     seen = cv2.intersectConvexConvex(frame, quad.astype(np.float32))[1].reshape(-1, 2)
     (left, top), (right, bottom) = seen.min(0), seen.max(0)
     off = np.abs([clipped.min(0) - [left, top], clipped.max(0) - [right, bottom]])
-    return clipped if off.max() < 0.01 * max(size) else np.array([[left, top], [right, top], [right, bottom], [left, bottom]])
+    box = np.array([[left, top], [right, top], [right, bottom], [left, bottom]])
+    return clipped if off.max() < 0.01 * max(size) else box
 
 
 def _area(quad):
@@ -151,7 +153,8 @@ def main(source, folder):
         add_scene("calibration", position, known.draw(80002, position, 0 if position % 3 == 0 else 1))
     alone = [kind for kind in _KINDS if kind != "several"]  # outlines of other documents would count as wrong
     for position in _told("calibration picture", OF_A_KIND_KNOWN * len(alone)):
-        add_scene("calibration", CALIBRATION + position, known.of_kind(80003, position, alone[position % len(alone)]), _seen)
+        scene = known.of_kind(80003, position, alone[position % len(alone)])
+        add_scene("calibration", CALIBRATION + position, scene, _seen)
 
 
 if __name__ == "__main__":

@@ -17,7 +17,8 @@ def _stored(path):
         raise SystemExit(f"{path}: {error.strerror}") from error
     except DecodeError as error:
         raise SystemExit(f"{path}: not an ONNX file") from error
-    return {value.name: torch.from_numpy(onnx.numpy_helper.to_array(value).astype(np.float32)) for value in graph.initializer}
+    arrays = {value.name: onnx.numpy_helper.to_array(value) for value in graph.initializer}
+    return {name: torch.from_numpy(array.astype(np.float32)) for name, array in arrays.items()}
 
 
 def network(path):

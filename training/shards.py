@@ -16,7 +16,8 @@ from drawing.invented import invented, printed
 
 SIDE = 256  # pixels; the network is trained on smaller ones
 SCENES = 1000  # a shard
-BELOW = {"print": (prints.printed_sheet, 60), "keys": (keyboards.keyboard, 40)}  # kinds of scenes: what lies there, how many
+# By kind of scene: what its documents lie on, and how many of that are drawn.
+BELOW = {"print": (prints.printed_sheet, 60), "keys": (keyboards.keyboard, 40)}
 _MOST = 6  # documents a scene
 _LAYOUTS = (passports.bangladesh_page, passports.bangladesh_spread, utopia.classic, utopia.trilingual,
             cards.identity_card, papers.receipt)  # the others are held out

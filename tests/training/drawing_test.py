@@ -118,7 +118,8 @@ class SceneTest(unittest.TestCase):
             def drawn(below):
                 return scenes.composed(np.random.default_rng(seed), flats, grey, (256, 256), 1, 1, kind, below)
 
-            with self.subTest(kind, seed=seed), mock.patch.object(light, "spoilt", lambda _, picture, __: picture.astype(np.uint8)):
+            bare_light = mock.patch.object(light, "spoilt", lambda _, picture, __: picture.astype(np.uint8))
+            with self.subTest(kind, seed=seed), bare_light:
                 scene = drawn(blue if kind == "print" else None)
                 with mock.patch.object(scenes.hands, "grip"), mock.patch.object(scenes.hands, "fingers"):
                     bare = drawn(None)

@@ -135,8 +135,8 @@ def _knuckles(rng, picture, near, far, radius, skin):
     # The hand that fingers belong to, and perhaps a sleeve, from beyond the document outward.
     _finger(rng, picture, near, far, (radius, 1.2 * radius), skin, 0.6 * radius)
     if rng.random() < 0.5:
-        _finger(rng, picture, near + 1.1 * (far - near), near + 3 * (far - near), (1.3 * radius, 1.5 * radius), rng.uniform(0, 200, 3),
-                0.6 * radius)
+        sleeve = near + 1.1 * (far - near), near + 3 * (far - near)
+        _finger(rng, picture, *sleeve, (1.3 * radius, 1.5 * radius), rng.uniform(0, 200, 3), 0.6 * radius)
 
 
 def grip(rng, picture, quad):
@@ -150,7 +150,8 @@ def grip(rng, picture, quad):
             inward = brush.turned(quad.mean(0) - quad[side], np.degrees(rng.normal(0, 0.35)))
             inward *= unit / max(np.linalg.norm(inward), 1e-6)
             _knuckles(rng, picture, quad[side] - 6 * inward, quad[side] - 12 * inward, 2 * unit, skin)
-            _reaching(rng, picture, quad[side] - 6 * inward, quad[side] + rng.uniform(0.4, 2) * inward, 0.7 * unit, skin)
+            tip = quad[side] + rng.uniform(0.4, 2) * inward
+            _reaching(rng, picture, quad[side] - 6 * inward, tip, 0.7 * unit, skin)
             continue
         start, along = quad[side], (quad[(side + 1) % 4] - quad[side]) / lengths[side]
         inward = np.array([-along[1], along[0]])
@@ -165,4 +166,5 @@ def grip(rng, picture, quad):
         _knuckles(rng, picture, at(count / 2, -4.5), at(count / 2, -11), max(0.6 * count, 1.4) * unit, skin)
         for finger in range(count):
             tip = at(finger + 0.5, reach * (0.8, 1.0, 0.95, 0.7)[finger] * rng.uniform(0.85, 1.1))
-            _reaching(rng, picture, at(finger + 0.5 + rng.normal(0, 0.15), -5), tip, 0.49 * unit, skin * rng.uniform(0.94, 1.06))
+            root = at(finger + 0.5 + rng.normal(0, 0.15), -5)
+            _reaching(rng, picture, root, tip, 0.49 * unit, skin * rng.uniform(0.94, 1.06))

@@ -44,10 +44,12 @@ class _Keys:
         """One key in its place, said printed on it."""
         g = self._gap / 2
         self.box(x + g / 2, y + g / 2, width - g, height - g, [c * 0.55 for c in self.body], self._round)
-        self.box(x + g, y + g, width - 2 * g, height - 2 * g, [c * (0.75 if self._bevel else 1) for c in self.key], self._round)
+        side = [c * (0.75 if self._bevel else 1) for c in self.key]
+        self.box(x + g, y + g, width - 2 * g, height - 2 * g, side, self._round)
         if self._bevel:
             b = g + self._bevel
-            self.box(x + b, y + g + self._bevel / 2, width - 2 * b, height - g - 2 * b, [c * 1.06 for c in self.key], self._round)
+            top = [c * 1.06 for c in self.key]
+            self.box(x + b, y + g + self._bevel / 2, width - 2 * b, height - g - 2 * b, top, self._round)
         size = self._size if len(said) < 2 else max(4, self._size * 2 // 3)
         at = (x + 0.22, y + 0.15) if self._corner or len(said) > 1 else (x + 0.36, y + 0.25)
         self._draw.text([v * self._unit for v in at], said, self.ink, font("sans", size))
@@ -77,8 +79,9 @@ def _laptop(rng, unit, colours, photo):
     if screen:  # its lower part, bright or dark
         keys.box(0, 0, 15 + 2 * side, screen, (8, 8, 10))
         if rng.random() < 0.5:
-            width, height = (max(2, round(v * unit)) for v in (14.4 + 2 * side, max(screen - 0.4, 0.1)))
-            keys.image.paste(Image.fromarray(photo).resize((width, 2 * height)).crop((0, height, width, 2 * height)), (round(0.3 * unit), 0))
+            width, height = (max(2, round(v * unit)) for v in (14.4 + 2 * side, screen - 0.4))
+            shown = Image.fromarray(photo).resize((width, 2 * height)).crop((0, height, width, 2 * height))
+            keys.image.paste(shown, (round(0.3 * unit), 0))
     _functions(keys, side, screen + 0.4, 0.7)
     keys.block(side, screen + 1.2)
     pad, shade = rng.uniform(4, 7.5), rng.uniform(0.85, 1.08)

@@ -32,7 +32,8 @@ def _story(sheet, rng, photos, box, columns, size, ink, colour):
     left, top, right, bottom = box
     for _ in range(int(rng.integers(0, 3))):
         large = size * rng.uniform(1.6, 4)
-        words(sheet, rng, left, top, large, (right - left) * rng.uniform(0.5, 0.9), ink, int(rng.choice([BOLD, SERIF_BOLD])))
+        wide = (right - left) * rng.uniform(0.5, 0.9)
+        words(sheet, rng, left, top, large, wide, ink, int(rng.choice([BOLD, SERIF_BOLD])))
         top += 1.3 * large
     if rng.random() < 0.5:
         deep = min((bottom - top) * rng.uniform(0.3, 0.7), (right - left) * 0.8)
@@ -48,8 +49,8 @@ def _stories(sheet, rng, photos, top, columns, size, colour):
     ink, margin = tint(rng, 10, 60, 4), rng.uniform(0.03, 0.07)
     while top < sheet.height - 0.12:
         bottom = min(top + rng.uniform(0.25, 0.6), sheet.height - margin)
-        cuts = np.sort(rng.choice(np.arange(1, columns), min(columns - 1, int(rng.integers(0, 3))), False)) if columns > 1 else []
-        edges = [0, *cuts, columns]
+        cuts = rng.permutation(np.arange(1, columns))[:int(rng.integers(0, 3))]
+        edges = [0, *np.sort(cuts), columns]
         for first, last in zip(edges, edges[1:]):
             x0, x1 = (margin + (1 - 2 * margin) * c / columns for c in (first, last))
             _story(sheet, rng, photos, (x0, top, x1 - 0.015, bottom), int(last - first), size, ink, colour)
@@ -62,7 +63,7 @@ def _stories(sheet, rng, photos, top, columns, size, colour):
 
 def _newspaper(rng, longest, photos):
     grey = rng.uniform(195, 235)
-    paper = np.clip(np.array([grey, grey, grey]) + [[0, 0, 0], [0, -3, -14], [10, -16, -34]][int(rng.integers(3))], 0, 255)
+    paper = np.clip(grey + np.array([[0, 0, 0], [0, -3, -14], [10, -16, -34]])[int(rng.integers(3))], 0, 255)
     sheet = upright(rng.uniform(0.6, 0.78), longest, tuple(int(c) for c in paper))
     top = 0.05
     if rng.random() < 0.6:
@@ -150,7 +151,8 @@ def _book(rng, longest, photos):
     away = np.abs(np.arange(pixels.shape[1]) / pages[0].shape[1] - 1)
     pixels *= (1 - rng.uniform(0.2, 0.6) * np.exp(-away / rng.uniform(0.03, 0.12)))[:, None]
     rim = round(rng.uniform(0.005, 0.03) * longest)  # its cover
-    return cv2.copyMakeBorder(pixels.astype(np.uint8), rim, rim, rim, rim, cv2.BORDER_CONSTANT, value=tint(rng, 10, 160, 30))
+    pixels = pixels.astype(np.uint8)
+    return cv2.copyMakeBorder(pixels, rim, rim, rim, rim, cv2.BORDER_CONSTANT, value=tint(rng, 10, 160, 30))
 
 
 def _timetable(rng, longest, _):
