@@ -1,16 +1,10 @@
 #!/usr/bin/python3
-"""Draws scenes into files that the trainer reads: pixels, and the corners of the documents.
+"""Draws scenes into files that the trainer reads: pixels, and the corners of the documents."""
 
-A shard's seed is its number, so any of them can be made again alone, in any order.
-"""
-
-import argparse
-from pathlib import Path
-
-import cv2
 import numpy as np
 
 import backgrounds
+import sharding
 from drawing import cards, keyboards, papers, passports, prints, scenes, utopia
 from drawing.invented import invented, printed
 
@@ -68,28 +62,18 @@ def draw_shard(number, documents, below, places):
 
 
 def main(source, folder, count, first):
-    cv2.setNumThreads(1)
-    folder = Path(folder)
-    folder.mkdir(parents=True, exist_ok=True)
     places = backgrounds.load(source, backgrounds.TRAINED_ON, 640)
-    documents = None
-    for number in range(first, first + count):
-        if (folder / f"{number:04d}.npz").exists():
-            continue
-        if documents is None or number % 10 == 0:
-            documents, below = (draw(1000 + number // 10, places) for draw in (draw_flats, draw_below))
-        pixels, quads = draw_shard(number, documents, below, places)
-        partial = folder / f"{number:04d}.partial.npz"
-        np.savez(partial, pixels=pixels, quads=quads)
-        partial.rename(folder / f"{number:04d}.npz")
-        print(f"shard {number}, {first + count - 1 - number} to go", flush=True)
+
+    def shared(ten):
+        return draw_flats(1000 + ten, places), draw_below(1000 + ten, places)
+
+    def draw(number, drawn):
+        pixels, quads = draw_shard(number, *drawn, places)
+        return {"pixels": pixels, "quads": quads}
+
+    sharding.fill(folder, count, first, draw, shared)
 
 
 if __name__ == "__main__":
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("backgrounds", help="folder that backgrounds.py filled")
-    parser.add_argument("folder", help="for the shards; those that are there stay")
-    parser.add_argument("count", type=int, help="how many shards of a thousand scenes")
-    parser.add_argument("first", type=int, help="number of the first one")
-    options = parser.parse_args()
+    options = sharding.parser(__doc__, "a thousand scenes").parse_args()
     main(options.backgrounds, options.folder, options.count, options.first)

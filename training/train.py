@@ -10,13 +10,14 @@ network again.
 import argparse
 import math
 import time
-from pathlib import Path
 
 import cv2
 import numpy as np
 import torch
 
+import folders
 import restore
+import sharding
 import targets
 from net import SIDE, OutlineNet
 
@@ -33,13 +34,11 @@ class Pool:
     """Scenes of the shards in folder that are there and not held out, a few shards at a time."""
 
     def __init__(self, folder, seed):
-        self._folder, self._rng = Path(folder), np.random.default_rng(seed)
+        self._folder, self._rng = folder, np.random.default_rng(seed)
         self._held, self._uses = [], {}
 
     def renew(self):
-        paths = sorted(p for p in self._folder.glob("*.npz") if "partial" not in p.name)
-        if not paths:
-            raise SystemExit(f"no shards in {self._folder}")
+        paths = sharding.listed(self._folder)
         names = {name for name, _, _ in self._held}
         fresh = [p for p in paths if p.name not in names] or paths
         # The least used first, so that new shards join at once.
@@ -105,8 +104,7 @@ def train(options):
     torch.manual_seed(options.seed)
     torch.set_num_threads(options.threads)
     cv2.setNumThreads(1)
-    folder = Path(options.folder)
-    folder.mkdir(parents=True, exist_ok=True)
+    folder = folders.made(options.folder)
     last = folder / "last.pt"
     starts = options.start and not last.exists()
     net = (restore.network(options.start) if starts else OutlineNet()).to(memory_format=torch.channels_last)

@@ -9,6 +9,7 @@ namespace kestrelid::base {
 // For whoever reads it; nobody compares it. Short enough for std::string to hold it without asking
 // for memory.
 inline constexpr const char* kOutOfMemory = "out of memory";
+
 inline constexpr const char* kEnding = "the program is ending";
 
 // The text in one line: line breaks and other control characters become spaces.

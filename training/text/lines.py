@@ -9,10 +9,9 @@ from drawing import light
 
 from . import fonts, papers, texts
 from .fonts import CAPITAL
+from .seen import COLUMN, HEIGHT, NARROWEST
 
-HEIGHT = 48  # pixels, of every line
 NARROWEST, WIDEST = 16, 1400
-_COLUMN = 8  # pixels of width for which the network gives one column of scores
 _MIDDLE = 3 * CAPITAL  # the baseline's row among the ink
 _ROWS = _MIDDLE + 2 * CAPITAL
 _SIDE = 2 * CAPITAL  # columns of ink on both sides of the text
@@ -308,7 +307,7 @@ def _picture(rng, phrase, kind, grounds, held_out):
 def fits(width, text):
     """Whether a line of width pixels has columns enough for text: CTC needs a blank between equal characters."""
     repeats = sum(a == b for a, b in zip(text, text[1:]))
-    return max(64, width) // _COLUMN >= len(text) + repeats + 1
+    return max(NARROWEST, width) // COLUMN >= len(text) + repeats + 1
 
 
 def line(rng, held_out=False, grounds=None):

@@ -15,8 +15,8 @@ import numpy as np
 from zone.measure import distance
 
 from . import crops, lines, papers, texts, words
-from .graph import HEIGHT
 from .reading import Reader
+from .seen import HEIGHT
 
 WIDTHS = (160, 320, 480, 960)  # pixels of the lines that are timed
 _RUNS = 12

@@ -6,7 +6,6 @@ from torch.nn import functional
 
 from .published import HEADS
 
-COLUMN = 8  # pixels of a line for each column of scores
 _FIXED = ("epsilon", "scale")
 
 
@@ -39,7 +38,7 @@ class _Depthwise(torch.autograd.Function):
 
 
 class Recogniser(nn.Module):
-    """Takes N x 3 x 48 x W (COLUMN divides W, 64 at least); gives N x W/COLUMN x classes of scores, before the softmax.
+    """Takes N x 3 x 48 x W (8 divides W, 64 at least); gives N x W/8 x classes of scores, before the softmax.
 
     Under autocast to bfloat16 the maps are in halves, what is added up along the line and the scores in floats.
     """
@@ -66,7 +65,7 @@ class Recogniser(nn.Module):
         return {role: values.numpy() for role, values in {**learned, **fixed}.items()}
 
     def features(self, lines):
-        """N x W/COLUMN x channels. Gains and offsets after activations go into the next weights, as in graph.py."""
+        """N x W/8 x channels. Gains and offsets after activations go into the next weights, as in graph.py."""
         x = lines.contiguous(memory_format=torch.channels_last)
         x = functional.conv2d(x, self.role("stem.w"), self.role("stem.b"), stride=2, padding=1)
         gain, offset = 1.0, None

@@ -16,8 +16,9 @@ import onnx
 from onnx import helper, numpy_helper
 
 from . import graph, measure, published
-from .reading import Reader, planes
+from .reading import Reader
 from .runtime import Session
+from .seen import alone
 
 _WIDE = 48  # channels, in and out: with fewer the way to whole numbers and back takes as long as it saves
 _WEIGHT, _LEVELS = 63, 255  # largest whole number of a weight; steps of an activation's range
@@ -86,7 +87,7 @@ def watched(model, pictures):
         graph.save(told, f"{folder}/told.onnx")
         session = Session(f"{folder}/told.onnx")
         for picture in pictures:
-            answers = dict(zip(session.outputs, session.run(planes(picture))))
+            answers = dict(zip(session.outputs, session.run(alone(picture))))
             for name in names:
                 seen[name].add(rng, answers[name])
     return seen

@@ -1,23 +1,14 @@
-"""From the picture of a line to what a recogniser makes of it, as the library reads (src/vision/text/CtcAlphabet)."""
+"""From the picture of a line to what a recogniser makes of it, as the library reads (src/vision/text/CtcReading)."""
 
 import cv2
 import numpy as np
 
 from . import published
-from .alphabet import ALPHABET, CLASSES
-from .graph import HEIGHT
+from .alphabet import ALPHABET, CLASSES, best_path
 from .runtime import Session
+from .seen import HEIGHT, NARROWEST, alone
 
-_NARROWEST, _STEP = 64, 8  # pixels of width: the least, and for each column of scores
 _MARKS = {"\u2013": "-", "\u2014": "-", "\u2018": "'", "\u2019": "'", "\u201c": '"', "\u201d": '"'}
-
-
-def planes(picture):
-    """A line (HEIGHT x W x 3, uint8) as the network takes it: 1 x 3 x HEIGHT x W', -1..1, filled up with 0."""
-    width = max(_NARROWEST, -(-picture.shape[1] // _STEP) * _STEP)
-    values = np.zeros((1, 3, HEIGHT, width), np.float32)
-    values[0, :, :, :picture.shape[1]] = (picture.astype(np.float32) / 127.5 - 1).transpose(2, 0, 1)
-    return values
 
 
 def _english(character):
@@ -34,7 +25,7 @@ class Reader:
 
     def __init__(self, path, dictionary=None):
         self.session = Session(path)
-        classes = self.session.run(np.zeros((1, 3, HEIGHT, _NARROWEST), np.float32))[0].shape[-1]
+        classes = self.session.run(np.zeros((1, 3, HEIGHT, NARROWEST), np.float32))[0].shape[-1]
         characters = ["", *ALPHABET]
         if classes != CLASSES:
             if dictionary is None:
@@ -47,15 +38,7 @@ class Reader:
 
     def read(self, picture):
         """The text of a line (HEIGHT x W x 3, BGR), and its confidence: the mean of its characters', 0..1."""
-        scores = self.session.run(planes(picture))[0][0][:, self._classes]
-        text, sure, before = "", [], ""
-        for best, score in zip(scores.argmax(1), scores.max(1)):
-            character = self._characters[best]
-            if character and character != before:
-                text += character
-                sure.append(score)
-            before = character
-        return text.strip(), float(np.mean(sure)) if sure else 0.0
+        return best_path(self.session.run(alone(picture))[0][0][:, self._classes], self._characters)
 
 
 def load(path):

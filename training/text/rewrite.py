@@ -12,9 +12,12 @@ from pathlib import Path
 import cv2
 import numpy as np
 
+import folders
+
 from . import graph, published
 from .alphabet import ALPHABET
 from .runtime import Session
+from .seen import HEIGHT
 
 _SEED = 7
 _RUNS = 3  # the fastest counts
@@ -44,7 +47,7 @@ def _text(probabilities):
 
 class _Rewriting:
     def __init__(self, resources, folder, floats):
-        self._resources, self._folder, self._floats = Path(resources), Path(folder), floats
+        self._resources, self._folder, self._floats = Path(resources), folder, floats
 
     def write(self, name, model, source, shapes, decide, wanted=lambda outputs: outputs):
         """wanted: what the outputs of the source's network are to be compared as."""
@@ -68,12 +71,11 @@ class _Rewriting:
 
 
 def main(resources, folder, floats=False):
-    Path(folder).mkdir(parents=True, exist_ok=True)
     cv2.setNumThreads(1)
-    source, rewriting = Path(resources), _Rewriting(resources, folder, floats)
+    source, rewriting = Path(resources), _Rewriting(resources, folders.made(folder), floats)
     weights, blocks = published.recogniser(source / published.RECOGNISER)
     classes = published.characters(source / published.DICTIONARY)
-    lines = [(count, graph.HEIGHT, width) for count, width in ((1, 64), (1, 200), (3, 320), (2, 488), (1, 1200))]
+    lines = [(count, HEIGHT, width) for count, width in ((1, 64), (1, 200), (3, 320), (2, 488), (1, 1200))]
 
     def reduced(probabilities):
         kept = probabilities[..., published.kept(classes)]

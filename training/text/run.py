@@ -1,7 +1,7 @@
 """Makes the text networks from nothing: python3 -m text.run BACKGROUNDS FOLDER [--minutes M].
 
-Fetches and rewrites the published ones, draws lines, trains the recogniser (first what follows its backbone, then all of it),
-writes FOLDER/neck.onnx and FOLDER/whole.onnx, tries 8 bits, measures all. What each stage says is kept in
+Fetches and rewrites the published ones, draws lines, trains the recogniser (first what follows its backbone, then all
+of it), writes FOLDER/neck.onnx and FOLDER/whole.onnx, tries 8 bits, measures all. What each stage says is kept in
 FOLDER/STAGE.log, and a stage that has it is done: started again, the command goes on, also within a training.
 """
 
@@ -9,6 +9,8 @@ import argparse
 import subprocess
 import sys
 from pathlib import Path
+
+import folders
 
 _SHARDS = 120  # of lines: 60,000 of them, 3.5 GB
 _NECK, _WHOLE = 0.1, 0.75  # of the minutes; the rest is for all others, which take 10 to 20 minutes
@@ -41,8 +43,10 @@ class Stages:
 
 
 def main(options):
-    backgrounds, folder = Path(options.backgrounds).resolve(), Path(options.folder).resolve()
-    folder.mkdir(parents=True, exist_ok=True)
+    backgrounds = Path(options.backgrounds).resolve()
+    if not backgrounds.is_dir():
+        raise SystemExit(f"{options.backgrounds}: no such folder; backgrounds.py fills it")
+    folder = folders.made(options.folder).resolve()
     published, shards, rewritten = folder / "published", folder / "shards", folder / "rewritten"
     together = ("--processes", options.processes)
     stages = Stages(folder, 8)
@@ -74,4 +78,8 @@ if __name__ == "__main__":
     parser.add_argument("--processes", type=int, default=2, help="with a thread each (default: %(default)s)")
     parser.add_argument("--shards", type=int, default=_SHARDS, help="of 500 lines (default: %(default)s)")
     parser.add_argument("--crops", help="folder that text.crops filled, to measure on")
-    main(parser.parse_args())
+    parsed = parser.parse_args()
+    for name in ("minutes", "processes", "shards"):
+        if getattr(parsed, name) <= 0:
+            parser.error(f"--{name} must be more than 0")
+    main(parsed)

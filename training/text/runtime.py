@@ -9,7 +9,7 @@ import numpy as np
 
 # Where tools/setup puts the library, unless the environment names another folder.
 _FOLDER = os.environ.get("KESTRELID_RESOURCES", Path(__file__).resolve().parents[2] / ".deps" / "resources")
-_LEVEL = 11  # of the interface, which every later runtime still speaks
+_LEVEL = 12  # of the interface, which every later runtime still speaks; the networks need its operators
 _NEWEST = 40  # minor version to look for: Debian names the library after it
 # Places in the table of functions: it only ever grows at its end.
 _PLACES = {

@@ -20,6 +20,8 @@ import numpy as np
 import torch
 from torch.nn import functional
 
+import folders
+
 from . import batches, published
 from .net import Recogniser
 from .team import Team
@@ -225,7 +227,7 @@ def parsed(arguments=None):
 
 def run(options):
     """Trains with all its processes; the loss at the end, None where the budget was spent before."""
-    Path(options.folder).mkdir(parents=True, exist_ok=True)
+    folders.made(options.folder)
     state = _started(options)
     if _clock(options, state.get("step", 0), state.get("spent", 0.0)) >= 1:
         return None

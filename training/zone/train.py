@@ -6,11 +6,13 @@ falls to nothing over the last --cool steps. New shards join while it runs.
 
 import argparse
 import time
-from pathlib import Path
 
 import numpy as np
 import torch
 from torch.nn import functional
+
+import folders
+import sharding
 
 from .net import ZoneNet
 from .strips import normalised
@@ -25,16 +27,13 @@ class Pool:
     """Strips of the shards in folder that are there, a few shards at a time, each about as often as the others."""
 
     def __init__(self, folder, seed, size):
-        self._folder, self._rng, self._size = Path(folder), np.random.default_rng(seed), size
+        self._folder, self._rng, self._size = folder, np.random.default_rng(seed), size
         self._held, self._uses = [], {}
         while len(self._held) < size:
             self.renew()
 
     def renew(self):
-        paths = sorted(p for p in self._folder.glob("*.npz") if "partial" not in p.name)
-        if not paths:
-            raise SystemExit(f"no shards in {self._folder}")
-        path = min(paths, key=lambda p: (self._uses.get(p.name, 0), self._rng.random()))
+        path = min(sharding.listed(self._folder), key=lambda p: (self._uses.get(p.name, 0), self._rng.random()))
         self._uses[path.name] = self._uses.get(path.name, 0) + 1
         with np.load(path) as shard:
             self._held.append((shard["pixels"], shard["said"]))
@@ -82,8 +81,7 @@ def train(options):
     torch.manual_seed(options.seed)
     torch.set_num_threads(options.threads)
     torch.set_flush_denormal(True)  # they make a step several times as slow
-    folder = Path(options.folder)
-    folder.mkdir(parents=True, exist_ok=True)
+    folder = folders.made(options.folder)
     net, mean = ZoneNet(), ZoneNet()
     last, step = folder / "last.pt", 0
     state = torch.load(last) if last.exists() else None
