@@ -10,6 +10,7 @@ network again.
 import argparse
 import math
 import time
+from concurrent.futures import ThreadPoolExecutor
 
 import cv2
 import numpy as np
@@ -83,6 +84,20 @@ def turned(picture, quads, way):
     return np.ascontiguousarray(picture), quads
 
 
+def _batches(pool, options, step):
+    """What each step from step on learns from; the next one is drawn meanwhile."""
+    def drawn(at):
+        if at % _RENEW == 0 and at > step:
+            pool.renew()
+        return pool.batch(options.batch, options.side)
+
+    with ThreadPoolExecutor(1) as drawer:
+        following = drawer.submit(drawn, step)
+        for at in range(step + 1, options.steps + 1):
+            ready, following = following.result(), drawer.submit(drawn, at) if at < options.steps else None
+            yield ready
+
+
 def _rate(step, options):
     warm = min(1.0, (step + 1) / 100)
     left = min(1.0, (options.steps - step) / options.cool) if options.cool else 1.0
@@ -126,11 +141,12 @@ def train(options):
         mean.load_state_dict(net.state_dict())
     losses, began, first = [], time.time(), step
     net.train()
-    while step < options.steps:
+    for pictures, wanted in _batches(pool, options, step):
         for group in optimizer.param_groups:
             group["lr"] = _rate(step, options)
-        pictures, wanted = pool.batch(options.batch, options.side)
-        cost = targets.loss(net(pictures.contiguous(memory_format=torch.channels_last)), wanted)
+        with torch.autocast("cpu", torch.bfloat16, enabled=options.halves):
+            maps = net(pictures.contiguous(memory_format=torch.channels_last))
+        cost = targets.loss(maps.float(), wanted)
         optimizer.zero_grad()
         cost.backward()
         torch.nn.utils.clip_grad_norm_(net.parameters(), 5.0)
@@ -138,8 +154,6 @@ def train(options):
         _average(mean, net, step)
         losses.append(cost.item())
         step += 1
-        if step % _RENEW == 0:
-            pool.renew()
         if step % _RECENT == 0:
             with open(folder / "curve.tsv", "a", encoding="utf-8") as curve:
                 curve.write(f"{step}\t{options.side}\t{np.mean(losses[-_RECENT:]):.4f}\t"
@@ -168,6 +182,7 @@ def parsed(arguments=None):
     option("--batch", type=int, default=32, help="pictures a step (default: %(default)s)")
     option("--rate", type=float, default=2e-3, help="of learning (default: %(default)s)")
     option("--threads", type=int, default=1, help="of the processor (default: %(default)s)")
+    option("--halves", action="store_true", help="convolutions in bfloat16: faster where the processor knows it")
     option("--pool", type=int, default=_POOL, help="shards in memory (default: %(default)s)")
     option("--seed", type=int, default=1, help="(default: %(default)s)")
     return parser.parse_args(arguments)

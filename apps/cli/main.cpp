@@ -3,6 +3,9 @@
 
 #include <csignal>
 #include <exception>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace {
 
@@ -24,12 +27,22 @@ ExitStatus run(const WatchOptions& options) {
     return watch(options);
 }
 
+// glibc raises this limit whenever a large block is freed, up to 32 MiB, and then keeps pictures in
+// pieces of its heaps: over pictures of many sizes the peak grows by a third. Fixed, each large
+// block goes back to the system at once.
+void givePicturesBack() {
+#ifdef __GLIBC__
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);  // bytes: what it starts with
+#endif
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
     // A reader that has seen enough (`| head -1`) ends the program without a message, also under a
     // parent that ignores the signal.
     std::signal(SIGPIPE, SIG_DFL);
+    givePicturesBack();
 
     const auto parsed = parseCommandLine(argc, argv);
     if (const auto* status = std::get_if<ExitStatus>(&parsed))

@@ -17,7 +17,7 @@ constexpr std::size_t kLeastVoters = 3;
 constexpr float kUnanimousVote = 0.9f;    // so far: the others need not be asked
 constexpr float kClearVote = 0.5f;        // mean of the votes from -1 (upright) to 1 (upside down)
 constexpr std::size_t kReadBothWays = 3;  // lines that settle an unclear vote
-constexpr float kEnoughReading = 12.0f;   // lead of one way, in characters times confidence
+constexpr float kEnoughReading = 0.5f;    // lead of one way, in certainties of lines
 
 // Lines that show their direction best: large letters, and several of them. Very long lines cost
 // more than they are worth.
@@ -71,7 +71,8 @@ Expected<bool> PageDirection::isReversed(const cv::Mat& picture, const PageLines
             return vote > 0.0f;
     }
 
-    // The shorter ones: the time of reading grows with each pixel, and a word is enough.
+    // The shorter ones: the time of reading grows with each pixel, and a word is enough. How sure
+    // the recogniser is tells the way: upside down it makes as many characters of the strokes.
     lines.resize(voters);
     std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {
         return a.length * b.height < b.length * a.height;
@@ -84,8 +85,7 @@ Expected<bool> PageDirection::isReversed(const cv::Mat& picture, const PageLines
                 recognizer.read(picture, turned ? lines[index].reversed() : lines[index]);
             if (!reading)
                 return Failure(reading.error());
-            const auto& [text, confidence] = *reading;
-            lead += (turned ? 1.0f : -1.0f) * confidence * static_cast<float>(text.size());
+            lead += (turned ? 1.0f : -1.0f) * reading->confidence;
         }
     }
     return lead > 0.0f;
