@@ -97,20 +97,26 @@ class MeasureTest(unittest.TestCase):
 
     def test_quantised_answers_nearly_as_floats(self):
         rng = np.random.default_rng(1)
-        held = [numpy_helper.from_array(np.float32(rng.normal(0, spread, shape)), name) for name, spread, shape in (
-            ("w", 0.2, (50, 48, 1, 1)), ("b", 1, 50), ("gate", 0.2, (50, 50, 1, 1)))]
+        held = [numpy_helper.from_array(np.float32(values), name) for name, values in (
+            ("w", rng.normal(0, 0.2, (50, 48, 1, 1))), ("b", rng.normal(0, 1, 50)), ("one", np.ones(50)),
+            ("none", np.zeros(50)), ("gate", rng.normal(0, 0.2, (50, 50, 1, 1))))]
         nodes = [helper.make_node(*row) for row in (
             ("Conv", ["x", "w", "b"], ["c"]), ("HardSigmoid", ["c"], ["h"]), ("Mul", ["c", "h"], ["m"]),
-            ("Conv", ["m", "gate"], ["n"]), ("Relu", ["n"], ["y"]))]
+            ("BatchNormalization", ["m", "one", "offset", "none", "one"], ["s"]),
+            ("Conv", ["s", "gate"], ["n"]), ("Relu", ["n"], ["y"]))]
         ends = [[helper.make_tensor_value_info(name, TensorProto.FLOAT, [1, None, 4, 9])] for name in "xy"]
-        model = helper.make_model(helper.make_graph(nodes, "wide", *ends, held), ir_version=8,
-                                  opset_imports=[helper.make_opsetid("", 17)])
         seen = {"x": quantise.Seen(extremes=[-4, 4], products=np.eye(48)), "c": quantise.Seen(extremes=[-15, 15])}
-        whole = quantise.quantised(quantise.floats(graph.halved(model)), seen)
-        weights = {i.name: numpy_helper.to_array(i) for i in whole.graph.initializer}
-        self.assertEqual((np.abs(weights["w.whole"]).max(), weights["gate"].dtype), (63, np.float32))
         x = rng.uniform(-4, 4, (1, 48, 4, 9))
-        self.assertLess(np.abs(answers(whole, x) - answers(model, x)).max(), 0.03 * np.abs(answers(model, x)).max())
+        for offset, kept in ((-0.7, 0), (0.3, 0), (0.01, 1), (0.5, 1)):  # less than a step; more than zero can move
+            constants = [*held, numpy_helper.from_array(np.full(50, offset, np.float32), "offset")]
+            model = helper.make_model(helper.make_graph(nodes, "wide", *ends, constants), ir_version=8,
+                                      opset_imports=[helper.make_opsetid("", 17)])
+            whole = quantise.quantised(quantise.floats(graph.halved(model)), seen)
+            weights = {i.name: numpy_helper.to_array(i) for i in whole.graph.initializer}
+            self.assertEqual((np.abs(weights["w.whole"]).max(), weights["gate"].dtype), (63, np.float32))
+            self.assertEqual([n.op_type for n in whole.graph.node].count("BatchNormalization"), kept, offset)
+            wanted = answers(model, x)
+            self.assertLess(np.abs(answers(whole, x) - wanted).max(), 0.05 * np.abs(wanted).max(), offset)
 
 
 if __name__ == "__main__":

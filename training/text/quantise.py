@@ -2,12 +2,13 @@
 
 Each gets whole numbers of 8 bits for what goes in and comes out, by the range that drawn training lines need, and of
 7 bits for its weights, one scale an output channel: where a processor has no instruction for such products (VNNI), the
-runtime sums two of them in 16 bits, which hold 2 x 255 x 63. All other weights are stored in 16 bits. Then compares
-with MODEL on drawn held-out lines; OUT is written only if that pays.
+runtime sums two of them in 16 bits, which hold 2 x 255 x 63. So do the hard-swishes before and after them. All other
+weights are stored in 16 bits. Then compares with MODEL on drawn held-out lines; OUT is written only if that pays.
 """
 
 import argparse
 import tempfile
+from collections import defaultdict
 from dataclasses import dataclass, field
 
 import cv2
@@ -22,7 +23,7 @@ from .seen import alone
 
 _WIDE = 48  # channels, in and out: with fewer the way to whole numbers and back takes as long as it saves
 _WEIGHT, _LEVELS = 63, 255  # largest whole number of a weight; steps of an activation's range
-_HARD_SWISH_ZERO = -3.0  # at and below it hard-swish gives nothing
+_HARD_SWISH_ZERO, _HARD_SWISH_LEAST = -3.0, -0.375  # at and below the first it gives nothing; what it gives at least
 _PLACES, _VALUES = 300, 4000  # of a tensor that are kept of each line
 PERCENTILES = (100, 99.99)  # ranges that are tried: all values, all but the rarest
 _MOST_ERRORS, _LEAST_SPEED = 1.1, 1.2  # against MODEL's, for which it pays
@@ -43,15 +44,20 @@ def floats(model):
     return model
 
 
-def wide(model):
-    """The convolutions that pay: 1 x 1, at least _WIDE channels in and out, hard-swish after them (gates have none)."""
-    shapes = {i.name: tuple(i.dims) for i in model.graph.initializer}
-    readers = {}
+def _readers(model):
+    # The nodes that take a tensor, by its name.
+    readers = defaultdict(list)
     for node in model.graph.node:
         for name in node.input:
-            readers.setdefault(name, []).append(node.op_type)
+            readers[name].append(node)
+    return readers
+
+
+def wide(model):
+    """The convolutions that pay: 1 x 1, at least _WIDE channels in and out, hard-swish after them (gates have none)."""
+    shapes, readers = {i.name: tuple(i.dims) for i in model.graph.initializer}, _readers(model)
     return [n for n in model.graph.node
-            if n.op_type == "Conv" and sorted(readers.get(n.output[0], [])) == ["HardSigmoid", "Mul"]
+            if n.op_type == "Conv" and sorted(r.op_type for r in readers[n.output[0]]) == ["HardSigmoid", "Mul"]
             and shapes.get(n.input[1], ())[2:] == (1, 1) and min(shapes[n.input[1]][:2]) >= _WIDE]
 
 
@@ -107,9 +113,15 @@ def rounded(weight, steps, products):
     return whole
 
 
+def _scale(low, high):
+    # The step of whole numbers for values from low to high, and the number that stands for 0.
+    step = (high - low) / _LEVELS
+    return step, min(_LEVELS, max(0, round(-low / step)))
+
+
 class _Surgery:
     # The nodes of a graph, anew, with QuantizeLinear and DequantizeLinear around what counts in whole numbers: the
-    # runtime makes one operation of a convolution that stands between them.
+    # runtime makes one operation of what stands between them.
 
     def __init__(self, model, seen, percentile):
         self._arrays = {i.name: numpy_helper.to_array(i) for i in model.graph.initializer}
@@ -120,13 +132,17 @@ class _Surgery:
         self.constants.append(numpy_helper.from_array(array, name))
         return name
 
-    def _whole(self, source, name, low, high):
-        # Rounds tensor source; what is read on is called name.
-        self._steps[name] = step = np.float32((high - low) / _LEVELS)
-        kind = [self._constant(f"{name}.step", np.array(step)),
-                self._constant(f"{name}.zero", np.array(np.clip(round(-low / step), 0, _LEVELS), np.uint8))]
-        self.nodes += [helper.make_node("QuantizeLinear", [source, *kind], [f"{name}.whole"]),
-                       helper.make_node("DequantizeLinear", [f"{name}.whole", *kind], [name])]
+    def _kind(self, name, step, zero):
+        return [self._constant(f"{name}.step", np.array(step, np.float32)),
+                self._constant(f"{name}.zero", np.array(zero, np.uint8))]
+
+    def _whole(self, source, name, written, read=None):
+        # Rounds tensor source; what is read on is called name. written, read: step and zero, None: read as written.
+        kind = self._kind(f"{name}.written", *written)
+        self.nodes.append(helper.make_node("QuantizeLinear", [source, *kind], [f"{name}.whole"]))
+        kind = self._kind(f"{name}.read", *read) if read else kind
+        self.nodes.append(helper.make_node("DequantizeLinear", [f"{name}.whole", *kind], [name]))
+        self._steps[name] = np.float32((read or written)[0])
 
     def _stored(self, name, numbers, steps):
         # A constant as whole numbers, steps for each of its first axis.
@@ -136,11 +152,12 @@ class _Surgery:
         return f"{name}.rounded"
 
     def convolution(self, node):
+        """Gives node.output[0].exact; its hard-swish rounds it."""
         (source, *held), (leaving,) = node.input, node.output
         weight, bias = (self._arrays[name] for name in held)
         entering = f"{source}.rounded"
         if entering not in self._steps:
-            self._whole(source, entering, *self._seen[source].range(self._percentile))
+            self._whole(source, entering, _scale(*self._seen[source].range(self._percentile)))
         steps = np.maximum(np.abs(weight).max((1, 2, 3)) / _WEIGHT, 1e-5).astype(np.float32)
         whole = rounded(weight[:, :, 0, 0], steps, self._seen[source].products).reshape(weight.shape)
         both = steps * self._steps[entering]
@@ -148,17 +165,50 @@ class _Surgery:
                   self._stored(held[1], np.round(bias / both).astype(np.int32), both)]
         self.nodes.append(helper.make_node("Conv", inputs, [f"{leaving}.exact"], name=node.name))
         self.nodes[-1].attribute.extend(node.attribute)
-        low, high = self._seen[leaving].range(self._percentile)
-        self._whole(f"{leaving}.exact", leaving, max(low, _HARD_SWISH_ZERO), high)
+
+    def hard_swish(self, source, result, shifted=None, offset=0.0):
+        """Of what the convolution source gave. Gives result, or shifted, which is offset more; says which.
+
+        Six times as much is source times source + 3 as far as 8 bits hold that from 0 to 6.
+        """
+        low, high = self._seen[source].range(self._percentile)
+        self._whole(f"{source}.exact", f"{source}.rounded", _scale(max(low, _HARD_SWISH_ZERO), high))
+        three = [self._constant(f"{source}.three", np.array(_LEVELS, np.uint8)),
+                 *self._kind(f"{source}.three", 3 / _LEVELS, 0)]
+        self.nodes += [helper.make_node("DequantizeLinear", three, [f"{source}.3"]),
+                       helper.make_node("Add", [f"{source}.rounded", f"{source}.3"], [f"{source}.plus3"])]
+        self._whole(f"{source}.plus3", f"{source}.held", (6 / _LEVELS, 0))
+        self.nodes.append(helper.make_node("Mul", [f"{source}.rounded", f"{source}.held"], [f"{result}.exact"]))
+        step, _ = _scale(_HARD_SWISH_LEAST, high * min(high + 3, 6) / 6)
+        given, moved = result, 0
+        if shifted and -_HARD_SWISH_LEAST >= offset and abs(offset) >= step:
+            # By whole steps, so that reading it from another zero shifts it.
+            given, moved = shifted, int(offset / step)
+            step = offset / moved
+        zero = round(-_HARD_SWISH_LEAST / step)
+        self._whole(f"{result}.exact", given, (6 * step, zero), (step, max(0, zero - moved)))
+        return given
+
+
+def _shift(nodes, arrays):
+    # The name and the offset of what graph.shifted makes, where nodes are nothing but that.
+    if [node.op_type for node in nodes] != ["BatchNormalization"]:
+        return None, 0.0
+    return nodes[0].output[0], float(arrays[nodes[0].input[2]][0])
 
 
 def quantised(model, seen, percentile=100):
     """A copy of model (floats) whose wide convolutions count in 8 bits; seen: what watched() gives."""
     surgery, chosen = _Surgery(model, seen, percentile), {n.output[0] for n in wide(model)}
+    arrays, readers = {i.name: numpy_helper.to_array(i) for i in model.graph.initializer}, _readers(model)
+    given = set()  # what needs no node of its own any more
     for node in model.graph.node:
-        if node.output[0] in chosen:
+        out, source = node.output[0], node.input[0]
+        if out in chosen:
             surgery.convolution(node)
-        else:
+        elif source in chosen and node.op_type == "Mul":
+            given.add(surgery.hard_swish(source, out, *_shift(readers[out], arrays)))
+        elif source not in chosen and out not in given:
             surgery.nodes.append(node)
     used = {name for node in surgery.nodes for name in node.input}
     kept = [i for i in model.graph.initializer if i.name in used] + surgery.constants
