@@ -17,7 +17,8 @@ constexpr std::size_t kLeastVoters = 3;
 constexpr float kUnanimousVote = 0.9f;    // so far: the others need not be asked
 constexpr float kClearVote = 0.5f;        // mean of the votes from -1 (upright) to 1 (upside down)
 constexpr std::size_t kReadBothWays = 3;  // lines that settle an unclear vote
-constexpr float kEnoughReading = 0.5f;    // lead of one way, in certainties of lines
+constexpr float kEnoughReading = 4.0f;    // lead of one way, in logarithms of odds
+constexpr float kSurest = 0.9999f;        // beyond it rounding decides
 
 // Lines that show their direction best: large letters, and several of them. Very long lines cost
 // more than they are worth.
@@ -32,6 +33,12 @@ std::vector<LineBox> clearestLines(const PageLines& page) {
     std::stable_sort(lines.begin(), lines.end(),
                      [&](const LineBox& a, const LineBox& b) { return clarity(a) > clarity(b); });
     return lines;
+}
+
+// Logarithm of the odds, so that 0.9999 against 0.98 counts, and 0.6 against 0.7 does not.
+float odds(float certainty) {
+    const float sure = std::clamp(certainty, 1.0f - kSurest, kSurest);
+    return std::log(sure / (1.0f - sure));
 }
 
 }  // namespace
@@ -71,8 +78,8 @@ Expected<bool> PageDirection::isReversed(const cv::Mat& picture, const PageLines
             return vote > 0.0f;
     }
 
-    // The shorter ones: the time of reading grows with each pixel, and a word is enough. How sure
-    // the recogniser is tells the way: upside down it makes as many characters of the strokes.
+    // The shorter ones: the time of reading grows with each pixel, and a word is enough. Upside
+    // down the recogniser makes as many characters of the strokes, a little less surely.
     lines.resize(voters);
     std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {
         return a.length * b.height < b.length * a.height;
@@ -85,7 +92,7 @@ Expected<bool> PageDirection::isReversed(const cv::Mat& picture, const PageLines
                 recognizer.read(picture, turned ? lines[index].reversed() : lines[index]);
             if (!reading)
                 return Failure(reading.error());
-            lead += (turned ? 1.0f : -1.0f) * reading->confidence;
+            lead += (turned ? 1.0f : -1.0f) * odds(reading->confidence);
         }
     }
     return lead > 0.0f;
