@@ -17,7 +17,7 @@ std::vector<WeighedOutline> weighed(const std::vector<MapOutline>& outlines) {
     std::vector<WeighedOutline> all;
     for (const MapOutline& outline : outlines) {
         const double evidence =
-            -25.02 + 7.79 * outline.inside + 16.76 * outline.fill + 7.60 * outline.corners;
+            -21.34 + 8.70 * outline.inside + 14.26 * outline.fill + 4.33 * outline.corners;
         all.push_back({outline.quad, 1.0 / (1.0 + std::exp(-evidence))});
     }
     return all;

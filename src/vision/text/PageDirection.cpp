@@ -12,12 +12,13 @@ namespace {
 
 constexpr int kInputHeight = 48;
 constexpr int kInputWidth = 192;
-constexpr std::size_t kVoters = 6;
+constexpr std::size_t kVoters = 12;
 constexpr std::size_t kLeastVoters = 3;
 constexpr float kUnanimousVote = 0.9f;    // so far: the others need not be asked
-constexpr float kClearVote = 0.5f;        // mean of the votes from -1 (upright) to 1 (upside down)
+constexpr float kClearVote = 0.4f;        // mean of the votes from -1 (upright) to 1 (upside down)
 constexpr std::size_t kReadBothWays = 3;  // lines that settle an unclear vote
 constexpr float kEnoughReading = 4.0f;    // lead of one way, in logarithms of odds
+constexpr float kVoteWeight = 4.0f;       // of the mean vote in that
 constexpr float kSurest = 0.9999f;        // beyond it rounding decides
 
 // Lines that show their direction best: large letters, and several of them. Very long lines cost
@@ -84,7 +85,7 @@ Expected<bool> PageDirection::isReversed(const cv::Mat& picture, const PageLines
     std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {
         return a.length * b.height < b.length * a.height;
     });
-    float lead = 0.0f;
+    float lead = kVoteWeight * sum / static_cast<float>(voters);
     for (std::size_t index = 0;
          index < std::min(voters, kReadBothWays) && std::abs(lead) < kEnoughReading; ++index) {
         for (const bool turned : {false, true}) {
