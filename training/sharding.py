@@ -9,11 +9,13 @@ import numpy as np
 
 import folders
 
+_TOGETHER = 10  # files that share what is costly to draw
 
-def fill(folder, count, first, draw, shared, together=10):
+
+def fill(folder, count, first, draw, shared):
     """Writes count files into folder, from number first on; those that are there stay.
 
-    draw(number, of): arrays by name; of: what shared(number // together) gives, made once for as many files.
+    draw(number, of): arrays by name; of: what shared(number // _TOGETHER) gives, made once for as many files.
     """
     cv2.setNumThreads(1)
     folder = folders.made(folder)
@@ -23,7 +25,7 @@ def fill(folder, count, first, draw, shared, together=10):
         if done.exists():
             continue
         partial = folder / f"{number:04d}.partial.npz"
-        np.savez(partial, **draw(number, shared(number // together)))
+        np.savez(partial, **draw(number, shared(number // _TOGETHER)))
         partial.rename(done)
         print(f"shard {number}, {first + count - 1 - number} to go", flush=True)
 

@@ -107,7 +107,7 @@ class MeasureTest(unittest.TestCase):
         ends = [[helper.make_tensor_value_info(name, TensorProto.FLOAT, [1, None, 4, 9])] for name in "xy"]
         seen = {"x": quantise.Seen(extremes=[-4, 4], products=np.eye(48)), "c": quantise.Seen(extremes=[-15, 15])}
         x = rng.uniform(-4, 4, (1, 48, 4, 9))
-        for offset, kept in ((-0.7, 0), (0.3, 0), (0.01, 1), (0.5, 1)):  # less than a step; more than zero can move
+        for offset, kept in ((-0.7, 0), (0.3, 0), (0.01, 1), (0.5, 1), (-20, 1)):  # no whole step; beyond what zero can be
             constants = [*held, numpy_helper.from_array(np.full(50, offset, np.float32), "offset")]
             model = helper.make_model(helper.make_graph(nodes, "wide", *ends, constants), ir_version=8,
                                       opset_imports=[helper.make_opsetid("", 17)])

@@ -7,9 +7,9 @@ import numpy as np
 
 from drawing import light
 
-from . import fonts, papers, texts
+from . import fonts, papers, seen, texts
 from .fonts import CAPITAL
-from .seen import COLUMN, HEIGHT, NARROWEST
+from .seen import COLUMN, HEIGHT
 
 NARROWEST, WIDEST = 16, 1400
 _MIDDLE = 3 * CAPITAL  # the baseline's row among the ink
@@ -307,7 +307,7 @@ def _picture(rng, phrase, kind, grounds, held_out):
 def fits(width, text):
     """Whether a line of width pixels has columns enough for text: CTC needs a blank between equal characters."""
     repeats = sum(a == b for a, b in zip(text, text[1:]))
-    return max(NARROWEST, width) // COLUMN >= len(text) + repeats + 1
+    return max(seen.NARROWEST, width) // COLUMN >= len(text) + repeats + 1
 
 
 def line(rng, held_out=False, grounds=None):

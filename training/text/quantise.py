@@ -2,7 +2,7 @@
 
 Each gets whole numbers of 8 bits for what goes in and comes out, by the range that drawn training lines need, and of
 7 bits for its weights, one scale an output channel: where a processor has no instruction for such products (VNNI), the
-runtime sums two of them in 16 bits, which hold 2 x 255 x 63. So do the hard-swishes before and after them. All other
+runtime sums two of them in 16 bits, which hold 2 x 255 x 63. So does the hard-swish after each. All other
 weights are stored in 16 bits. Then compares with MODEL on drawn held-out lines; OUT is written only if that pays.
 """
 
@@ -179,14 +179,14 @@ class _Surgery:
                        helper.make_node("Add", [f"{source}.rounded", f"{source}.3"], [f"{source}.plus3"])]
         self._whole(f"{source}.plus3", f"{source}.held", (6 / _LEVELS, 0))
         self.nodes.append(helper.make_node("Mul", [f"{source}.rounded", f"{source}.held"], [f"{result}.exact"]))
-        step, _ = _scale(_HARD_SWISH_LEAST, high * min(high + 3, 6) / 6)
-        given, moved = result, 0
-        if shifted and -_HARD_SWISH_LEAST >= offset and abs(offset) >= step:
-            # By whole steps, so that reading it from another zero shifts it.
-            given, moved = shifted, int(offset / step)
-            step = offset / moved
-        zero = round(-_HARD_SWISH_LEAST / step)
-        self._whole(f"{result}.exact", given, (6 * step, zero), (step, max(0, zero - moved)))
+        step, zero = _scale(_HARD_SWISH_LEAST, high * min(high + 3, 6) / 6)
+        given, read = result, zero
+        if moved := int(offset / step):  # whole steps, so that reading it from another zero shifts it
+            wider = offset / moved
+            other = round(-_HARD_SWISH_LEAST / wider)
+            if 0 <= other - moved <= _LEVELS:
+                given, step, zero, read = shifted, wider, other, other - moved
+        self._whole(f"{result}.exact", given, (6 * step, zero), (step, read))
         return given
 
 

@@ -18,7 +18,7 @@ constexpr float kUnanimousVote = 0.9f;    // so far: the others need not be aske
 constexpr float kClearVote = 0.4f;        // mean of the votes from -1 (upright) to 1 (upside down)
 constexpr std::size_t kReadBothWays = 3;  // lines that settle an unclear vote
 constexpr float kEnoughReading = 4.0f;    // lead of one way, in logarithms of odds
-constexpr float kVoteWeight = 4.0f;       // of the mean vote in that
+constexpr float kVoteWeight = 4.0f;       // lead that a mean vote of 1 would give
 constexpr float kSurest = 0.9999f;        // beyond it rounding decides
 
 // Lines that show their direction best: large letters, and several of them. Very long lines cost
