@@ -15,13 +15,8 @@ const Image& frame() {
     return image;
 }
 
-// The classical finder: OutlineBenchmark times the network.
-PlatformServices services() {
-    return defaultServices({.resources = {}, .outlines = OutlineFinder::classical});
-}
-
 void validate(benchmark::State& state, ValidationEffort effort) {
-    const auto detector = PassportDetector::create(services(), effort);
+    const auto detector = PassportDetector::create(defaultServices(), effort);
     const auto judge = [&] {
         const Judgement judgement = detector->judge(frame());
         const auto* result = std::get_if<PassportValidationResult>(&judgement);
@@ -41,7 +36,7 @@ BENCHMARK_CAPTURE(validate, verdictOnly, ValidationEffort::verdictOnly)
 
 // What the owner waits for when it lets go of a detector with pictures in flight.
 void release(benchmark::State& state) {
-    const PlatformServices all = services();
+    const PlatformServices all = defaultServices();
     for (auto _ : state) {
         auto detector = PassportDetector::create(all);
         for (int picture = 0; picture < 4; ++picture)
@@ -54,20 +49,13 @@ void release(benchmark::State& state) {
 }
 BENCHMARK(release)->Unit(benchmark::kMicrosecond)->UseManualTime()->Iterations(20);
 
-void rectangles(benchmark::State& state) {
-    const PlatformServices all = services();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(all.rectangles->perform(*frame().bitmap(), {}));
-}
-BENCHMARK(rectangles)->Unit(benchmark::kMillisecond);
-
 // What examine() takes beyond the verdict, the outline being known: of a page with a zone, and of
 // one without.
 void zones(benchmark::State& state, const char* sample, bool hasZone) {
     const auto picture =
         std::get<Image>(readImage(std::string(KESTRELID_SAMPLES_DIR) + "/" + sample));
     const Bitmap& bitmap = *picture.bitmap();
-    const PlatformServices all = services();
+    const PlatformServices all = defaultServices();
     const auto found = all.rectangles->perform(bitmap, {});
     const ZoneRequest request{std::get<std::vector<RectangleObservation>>(found)};
     const auto read = [&] {

@@ -4,27 +4,16 @@
 #include <kestrelid/Export.h>
 #include <kestrelid/ServiceStatus.h>
 
-#include <cstdint>
 #include <filesystem>
 #include <vector>
 
 namespace kestrelid {
-
-/// What finds outlines.
-enum class OutlineFinder : std::uint8_t {
-    networkFirst,  ///< the outline network, and the classical finder where the network is in doubt
-    network,       ///< the network alone
-    classical,     ///< edges and contours alone
-};
 
 /// With what a machine's services work.
 struct DefaultServicesOptions {
     /// Folder that holds the models (*.onnx) and the ONNX Runtime library. Empty: where the library
     /// lies, installed or built.
     std::filesystem::path resources;
-
-    /// Without the network's model the classical finder works alone, whichever is named here.
-    OutlineFinder outlines = OutlineFinder::networkFirst;
 
     int textThreads = 2;  ///< threads that one text request may use, the calling one included
 

@@ -290,12 +290,6 @@ KESTRELID_EXPORT const char* kestrelid_zone_problem_key(int32_t kind);
 // Decides whether pictures show a passport. Immutable: overlapping calls are independent.
 typedef struct KestrelidDetector KestrelidDetector;
 
-typedef enum KestrelidOutlineFinder {
-    KESTRELID_NETWORK_FIRST = 0,  // the network; if it is in doubt the classical finder too
-    KESTRELID_NETWORK = 1,        // the network alone
-    KESTRELID_CLASSICAL = 2,      // edges and contours alone
-} KestrelidOutlineFinder;
-
 // The verdict and the confidence are the same for both.
 typedef enum KestrelidEffort {
     KESTRELID_COMPLETE = 0,      // reads the whole text
@@ -312,13 +306,12 @@ typedef struct KestrelidDetectorOptions {
     // installed or built.
     const char* resources;
 
-    int32_t outlines;      // KestrelidOutlineFinder
     int32_t effort;        // KestrelidEffort
     int32_t text_threads;  // that one picture's text may use, 1 to 64; 0: two
 
     // Takes models, threads and console from another detector, which may be released before this
-    // one; all above but effort, and console too, must then be zero. Detectors whose resources,
-    // outlines and text_threads are equal share models and threads anyway, about 300 MB.
+    // one; all above but effort, and console too, must then be zero. Detectors whose resources and
+    // text_threads are equal share models and threads anyway, about 300 MB.
     const struct KestrelidDetector* share;
 
     // Gets a line, size bytes and a zero byte, if recognition fails. It says what is missing on the

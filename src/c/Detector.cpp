@@ -23,10 +23,7 @@ template <typename Enumerator>
 constexpr bool same(int forC, Enumerator forCpp) {
     return forC == static_cast<int>(forCpp);
 }
-static_assert(same(KESTRELID_NETWORK_FIRST, kestrelid::OutlineFinder::networkFirst) &&
-              same(KESTRELID_NETWORK, kestrelid::OutlineFinder::network) &&
-              same(KESTRELID_CLASSICAL, kestrelid::OutlineFinder::classical) &&
-              same(KESTRELID_COMPLETE, kestrelid::ValidationEffort::complete) &&
+static_assert(same(KESTRELID_COMPLETE, kestrelid::ValidationEffort::complete) &&
               same(KESTRELID_VERDICT_ONLY, kestrelid::ValidationEffort::verdictOnly));
 
 constexpr std::chrono::minutes kLongestWait{10};
@@ -47,7 +44,6 @@ KestrelidDetectorOptions known(const KestrelidDetectorOptions* given) {
                                   sizeof(options.console_user),
                               sizeof(options));
     std::memcpy(&options, given, std::min(given->struct_size, sizeof(options)));
-    checkRange(options.outlines, KESTRELID_CLASSICAL, "outlines");
     checkRange(options.effort, KESTRELID_VERDICT_ONLY, "effort");
     checkRange(options.text_threads, 64, "text_threads");
     return options;
@@ -55,7 +51,6 @@ KestrelidDetectorOptions known(const KestrelidDetectorOptions* given) {
 
 kestrelid::PlatformServices ownServices(const KestrelidDetectorOptions& options) {
     kestrelid::DefaultServicesOptions wanted;
-    wanted.outlines = static_cast<kestrelid::OutlineFinder>(options.outlines);
     if (options.resources)
         wanted.resources = options.resources;
     if (options.text_threads > 0)
@@ -72,7 +67,7 @@ kestrelid::PlatformServices ownServices(const KestrelidDetectorOptions& options)
 kestrelid::PlatformServices services(const KestrelidDetectorOptions& options) {
     if (!options.share)
         return ownServices(options);
-    if (options.resources || options.outlines || options.text_threads || options.console)
+    if (options.resources || options.text_threads || options.console)
         throw Failure{KESTRELID_INVALID_ARGUMENT,
                       "a detector that shares takes these options from the other one"};
     return options.share->services;

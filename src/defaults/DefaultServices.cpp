@@ -3,7 +3,6 @@
 #include "base/AsioQueue.h"
 #include "defaults/Resources.h"
 #include "vision/outlines/NetworkRectangleService.h"
-#include "vision/outlines/OpenCvRectangleService.h"
 #include "vision/text/NetworkTextService.h"
 #include "vision/zone/NetworkZoneService.h"
 
@@ -18,18 +17,9 @@ namespace kestrelid {
 namespace {
 
 std::shared_ptr<vision::NetworkRectangleService>
-makeNetworkRectangleService(const DefaultServicesOptions& options) {
+makeRectangleService(const DefaultServicesOptions& options) {
     return std::make_shared<vision::NetworkRectangleService>(
-        defaults::resourceFolders(options.resources),
-        std::make_shared<vision::OpenCvRectangleService>(),
-        options.outlines == OutlineFinder::network ? vision::OutlineMixture::never
-                                                   : vision::OutlineMixture::doubtful);
-}
-
-std::shared_ptr<RectangleService> makeRectangleService(const DefaultServicesOptions& options) {
-    if (options.outlines == OutlineFinder::classical)
-        return std::make_shared<vision::OpenCvRectangleService>();
-    return makeNetworkRectangleService(options);
+        defaults::resourceFolders(options.resources));
 }
 
 std::shared_ptr<vision::NetworkTextService> makeTextService(const DefaultServicesOptions& options) {
@@ -98,7 +88,7 @@ PlatformServices defaultServices(const DefaultServicesOptions& options) {
 
 std::vector<ServiceStatus> diagnose(const DefaultServicesOptions& options) {
     std::vector<ServiceStatus> all = makeTextService(options)->diagnose();
-    all.push_back(makeNetworkRectangleService(options)->diagnose());
+    all.push_back(makeRectangleService(options)->diagnose());
     all.push_back(makeZoneService(options)->diagnose());
     return all;
 }

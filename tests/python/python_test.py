@@ -51,7 +51,7 @@ def detector():
 def poor():
     """Without models: quick."""
     lines = []
-    with kestrelid.Detector(resources="/nowhere", outlines="classical", console=lines.append) as made:
+    with kestrelid.Detector(resources="/nowhere", console=lines.append) as made:
         made.lines = lines
         yield made
 

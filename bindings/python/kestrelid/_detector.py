@@ -18,11 +18,9 @@ from ._library import CONSOLE, Day, Library, Options, ZoneFieldStruct, ZoneStruc
 from ._pictures import Format, Picture
 from ._results import Examination, KeywordMatch, Outline, Point, Result, Zone, ZoneField, ZoneProblem
 
-Outlines = Literal["network-first", "network", "classical"]
 Effort = Literal["complete", "verdict"]
 Path = Union[str, "os.PathLike[str]"]
 
-_OUTLINES = {"network-first": 0, "network": 1, "classical": 2}
 _EFFORTS = {"complete": 0, "verdict": 1}
 
 
@@ -75,24 +73,22 @@ class Detector:
     _handle: Optional[_Handle] = None
 
     def __init__(self, *, library: Optional[Path] = None, resources: Optional[Path] = None,
-                 outlines: Outlines = "network-first", effort: Effort = "complete", text_threads: Optional[int] = None,
-                 share: Optional[Detector] = None, console: Optional[Callable[[str], object]] = None) -> None:
+                 effort: Effort = "complete", text_threads: Optional[int] = None, share: Optional[Detector] = None,
+                 console: Optional[Callable[[str], object]] = None) -> None:
         """library: file of the shared library. None: as the environment variable KESTRELID_LIBRARY says, or the installed one.
         resources: folder of the models. None: beside the library.
-        outlines: which finder; "network-first" asks the classical one where the network is in doubt.
         effort: "verdict" stops reading once the verdict is certain, so that reasons and text may be shorter.
         text_threads: that one picture's text may use, 1 to 64. None: two.
         share: a detector whose library, models, threads and console this one takes.
         console: gets a line where recognition fails, which says what the machine lacks, on any thread. None: a warning of the
         logger "kestrelid"."""
-        for name, value, known in (("outlines", outlines, _OUTLINES), ("effort", effort, _EFFORTS)):
-            if value not in known:
-                raise ArgumentError(f"{name}={value!r} is none of {', '.join(known)}")
+        if effort not in _EFFORTS:
+            raise ArgumentError(f"effort={effort!r} is none of {', '.join(_EFFORTS)}")
         shared = share._use() if share else None
         self._library: Library = shared.library if shared else load(library)
         callback = _callback(console) if console else CONSOLE(0) if shared else _log
-        options = Options(ctypes.sizeof(Options), os.fsencode(resources) if resources else None, _OUTLINES[outlines],
-                          _EFFORTS[effort], text_threads or 0, shared.address if shared else None, callback, None)
+        options = Options(ctypes.sizeof(Options), os.fsencode(resources) if resources else None, _EFFORTS[effort],
+                          text_threads or 0, shared.address if shared else None, callback, None)
         self._handle = _Handle(self._library, options, (callback, shared))
 
     def judge(self, picture: Picture, *, format: Optional[Format] = None) -> Result:

@@ -24,9 +24,8 @@ class Pixels(ctypes.Structure):
 
 
 class Options(ctypes.Structure):
-    _fields_ = [("struct_size", c_size_t), ("resources", c_char_p), ("outlines", c_int32),
-                ("effort", c_int32), ("text_threads", c_int32), ("share", c_void_p), ("console", CONSOLE),
-                ("console_user", c_void_p)]
+    _fields_ = [("struct_size", c_size_t), ("resources", c_char_p), ("effort", c_int32),
+                ("text_threads", c_int32), ("share", c_void_p), ("console", CONSOLE), ("console_user", c_void_p)]
 
 
 class Day(ctypes.Structure):

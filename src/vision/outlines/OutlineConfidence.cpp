@@ -7,7 +7,6 @@ namespace kestrelid::vision {
 namespace {
 
 constexpr double kClear = 0.97;     // one look is enough
-constexpr double kCertain = 0.8;    // nobody else is asked
 constexpr double kHopeless = 0.03;  // nothing is there
 constexpr float kRival = 0.5F;      // of the largest clear box: what is smaller stays smaller
 
@@ -33,11 +32,6 @@ bool leavesDoubt(const std::vector<WeighedOutline>& outlines, cv::Size size) {
         largest = std::max(largest, clippedBox(outline.quad, size).area());
     }
     return doubtful > kRival * clear;
-}
-
-bool isUncertain(const std::vector<WeighedOutline>& outlines) {
-    return !outlines.empty() && outlines.front().confidence > kHopeless &&
-           outlines.front().confidence < kCertain;
 }
 
 }  // namespace kestrelid::vision

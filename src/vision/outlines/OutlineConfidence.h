@@ -19,7 +19,4 @@ struct WeighedOutline {
 // most confident first.
 [[nodiscard]] bool leavesDoubt(const std::vector<WeighedOutline>& outlines, cv::Size size);
 
-// Whether something is there, but so unclear that another finder may see it better.
-[[nodiscard]] bool isUncertain(const std::vector<WeighedOutline>& outlines);
-
 }  // namespace kestrelid::vision

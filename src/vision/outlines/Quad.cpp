@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 #include <opencv2/imgproc.hpp>
 
 namespace kestrelid::vision {
@@ -16,20 +15,6 @@ double cross(cv::Point2f a, cv::Point2f b) {
 
 double length(cv::Point2f vector) {
     return std::hypot(vector.x, vector.y);
-}
-
-double sharedArea(const Quad& first, const Quad& second) {
-    const cv::Rect2f a = boundingBox(first);
-    const cv::Rect2f b = boundingBox(second);
-    if ((a & b).empty()) {
-        return 0.0;
-    }
-    std::vector<cv::Point2f> shared;
-    return cv::intersectConvexConvex(first, second, shared);
-}
-
-double rising(double value, double low, double high) {
-    return std::clamp((value - low) / (high - low), 0.0, 1.0);
 }
 
 }  // namespace
@@ -80,39 +65,13 @@ cv::Rect2f clippedBox(const Quad& quad, cv::Size picture) {
                                           static_cast<float>(picture.height));
 }
 
-bool contains(const Quad& quad, cv::Point2f point) {
-    for (std::size_t i = 0; i < 4; ++i) {
-        if (cross(quad[(i + 1) % 4] - quad[i], point - quad[i]) < 0.0) {
-            return false;
-        }
-    }
-    return true;
-}
-
 double overlap(const Quad& first, const Quad& second) {
-    const double shared = sharedArea(first, second);
-    return shared / std::max(area(first) + area(second) - shared, 1e-6);
-}
-
-double containedPart(const Quad& inner, const Quad& outer) {
-    return sharedArea(inner, outer) / std::max(area(inner), 1e-6);
-}
-
-double rectanglePlausibility(const Quad& quad) {
-    double worstAngle = 0.0;  // radians away from a right angle
-    std::array<double, 4> sides{};
-    for (std::size_t i = 0; i < 4; ++i) {
-        const cv::Point2f side = quad[(i + 1) % 4] - quad[i];
-        const cv::Point2f next = quad[(i + 2) % 4] - quad[(i + 1) % 4];
-        sides[i] = length(side);
-        const double sine = std::clamp(side.dot(next) / (length(side) * length(next)), -1.0, 1.0);
-        worstAngle = std::max(worstAngle, std::abs(std::asin(sine)));
+    if ((boundingBox(first) & boundingBox(second)).empty()) {
+        return 0.0;
     }
-    const auto ratio = [](double a, double b) { return std::min(a, b) / std::max({a, b, 1e-6}); };
-    const double oppositeSides = std::min(ratio(sides[0], sides[2]), ratio(sides[1], sides[3]));
-    constexpr double kDegree = std::numbers::pi / 180.0;
-    return (1.0 - rising(worstAngle, 12.0 * kDegree, 38.0 * kDegree)) *
-           rising(oppositeSides, 0.4, 0.75);
+    std::vector<cv::Point2f> common;
+    const double shared = cv::intersectConvexConvex(first, second, common);
+    return shared / std::max(area(first) + area(second) - shared, 1e-6);
 }
 
 std::optional<cv::Point2f> intersection(cv::Point2f a, cv::Point2f b, cv::Point2f c,

@@ -7,7 +7,7 @@
 
 namespace kestrelid::vision {
 
-// Corners in pixels of the working picture, origin at the top left, y growing downwards: top left,
+// Corners in pixels of the picture, origin at the top left, y growing downwards: top left,
 // top right, bottom right, bottom left as seen. Corners may lie outside the picture.
 using Quad = std::array<cv::Point2f, 4>;
 
@@ -24,15 +24,8 @@ using Quad = std::array<cv::Point2f, 4>;
 // The bounding box's part inside a picture of that size.
 [[nodiscard]] cv::Rect2f clippedBox(const Quad& quad, cv::Size picture);
 
-[[nodiscard]] bool contains(const Quad& quad, cv::Point2f point);
-
-// Intersection over union of the quadrilaterals, and the part of inner's area that lies in outer.
+// Intersection over union of the quadrilaterals.
 [[nodiscard]] double overlap(const Quad& first, const Quad& second);
-[[nodiscard]] double containedPart(const Quad& inner, const Quad& outer);
-
-// 1 for a rectangle seen from the front, falling to 0 if the angles or the lengths of opposite
-// sides differ by more than the tilt of a hand-held camera explains.
-[[nodiscard]] double rectanglePlausibility(const Quad& quad);
 
 // The point in which the lines through a-b and c-d meet. Nothing if they are close to parallel.
 [[nodiscard]] std::optional<cv::Point2f> intersection(cv::Point2f a, cv::Point2f b, cv::Point2f c,

@@ -1,6 +1,5 @@
 #include "vision/zone/NetworkZoneService.h"
 
-#include "vision/onnx/OnnxRuntime.h"
 #include "vision/zone/ZoneSearch.h"
 
 #include <opencv2/imgproc.hpp>
@@ -17,24 +16,10 @@
 namespace kestrelid::vision {
 namespace {
 
-constexpr const char* kModelName = "zone-net.onnx";
 constexpr int kShortestSide = 48;     // pixels; no zone of two lines fits into less
 constexpr std::size_t kOutlines = 5;  // documents that are looked at by their outline
 constexpr float kReadable = 0.8f;     // quality; below, names are wrong though digits pass
 constexpr double kLeastPixels = 6.0;  // a character; below, one in seven is read wrongly
-
-Expected<std::shared_ptr<const ZoneNetwork>> openNetwork(const ResourceFolders& resources) {
-    const auto path = resources.find(kModelName);
-    if (!path)
-        return failure(resources.missing(kModelName));
-    const auto runtime = OnnxRuntime::load(resources);
-    if (!runtime)
-        return Failure(runtime.error());
-    auto session = (*runtime)->open(*path, 1);  // a look is small work
-    if (!session)
-        return Failure(session.error());
-    return std::make_shared<const ZoneNetwork>(*std::move(session));
-}
 
 // Print of another kind is read as a few letters here and there: a zone has fillers in each line,
 // or digits in most places.
@@ -151,32 +136,17 @@ private:
 }  // namespace
 
 NetworkZoneService::NetworkZoneService(std::vector<std::filesystem::path> resources, int threads)
-    : resources_(std::move(resources)), threads_(std::max(threads, 1)) {}
+    : file_(std::move(resources), "zone-net.onnx"), threads_(std::max(threads, 1)) {}
 
 NetworkZoneService::~NetworkZoneService() = default;
 
-Expected<std::shared_ptr<const ZoneNetwork>> NetworkZoneService::network() {
-    const std::scoped_lock lock(loading_);
-    if (!network_) {
-        auto opened = openNetwork(resources_);
-        if (!opened)
-            return opened;
-        network_ = *std::move(opened);
-    }
-    return network_;
-}
-
 ServiceStatus NetworkZoneService::diagnose() const {
-    const std::string name = "zone network";
-    const auto opened = openNetwork(resources_);
-    if (!opened)
-        return {name, false, opened.error().description + "; no machine-readable zone is read"};
-    return {name, true, resources_.find(kModelName)->string()};
+    return file_.diagnose("zone network", "no machine-readable zone is read");
 }
 
 ZoneResult NetworkZoneService::perform(const Bitmap& bitmap, const ZoneRequest& request) {
     try {
-        const auto opened = network();
+        const auto opened = file_.network();
         if (!opened)
             return opened.error();
         if (std::min(bitmap.width(), bitmap.height()) < kShortestSide)

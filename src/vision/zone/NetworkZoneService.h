@@ -1,22 +1,18 @@
 #pragma once
 
-#include "vision/onnx/Failure.h"
-#include "vision/onnx/ResourceFolders.h"
+#include "vision/onnx/NetworkFile.h"
 
 #include <kestrelid/ServiceStatus.h>
 #include <kestrelid/VisionServices.h>
 
 #include <filesystem>
-#include <memory>
-#include <mutex>
 #include <vector>
 
 namespace kestrelid::vision {
 
 class ZoneNetwork;
 
-// Reads machine-readable zones with the zone network. Library and network are loaded by the first
-// request; a load that failed is that request's error and tried again by the next one.
+// Reads machine-readable zones with the zone network.
 class NetworkZoneService final : public ZoneService {
 public:
     // resources: searched in order for the network and the ONNX Runtime library.
@@ -29,12 +25,8 @@ public:
     [[nodiscard]] ServiceStatus diagnose() const;
 
 private:
-    [[nodiscard]] Expected<std::shared_ptr<const ZoneNetwork>> network();
-
-    ResourceFolders resources_;
+    NetworkFile<ZoneNetwork> file_;
     int threads_;  // of one request
-    std::mutex loading_;
-    std::shared_ptr<const ZoneNetwork> network_;
 };
 
 }  // namespace kestrelid::vision

@@ -35,13 +35,6 @@ cv::Mat3b drawnPage() {
     return page;
 }
 
-cv::Mat3b noise(cv::Size size, double deviation, std::uint64_t seed) {
-    cv::Mat3b picture(size);
-    cv::RNG random(seed);
-    random.fill(picture, cv::RNG::NORMAL, cv::Scalar::all(128), cv::Scalar::all(deviation));
-    return picture;
-}
-
 cv::Mat3b grain(cv::Size size, std::uint64_t seed) {
     cv::RNG random(seed);
     const double phase = random.uniform(0.0, 6.0);
@@ -53,24 +46,6 @@ cv::Mat3b grain(cv::Size size, std::uint64_t seed) {
                 1.0 + 0.10 * std::sin(0.21 * bent) + 0.06 * std::sin(0.57 * bent + phase);
             picture(y, x) = cv::Vec3b(cv::Vec3d(60, 85, 120) * level);
         }
-    return picture;
-}
-
-cv::Mat3b keys(cv::Size size, int pitch, bool dark) {
-    const auto base = cv::Vec3b::all(dark ? 18 : 165);
-    const auto cap = cv::Scalar::all(dark ? 50 : 225);
-    const auto legend = cv::Scalar::all(dark ? 215 : 40);
-    cv::Mat3b picture(size, base);
-    for (int row = 0; row * pitch < size.height; ++row) {
-        for (int column = -1; column * pitch < size.width; ++column) {
-            const cv::Rect key(column * pitch + row * pitch / 4, row * pitch, pitch * 7 / 8,
-                               pitch * 7 / 8);
-            cv::rectangle(picture, key, cap, cv::FILLED);
-            const std::string letter(1, static_cast<char>('A' + (row * 7 + column + 27) % 26));
-            cv::putText(picture, letter, key.tl() + cv::Point(pitch / 5, pitch / 2),
-                        cv::FONT_HERSHEY_SIMPLEX, pitch / 90.0, legend, 1, cv::LINE_AA);
-        }
-    }
     return picture;
 }
 

@@ -13,10 +13,8 @@ namespace kestrelid::test {
 // the foot. BGR.
 [[nodiscard]] cv::Mat3b drawnPage();
 
-// Scenes without a page; the same seed draws the same scene.
-[[nodiscard]] cv::Mat3b noise(cv::Size size, double deviation, std::uint64_t seed);
+// A wooden desk; the same seed draws the same one.
 [[nodiscard]] cv::Mat3b grain(cv::Size size, std::uint64_t seed);
-[[nodiscard]] cv::Mat3b keys(cv::Size size, int pitch, bool dark);
 
 // Lays page on desk with its corners at those places, top left first and clockwise.
 [[nodiscard]] cv::Mat3b laidOn(const cv::Mat3b& desk, const cv::Mat3b& page,

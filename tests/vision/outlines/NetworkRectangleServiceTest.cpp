@@ -1,10 +1,12 @@
 #include "vision/outlines/NetworkRectangleService.h"
 
 #include "tests/support/TemporaryFolder.h"
+#include "tests/vision/outlines/DrawnScenes.h"
 
 #include <kestrelid/ImageFile.h>
 
 #include <gmock/gmock.h>
+#include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -18,18 +20,6 @@
 namespace kestrelid::vision {
 namespace {
 
-// Answers with what it was told to, and counts.
-class OtherFinder final : public RectangleService {
-public:
-    RectangleResult perform(const Bitmap&, const RectangleRequest&) override {
-        ++calls;
-        return answer;
-    }
-
-    int calls = 0;
-    RectangleResult answer;
-};
-
 Bitmap flat(int width, int height, PixelFormat format = PixelFormat::gray8) {
     const std::size_t stride = static_cast<std::size_t>(width * bytesPerPixel(format));
     const std::size_t bytes = stride * static_cast<std::size_t>(height);
@@ -38,25 +28,21 @@ Bitmap flat(int width, int height, PixelFormat format = PixelFormat::gray8) {
     return *Bitmap::wrap(width, height, static_cast<int>(stride), format, pixels, bytes);
 }
 
-TEST(WithoutNetwork, theOtherFinderAnswersAloneAndDiagnosisSaysSo) {
+TEST(WithoutNetwork, requestsAndDiagnosisSayWhatIsMissing) {
     for (const bool isDamaged : {false, true}) {
         SCOPED_TRACE(isDamaged);
         const test::TemporaryFolder folder;
         if (isDamaged)
             std::ofstream(folder / "outline-net.onnx") << "no model";
-        const auto other = std::make_shared<OtherFinder>();
-        other->answer = std::vector{RectangleObservation{{0.1, 0.2, 0.5, 0.5}, {}, 0.7f}};
-        NetworkRectangleService service({folder.path(), KESTRELID_RESOURCES_DIR}, other);
-        const RectangleResult found = service.perform(flat(200, 100), {});
-        EXPECT_EQ(std::get<std::vector<RectangleObservation>>(found).size(), 1u);
-
-        other->answer = RequestError{"refused"};
-        const RectangleResult refused = service.perform(flat(200, 100), {});
-        EXPECT_EQ(std::get<RequestError>(refused).description, "refused");
-
+        NetworkRectangleService service({folder.path(), KESTRELID_RESOURCES_DIR});
         const auto status = service.diagnose();
         EXPECT_FALSE(status.available);
-        EXPECT_THAT(status.details, testing::HasSubstr("classical finder alone"));
+        EXPECT_THAT(status.details, testing::EndsWith("; no outline is found"));
+        const RectangleResult result = service.perform(flat(200, 100), {});
+        ASSERT_TRUE(std::holds_alternative<RequestError>(result));
+        const std::string& description = std::get<RequestError>(result).description;
+        EXPECT_THAT(description, testing::HasSubstr(folder.path().string()));
+        EXPECT_THAT(status.details, testing::StartsWith(description));
     }
 }
 
@@ -73,9 +59,7 @@ protected:
         return std::get<std::vector<RectangleObservation>>(service_.perform(bitmap, request));
     }
 
-    std::shared_ptr<OtherFinder> other_ = std::make_shared<OtherFinder>();
-    NetworkRectangleService service_{{KESTRELID_RESOURCES_DIR, KESTRELID_SOURCE_DIR "/models"},
-                                     other_};
+    NetworkRectangleService service_{{KESTRELID_RESOURCES_DIR, KESTRELID_SOURCE_DIR "/models"}};
 };
 
 Bitmap sample(const std::string& name) {
@@ -102,20 +86,24 @@ Bitmap paperOnDesk(double power) {
     return *Bitmap::wrap(kWidth, kHeight, kWidth, PixelFormat::gray8, pixels, kWidth * kHeight);
 }
 
-TEST_F(WithNetwork, theOtherFinderIsAskedOnlyInDoubt) {
-    const RectangleObservation seen{{0.05, 0.05, 0.1, 0.1}, {}, 0.66f};
-    other_->answer = std::vector{seen};
-    EXPECT_FALSE(find(paperOnDesk(60.0)).empty());
-    EXPECT_EQ(other_->calls, 0);
-    EXPECT_TRUE(find(flat(640, 480)).empty());
-    EXPECT_EQ(other_->calls, 0);
-    // Between a page and an ellipse lies paper that leaves doubt.
-    std::vector<RectangleObservation> found;
-    for (double power = 8.0; power > 2.0 && other_->calls == 0; power -= 0.25)
-        found = find(paperOnDesk(power));
-    EXPECT_EQ(other_->calls, 1);
-    EXPECT_THAT(found, testing::Contains(
-                           testing::Field(&RectangleObservation::confidence, seen.confidence)));
+TEST_F(WithNetwork, cornersAreNamedAsSeenWhicheverWayThePageLies) {
+    const cv::Size frame(960, 540);
+    const Quad wide{cv::Point2f{214, 82}, {742, 128}, {704, 482}, {168, 430}};
+    const Quad tall{cv::Point2f{340, 30}, {690, 44}, {672, 520}, {330, 500}};
+    cv::Mat3b page = test::drawnPage();
+    for (int turns = 0; turns < 4; ++turns, cv::rotate(page.clone(), page, cv::ROTATE_90_CLOCKWISE))
+        for (const auto format : {PixelFormat::bgra8, PixelFormat::rgb8, PixelFormat::gray8}) {
+            SCOPED_TRACE(testing::Message() << turns << " turns, " << bytesPerPixel(format));
+            const Quad& quad = turns % 2 == 0 ? wide : tall;
+            const cv::Mat3b scene = test::laidOn(test::grain(frame, 5), page, quad);
+            const auto found = find(test::bitmapOf(scene, format));
+            ASSERT_EQ(found.size(), 1u);
+            for (std::size_t i = 0; i < 4; ++i) {
+                const NormalizedPoint& corner = found.front().corners[i];
+                EXPECT_NEAR(corner.x, double{quad[i].x} / frame.width, 0.02) << i;
+                EXPECT_NEAR(corner.y, 1.0 - double{quad[i].y} / frame.height, 0.02) << i;
+            }
+        }
 }
 
 TEST_F(WithNetwork, onePageGivesOneOutline) {
