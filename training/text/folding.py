@@ -172,6 +172,44 @@ def pairs(network):
             network.nodes.remove(first)
 
 
+def _doubles(network, node):
+    how = published.attributes(node)
+    return (node.op_type == "ConvTranspose" and how.get("group", 1) == 1 and not _padded(node)
+            and network.constants[node.input[1]].shape[2:] == tuple(how["strides"]) == (2, 2))
+
+
+def enlarged(network):
+    """Two transposed convolutions that each double a map, with what each value goes through alone, work on the small map.
+
+    The 4 and 16 places that a pixel becomes are channels there, of 1 x 1 convolutions; the last ones are put in place
+    at the end. So no map of twice the size has all channels, and the runtime keeps its blocked layout.
+    """
+    for first in [node for node in network.nodes if _doubles(network, node)]:
+        active = network.only_user(first.output[0], "Relu")
+        second = active and network.only_user(active.output[0], "ConvTranspose")
+        last = second and network.only_user(second.output[0], "Sigmoid")
+        if not last or not _doubles(network, second):
+            continue
+        (weight, bias), (over, more) = network.weights(first), network.weights(second)
+        (taken, between), given = weight.shape[:2], over.shape[1]
+        four = weight.transpose(2, 3, 1, 0).reshape(4 * between, taken, 1, 1)
+        # By row and column of the place, each the first's, then the second's; by what comes out; by what goes in.
+        sixteen = np.zeros((2, 2, 2, 2, given, 2, 2, between))
+        for i, j in np.ndindex(2, 2):
+            sixteen[i, :, j, :, :, i, j] = over.transpose(2, 3, 1, 0)
+        sixteen = sixteen.reshape(16 * given, 4 * between, 1, 1)
+        y = last.output[0]
+        rows = ((f"{y}.four", first.input[0], four, np.tile(bias, 4), "Relu"),
+                (f"{y}.sixteen", f"{y}.four.active", sixteen, np.tile(more, 16), "Sigmoid"))
+        nodes = []
+        for name, x, values, added, activation in rows:
+            held = [network.constant(f"{name}.w", values), network.constant(f"{name}.b", added)]
+            nodes += [helper.make_node("Conv", [x, *held], [name], name=name, kernel_shape=[1, 1]),
+                      helper.make_node(activation, [name], [f"{name}.active"])]
+        nodes.append(helper.make_node("DepthToSpace", [f"{y}.sixteen.active"], [y], blocksize=4))
+        network.replaced((first, active, second, last), *nodes)
+
+
 def flattened(network):
     """N x C x 1 x 1 to N x C, which is spelt with seven operations on the shape."""
     for node in [node for node in network.nodes if node.op_type == "Reshape"]:
@@ -197,6 +235,7 @@ def folded(graph):
     affine_before(network)
     gates(network)
     pairs(network)
+    enlarged(network)
     flattened(network)
     unused(network, {output.name for output in graph.output})
     return network
