@@ -158,6 +158,11 @@ ZoneResult NetworkZoneService::perform(const Bitmap& bitmap, const ZoneRequest& 
             if (auto error = found.look(viewsOfOutline(outline, picture.size())))
                 return error->value();
         }
+        if (count > 0 && !found.hasReadable()) {
+            const auto views = viewsAroundOutline(request.outlines.front(), picture.size());
+            if (auto error = found.look(views))
+                return error->value();
+        }
         if (!found.hasReadable()) {
             if (auto error = found.look(viewsOfPicture(picture)))
                 return error->value();

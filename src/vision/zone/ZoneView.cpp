@@ -18,8 +18,20 @@ cv::Size viewSize(double width, double height) {
     return {std::max(1, cvRound(width * scale)), std::max(1, cvRound(height * scale))};
 }
 
+using Corners = std::array<cv::Point2f, 4>;
+
+// In pixels of the picture.
+Corners cornersOf(const RectangleObservation& outline, cv::Size picture) {
+    Corners corners;
+    std::ranges::transform(outline.corners, corners.begin(), [&](const NormalizedPoint& corner) {
+        return cv::Point2f(static_cast<float>(corner.x * picture.width - 0.5),
+                           static_cast<float>((1.0 - corner.y) * picture.height - 0.5));
+    });
+    return corners;
+}
+
 // Corners: top left, top right, bottom right, bottom left as the view has them.
-ZoneView flattened(const std::array<cv::Point2f, 4>& corners) {
+ZoneView flattened(const Corners& corners) {
     const auto side = [&](std::size_t a, std::size_t b) {
         return cv::norm(corners[a] - corners[b]);
     };
@@ -32,6 +44,14 @@ ZoneView flattened(const std::array<cv::Point2f, 4>& corners) {
     const std::array<cv::Point2f, 4> inView{
         {{left, top}, {right, top}, {right, bottom}, {left, bottom}}};
     return {cv::Matx33d(cv::getPerspectiveTransform(inView, corners)), size};
+}
+
+// As it lies and by a quarter turn. None where the corners hold no area.
+std::vector<ZoneView> bothWays(const Corners& corners) {
+    constexpr double kLeastArea = 400.0;  // pixels
+    if (std::abs(cv::contourArea(corners)) < kLeastArea)
+        return {};
+    return {flattened(corners), flattened({corners[3], corners[0], corners[1], corners[2]})};
 }
 
 // Turned by degrees about its middle, shown whole.
@@ -71,15 +91,17 @@ double rowContrast(const PictureLevels& picture, double degrees) {
 }  // namespace
 
 std::vector<ZoneView> viewsOfOutline(const RectangleObservation& outline, cv::Size picture) {
-    std::array<cv::Point2f, 4> corners;
-    std::ranges::transform(outline.corners, corners.begin(), [&](const NormalizedPoint& corner) {
-        return cv::Point2f(static_cast<float>(corner.x * picture.width - 0.5),
-                           static_cast<float>((1.0 - corner.y) * picture.height - 0.5));
-    });
-    constexpr double kLeastArea = 400.0;  // pixels
-    if (!cv::isContourConvex(corners) || std::abs(cv::contourArea(corners)) < kLeastArea)
-        return {};
-    return {flattened(corners), flattened({corners[3], corners[0], corners[1], corners[2]})};
+    const Corners corners = cornersOf(outline, picture);
+    return cv::isContourConvex(corners) ? bothWays(corners) : std::vector<ZoneView>();
+}
+
+std::vector<ZoneView> viewsAroundOutline(const RectangleObservation& outline, cv::Size picture) {
+    constexpr float kGrown = 1.1f;
+    cv::RotatedRect around = cv::minAreaRect(cornersOf(outline, picture));
+    around.size *= kGrown;
+    Corners corners;
+    around.points(corners.data());
+    return bothWays(corners);
 }
 
 std::vector<ZoneView> viewsOfPicture(const PictureLevels& picture) {

@@ -20,6 +20,11 @@ struct ZoneView {
 [[nodiscard]] std::vector<ZoneView> viewsOfOutline(const RectangleObservation& outline,
                                                    cv::Size picture);
 
+// The tightest rectangle around a document, grown by a tenth, the same two ways: not flattened, so
+// that an outline with a corner in the wrong place does no harm.
+[[nodiscard]] std::vector<ZoneView> viewsAroundOutline(const RectangleObservation& outline,
+                                                       cv::Size picture);
+
 // The whole picture, turned so that what looks like rows of print runs along the rows: as it lies
 // and by a quarter turn, the likelier way first.
 [[nodiscard]] std::vector<ZoneView> viewsOfPicture(const PictureLevels& picture);

@@ -110,6 +110,29 @@ TEST(NetworkZoneService, ReadsAllTurnsAndSaysWhereTheLinesStand) {
     }
 }
 
+TEST(NetworkZoneService, ReadsAroundAnOutlineWithACornerInTheWrongPlace) {
+    // Too small to be read in the whole picture, and tilted.
+    cv::Mat page;
+    cv::resize(greyOf(sample("utopia-scan.jpg")), page, {640, 452}, 0, 0, cv::INTER_AREA);
+    const cv::Size size(3200, 2400);
+    const cv::Matx23d lying(0.94, -0.34, 900, 0.34, 0.94, 500);
+    cv::Mat desk(size, CV_8U, cv::Scalar(90));
+    cv::warpAffine(page, desk, lying, size, cv::INTER_LINEAR, cv::BORDER_TRANSPARENT);
+    RectangleObservation outline;
+    const std::array<cv::Point, 4> corners{{{0, -180}, {640, 0}, {640, 452}, {0, 452}}};
+    std::ranges::transform(corners, outline.corners.begin(), [&](cv::Point at) {
+        const cv::Vec2d place = lying * cv::Vec3d(at.x, at.y, 1);
+        return NormalizedPoint{place[0] / size.width, 1 - place[1] / size.height};
+    });
+    const std::string text = textOf(readingsOf(sample("utopia-scan.jpg")).at(0));
+    for (const ZoneReading& reading : readingsOf(bitmapOf(desk)))
+        EXPECT_NE(reading.legibility, ZoneReading::Legibility::readable);
+    const ZoneResult result = service().perform(bitmapOf(desk), {{outline}});
+    const auto& readings = std::get<std::vector<ZoneReading>>(result);
+    ASSERT_EQ(readings.size(), 1u);
+    EXPECT_EQ(textOf(readings[0]), text);
+}
+
 TEST(NetworkZoneService, RefusesWhatIsTooSmall) {
     cv::Mat small;
     cv::resize(greyOf(sample("utopia-scan.jpg")), small, {230, 162}, 0, 0, cv::INTER_AREA);
