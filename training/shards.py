@@ -37,11 +37,17 @@ def draw_flats(seed, places, specimens=90, layouts=420, covers=40, longest=420):
 
 
 def draw_below(seed, places, longest=640, held_out=False, share=1.0):
-    """By kind of scene, the Flats that documents lie on; held_out: of designs and colours that are never trained on."""
+    """By kind of scene, the Flats that documents lie on; held_out: of designs and colours that are never trained on.
+
+    Otherwise a document may lie on a larger one as well: half of the printed sheets are invented layouts.
+    """
     below = {}
     for middle, (kind, (draw, count)) in enumerate(BELOW.items()):
         rngs = [np.random.default_rng([seed, 5 + middle, i]) for i in range(round(share * count))]
-        below[kind] = scenes.Flats([draw(rng, longest, places, held_out) for rng in rngs])
+        flats = [draw(rng, longest, places, held_out) for rng in rngs]
+        if kind == "print" and not held_out:
+            flats += draw_invented(seed + 90000, longest, places, len(flats), 0)
+        below[kind] = scenes.Flats(flats)
     return below
 
 

@@ -22,7 +22,7 @@ import sharding
 import targets
 from net import SIDE, OutlineNet
 
-_POOL = 12  # shards held in memory
+POOL = 12  # shards held in memory
 _RENEW = 40  # steps between two shards
 _SAVE = 50  # steps between two checkpoints
 _TELL = 100  # steps between two lines of progress
@@ -47,7 +47,7 @@ class Pool:
         self._uses[path.name] = self._uses.get(path.name, 0) + 1
         with np.load(path) as shard:
             self._held.append((path.name, shard["pixels"], shard["quads"]))
-        self._held = self._held[-_POOL:]
+        self._held = self._held[-POOL:]
 
     def batch(self, size, side):
         """Pictures (N x 3 x side x side, 0..255) and wanted maps, turned, mirrored and tinted."""
@@ -183,7 +183,7 @@ def parsed(arguments=None):
     option("--rate", type=float, default=2e-3, help="of learning (default: %(default)s)")
     option("--threads", type=int, default=1, help="of the processor (default: %(default)s)")
     option("--halves", action="store_true", help="convolutions in bfloat16: faster where the processor knows it")
-    option("--pool", type=int, default=_POOL, help="shards in memory (default: %(default)s)")
+    option("--pool", type=int, default=POOL, help="shards in memory (default: %(default)s)")
     option("--seed", type=int, default=1, help="(default: %(default)s)")
     return parser.parse_args(arguments)
 

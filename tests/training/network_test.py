@@ -4,6 +4,7 @@
 Usage: network_test.py OUTLINE_MAPS, the program that runs a model with ONNX Runtime. Exit status 77 (skipped) where
 PyTorch, OpenCV or ONNX Runtime is missing: python3-torch and python3-opencv bring the first two.
 """
+import copy
 import pathlib
 import subprocess
 import sys
@@ -20,6 +21,7 @@ except ImportError as missing:
     sys.exit(SKIPPED)
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "training"))
+import averaged  # noqa: E402
 import export  # noqa: E402
 import restore  # noqa: E402
 import shards  # noqa: E402
@@ -83,6 +85,10 @@ def training_goes_on(program, folder, pictures):
         return print(f"not checked: how training goes on: {missing}; install the Debian package python3-onnx")
     batch = torch.from_numpy(pictures.transpose(0, 3, 1, 2).astype(np.float32))
     exported_agrees(program, folder, restore.settle(net, [batch]), False, 1e-3, MODEL)
+    other = copy.deepcopy(net)
+    with torch.no_grad():
+        next(other.parameters()).mul_(3)  # a convolution's, which normalising takes back
+    exported_agrees(program, folder, averaged.averaged(net, other, 0.5, [batch]), False, 0.01, MODEL)
     with torch.no_grad():
         apart = float((torch.sigmoid(net(batch)) - torch.sigmoid(net.train()(batch))).abs().max())
     check(apart < 1e-3, f"the first step of training sees another network: {apart:.2g} apart")

@@ -15,13 +15,13 @@ from .recipes import LAYOUTS
 _BARE_MM = (125, 88)  # a desk without document is seen from as near as one with a passport page
 _ANY = (0.2, 0.6, 0.12, 0.05, 0.03)
 KINDS = {  # of composed scenes: share in training, chances of 0, 1, .. 4 documents
-    "usual": (0.61, _ANY),
-    "print": (0.1, (0, 0.9, 0.1, 0, 0)),  # on a printed sheet
-    "keys": (0.07, (0.12, 0.8, 0.08, 0, 0)),  # on a keyboard or a laptop
+    "usual": (0.47, _ANY),
+    "print": (0.22, (0, 0.9, 0.1, 0, 0)),  # on a printed sheet
+    "keys": (0.06, (0.12, 0.8, 0.08, 0, 0)),  # on a keyboard or a laptop
     "night": (0.06, _ANY),
     "covered": (0.06, (0, 0.92, 0.08, 0, 0)),  # by fingers
     "cut": (0.05, (0, 1, 0, 0, 0)),  # by one to three sides of the frame
-    "several": (0.05, (0, 0, 0.45, 0.35, 0.2)),  # that may lie over one another
+    "several": (0.08, (0, 0, 0.45, 0.35, 0.2)),  # that may lie over one another
 }
 
 
