@@ -18,6 +18,7 @@ namespace {
 
 constexpr int kShortestSide = 48;     // pixels; no zone of two lines fits into less
 constexpr std::size_t kOutlines = 5;  // documents that are looked at by their outline
+constexpr float kSureOutline = 0.9f;  // confidence from which hardly any has a corner misplaced
 constexpr float kReadable = 0.8f;     // quality; below, names are wrong though digits pass
 constexpr double kLeastPixels = 6.0;  // a character; below, one in seven is read wrongly
 
@@ -158,7 +159,8 @@ ZoneResult NetworkZoneService::perform(const Bitmap& bitmap, const ZoneRequest& 
             if (auto error = found.look(viewsOfOutline(outline, picture.size())))
                 return error->value();
         }
-        if (count > 0 && !found.hasReadable()) {
+        if (count > 0 && request.outlines.front().confidence < kSureOutline &&
+            !found.hasReadable()) {
             const auto views = viewsAroundOutline(request.outlines.front(), picture.size());
             if (auto error = found.look(views))
                 return error->value();
