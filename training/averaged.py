@@ -23,7 +23,10 @@ _SEED = 5
 
 
 def averaged(before, after, share, batches):
-    """The OutlineNet between two, of which the second, trained on from the first, counts share; batches: N x 3 x side x side each."""
+    """The OutlineNet between two, of which the second, trained on from the first, counts share.
+
+    batches: N x 3 x side x side each, to normalise by.
+    """
     net, ends = OutlineNet(), after.state_dict()
     net.load_state_dict({name: (value * (1 - share) + ends[name] * share).to(value.dtype)
                          for name, value in before.state_dict().items()})
@@ -58,4 +61,7 @@ if __name__ == "__main__":
     parser.add_argument("shards", help="folder of shards")
     parser.add_argument("out", help="checkpoint to write, for export.py")
     parser.add_argument("--share", type=float, default=0.65, help="of CHECKPOINT in it, 0 to 1 (default: %(default)s)")
-    main(parser.parse_args())
+    parsed = parser.parse_args()
+    if not 0 <= parsed.share <= 1:
+        parser.error("--share must be from 0 to 1")
+    main(parsed)
