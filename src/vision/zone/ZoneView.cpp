@@ -48,8 +48,8 @@ ZoneView flattened(const Corners& corners) {
 
 // As it lies and by a quarter turn. None where the corners hold no area.
 std::vector<ZoneView> bothWays(const Corners& corners) {
-    constexpr double kLeastArea = 400.0;  // pixels
-    if (std::abs(cv::contourArea(corners)) < kLeastArea)
+    constexpr double kLeastArea = 400.0;                      // pixels
+    if (!(std::abs(cv::contourArea(corners)) >= kLeastArea))  // also where a host's are no numbers
         return {};
     return {flattened(corners), flattened({corners[3], corners[0], corners[1], corners[2]})};
 }

@@ -4,6 +4,7 @@
 
 #include <kestrelid/ImageFile.h>
 
+#include <cmath>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
@@ -131,6 +132,8 @@ TEST(NetworkZoneService, ReadsAroundAnOutlineWithACornerInTheWrongPlace) {
     const auto& readings = std::get<std::vector<ZoneReading>>(result);
     ASSERT_EQ(readings.size(), 1u);
     EXPECT_EQ(textOf(readings[0]), text);
+    outline.corners[0].x = std::nan("");
+    EXPECT_EQ(service().perform(bitmapOf(desk), {{outline}}).index(), result.index());
 }
 
 TEST(NetworkZoneService, RefusesWhatIsTooSmall) {
