@@ -11,7 +11,7 @@ import tempfile
 import time
 from pathlib import Path
 
-from PIL import Image, ImageChops
+from PIL import Image, ImageChops, ImageFilter
 
 TOOLS = ("Xvfb", "xdotool")
 PATIENCE = 60.0  # seconds; machines that build meanwhile are slow
@@ -24,14 +24,14 @@ def missing_tool():
 
 
 def wait_for(condition, what, patience=PATIENCE):
-    """The first true value of the condition."""
+    """The first true value of the condition; `what` is a text, or gives one when time is up."""
     end = time.monotonic() + patience
     while True:
         value = condition()
         if value:
             return value
         if time.monotonic() > end:
-            raise AssertionError(f"not within {patience:g} s: {what}")
+            raise AssertionError(f"not within {patience:g} s: {what() if callable(what) else what}")
         time.sleep(0.02)
 
 
@@ -98,7 +98,11 @@ class Program:
         return self.screen.xdotool("search", "--onlyvisible", "--name", title).split()
 
     def wait_for_title(self, title):
-        return wait_for(lambda: self.windows(title), f"a window with the title {title}")[0]
+        def missed():
+            shown = [self.screen.xdotool("getwindowname", window) for window in self.windows(".")]
+            return f"a window with the title {title}, but {shown}"
+
+        return wait_for(lambda: self.windows(title), missed)[0]
 
     def geometry(self, title):
         text = self.screen.xdotool("getwindowgeometry", self.wait_for_title(title))

@@ -43,20 +43,19 @@ class WholeWay(unittest.TestCase):
         self.title = title
         self.screen.xdotool("windowfocus", self.demo.wait_for_title(title))
 
-    def places(self, color):
-        """The bounding box of a colour in the window, in points of the screen; None where it is not shown."""
+    def places(self, color, least=1):
+        """The bounding box of what is at least so wide and high (an odd number of points) in a colour, on the screen; None
+        where nothing is."""
         x, y, width, height = self.demo.geometry(self.title)
         shown = self.screen.picture().crop((x, y, x + width, y + height))
-        box = screen.ImageChops.difference(shown, screen.Image.new("RGB", shown.size, color)).convert("L").point(
-            lambda difference: 255 * (difference == 0)).getbbox()
+        found = screen.ImageChops.difference(shown, screen.Image.new("RGB", shown.size, color)).convert("L").point(
+            lambda difference: 255 * (difference == 0))
+        box = found.filter(screen.ImageFilter.MinFilter(least)).getbbox()
         return box and (x + box[0], y + box[1], x + box[2], y + box[3])
 
     def click_button(self, color):
-        def button():  # the page before may show a dot in that colour
-            box = self.places(color)
-            return box and box[3] - box[1] > 30 and box
-
-        left, top, right, bottom = wait_for(button, f"a button in the colour {color}")
+        # Dots before a text, and texts, have a button's colour too.
+        left, top, right, bottom = wait_for(lambda: self.places(color, least=11), f"a button in the colour {color}")
         self.screen.click((left + right) / 2, (top + bottom) / 2)
 
     def click(self, across, from_bottom):
