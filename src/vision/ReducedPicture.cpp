@@ -34,6 +34,23 @@ cv::Mat inBgr(const cv::Mat& picture, PixelFormat format) {
     return result;
 }
 
+cv::Mat halved(const cv::Mat& picture) {
+    const cv::Size half(picture.cols / 2, picture.rows / 2);
+    cv::Mat result;
+    cv::resize(picture({0, 0, 2 * half.width, 2 * half.height}), result, half, 0, 0,
+               cv::INTER_AREA);
+    return result;
+}
+
+cv::Mat shrunk(const cv::Mat& picture, cv::Size size) {
+    cv::Mat result = picture;
+    while (result.cols >= 2 * size.width && result.rows >= 2 * size.height)
+        result = halved(result);
+    const bool shrinks = size.width < result.cols || size.height < result.rows;
+    cv::resize(result, result, size, 0, 0, shrinks ? cv::INTER_AREA : cv::INTER_LINEAR);
+    return result;
+}
+
 cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide) {
     const cv::Mat view = viewOf(bitmap);
     cv::Mat picture = view;
@@ -42,8 +59,7 @@ cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide) {
         const double scale = static_cast<double>(longestSide) / longest;
         const cv::Size size(std::max(1, cvRound(view.cols * scale)),
                             std::max(1, cvRound(view.rows * scale)));
-        picture = cv::Mat();
-        cv::resize(view, picture, size, 0, 0, cv::INTER_AREA);
+        picture = shrunk(view, size);
     }
     return inBgr(picture, bitmap.format());
 }

@@ -1,5 +1,6 @@
 #include "vision/text/TextDetector.h"
 
+#include "vision/ReducedPicture.h"
 #include "vision/text/TextBoxes.h"
 
 #include <opencv2/imgproc.hpp>
@@ -29,20 +30,15 @@ cv::Size inputSize(cv::Size picture, int longestSide) {
 }
 
 std::vector<float> planes(const cv::Mat& input) {
-    const std::size_t plane = input.total();
-    std::vector<float> values(plane * 3);
-    std::array<std::array<float, 256>, 3> normalized{};
-    for (std::size_t channel = 0; channel < 3; ++channel)
-        for (std::size_t value = 0; value < 256; ++value)
-            normalized[channel][value] =
-                (static_cast<float>(value) / 255.0f - kMean[channel]) / kDeviation[channel];
-    std::size_t position = 0;
-    for (int y = 0; y < input.rows; ++y) {
-        const auto* row = input.ptr<cv::Vec3b>(y);
-        for (int x = 0; x < input.cols; ++x, ++position)
-            for (std::size_t channel = 0; channel < 3; ++channel)
-                values[channel * plane + position] =
-                    normalized[channel][row[x][static_cast<int>(2 - channel)]];
+    const std::size_t size = input.total();
+    std::vector<float> values(size * kMean.size());
+    cv::Mat channel;
+    for (std::size_t plane = 0; plane < kMean.size(); ++plane) {
+        cv::extractChannel(input, channel, static_cast<int>(2 - plane));
+        cv::Mat normalized(input.size(), CV_32F, values.data() + plane * size);
+        const double scale = 1.0 / static_cast<double>(kDeviation[plane]);
+        channel.convertTo(normalized, CV_32F, scale / 255.0,
+                          -static_cast<double>(kMean[plane]) * scale);
     }
     return values;
 }
@@ -52,9 +48,7 @@ std::vector<float> planes(const cv::Mat& input) {
 Expected<std::vector<cv::RotatedRect>> TextDetector::find(const cv::Mat& picture,
                                                           int longestSide) const {
     const cv::Size size = inputSize(picture.size(), longestSide);
-    cv::Mat input;
-    cv::resize(picture, input, size, 0, 0,
-               size.width < picture.cols ? cv::INTER_AREA : cv::INTER_LINEAR);
+    const cv::Mat input = shrunk(picture, size);
     const std::vector<float> values = planes(input);
     const std::array<std::int64_t, 4> shape{1, 3, size.height, size.width};
     const OnnxInput tensor{values, shape};

@@ -51,14 +51,8 @@ double stepLength(const cv::Matx33d& toPicture, cv::Size size) {
 
 PictureLevels::PictureLevels(const Bitmap& bitmap) {
     levels_.push_back(inGrey(bitmap));
-    while (std::min(levels_.back().cols, levels_.back().rows) >= 2 * kSmallestSide) {
-        const cv::Mat1b& last = levels_.back();
-        cv::Mat1b half;
-        // Exact halving is several times as fast as odd factors; a last odd row is dropped.
-        cv::resize(last({0, 0, last.cols / 2 * 2, last.rows / 2 * 2}), half,
-                   {last.cols / 2, last.rows / 2}, 0, 0, cv::INTER_AREA);
-        levels_.push_back(half);
-    }
+    while (std::min(levels_.back().cols, levels_.back().rows) >= 2 * kSmallestSide)
+        levels_.push_back(halved(levels_.back()));
 }
 
 cv::Mat1b PictureLevels::sample(const cv::Matx33d& toPicture, cv::Size size) const {
