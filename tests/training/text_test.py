@@ -30,7 +30,8 @@ def answers(model, x):
 
 
 def spelt_out(rng):
-    """A model as the published ones are: hard-swish in four operations, scales and shifts, a gate, plain layers."""
+    """A model as the published ones are: hard-swish in four operations, scales and shifts, gates, plain layers, two levels
+    of a pyramid."""
     nodes, held, x = [], [], "x"
 
     def add(operation, *inputs, **how):
@@ -52,8 +53,18 @@ def spelt_out(rng):
         x = add("Add", add("Mul", x, [0.7]), [0.9])
     x = convolution(convolution(x, 8, 8, 1), 4, 8, 1)
     x = add("BatchNormalization", x, [2] * 4, [0.3] * 4, [0.1] * 4, [0.5] * 4, epsilon=1e-5)
-    gate = add("HardSigmoid", add("GlobalAveragePool", x), alpha=0.2, beta=0.5)
-    x = add("Add", x, add("Mul", x, gate))
+
+    def gated(x):
+        return add("Add", x, add("Mul", x, add("HardSigmoid", add("GlobalAveragePool", x), alpha=0.2, beta=0.5)))
+
+    def enlarged(x):
+        return add("Resize", x, [], [1, 1, 2, 2], mode="nearest", coordinate_transformation_mode="asymmetric",
+                   nearest_mode="floor")
+
+    small = convolution(add("AveragePool", gated(x), kernel_shape=[2, 2], strides=[2, 2]), 6, 4, 1)
+    fine = add("Add", gated(convolution(convolution(x, 3, 4, 1), 6, 3, 1)), enlarged(small))
+    row = enlarged(convolution(small, 5, 6, 1)), gated(convolution(fine, 5, 6, 3))
+    x = add("Relu", convolution(add("Concat", *row, axis=1), 4, 10, 3))
     for given, taken, activation in ((5, 4, "Relu"), (2, 5, "Sigmoid")):
         weights = rng.normal(0, 0.1, (taken, given, 2, 2)), rng.normal(0, 0.5, given)
         x = add(activation, add("ConvTranspose", x, *weights, strides=[2, 2], kernel_shape=[2, 2]))
@@ -71,14 +82,14 @@ class RewriteTest(unittest.TestCase):
 
     def test_folded_and_halved_answer_as_what_is_spelt_out(self):
         rng = np.random.default_rng(1)
-        model, x = spelt_out(rng), rng.normal(0, 1, (2, 3, 9, 11))
+        model, x = spelt_out(rng), rng.normal(0, 1, (1, 3, 8, 12))
         with tempfile.TemporaryDirectory() as folder:
             graph.save(model, Path(folder, "spelt.onnx"))
             simple = graph.simplified(Path(folder, "spelt.onnx"))
-        self.assertLess(len(simple.graph.node), 25)
-        self.assertNotIn("ConvTranspose", {node.op_type for node in simple.graph.node})
+        self.assertFalse({"ConvTranspose", "Resize"} & {node.op_type for node in simple.graph.node})
+        self.assertEqual(simple.graph.input[0].type.tensor_type.shape.dim[0].dim_value, 1)
         wanted = answers(model, x)
-        for changed, apart in ((simple, 1e-6), (graph.halved(simple), 1e-3)):
+        for changed, apart in ((simple, 1e-5), (graph.halved(simple), 3e-3)):
             self.assertLess(np.abs(answers(changed, x) - wanted).max(), apart * np.abs(wanted).max())
 
 

@@ -9,7 +9,7 @@ import math
 import numpy as np
 from onnx import helper
 
-from . import published
+from . import published, pyramid
 
 _CONVOLUTIONS = ("Conv", "ConvTranspose")
 
@@ -20,6 +20,7 @@ class Network:
     def __init__(self, graph):
         self.constants = published.constants(graph)
         self.nodes = [node for node in graph.node if node.op_type != "Constant"]
+        self.takes_one = False  # picture at a time
 
     def maker(self, name):
         return next((node for node in self.nodes if name in node.output), None)
@@ -34,6 +35,10 @@ class Network:
 
     def constant(self, name, values):
         self.constants[name] = np.array(values, np.float32, order="C")
+        return name
+
+    def whole_numbers(self, name, numbers):
+        self.constants[name] = np.array(numbers, np.int64)
         return name
 
     def replaced(self, old, *new):
@@ -160,10 +165,12 @@ def pairs(network):
         second = network.only_user(first.output[0], "Conv")
         if second is None:
             continue
+        if any(node.input[1] not in network.constants for node in (first, second)):
+            continue
         (weight, bias), (over, more) = network.weights(first), network.weights(second)
         if weight.shape[2:] != (1, 1) or over.shape[2:] != (1, 1) or any(
-                _padded(node) or published.attributes(node)["group"] != 1
-                or set(published.attributes(node)["strides"]) != {1} for node in (first, second)):
+                _padded(node) or published.attributes(node).get("group", 1) != 1
+                or set(published.attributes(node).get("strides", [1])) != {1} for node in (first, second)):
             continue
         merged = over[:, :, 0, 0] @ weight[:, :, 0, 0]
         if merged.size < weight.size + over.size:
@@ -234,6 +241,8 @@ def folded(graph):
     affine_after(network)
     affine_before(network)
     gates(network)
+    pyramid.rows(network)
+    pyramid.sums(network)
     pairs(network)
     enlarged(network)
     flattened(network)

@@ -157,6 +157,8 @@ def simplified(path):
     """An equal model of the detector's or the direction classifier's file, with the same input and output names."""
     graph = published.load(path).graph
     network = folding.folded(graph)
+    if network.takes_one:
+        graph.input[0].type.tensor_type.shape.dim[0].dim_value = 1
     return _model(network.nodes, network.constants, graph.input[0], graph.output[0])
 
 

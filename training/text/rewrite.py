@@ -85,7 +85,7 @@ def main(resources, folder, floats=False):
     rewriting.write("recogniser-96.onnx", graph.recogniser(published.reduced(weights, classes), blocks),
                     published.RECOGNISER, lines, _best, reduced)
     rewriting.write("detector.onnx", graph.simplified(source / published.DETECTOR), published.DETECTOR,
-                    [(1, 512, 736), (1, 736, 480), (2, 256, 320)], _text)
+                    [(1, 512, 736), (1, 736, 480), (1, 256, 320)], _text)
     rewriting.write("direction.onnx", graph.simplified(source / published.DIRECTION), published.DIRECTION,
                     [(1, 48, 192), (20, 48, 192)], _best)
 
