@@ -42,7 +42,7 @@ cv::Mat halved(const cv::Mat& picture) {
     return result;
 }
 
-cv::Mat shrunk(const cv::Mat& picture, cv::Size size) {
+cv::Mat resized(const cv::Mat& picture, cv::Size size) {
     cv::Mat result = picture;
     while (result.cols >= 2 * size.width && result.rows >= 2 * size.height)
         result = halved(result);
@@ -59,9 +59,22 @@ cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide) {
         const double scale = static_cast<double>(longestSide) / longest;
         const cv::Size size(std::max(1, cvRound(view.cols * scale)),
                             std::max(1, cvRound(view.rows * scale)));
-        picture = shrunk(view, size);
+        picture = resized(view, size);
     }
     return inBgr(picture, bitmap.format());
+}
+
+std::vector<float> planesOf(const cv::Mat& picture, const std::array<double, 3>& scales,
+                            const std::array<double, 3>& shifts) {
+    const std::size_t size = picture.total();
+    std::vector<float> values(3 * size);
+    cv::Mat channel;
+    for (std::size_t plane = 0; plane < 3; ++plane) {
+        cv::extractChannel(picture, channel, static_cast<int>(2 - plane));
+        cv::Mat target(picture.size(), CV_32F, values.data() + plane * size);
+        channel.convertTo(target, CV_32F, scales[plane], shifts[plane]);
+    }
+    return values;
 }
 
 NormalizedRect normalizedBounds(std::span<const cv::Point2f> points, cv::Size picture) {

@@ -4,7 +4,9 @@
 
 #include <opencv2/core.hpp>
 
+#include <array>
 #include <span>
+#include <vector>
 
 namespace kestrelid::vision {
 
@@ -17,13 +19,19 @@ namespace kestrelid::vision {
 // Each pixel the mean of four. A last odd row or column is dropped.
 [[nodiscard]] cv::Mat halved(const cv::Mat& picture);
 
-// The picture, made smaller: halved while that leaves at least the size that is asked for, since
-// means over odd factors take several times as long.
-[[nodiscard]] cv::Mat shrunk(const cv::Mat& picture, cv::Size size);
+// The picture at that size: halved while that leaves enough, since means over odd factors take
+// several times as long, and then averaged; only where both sides grow, interpolated.
+[[nodiscard]] cv::Mat resized(const cv::Mat& picture, cv::Size size);
 
 // The bitmap in blue, green, red; made smaller if its longer side exceeds longestSide pixels. The
 // picture never shares the bitmap's pixels.
 [[nodiscard]] cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide);
+
+// Red, then green, then blue of a picture in blue, green, red; each value times the channel's
+// scale, plus its shift.
+[[nodiscard]] std::vector<float> planesOf(const cv::Mat& picture,
+                                          const std::array<double, 3>& scales,
+                                          const std::array<double, 3>& shifts);
 
 // The upright box around points of a picture, in terms of that picture.
 [[nodiscard]] NormalizedRect normalizedBounds(std::span<const cv::Point2f> points,

@@ -1,5 +1,7 @@
 #include "vision/outlines/OutlineNetwork.h"
 
+#include "vision/ReducedPicture.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <array>
@@ -59,14 +61,7 @@ OutlineNetwork::Maps OutlineNetwork::lookAllWays(const cv::Mat& picture,
 }
 
 OutlineNetwork::Maps OutlineNetwork::mapsOf(const cv::Mat& square) const {
-    constexpr std::size_t kPlane = std::size_t{kSide} * kSide;
-    std::vector<float> values(3 * kPlane);
-    std::array<cv::Mat, 3> planes;  // red, green, blue
-    for (std::size_t channel = 0; channel < 3; ++channel) {
-        cv::Mat plane(kSide, kSide, CV_32F, values.data() + channel * kPlane);
-        cv::extractChannel(square, planes[channel], static_cast<int>(2 - channel));
-        planes[channel].convertTo(plane, CV_32F);
-    }
+    const std::vector<float> values = planesOf(square, {1.0, 1.0, 1.0}, {});
     constexpr std::array<std::int64_t, 4> kShape{1, 3, kSide, kSide};
     const OnnxInput input{values, kShape};
     const auto outputs = session_.run({&input, 1});

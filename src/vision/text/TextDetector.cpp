@@ -17,8 +17,8 @@ constexpr double kStrongestEnlarging = 2.0;  // enlarging further adds time but 
 
 // Per channel in the order red, green, blue, of values scaled to 0..1: the statistics the network
 // was trained with.
-constexpr std::array kMean{0.485f, 0.456f, 0.406f};
-constexpr std::array kDeviation{0.229f, 0.224f, 0.225f};
+constexpr std::array kMean{0.485, 0.456, 0.406};
+constexpr std::array kDeviation{0.229, 0.224, 0.225};
 
 cv::Size inputSize(cv::Size picture, int longestSide) {
     const double scale = std::min(kStrongestEnlarging, static_cast<double>(longestSide) /
@@ -29,18 +29,14 @@ cv::Size inputSize(cv::Size picture, int longestSide) {
     return {side(picture.width), side(picture.height)};
 }
 
-std::vector<float> planes(const cv::Mat& input) {
-    const std::size_t size = input.total();
-    std::vector<float> values(size * kMean.size());
-    cv::Mat channel;
-    for (std::size_t plane = 0; plane < kMean.size(); ++plane) {
-        cv::extractChannel(input, channel, static_cast<int>(2 - plane));
-        cv::Mat normalized(input.size(), CV_32F, values.data() + plane * size);
-        const double scale = 1.0 / static_cast<double>(kDeviation[plane]);
-        channel.convertTo(normalized, CV_32F, scale / 255.0,
-                          -static_cast<double>(kMean[plane]) * scale);
+std::vector<float> normalized(const cv::Mat& input) {
+    std::array<double, 3> scales{};
+    std::array<double, 3> shifts{};
+    for (std::size_t channel = 0; channel < 3; ++channel) {
+        scales[channel] = 1.0 / (255.0 * kDeviation[channel]);
+        shifts[channel] = -kMean[channel] / kDeviation[channel];
     }
-    return values;
+    return planesOf(input, scales, shifts);
 }
 
 }  // namespace
@@ -48,8 +44,8 @@ std::vector<float> planes(const cv::Mat& input) {
 Expected<std::vector<cv::RotatedRect>> TextDetector::find(const cv::Mat& picture,
                                                           int longestSide) const {
     const cv::Size size = inputSize(picture.size(), longestSide);
-    const cv::Mat input = shrunk(picture, size);
-    const std::vector<float> values = planes(input);
+    const cv::Mat input = resized(picture, size);
+    const std::vector<float> values = normalized(input);
     const std::array<std::int64_t, 4> shape{1, 3, size.height, size.width};
     const OnnxInput tensor{values, shape};
     const auto outputs = session_.run({&tensor, 1});

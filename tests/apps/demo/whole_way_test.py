@@ -44,8 +44,8 @@ class WholeWay(unittest.TestCase):
         self.screen.xdotool("windowfocus", self.demo.wait_for_title(title))
 
     def places(self, color, least=1):
-        """The bounding box of what is at least so wide and high (an odd number of points) in a colour, on the screen; None
-        where nothing is."""
+        """The box around what is at least so wide and high (an odd number of points) in a colour, less half of that on each
+        side, on the screen; None where nothing is."""
         x, y, width, height = self.demo.geometry(self.title)
         shown = self.screen.picture().crop((x, y, x + width, y + height))
         found = screen.ImageChops.difference(shown, screen.Image.new("RGB", shown.size, color)).convert("L").point(
