@@ -77,9 +77,10 @@ int print(const std::filesystem::path& manifest, const ResourceFolders& resource
             continue;
         const Bitmap bitmap = *std::get<Image>(decoded).upright().bitmap();
         const cv::Mat small = outlinePicture(bitmap);
-        auto maps = network.look(small);
+        const cv::Mat square = OutlineNetwork::squareOf(small);
+        auto maps = network.look(square);
         if (maps)
-            maps = network.lookAllWays(small, *maps);  // as in doubt
+            maps = network.lookAllWays(square, *maps, 1);  // as in doubt
         if (!maps) {
             std::fprintf(stderr, "%s: %s\n", picture.name.c_str(),
                          maps.error().description.c_str());

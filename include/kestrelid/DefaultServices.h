@@ -15,7 +15,7 @@ struct DefaultServicesOptions {
     /// lies, installed or built.
     std::filesystem::path resources;
 
-    int textThreads = 2;  ///< threads that one text request may use, the calling one included
+    int textThreads = 2;  ///< threads that one request may use, the calling one included
 
     friend bool operator==(const DefaultServicesOptions&, const DefaultServicesOptions&) = default;
 };

@@ -19,7 +19,7 @@ namespace {
 std::shared_ptr<vision::NetworkRectangleService>
 makeRectangleService(const DefaultServicesOptions& options) {
     return std::make_shared<vision::NetworkRectangleService>(
-        defaults::resourceFolders(options.resources));
+        defaults::resourceFolders(options.resources), options.textThreads);
 }
 
 std::shared_ptr<vision::NetworkTextService> makeTextService(const DefaultServicesOptions& options) {

@@ -1,9 +1,12 @@
 #include "vision/ReducedPicture.h"
 
+#include "vision/LargeMat.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace kestrelid::vision {
 
@@ -13,7 +16,7 @@ cv::Mat viewOf(const Bitmap& bitmap) {
 }
 
 cv::Mat inBgr(const cv::Mat& picture, PixelFormat format) {
-    cv::Mat result;
+    cv::Mat result = largeMat();
     switch (format) {
     case PixelFormat::bgra8:
         cv::cvtColor(picture, result, cv::COLOR_BGRA2BGR);
@@ -22,7 +25,7 @@ cv::Mat inBgr(const cv::Mat& picture, PixelFormat format) {
         cv::cvtColor(picture, result, cv::COLOR_RGB2BGR);
         break;
     case PixelFormat::bgr8:
-        result = picture.clone();
+        picture.copyTo(result);
         break;
     case PixelFormat::rgba8:
         cv::cvtColor(picture, result, cv::COLOR_RGBA2BGR);
@@ -36,45 +39,53 @@ cv::Mat inBgr(const cv::Mat& picture, PixelFormat format) {
 
 cv::Mat halved(const cv::Mat& picture) {
     const cv::Size half(picture.cols / 2, picture.rows / 2);
-    cv::Mat result;
+    cv::Mat result = largeMat();
     cv::resize(picture({0, 0, 2 * half.width, 2 * half.height}), result, half, 0, 0,
                cv::INTER_AREA);
     return result;
 }
 
 cv::Mat resized(const cv::Mat& picture, cv::Size size) {
+    constexpr double kLittle = 4.0 / 3.0;  // shrunk by less, each pixel counts when interpolated
     cv::Mat result = picture;
     while (result.cols >= 2 * size.width && result.rows >= 2 * size.height)
         result = halved(result);
-    const bool shrinks = size.width < result.cols || size.height < result.rows;
-    cv::resize(result, result, size, 0, 0, shrinks ? cv::INTER_AREA : cv::INTER_LINEAR);
-    return result;
+    if (result.size() == size)
+        return result;
+    const bool shrinks = kLittle * size.width < result.cols || kLittle * size.height < result.rows;
+    cv::Mat last = largeMat();
+    cv::resize(result, last, size, 0, 0, shrinks ? cv::INTER_AREA : cv::INTER_LINEAR);
+    return last;
 }
 
-cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide) {
+cv::Mat reducedPicture(const Bitmap& bitmap, int sufficientSide) {
+    constexpr double kMost = 4.0 / 3.0;  // times the sufficient side
     const cv::Mat view = viewOf(bitmap);
-    cv::Mat picture = view;
     const int longest = std::max(view.cols, view.rows);
-    if (longest > longestSide) {
-        const double scale = static_cast<double>(longestSide) / longest;
-        const cv::Size size(std::max(1, cvRound(view.cols * scale)),
-                            std::max(1, cvRound(view.rows * scale)));
-        picture = resized(view, size);
-    }
-    return inBgr(picture, bitmap.format());
+    int parts = 1;
+    while (longest >= 2 * parts * sufficientSide)
+        parts *= 2;
+    const bool areHalvesEnough = longest <= kMost * parts * sufficientSide;
+    const auto side = [&](int pixels) {
+        return std::max(1, areHalvesEnough
+                               ? pixels / parts
+                               : static_cast<int>(std::int64_t{pixels} * sufficientSide / longest));
+    };
+    return inBgr(resized(view, {side(view.cols), side(view.rows)}), bitmap.format());
 }
 
-std::vector<float> planesOf(const cv::Mat& picture, const std::array<double, 3>& scales,
-                            const std::array<double, 3>& shifts) {
-    const std::size_t size = picture.total();
-    std::vector<float> values(3 * size);
+cv::Mat1f planesOf(const cv::Mat& picture, const std::array<double, 3>& scales,
+                   const std::array<double, 3>& shifts) {
+    cv::Mat planes = largeMat();
+    planes.create(3 * picture.rows, picture.cols, CV_32F);
     cv::Mat channel;
-    for (std::size_t plane = 0; plane < 3; ++plane) {
-        cv::extractChannel(picture, channel, static_cast<int>(2 - plane));
-        cv::Mat target(picture.size(), CV_32F, values.data() + plane * size);
-        channel.convertTo(target, CV_32F, scales[plane], shifts[plane]);
+    for (int plane = 0; plane < 3; ++plane) {
+        cv::extractChannel(picture, channel, 2 - plane);
+        cv::Mat target = planes.rowRange(plane * picture.rows, (plane + 1) * picture.rows);
+        const auto index = static_cast<std::size_t>(plane);
+        channel.convertTo(target, CV_32F, scales[index], shifts[index]);
     }
-    return values;
+    return planes;
 }
 
 NormalizedRect normalizedBounds(std::span<const cv::Point2f> points, cv::Size picture) {

@@ -20,18 +20,19 @@ namespace kestrelid::vision {
 [[nodiscard]] cv::Mat halved(const cv::Mat& picture);
 
 // The picture at that size: halved while that leaves enough, since means over odd factors take
-// several times as long, and then averaged; only where both sides grow, interpolated.
+// several times as long, and then averaged; interpolated where it grows, or shrinks by less than a
+// quarter. May share the picture's pixels.
 [[nodiscard]] cv::Mat resized(const cv::Mat& picture, cv::Size size);
 
-// The bitmap in blue, green, red; made smaller if its longer side exceeds longestSide pixels. The
-// picture never shares the bitmap's pixels.
-[[nodiscard]] cv::Mat reducedPicture(const Bitmap& bitmap, int longestSide);
+// The bitmap in blue, green, red. If its longer side exceeds sufficientSide pixels by more than a
+// third, it is made smaller, to between that and a third more: as halving alone gets there from the
+// sizes of most cameras. The picture never shares the bitmap's pixels.
+[[nodiscard]] cv::Mat reducedPicture(const Bitmap& bitmap, int sufficientSide);
 
-// Red, then green, then blue of a picture in blue, green, red; each value times the channel's
-// scale, plus its shift.
-[[nodiscard]] std::vector<float> planesOf(const cv::Mat& picture,
-                                          const std::array<double, 3>& scales,
-                                          const std::array<double, 3>& shifts);
+// Red, below it green, below it blue of a picture in blue, green, red; each value times the
+// channel's scale, plus its shift.
+[[nodiscard]] cv::Mat1f planesOf(const cv::Mat& picture, const std::array<double, 3>& scales,
+                                 const std::array<double, 3>& shifts);
 
 // The upright box around points of a picture, in terms of that picture.
 [[nodiscard]] NormalizedRect normalizedBounds(std::span<const cv::Point2f> points,

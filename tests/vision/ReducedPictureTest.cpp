@@ -1,5 +1,8 @@
 #include "vision/ReducedPicture.h"
 
+#include "base/PixelStore.h"
+
+#include <cstring>
 #include <gmock/gmock.h>
 #include <opencv2/imgproc.hpp>
 
@@ -24,6 +27,26 @@ TEST(ReducedPicture, IsResizedWithoutMovingAnything) {
         cv::absdiff(small, averaged, apart);
         EXPECT_LE(cv::norm(apart, cv::NORM_L1) / static_cast<double>(3 * to.area()), 0.4)
             << from;  // of 255
+    }
+}
+
+// Sides of cameras, scanners and slivers, and what is read from where 1800 pixels are enough.
+TEST(ReducedPicture, KeepsWhatIsEnough) {
+    struct Case {
+        cv::Size from;
+        cv::Size to;
+    };
+    for (const auto& [from, to] :
+         {Case{{640, 480}, {640, 480}}, Case{{1920, 1080}, {1920, 1080}},
+          Case{{2400, 1800}, {2400, 1800}}, Case{{2592, 1944}, {1800, 1350}},
+          Case{{3001, 4003}, {1500, 2001}}, Case{{20000, 9}, {1800, 1}}}) {
+        base::PixelStore store(from.width, from.height, 3);
+        std::memset(store.bytes(), 77, store.size());
+        const Image image = std::move(store).toImage(PixelFormat::rgb8, Orientation::up);
+        const cv::Mat picture = reducedPicture(*image.bitmap(), 1800);
+        EXPECT_EQ(picture.size(), to) << from;
+        EXPECT_NE(picture.data, viewOf(*image.bitmap()).data) << from;
+        EXPECT_EQ(cv::mean(picture), cv::Scalar(77, 77, 77)) << from;
     }
 }
 

@@ -73,8 +73,9 @@ std::vector<WeighedOutline> seenIn(const OutlineMaps& maps, cv::Size size,
 
 }  // namespace
 
-NetworkRectangleService::NetworkRectangleService(std::vector<std::filesystem::path> resources)
-    : file_(std::move(resources), "outline-net.onnx") {}
+NetworkRectangleService::NetworkRectangleService(std::vector<std::filesystem::path> resources,
+                                                 int threads)
+    : file_(std::move(resources), "outline-net.onnx"), threads_(std::max(threads, 1)) {}
 
 NetworkRectangleService::~NetworkRectangleService() = default;
 
@@ -92,12 +93,13 @@ RectangleResult NetworkRectangleService::perform(const Bitmap& bitmap,
         std::vector<RectangleObservation> found;
         if (std::min(bitmap.width(), bitmap.height()) >= kShortestSide) {
             const cv::Mat picture = outlinePicture(bitmap);
-            auto maps = net.look(picture);
+            const cv::Mat square = OutlineNetwork::squareOf(picture);
+            auto maps = net.look(square);
             if (!maps)
                 return maps.error();
             auto seen = seenIn(*maps, picture.size(), request);
             if (leavesDoubt(seen, picture.size())) {
-                maps = net.lookAllWays(picture, *maps);
+                maps = net.lookAllWays(square, *maps, threads_);
                 if (!maps)
                     return maps.error();
                 seen = seenIn(*maps, picture.size(), request);

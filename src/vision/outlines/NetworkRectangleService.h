@@ -21,8 +21,9 @@ class OutlineNetwork;
 // more, several of one document among them).
 class NetworkRectangleService final : public RectangleService {
 public:
-    // resources: searched in order for the network and the ONNX Runtime library.
-    explicit NetworkRectangleService(std::vector<std::filesystem::path> resources);
+    // resources: searched in order for the network and the ONNX Runtime library. threads: for a
+    // picture's further looks.
+    NetworkRectangleService(std::vector<std::filesystem::path> resources, int threads);
     ~NetworkRectangleService() override;
 
     [[nodiscard]] RectangleResult perform(const Bitmap& bitmap,
@@ -33,6 +34,7 @@ public:
 
 private:
     NetworkFile<OutlineNetwork> file_;
+    int threads_;
 };
 
 }  // namespace kestrelid::vision

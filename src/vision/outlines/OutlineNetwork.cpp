@@ -15,12 +15,6 @@ constexpr int kCells = kSide / 4;
 constexpr std::size_t kMaps = 3;
 constexpr int kWays = 8;
 
-cv::Mat reduced(const cv::Mat& picture) {
-    cv::Mat square;
-    cv::resize(picture, square, {kSide, kSide}, 0, 0, cv::INTER_AREA);
-    return square;
-}
-
 // The square in one of the ways that it can lie; way 0: as it is.
 cv::Mat laid(const cv::Mat& square, int way) {
     cv::Mat other = square.clone();
@@ -39,31 +33,39 @@ cv::Mat laidBack(const cv::Mat& square, int way) {
 
 }  // namespace
 
-OutlineNetwork::Maps OutlineNetwork::look(const cv::Mat& picture) const {
-    return mapsOf(reduced(picture));
+cv::Mat OutlineNetwork::squareOf(const cv::Mat& picture) {
+    cv::Mat square;
+    cv::resize(picture, square, {kSide, kSide}, 0, 0, cv::INTER_AREA);
+    return square;
 }
 
-OutlineNetwork::Maps OutlineNetwork::lookAllWays(const cv::Mat& picture,
-                                                 const OutlineMaps& first) const {
+OutlineNetwork::Maps OutlineNetwork::lookAllWays(const cv::Mat& square, const OutlineMaps& first,
+                                                 int threads) const {
     constexpr std::array kMembers = {&OutlineMaps::page, &OutlineMaps::core, &OutlineMaps::corner};
-    const cv::Mat square = reduced(picture);
+    std::array<Maps, kWays> seen;
+    seen[0] = first;
+    const auto lookAt = [&](const cv::Range& ways) {
+        for (int way = ways.start; way < ways.end; ++way)
+            seen[static_cast<std::size_t>(way)] = look(laid(square, way));
+    };
+    cv::parallel_for_({1, kWays}, lookAt, threads);
     OutlineMaps mean;
-    for (const auto map : kMembers)
-        mean.*map = first.*map / kWays;
-    for (int way = 1; way < kWays; ++way) {
-        const Maps seen = mapsOf(laid(square, way));
-        if (!seen)
-            return seen;
-        for (const auto map : kMembers)
-            mean.*map += laidBack((*seen).*map, way) / kWays;
+    for (int way = 0; way < kWays; ++way) {
+        const Maps& maps = seen[static_cast<std::size_t>(way)];
+        if (!maps)
+            return maps;
+        for (const auto map : kMembers) {
+            const cv::Mat share = laidBack((*maps).*map, way) / kWays;
+            mean.*map = way == 0 ? share : mean.*map + share;
+        }
     }
     return mean;
 }
 
-OutlineNetwork::Maps OutlineNetwork::mapsOf(const cv::Mat& square) const {
-    const std::vector<float> values = planesOf(square, {1.0, 1.0, 1.0}, {});
+OutlineNetwork::Maps OutlineNetwork::look(const cv::Mat& square) const {
+    const cv::Mat1f values = planesOf(square, {1.0, 1.0, 1.0}, {});
     constexpr std::array<std::int64_t, 4> kShape{1, 3, kSide, kSide};
-    const OnnxInput input{values, kShape};
+    const OnnxInput input{{values[0], values.total()}, kShape};
     const auto outputs = session_.run({&input, 1});
     if (!outputs)
         return Failure(outputs.error());

@@ -20,17 +20,17 @@ public:
 
     explicit OutlineNetwork(OnnxSession session) : session_(std::move(session)) {}
 
-    // picture: 8 bits, blue, green, red.
-    [[nodiscard]] Maps look(const cv::Mat& picture) const;
+    // A picture (8 bits; blue, green, red) stretched to the square that the network takes.
+    [[nodiscard]] static cv::Mat squareOf(const cv::Mat& picture);
 
-    // The mean of looks at the picture in the eight ways that a square can lie, the first of which
-    // is done: seven times the time, and pages that are hard to see come out clearer.
-    [[nodiscard]] Maps lookAllWays(const cv::Mat& picture, const OutlineMaps& first) const;
+    [[nodiscard]] Maps look(const cv::Mat& square) const;
+
+    // The mean of looks at the square in the eight ways that a square can lie, the first of which
+    // is done: seven times the work, and pages that are hard to see come out clearer.
+    [[nodiscard]] Maps lookAllWays(const cv::Mat& square, const OutlineMaps& first,
+                                   int threads) const;
 
 private:
-    // square: kSide x kSide.
-    [[nodiscard]] Maps mapsOf(const cv::Mat& square) const;
-
     OnnxSession session_;
 };
 

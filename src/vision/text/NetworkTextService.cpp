@@ -12,8 +12,8 @@
 namespace kestrelid::vision {
 namespace {
 
-// Longest side read from. Lines of a page that fills it are 40 pixels high, near the 48 that are
-// read.
+// Longest side that is enough to read from. Lines of a page that fills it are 40 pixels high, near
+// the 48 that are read.
 constexpr int kPictureSide = 1800;
 // Longest sides that the detector sees. 736 loses small print on pages with much around them; 960
 // takes a tenth more time for few more lines.

@@ -1,11 +1,13 @@
 #include "vision/text/QuarterTurns.h"
 
+#include "vision/LargeMat.h"
+
 namespace kestrelid::vision {
 
 cv::Mat turned(const cv::Mat& picture, int turns) {
     if (turns == 0)
         return picture;
-    cv::Mat result;  // never the picture itself: OpenCV would turn its pixels in place
+    cv::Mat result = largeMat();  // never the picture itself: OpenCV would turn its pixels in place
     cv::rotate(picture, result,
                turns == 1   ? cv::ROTATE_90_CLOCKWISE
                : turns == 2 ? cv::ROTATE_180

@@ -29,7 +29,7 @@ cv::Size inputSize(cv::Size picture, int longestSide) {
     return {side(picture.width), side(picture.height)};
 }
 
-std::vector<float> normalized(const cv::Mat& input) {
+cv::Mat1f normalized(const cv::Mat& input) {
     std::array<double, 3> scales{};
     std::array<double, 3> shifts{};
     for (std::size_t channel = 0; channel < 3; ++channel) {
@@ -45,9 +45,9 @@ Expected<std::vector<cv::RotatedRect>> TextDetector::find(const cv::Mat& picture
                                                           int longestSide) const {
     const cv::Size size = inputSize(picture.size(), longestSide);
     const cv::Mat input = resized(picture, size);
-    const std::vector<float> values = normalized(input);
+    const cv::Mat1f values = normalized(input);
     const std::array<std::int64_t, 4> shape{1, 3, size.height, size.width};
-    const OnnxInput tensor{values, shape};
+    const OnnxInput tensor{{values[0], values.total()}, shape};
     const auto outputs = session_.run({&tensor, 1});
     if (!outputs)
         return Failure(outputs.error());

@@ -1,5 +1,6 @@
 #include "vision/zone/PictureLevels.h"
 
+#include "vision/LargeMat.h"
 #include "vision/ReducedPicture.h"
 
 #include <opencv2/imgproc.hpp>
@@ -14,7 +15,7 @@ constexpr int kSmallestSide = 64;  // pixels; nothing is read from a smaller lev
 
 cv::Mat1b inGrey(const Bitmap& bitmap) {
     const cv::Mat view = viewOf(bitmap);
-    cv::Mat1b grey;
+    cv::Mat grey = largeMat();
     switch (bitmap.format()) {
     case PixelFormat::bgra8:
         cv::cvtColor(view, grey, cv::COLOR_BGRA2GRAY);

@@ -34,7 +34,7 @@ TEST(WithoutNetwork, requestsAndDiagnosisSayWhatIsMissing) {
         const test::TemporaryFolder folder;
         if (isDamaged)
             std::ofstream(folder / "outline-net.onnx") << "no model";
-        NetworkRectangleService service({folder.path(), KESTRELID_RESOURCES_DIR});
+        NetworkRectangleService service({folder.path(), KESTRELID_RESOURCES_DIR}, 2);
         const auto status = service.diagnose();
         EXPECT_FALSE(status.available);
         EXPECT_THAT(status.details, testing::EndsWith("; no outline is found"));
@@ -59,7 +59,7 @@ protected:
         return std::get<std::vector<RectangleObservation>>(service_.perform(bitmap, request));
     }
 
-    NetworkRectangleService service_{{KESTRELID_RESOURCES_DIR, KESTRELID_SOURCE_DIR "/models"}};
+    NetworkRectangleService service_{{KESTRELID_RESOURCES_DIR, KESTRELID_SOURCE_DIR "/models"}, 2};
 };
 
 Bitmap sample(const std::string& name) {

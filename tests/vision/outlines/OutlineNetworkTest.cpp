@@ -41,11 +41,10 @@ TEST(OutlineNetworkTest, eightLooksTurnWithThePicture) {
     const OutlineNetwork network(*std::move(session));
 
     const ImageResult file = readImage(KESTRELID_SOURCE_DIR "/samples/utopia-perspective.jpg");
-    cv::Mat picture;  // a square, so that turning it and reducing it commute
-    cv::resize(outlinePicture(*std::get<Image>(file).upright().bitmap()), picture, {192, 192}, 0, 0,
-               cv::INTER_AREA);
+    const cv::Mat picture =
+        OutlineNetwork::squareOf(outlinePicture(*std::get<Image>(file).upright().bitmap()));
     const auto allWays = [&](const cv::Mat& laid) {
-        return network.lookAllWays(laid, network.look(laid).value()).value();
+        return network.lookAllWays(laid, network.look(laid).value(), 2).value();
     };
     const OutlineMaps plain = allWays(picture);
     EXPECT_GT(furthest(plain.page, mirrored(plain.page)), 0.3);  // not the same whatever is done
