@@ -61,15 +61,31 @@ Expected<float> PageDirection::reversed(const cv::Mat& picture, const LineBox& l
     return answer.values()[1];
 }
 
+void PageDirection::askNext(const cv::Mat& picture, const std::vector<LineBox>& lines, int threads,
+                            std::vector<Expected<float>>& answers) const {
+    const std::size_t first = answers.size();
+    answers.resize(std::min(first + static_cast<std::size_t>(threads), lines.size()));
+    const auto ask = [&](const cv::Range& indices) {
+        for (int index = indices.start; index < indices.end; ++index)
+            answers[static_cast<std::size_t>(index)] =
+                reversed(picture, lines[static_cast<std::size_t>(index)]);
+    };
+    cv::parallel_for_({static_cast<int>(first), static_cast<int>(answers.size())}, ask, threads);
+}
+
 Expected<bool> PageDirection::isReversed(const cv::Mat& picture, const PageLines& page,
-                                         const LineRecognizer& recognizer) const {
+                                         const LineRecognizer& recognizer, int threads) const {
     std::vector<LineBox> lines = clearestLines(page);
-    const std::size_t voters = std::min(lines.size(), kVoters);
+    lines.resize(std::min(lines.size(), kVoters));
+    const std::size_t voters = lines.size();
     if (voters == 0)
         return false;
+    std::vector<Expected<float>> answers;
     float sum = 0.0f;
     for (std::size_t asked = 1; asked <= voters; ++asked) {
-        const auto answer = reversed(picture, lines[asked - 1]);
+        if (asked > answers.size())
+            askNext(picture, lines, threads, answers);
+        const Expected<float>& answer = answers[asked - 1];
         if (!answer)
             return Failure(answer.error());
         sum += 2.0f * *answer - 1.0f;
@@ -81,20 +97,25 @@ Expected<bool> PageDirection::isReversed(const cv::Mat& picture, const PageLines
 
     // The shorter ones: the time of reading grows with each pixel, and a word is enough. Upside
     // down the recogniser makes as many characters of the strokes, a little less surely.
-    lines.resize(voters);
     std::stable_sort(lines.begin(), lines.end(), [](const LineBox& a, const LineBox& b) {
         return a.length * b.height < b.length * a.height;
     });
     float lead = kVoteWeight * sum / static_cast<float>(voters);
     for (std::size_t index = 0;
          index < std::min(voters, kReadBothWays) && std::abs(lead) < kEnoughReading; ++index) {
-        for (const bool turned : {false, true}) {
-            const auto reading =
-                recognizer.read(picture, turned ? lines[index].reversed() : lines[index]);
+        const std::array<LineBox, 2> ways{lines[index], lines[index].reversed()};
+        std::array<Expected<CtcReading>, 2> readings;
+        const auto read = [&](const cv::Range& range) {
+            for (auto way = static_cast<std::size_t>(range.start);
+                 way < static_cast<std::size_t>(range.end); ++way)
+                readings[way] = recognizer.read(picture, ways[way]);
+        };
+        cv::parallel_for_({0, 2}, read, threads);
+        for (const auto& reading : readings) {
             if (!reading)
                 return Failure(reading.error());
-            lead += (turned ? 1.0f : -1.0f) * odds(reading->confidence);
         }
+        lead += odds(readings[1]->confidence) - odds(readings[0]->confidence);
     }
     return lead > 0.0f;
 }

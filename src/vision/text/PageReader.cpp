@@ -123,19 +123,21 @@ private:
 
 // The detector breaks up lines that run up or down, so a page of those is turned and looked at
 // again.
-Expected<LevelPage> findLines(const TextModels& models, const cv::Mat& picture, int detectorSide) {
+Expected<LevelPage> findLines(const TextModels& models, const cv::Mat& picture,
+                              const PageReaderSettings& settings) {
     LevelPage page{picture, 0, {}};
     for (const int turns : {0, 1}) {
         page.turns = turns;
         page.picture = turned(picture, turns);
-        const auto boxes = models.detector.find(page.picture, detectorSide);
+        const auto boxes = models.detector.find(page.picture, settings.detectorSide);
         if (!boxes)
             return Failure(boxes.error());
         page.lines = alignToPage(*boxes);
         if (std::abs(page.lines.along.x) >= std::abs(page.lines.along.y))
             break;
     }
-    const auto reversed = models.direction.isReversed(page.picture, page.lines, models.recognizer);
+    const auto reversed =
+        models.direction.isReversed(page.picture, page.lines, models.recognizer, settings.threads);
     if (!reversed)
         return Failure(reversed.error());
     if (*reversed)
@@ -147,7 +149,7 @@ Expected<LevelPage> findLines(const TextModels& models, const cv::Mat& picture, 
 
 std::optional<RequestError> readPage(const TextModels& models, const cv::Mat& picture,
                                      const PageReaderSettings& settings, LineCollector& collector) {
-    auto page = findLines(models, picture, settings.detectorSide);
+    auto page = findLines(models, picture, settings);
     if (!page)
         return page.error();
     auto& lines = page->lines.lines;
