@@ -1,6 +1,7 @@
 #include "vision/outlines/OutlineNetwork.h"
 
 #include "vision/ReducedPicture.h"
+#include "vision/SideBySide.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -44,11 +45,9 @@ OutlineNetwork::Maps OutlineNetwork::lookAllWays(const cv::Mat& square, const Ou
     constexpr std::array kMembers = {&OutlineMaps::page, &OutlineMaps::core, &OutlineMaps::corner};
     std::array<Maps, kWays> seen;
     seen[0] = first;
-    const auto lookAt = [&](const cv::Range& ways) {
-        for (int way = ways.start; way < ways.end; ++way)
-            seen[static_cast<std::size_t>(way)] = look(laid(square, way));
-    };
-    cv::parallel_for_({1, kWays}, lookAt, threads);
+    sideBySide(kWays - 1, threads, [&](std::size_t index) {
+        seen[index + 1] = look(laid(square, static_cast<int>(index) + 1));
+    });
     OutlineMaps mean;
     for (int way = 0; way < kWays; ++way) {
         const Maps& maps = seen[static_cast<std::size_t>(way)];

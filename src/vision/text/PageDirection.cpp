@@ -1,6 +1,7 @@
 #include "vision/text/PageDirection.h"
 
 #include "vision/onnx/ResourceFolders.h"
+#include "vision/SideBySide.h"
 
 #include <algorithm>
 #include <array>
@@ -65,12 +66,9 @@ void PageDirection::askNext(const cv::Mat& picture, const std::vector<LineBox>& 
                             std::vector<Expected<float>>& answers) const {
     const std::size_t first = answers.size();
     answers.resize(std::min(first + static_cast<std::size_t>(threads), lines.size()));
-    const auto ask = [&](const cv::Range& indices) {
-        for (int index = indices.start; index < indices.end; ++index)
-            answers[static_cast<std::size_t>(index)] =
-                reversed(picture, lines[static_cast<std::size_t>(index)]);
-    };
-    cv::parallel_for_({static_cast<int>(first), static_cast<int>(answers.size())}, ask, threads);
+    sideBySide(answers.size() - first, threads, [&](std::size_t index) {
+        answers[first + index] = reversed(picture, lines[first + index]);
+    });
 }
 
 Expected<bool> PageDirection::isReversed(const cv::Mat& picture, const PageLines& page,
@@ -105,12 +103,8 @@ Expected<bool> PageDirection::isReversed(const cv::Mat& picture, const PageLines
          index < std::min(voters, kReadBothWays) && std::abs(lead) < kEnoughReading; ++index) {
         const std::array<LineBox, 2> ways{lines[index], lines[index].reversed()};
         std::array<Expected<CtcReading>, 2> readings;
-        const auto read = [&](const cv::Range& range) {
-            for (auto way = static_cast<std::size_t>(range.start);
-                 way < static_cast<std::size_t>(range.end); ++way)
-                readings[way] = recognizer.read(picture, ways[way]);
-        };
-        cv::parallel_for_({0, 2}, read, threads);
+        sideBySide(ways.size(), threads,
+                   [&](std::size_t way) { readings[way] = recognizer.read(picture, ways[way]); });
         for (const auto& reading : readings) {
             if (!reading)
                 return Failure(reading.error());

@@ -1,16 +1,15 @@
 #include "vision/text/PageReader.h"
 
 #include "vision/ReducedPicture.h"
+#include "vision/SideBySide.h"
 #include "vision/text/QuarterTurns.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cmath>
-#include <exception>
 #include <mutex>
 #include <stop_token>
-#include <thread>
 
 namespace kestrelid::vision {
 namespace {
@@ -53,38 +52,16 @@ struct LevelPage {
     PageLines lines;
 };
 
-// Work shared between threads: each takes the next line until none is left, one failed or the
-// collector has enough.
-class LineQueue {
+// Reads lines until one failed or the collector has enough. Thread: any, several lines at once.
+class LinesReader {
 public:
-    LineQueue(const TextModels& models, const LevelPage& page, cv::Size given,
-              LineCollector& collector)
+    LinesReader(const TextModels& models, const LevelPage& page, cv::Size given,
+                LineCollector& collector)
         : models_(models), page_(page), given_(given), collector_(collector) {}
 
-    void work() noexcept {
-        try {
-            while (!failed_ && !collector_.isComplete()) {
-                const std::size_t index = next_++;
-                if (index >= page_.lines.lines.size())
-                    return;
-                read(page_.lines.lines[index]);
-            }
-        } catch (...) {
-            const std::scoped_lock lock(mutex_);
-            thrown_ = std::current_exception();
-            failed_ = true;
-        }
-    }
-
-    // After all threads are done. Throws what one of them met.
-    [[nodiscard]] const std::optional<RequestError>& error() const {
-        if (thrown_)
-            std::rethrow_exception(thrown_);
-        return error_;
-    }
-
-private:
     void read(const LineBox& line) {
+        if (failed_ || collector_.isComplete())
+            return;
         auto reading = readLine(models_.recognizer, page_.picture, line, enough_.get_token());
         if (!reading) {
             if (!enough_.stop_requested())
@@ -103,6 +80,10 @@ private:
             enough_.request_stop();  // the lines that other threads are reading
     }
 
+    // After all lines are done.
+    [[nodiscard]] const std::optional<RequestError>& error() const { return error_; }
+
+private:
     void fail(RequestError error) {
         const std::scoped_lock lock(mutex_);
         error_ = std::move(error);
@@ -113,12 +94,10 @@ private:
     const LevelPage& page_;
     cv::Size given_;
     LineCollector& collector_;
-    std::atomic<std::size_t> next_ = 0;
     std::atomic<bool> failed_ = false;
     std::stop_source enough_;
     std::mutex mutex_;
     std::optional<RequestError> error_;
-    std::exception_ptr thrown_;
 };
 
 // The detector breaks up lines that run up or down, so a page of those is turned and looked at
@@ -161,19 +140,10 @@ std::optional<RequestError> readPage(const TextModels& models, const cv::Mat& pi
             return a.length * b.height > b.length * a.height;
         });
 
-    LineQueue queue(models, *page, picture.size(), collector);
-    {
-        const int threads = std::min(settings.threads, static_cast<int>(lines.size()));
-        std::vector<std::jthread> others;
-        try {
-            for (int thread = 1; thread < threads; ++thread)
-                others.emplace_back([&queue] { queue.work(); });
-        } catch (const std::exception&) {
-            // The machine has no thread left: those that there are read all lines.
-        }
-        queue.work();
-    }
-    return queue.error();
+    LinesReader reader(models, *page, picture.size(), collector);
+    sideBySide(lines.size(), settings.threads,
+               [&](std::size_t index) { reader.read(lines[index]); });
+    return reader.error();
 }
 
 }  // namespace kestrelid::vision
