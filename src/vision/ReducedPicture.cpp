@@ -5,10 +5,16 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 
 namespace kestrelid::vision {
+namespace {
+
+// A factor between sizes below which each pixel counts when interpolated, and no resizing is needed
+// to save time.
+constexpr double kLittle = 4.0 / 3.0;
+
+}  // namespace
 
 cv::Mat viewOf(const Bitmap& bitmap) {
     return {bitmap.height(), bitmap.width(), CV_8UC(bytesPerPixel(bitmap.format())),
@@ -46,7 +52,6 @@ cv::Mat halved(const cv::Mat& picture) {
 }
 
 cv::Mat resized(const cv::Mat& picture, cv::Size size) {
-    constexpr double kLittle = 4.0 / 3.0;  // shrunk by less, each pixel counts when interpolated
     cv::Mat result = picture;
     while (result.cols >= 2 * size.width && result.rows >= 2 * size.height)
         result = halved(result);
@@ -59,13 +64,12 @@ cv::Mat resized(const cv::Mat& picture, cv::Size size) {
 }
 
 cv::Mat reducedPicture(const Bitmap& bitmap, int sufficientSide) {
-    constexpr double kMost = 4.0 / 3.0;  // times the sufficient side
     const cv::Mat view = viewOf(bitmap);
     const int longest = std::max(view.cols, view.rows);
     int parts = 1;
     while (longest >= 2 * parts * sufficientSide)
         parts *= 2;
-    const bool areHalvesEnough = longest <= kMost * parts * sufficientSide;
+    const bool areHalvesEnough = longest <= kLittle * parts * sufficientSide;
     const auto side = [&](int pixels) {
         return std::max(1, areHalvesEnough
                                ? pixels / parts

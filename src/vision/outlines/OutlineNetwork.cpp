@@ -6,7 +6,6 @@
 #include <opencv2/imgproc.hpp>
 
 #include <array>
-#include <vector>
 
 namespace kestrelid::vision {
 namespace {
