@@ -15,7 +15,7 @@ namespace {
 constexpr int kShortestSide = 24;     // pixels; below this no page can be told from noise
 constexpr double kSameOutline = 0.5;  // overlap from which two are one
 constexpr double kBorder = 0.02;      // of the picture: nearer sides are taken for its border
-constexpr double kMargin = 0.005;     // of a box: what it is grown by on each side
+constexpr double kMargin = 0.001;     // of a box: what it is grown by on each side
 
 // A page that almost fills the picture loses nothing by filling it, while print at its rim may be
 // cut; for the same reason boxes get a small margin.
