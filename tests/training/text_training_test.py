@@ -13,7 +13,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "training"))
 try:
     import numpy as np
     import torch
-    from text import export, graph, net, published, runtime, shards, train
+    from text import export, graph, net, published, runtime, shards, slim, train
     from torch.nn import functional
 except ImportError as missing:
     print(f"skipped: {missing}; install python3-torch, python3-onnx, python3-opencv and python3-numpy")
@@ -79,19 +79,22 @@ class TrainingTest(unittest.TestCase):
         rng = np.random.default_rng(1)
         lines = [(rng.integers(0, 255, (48, 90, 3), np.uint8), "A<A") for _ in range(40)]
         with tempfile.TemporaryDirectory() as folder, contextlib.redirect_stdout(io.StringIO()), \
+                mock.patch.dict(slim.WIDTHS, {8: 6}), \
                 mock.patch.multiple(published, recogniser=lambda path: small(), characters=mock.DEFAULT,
                                     reduced=lambda weights, classes: weights):
             np.savez(Path(folder, "0000.npz"), **shards.packed(lines))
             common = ["--pool", "1", "--columns", "100", "--rate", "0.02", "--steps"]
-            for part, more in ((["neck", folder], []), (["whole"], ["--processes", "2"])):
+            for part, more in ((["neck", folder], []), (["whole"], ["--processes", "2"]), (["slim"], [])):
                 part += [folder, folder + "/run", *common]
                 before = train.run(train.parsed([*part, "1"]))
-                self.assertLess(train.run(train.parsed([*part, "20", *more])), before, part[0])
-                self.assertIsNone(train.run(train.parsed([*part, "20"])))
+                self.assertLess(train.run(train.parsed([*part, "40", *more])), before, part[0])
+                self.assertIsNone(train.run(train.parsed([*part, "40"])))
             state = train.saved(Path(folder, "run", "whole.pt"))
-            self.assertEqual((state["step"], state["blocks"]), (20, small()[1]))
-            export.exported(Path(folder, "run", "whole.pt"), Path(folder, "whole.onnx"))
-            self.assertLess(Path(folder, "whole.onnx").stat().st_size, 40_000)
+            self.assertEqual((state["step"], state["blocks"]), (40, small()[1]))
+            slimmer = train.saved(Path(folder, "run", "slim.pt"))
+            self.assertEqual([block.groups for block in slimmer["blocks"]], [8, 1, 6, 1, 8])
+            export.exported(Path(folder, "run", "slim.pt"), Path(folder, "slim.onnx"))
+            self.assertLess(Path(folder, "slim.onnx").stat().st_size, 40_000)
 
 
 if __name__ == "__main__":

@@ -38,6 +38,42 @@ class Alike:
         return wanted, self._order[first + rng.permutation(end - first)[:max(1, int(total / wanted))]]
 
 
+def _cropped(rng, picture):
+    # Another crop of it: cut at its ends, or with more around it, and askew. In parts of the height.
+    height, width = picture.shape[:2]
+    ends = rng.uniform(-0.35, 0.35, 2) * min(1, width / 2 / height) * (rng.random(2) < 0.7)
+    top, bottom = rng.uniform(-0.12, 0.15, 2)
+    tilt = rng.normal(0, 0.05) * (rng.random() < 0.5)
+    corners = [[ends[0], top - tilt], [width / height - ends[1], top + tilt], [ends[0], 1 - bottom - tilt]]
+    matrix = cv2.getAffineTransform(np.float32(corners) * height, np.float32([[0, 0], [width, 0], [0, height]]))
+    return cv2.warpAffine(picture, matrix, (width, height), borderMode=cv2.BORDER_REPLICATE)
+
+
+def _roughened(rng, picture):
+    # A line as a bad crop or a bad picture shows it; not all of its text may be left.
+    height, width = picture.shape[:2]
+    if rng.random() < 0.75:
+        picture = _cropped(rng, picture)
+    if rng.random() < 0.4:  # fewer pixels
+        share = rng.uniform(0.3, 0.8)
+        size = max(4, round(width * share)), round(height * share)
+        picture = cv2.resize(cv2.resize(picture, size, interpolation=cv2.INTER_AREA), (width, height))
+    if rng.random() < 0.3:
+        picture = cv2.GaussianBlur(picture, (0, 0), rng.uniform(0.4, 1.6))
+    if rng.random() < 0.3:
+        picture = 2.0 * picture - cv2.GaussianBlur(picture, (0, 0), rng.uniform(0.8, 2.5))
+    values = picture.astype(np.float32)
+    if rng.random() < 0.5:  # pale or harsh, dark or light
+        values = (values - 128) * np.float32(rng.uniform(0.25, 1.3)) + np.float32(128 + rng.uniform(-70, 70))
+    if rng.random() < 0.4:
+        values = values + np.float32(rng.uniform(2, 14)) * rng.standard_normal(values.shape, np.float32)
+    if rng.random() < 0.08:
+        values = 255 - values
+    if rng.random() < 0.06:  # upside down
+        values = values[::-1, ::-1]
+    return np.clip(values, 0, 255).astype(np.uint8)
+
+
 class Lines:
     """Lines of the shards that are there, a few shards at a time, each about as often as the others; none is the same
     twice."""
@@ -57,14 +93,20 @@ class Lines:
         self._alike = Alike([picture.shape[1] for picture, _ in self._lines])
         self._unused += len(self._held[-1])
 
-    def batch(self, columns):
-        """Planes of lines, how many columns are a line's own (None: all), and classes of the lines."""
+    def batch(self, columns, roughly=False):
+        """Planes of lines, how many columns are a line's own (None: all), and classes of the lines.
+
+        roughly: as bad crops and bad pictures show them; then not all of a line's text may be left.
+        """
         if self._unused <= 0:
             self._renew()
         width, chosen = self._alike.draw(self._rng, columns * COLUMN)
         self._unused -= len(chosen)
         width = -(-int(width) // COLUMN) * COLUMN if width > NARROWEST else int(width)
-        pictures = [self._varied(self._lines[position][0], width) for position in chosen]
+        pictures = [self._lines[position][0] for position in chosen]
+        if roughly:
+            pictures = [_roughened(self._rng, picture) for picture in pictures]
+        pictures = [self._varied(picture, width) for picture in pictures]
         return torch.from_numpy(joined(pictures, width)), None, [self._lines[position][1] for position in chosen]
 
     def _varied(self, picture, width):
@@ -87,8 +129,10 @@ class Features:
                     self._said += np.split(kept["said"], np.cumsum(kept["lengths"])[:-1])
         self._alike = Alike([len(maps) for maps in self._maps])
 
-    def batch(self, columns):
-        """As of Lines, with features (N x T x channels) for the lines; those of narrower ones end in zeros."""
+    def batch(self, columns, roughly=False):
+        """As of Lines, with features (N x T x channels) for the lines; those of narrower ones end in zeros. Never
+        roughly: features are made once."""
+        assert not roughly
         chosen = self._alike.draw(self._rng, columns)[1]
         own = [len(self._maps[position]) for position in chosen]
         features = np.zeros((len(chosen), max(own), self._maps[0].shape[1]), np.float32)

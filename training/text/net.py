@@ -64,8 +64,11 @@ class Recogniser(nn.Module):
         learned = {role: self.role(role).detach().clone() for role in self._names}
         return {role: values.numpy() for role, values in {**learned, **fixed}.items()}
 
-    def features(self, lines):
-        """N x W/8 x channels. Gains and offsets after activations go into the next weights, as in graph.py."""
+    def features(self, lines, seen=None):
+        """N x W/8 x channels. Gains and offsets after activations go into the next weights, as in graph.py.
+
+        seen: told the number of each block and what it gives, if wanted.
+        """
         x = lines.contiguous(memory_format=torch.channels_last)
         x = functional.conv2d(x, self.role("stem.w"), self.role("stem.b"), stride=2, padding=1)
         gain, offset = 1.0, None
@@ -79,6 +82,8 @@ class Recogniser(nn.Module):
             gain, offset = self.role(f"{number}.a"), self.role(f"{number}.c")
             if block.gated:
                 x, offset = self._gated(f"{number}", x, gain, offset), None
+            if seen:
+                seen(number, x * gain if offset is None else x * gain + offset)
         x = functional.avg_pool2d(x, (3, 2))[:, :, 0].transpose(1, 2).float() * gain
         return x if offset is None else x + offset
 

@@ -2,7 +2,8 @@
 
 python3 -m text.train neck RESOURCES SHARDS FOLDER --minutes M: from the published recogniser; its backbone stays as it
 is and runs over each line once. Then python3 -m text.train whole SHARDS FOLDER --minutes M: all weights, from those;
-shards that are drawn meanwhile join. Each writes FOLDER/NAME.pt every minute and goes on from it; FOLDER/NAME.tsv grows
+shards that are drawn meanwhile join. Then python3 -m text.train slim SHARDS FOLDER --minutes M: a slimmer one, with
+the whole as its teacher. Each writes FOLDER/NAME.pt every minute and goes on from it; FOLDER/NAME.tsv grows
 with it. Minutes are those spent on steps, over all starts; the rate falls to nothing with them.
 """
 
@@ -21,8 +22,9 @@ import torch
 from torch.nn import functional
 
 import folders
+import sharding
 
-from . import batches, published
+from . import batches, published, slim
 from .net import Recogniser
 from .team import Team
 
@@ -32,7 +34,9 @@ _WARM = 100  # steps in which the rate rises
 _KEEP = 0.998  # of the running mean of the weights, each step
 _STEEPEST = 5.0  # norm of a step's gradient at most
 _DROPOUT = 0.05  # before the classes
+_BEFORE = {"whole": "neck", "slim": "whole"}  # what a part starts from
 _BATCHES = 3  # a step, each of lines of another width: what is long and what is short differs in kind, too
+_ROUGH = 2  # of them are roughened where a teacher tells what can still be read
 
 
 def loss(scores, columns, said):
@@ -44,6 +48,14 @@ def loss(scores, columns, said):
     costs = functional.ctc_loss(chances, torch.from_numpy(np.concatenate(said)), columns, lengths, reduction="sum",
                                 zero_infinity=True)
     return costs / max(1, int(lengths.sum()))
+
+
+def likeness(features, scores, taught, told):
+    """How far features and scores are from a teacher's: of the features' variance, and of a column's probabilities."""
+    apart = functional.mse_loss(features, taught) / taught.var()
+    return apart + functional.kl_div(functional.log_softmax(scores, 2).flatten(0, 1),
+                                     functional.log_softmax(told, 2).flatten(0, 1), reduction="batchmean",
+                                     log_target=True)
 
 
 def saved(path):
@@ -63,9 +75,12 @@ def _started(options):
     last = Path(options.folder, f"{options.part}.pt")
     if last.exists():
         return saved(last)
-    if options.part == "whole":
-        state = saved(Path(options.folder, "neck.pt"))
-        return {"blocks": state["blocks"], "weights": state["mean"], "mean": state["mean"]}
+    if options.part != "neck":
+        state = saved(Path(options.folder, f"{_BEFORE[options.part]}.pt"))
+        weights, blocks = state["mean"], state["blocks"]
+        if options.part == "slim":
+            weights, blocks = slim.slim(weights, blocks, slim.sample(sharding.listed(options.shards)[0]))
+        return {"blocks": blocks, "weights": weights, "mean": weights}
     weights, blocks = published.recogniser(Path(options.resources, published.RECOGNISER))
     weights = published.reduced(weights, published.characters(Path(options.resources, published.DICTIONARY)))
     return {"blocks": blocks, "weights": weights, "mean": weights}
@@ -73,13 +88,20 @@ def _started(options):
 
 def _source(options, net, member, team, step):
     seed = [options.seed, member, step]
-    if options.part == "whole":
+    if options.part != "neck":
         return batches.Lines(options.shards, seed, options.pool)
     features = Path(options.folder, "features")
     batches.write(net, options.shards, features, member, team.members)
     if team.members > 1:
         team.meet()
     return batches.Features(features, seed)
+
+
+def _teacher(options):
+    if options.part != "slim":
+        return None
+    state = saved(Path(options.folder, f"{_BEFORE[options.part]}.pt"))
+    return Recogniser(state["mean"], state["blocks"]).requires_grad_(False)
 
 
 def _average(mean, net, step):
@@ -161,7 +183,7 @@ def train(options, member, team):
     cv2.setNumThreads(1)
     state = _started(options)
     net, step = Recogniser(state["weights"], state["blocks"]), state.get("step", 0)
-    source = _source(options, net, member, team, step)
+    source, teacher = _source(options, net, member, team, step), _teacher(options)
     learned = net.neck() if options.part == "neck" else list(net.parameters())
     for parameter in net.parameters():
         parameter.requires_grad_(any(parameter is one for one in learned))
@@ -173,12 +195,17 @@ def train(options, member, team):
     while clock < 1:
         optimizer.zero_grad()
         cost, lines = 0.0, 0
-        for _ in range(_BATCHES):
-            inputs, columns, said = source.batch(options.columns)
+        for number in range(_BATCHES):
+            roughly = teacher is not None and number < _ROUGH
+            inputs, columns, said = source.batch(options.columns, roughly)
             with torch.autocast("cpu", torch.bfloat16, enabled=not options.floats):
                 features = inputs if options.part == "neck" else net.features(inputs)
                 scores = net.read(features, columns, _DROPOUT)
-            part = loss(scores, columns, said) / _BATCHES
+                taught = teacher and teacher.features(inputs)
+                told = teacher and teacher.read(taught)
+            part = 0.0 if roughly else loss(scores, columns, said) / _BATCHES
+            if teacher:
+                part = part + likeness(features, scores, taught, told) / _BATCHES
             part.backward()
             cost, lines = cost + part.item(), lines + len(said)
         step += 1
@@ -203,7 +230,8 @@ def _knows_halves():
 def parsed(arguments=None):
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parts = parser.add_subparsers(dest="part", required=True)
-    for name, help_text, rate in (("neck", "the layers after the backbone", 2.5e-4), ("whole", "all layers", 1e-4)):
+    for name, help_text, rate in (("neck", "the layers after the backbone", 2.5e-4), ("whole", "all layers", 1e-4),
+                                  ("slim", "a slimmer one, taught by the whole", 5e-4)):
         part = parts.add_parser(name, help=help_text)
         option = part.add_argument
         if name == "neck":
