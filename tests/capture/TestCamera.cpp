@@ -3,6 +3,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <fstream>
+#include <memory>
 #include <thread>
 
 namespace kestrelid::test {
@@ -19,10 +20,13 @@ struct Environment {
         setenv("GST_REGISTRY_FORK", "no", 1);
     }
 
-    const TemporaryFolder folder;
-    const std::filesystem::path control = folder / "control";
-    const std::filesystem::path journal = folder / "control.journal";
-    const std::filesystem::path followed = folder / "control.followed";
+    // A death test runs in a process of its own, which clears nothing away: it takes the folder of
+    // the process that started it.
+    const char* const former = std::getenv("KESTRELID_TEST_CAMERA");
+    const std::unique_ptr<const TemporaryFolder> folder{former ? nullptr : new TemporaryFolder};
+    const std::filesystem::path control = former ? former : *folder / "control";
+    const std::filesystem::path journal = control.string() + ".journal";
+    const std::filesystem::path followed = control.string() + ".followed";
 };
 
 const Environment environment;
@@ -86,7 +90,7 @@ bool TestCamera::waitUntilClosed() const {
 
 // Whole or not at all, since the plugin reads it at any time.
 void TestCamera::write() const {
-    const auto draft = environment.folder / "control.new";
+    const auto draft = environment.control.string() + ".new";
     {
         std::ofstream file(draft);
         for (const auto& line : lines_)
