@@ -1,5 +1,6 @@
 """Lines of the shards for a step of training: alike in width, brought to one width, so that none is padded much."""
 
+from functools import partial
 from pathlib import Path
 
 import cv2
@@ -93,19 +94,21 @@ class Lines:
         self._alike = Alike([picture.shape[1] for picture, _ in self._lines])
         self._unused += len(self._held[-1])
 
-    def batch(self, columns, roughly=False):
-        """Planes of lines, how many columns are a line's own (None: all), and classes of the lines.
+    def batch(self, columns):
+        """Planes of lines, how many columns are a line's own (None: all), and classes of the lines."""
+        return self._batch(columns, lambda picture: picture)
 
-        roughly: as bad crops and bad pictures show them; then not all of a line's text may be left.
-        """
+    def rough(self, columns):
+        """A batch as bad crops and bad pictures show it; not all of a line's text may be left."""
+        return self._batch(columns, partial(_roughened, self._rng))
+
+    def _batch(self, columns, change):
         if self._unused <= 0:
             self._renew()
         width, chosen = self._alike.draw(self._rng, columns * COLUMN)
         self._unused -= len(chosen)
         width = -(-int(width) // COLUMN) * COLUMN if width > NARROWEST else int(width)
-        pictures = [self._lines[position][0] for position in chosen]
-        if roughly:
-            pictures = [_roughened(self._rng, picture) for picture in pictures]
+        pictures = [change(self._lines[position][0]) for position in chosen]
         pictures = [self._varied(picture, width) for picture in pictures]
         return torch.from_numpy(joined(pictures, width)), None, [self._lines[position][1] for position in chosen]
 
@@ -129,10 +132,8 @@ class Features:
                     self._said += np.split(kept["said"], np.cumsum(kept["lengths"])[:-1])
         self._alike = Alike([len(maps) for maps in self._maps])
 
-    def batch(self, columns, roughly=False):
-        """As of Lines, with features (N x T x channels) for the lines; those of narrower ones end in zeros. Never
-        roughly: features are made once."""
-        assert not roughly
+    def batch(self, columns):
+        """As of Lines, with features (N x T x channels) for the lines; those of narrower ones end in zeros."""
         chosen = self._alike.draw(self._rng, columns)[1]
         own = [len(self._maps[position]) for position in chosen]
         features = np.zeros((len(chosen), max(own), self._maps[0].shape[1]), np.float32)

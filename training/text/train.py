@@ -197,7 +197,7 @@ def train(options, member, team):
         cost, lines = 0.0, 0
         for number in range(_BATCHES):
             roughly = teacher is not None and number < _ROUGH
-            inputs, columns, said = source.batch(options.columns, roughly)
+            inputs, columns, said = (source.rough if roughly else source.batch)(options.columns)
             with torch.autocast("cpu", torch.bfloat16, enabled=not options.floats):
                 features = inputs if options.part == "neck" else net.features(inputs)
                 scores = net.read(features, columns, _DROPOUT)

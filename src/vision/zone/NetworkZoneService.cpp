@@ -1,5 +1,6 @@
 #include "vision/zone/NetworkZoneService.h"
 
+#include "vision/SideBySide.h"
 #include "vision/zone/ZoneSearch.h"
 
 #include <opencv2/imgproc.hpp>
@@ -65,20 +66,18 @@ public:
     // side, where there are threads for it.
     std::optional<Failure> look(const std::vector<ZoneView>& views) {
         std::vector<std::optional<Expected<std::vector<FoundZone>>>> seen(views.size());
-        std::atomic<int> last = static_cast<int>(views.size()) - 1;
-        const auto search = [&](const cv::Range& range) {
-            for (int index = range.start; index < range.end && index <= last; ++index) {
-                const auto at = static_cast<std::size_t>(index);
-                seen[at] = likelyZones(views[at]);
-                if (*seen[at] && hasReadable(**seen[at])) {
-                    for (int known = last; index < known;)
-                        last.compare_exchange_weak(known, index);
-                }
+        std::atomic<std::size_t> end = views.size();
+        sideBySide(views.size(), threads_, [&](std::size_t index) {
+            if (index >= end)
+                return;
+            seen[index] = likelyZones(views[index]);
+            if (*seen[index] && hasReadable(**seen[index])) {
+                for (std::size_t known = end; index + 1 < known;)
+                    end.compare_exchange_weak(known, index + 1);
             }
-        };
-        cv::parallel_for_({0, static_cast<int>(views.size())}, search, threads_);
-        for (int index = 0; index <= last; ++index) {
-            auto& zones = *seen[static_cast<std::size_t>(index)];
+        });
+        for (std::size_t index = 0; index < end; ++index) {
+            auto& zones = *seen[index];
             if (!zones)
                 return Failure(zones.error());
             for (FoundZone& zone : *zones)
@@ -166,7 +165,7 @@ ZoneResult NetworkZoneService::perform(const Bitmap& bitmap, const ZoneRequest& 
                 return error->value();
         }
         if (!found.hasReadable()) {
-            if (auto error = found.look(viewsOfPicture(picture)))
+            if (auto error = found.look(viewsOfPicture(picture, threads_)))
                 return error->value();
         }
         return found.take();

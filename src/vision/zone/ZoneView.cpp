@@ -1,5 +1,7 @@
 #include "vision/zone/ZoneView.h"
 
+#include "vision/SideBySide.h"
+
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
@@ -104,7 +106,7 @@ std::vector<ZoneView> viewsAroundOutline(const RectangleObservation& outline, cv
     return bothWays(corners);
 }
 
-std::vector<ZoneView> viewsOfPicture(const PictureLevels& picture) {
+std::vector<ZoneView> viewsOfPicture(const PictureLevels& picture, int threads) {
     struct Turn {
         double contrast = -1.0;
         double degrees = 0.0;
@@ -112,13 +114,10 @@ std::vector<ZoneView> viewsOfPicture(const PictureLevels& picture) {
     constexpr double kStep = 5.0;         // candidates may be tilted by 11 in a view
     constexpr std::size_t kQuarter = 18;  // steps
     std::array<Turn, 2 * kQuarter> turns;
-    const auto measure = [&](const cv::Range& range) {
-        for (int index = range.start; index < range.end; ++index) {
-            const double degrees = index * kStep - 45.0;
-            turns[static_cast<std::size_t>(index)] = {rowContrast(picture, degrees), degrees};
-        }
-    };
-    cv::parallel_for_({0, static_cast<int>(turns.size())}, measure);
+    sideBySide(turns.size(), threads, [&](std::size_t index) {
+        const double degrees = static_cast<double>(index) * kStep - 45.0;
+        turns[index] = {rowContrast(picture, degrees), degrees};
+    });
     const auto middle = turns.begin() + kQuarter;
     Turn first = *std::ranges::max_element(turns.begin(), middle, {}, &Turn::contrast);
     Turn second = *std::ranges::max_element(middle, turns.end(), {}, &Turn::contrast);

@@ -27,6 +27,6 @@ struct ZoneView {
 
 // The whole picture, turned so that what looks like rows of print runs along the rows: as it lies
 // and by a quarter turn, the likelier way first.
-[[nodiscard]] std::vector<ZoneView> viewsOfPicture(const PictureLevels& picture);
+[[nodiscard]] std::vector<ZoneView> viewsOfPicture(const PictureLevels& picture, int threads);
 
 }  // namespace kestrelid::vision
