@@ -7,6 +7,7 @@ weights are stored in 16 bits. Then compares with MODEL on drawn held-out lines;
 """
 
 import argparse
+import math
 import tempfile
 from collections import defaultdict
 from dataclasses import dataclass, field
@@ -23,12 +24,15 @@ from .seen import alone
 
 _WIDE = 48  # channels, in and out: with fewer the way to whole numbers and back takes as long as it saves
 _WEIGHT, _LEVELS = 63, 255  # largest whole number of a weight; steps of an activation's range
-_HARD_SWISH_ZERO, _HARD_SWISH_LEAST = -3.0, -0.375  # at and below the first it gives nothing; what it gives at least
+_HARD_SWISH_LEAST = -0.375  # that it gives
+_SMALLER = 0.2  # of a step: how much all together may be smaller, so that another one fits in
 _PLACES, _VALUES = 300, 4000  # of a tensor that are kept of each line
 PERCENTILES = (100, 99.99)  # ranges that are tried: all values, all but the rarest
 _MOST_ERRORS, _LEAST_SPEED = 1.1, 1.2  # against MODEL's, for which it pays
 _CALIBRATION, _CHOICE, _JUDGED = 150, 300, 1000  # lines
 _SEED = 90003  # no shard's
+_DOMAIN = "com.microsoft"  # of the runtime's own operations
+_PLACES_FIRST, _CHANNELS_FIRST = (0, 2, 3, 1), (0, 3, 1, 2)  # from one to the other
 
 
 def floats(model):
@@ -120,74 +124,90 @@ def _scale(low, high):
 
 
 class _Surgery:
-    # The nodes of a graph, anew, with QuantizeLinear and DequantizeLinear around what counts in whole numbers: the
-    # runtime makes one operation of what stands between them.
+    # The nodes of a graph, anew, with the runtime's own operations on whole numbers. From a convolution to the end of
+    # its hard-swish a place's channels lie beside one another, as the runtime multiplies them. The turns before and
+    # after cost nothing where a blocked layout ends or begins anyhow.
 
     def __init__(self, model, seen, percentile):
         self._arrays = {i.name: numpy_helper.to_array(i) for i in model.graph.initializer}
-        self._seen, self._percentile, self._steps = seen, percentile, {}  # steps: scale of what is in whole numbers
+        self._makers = {name: node for node in model.graph.node for name in node.output}
+        self._seen, self._percentile, self._entered = seen, percentile, set()
         self.nodes, self.constants = [], []
+
+    def _add(self, operation, inputs, out, **how):
+        self.nodes.append(helper.make_node(operation, inputs, [out], name=out, **how))
+        return out
+
+    def _counted(self, operation, inputs, out, **how):
+        return self._add(operation, inputs, out, domain=_DOMAIN, **how)
 
     def _constant(self, name, array):
         self.constants.append(numpy_helper.from_array(array, name))
         return name
 
-    def _kind(self, name, step, zero):
-        return [self._constant(f"{name}.step", np.array(step, np.float32)),
-                self._constant(f"{name}.zero", np.array(zero, np.uint8))]
+    def _kind(self, name, step, zero, kind=np.uint8):
+        # Constants: the step of whole numbers, the one that stands for 0.
+        return [self._constant(f"{name}.step", np.asarray(step, np.float32)),
+                self._constant(f"{name}.zero", np.full(np.shape(step), zero, kind))]
 
-    def _whole(self, source, name, written, read=None):
-        # Rounds tensor source; what is read on is called name. written, read: step and zero, None: read as written.
-        kind = self._kind(f"{name}.written", *written)
-        self.nodes.append(helper.make_node("QuantizeLinear", [source, *kind], [f"{name}.whole"]))
-        kind = self._kind(f"{name}.read", *read) if read else kind
-        self.nodes.append(helper.make_node("DequantizeLinear", [f"{name}.whole", *kind], [name]))
-        self._steps[name] = np.float32((read or written)[0])
+    def _range(self, name):
+        return self._seen[name].range(self._percentile)
 
-    def _stored(self, name, numbers, steps):
-        # A constant as whole numbers, steps for each of its first axis.
-        parts = [self._constant(f"{name}.{part}", value) for part, value in
-                 (("whole", numbers), ("step", steps), ("zero", np.zeros(len(steps), numbers.dtype)))]
-        self.nodes.append(helper.make_node("DequantizeLinear", parts, [f"{name}.rounded"], axis=0))
-        return f"{name}.rounded"
+    def _turned(self, source):
+        # Places by channels. A product with gates is taken there: turning it would cost more.
+        node = self._makers.get(source)
+        gates = self._makers.get(node.input[-1]) if node and node.op_type == "Mul" else None
+        if gates and gates.op_type == "HardSigmoid" and gates.input[0] != node.input[0]:
+            self.nodes.remove(node)
+            return self._add("Mul", [self._turned(factor) for factor in node.input], f"{source}.turned")
+        return self._add("Transpose", [source], f"{source}.turned", perm=_PLACES_FIRST)
+
+    def _entering(self, source):
+        # Source in whole numbers, their kind, the step.
+        out, (step, zero) = f"{source}.whole", _scale(*self._range(source))
+        if source not in self._entered:
+            self._entered.add(source)
+            self._add("QuantizeLinear", [self._turned(source), *self._kind(out, step, zero)], out)
+        return [out, f"{out}.step", f"{out}.zero"], step
+
+    def _three(self, leaving):
+        # The whole number that stands for 0 in what a convolution gives; 0 stands for -3, where hard-swish begins.
+        return int(3 * _LEVELS / (self._range(leaving)[1] + 3))
 
     def convolution(self, node):
-        """Gives node.output[0].exact; its hard-swish rounds it."""
+        """Node in whole numbers. What it gives can only be read by its hard-swish."""
         (source, *held), (leaving,) = node.input, node.output
         weight, bias = (self._arrays[name] for name in held)
-        entering = f"{source}.rounded"
-        if entering not in self._steps:
-            self._whole(source, entering, _scale(*self._seen[source].range(self._percentile)))
+        entering, step = self._entering(source)
         steps = np.maximum(np.abs(weight).max((1, 2, 3)) / _WEIGHT, 1e-5).astype(np.float32)
         whole = rounded(weight[:, :, 0, 0], steps, self._seen[source].products).reshape(weight.shape)
-        both = steps * self._steps[entering]
-        inputs = [entering, self._stored(held[0], whole, steps),
-                  self._stored(held[1], np.round(bias / both).astype(np.int32), both)]
-        self.nodes.append(helper.make_node("Conv", inputs, [f"{leaving}.exact"], name=node.name))
-        self.nodes[-1].attribute.extend(node.attribute)
+        out, three = f"{leaving}.whole", self._three(leaving)
+        self._counted("QLinearConv", [*entering, self._constant(f"{held[0]}.whole", whole),
+                                      *self._kind(held[0], steps, 0, np.int8), *self._kind(out, 3 / three, three),
+                                      self._constant(f"{held[1]}.whole", np.int32(np.round(bias / (steps * step))))],
+                      out, channels_last=1, kernel_shape=(1, 1))
 
     def hard_swish(self, source, result, shifted=None, offset=0.0):
         """Of what the convolution source gave. Gives result, or shifted, which is offset more; says which.
 
-        Six times as much is source times source + 3 as far as 8 bits hold that from 0 to 6.
+        Six times as much is source times source + 3 from 0 to 6. Source + 3 are the same numbers with another zero.
         """
-        low, high = self._seen[source].range(self._percentile)
-        self._whole(f"{source}.exact", f"{source}.rounded", _scale(max(low, _HARD_SWISH_ZERO), high))
-        three = [self._constant(f"{source}.three", np.array(_LEVELS, np.uint8)),
-                 *self._kind(f"{source}.three", 3 / _LEVELS, 0)]
-        self.nodes += [helper.make_node("DequantizeLinear", three, [f"{source}.3"]),
-                       helper.make_node("Add", [f"{source}.rounded", f"{source}.3"], [f"{source}.plus3"])]
-        self._whole(f"{source}.plus3", f"{source}.held", (6 / _LEVELS, 0))
-        self.nodes.append(helper.make_node("Mul", [f"{source}.rounded", f"{source}.held"], [f"{result}.exact"]))
+        high, three = self._range(source)[1], self._three(source)
+        whole, held = f"{source}.whole", f"{source}.held"
+        self._add("Min", [whole, self._constant(f"{held}.most", np.uint8(min(2 * three, _LEVELS)))], held)
         step, zero = _scale(_HARD_SWISH_LEAST, high * min(high + 3, 6) / 6)
         given, read = result, zero
-        if moved := int(offset / step):  # whole steps, so that reading it from another zero shifts it
+        # Whole steps, so that reading it from another zero shifts it; a little smaller ones, if that makes a step more.
+        if moved := int(offset / step + math.copysign(_SMALLER, offset)):
             wider = offset / moved
             other = round(-_HARD_SWISH_LEAST / wider)
             if 0 <= other - moved <= _LEVELS:
                 given, step, zero, read = shifted, wider, other, other - moved
-        self._whole(f"{result}.exact", given, (6 * step, zero), (step, read))
-        return given
+        product = f"{given}.product"
+        self._counted("QLinearMul", [whole, f"{whole}.step", f"{whole}.zero", held, *self._kind(held, 3 / three, 0),
+                                     *self._kind(product, 6 * step, zero)], product)
+        turned = self._add("DequantizeLinear", [product, *self._kind(given, step, read)], f"{given}.turned")
+        return self._add("Transpose", [turned], given, perm=_CHANNELS_FIRST)
 
 
 def _shift(nodes, arrays):
@@ -213,7 +233,7 @@ def quantised(model, seen, percentile=100):
     used = {name for node in surgery.nodes for name in node.input}
     kept = [i for i in model.graph.initializer if i.name in used] + surgery.constants
     made = helper.make_graph(surgery.nodes, model.graph.name, model.graph.input, model.graph.output, kept)
-    return helper.make_model(made, opset_imports=model.opset_import, ir_version=model.ir_version,
+    return helper.make_model(made, opset_imports=[*model.opset_import, helper.make_opsetid(_DOMAIN, 1)], ir_version=model.ir_version,
                              producer_name=model.producer_name, doc_string=model.doc_string)
 
 

@@ -18,7 +18,11 @@ _PLACES = {
     "SessionGetOutputName": 37, "CreateTensorWithDataAsOrtValue": 49, "GetTensorMutableData": 51,
     "GetTensorElementType": 60, "GetDimensionsCount": 61, "GetDimensions": 62, "GetTensorTypeAndShape": 65,
     "CreateCpuMemoryInfo": 69, "GetAllocatorWithDefaultOptions": 78, "ReleaseStatus": 93, "ReleaseMemoryInfo": 94,
-    "ReleaseSession": 95, "ReleaseValue": 96, "ReleaseTensorTypeAndShapeInfo": 99, "ReleaseSessionOptions": 100}
+    "ReleaseSession": 95, "ReleaseValue": 96, "ReleaseTensorTypeAndShapeInfo": 99, "ReleaseSessionOptions": 100,
+    "AddSessionConfigEntry": 130}
+# As OnnxSession.cpp: turns of layout stay where a network has them.
+_AS_WRITTEN = (b"optimization.disable_specified_optimizers",
+               b"QDQPropagationTransformer;TransposeOptimizer;TransposeOptimizer_CPUExecutionProvider")
 _FLOAT = 1  # ONNX_TENSOR_ELEMENT_DATA_TYPE_FLOAT
 _TYPES = {_FLOAT: np.float32, 2: np.uint8, 3: np.int8, 6: np.int32, 7: np.int64}
 
@@ -101,6 +105,7 @@ class Session:
         options = api.made("CreateSessionOptions")
         try:
             api.call("SetIntraOpNumThreads", options, threads)
+            api.call("AddSessionConfigEntry", options, *_AS_WRITTEN)
             self._handle = api.made("CreateSession", api.environment, os.fsencode(path), options)
         except RuntimeError as error:
             raise SystemExit(f"{path}: {error}") from error

@@ -10,6 +10,11 @@
 namespace kestrelid::vision {
 namespace {
 
+// These move turns of layout to where they hold whole numbers; at the blocked layout's edges, where
+// the recogniser has them, they cost nothing. Names that the runtime does not know it ignores.
+constexpr auto kMovingTurns =
+    "QDQPropagationTransformer;TransposeOptimizer;TransposeOptimizer_CPUExecutionProvider";
+
 // Settings for many pictures of many sizes one after another: a memory pattern is planned again for
 // each size, and spinning threads take the cores from other requests. The arena stays on: threads
 // share it, where the heap would keep a large picture's memory once for every thread.
@@ -27,8 +32,11 @@ std::optional<Failure> configure(const OrtApi& api, OrtSessionOptions& options, 
     if (auto error =
             onnxError(api, api.AddSessionConfigEntry(&options, "session.use_env_allocators", "1")))
         return error;
-    return onnxError(api,
-                     api.AddSessionConfigEntry(&options, "session.intra_op.allow_spinning", "0"));
+    if (auto error = onnxError(
+            api, api.AddSessionConfigEntry(&options, "session.intra_op.allow_spinning", "0")))
+        return error;
+    return onnxError(api, api.AddSessionConfigEntry(
+                              &options, "optimization.disable_specified_optimizers", kMovingTurns));
 }
 
 using NameCall = OrtStatus* (*)(const OrtSession*, std::size_t, OrtAllocator*, char**);
