@@ -83,7 +83,7 @@ const Sign* signOf(char32_t scalar) {
 
 std::u32string replaced(std::u32string text, std::u32string_view part, std::u32string_view by) {
     for (std::size_t at = text.find(part); at != std::u32string::npos; at = text.find(part, at))
-        text.replace(at, part.size(), by);
+        text = text.substr(0, at).append(by).append(text, at + part.size());
     return text;
 }
 
@@ -212,7 +212,7 @@ bool knows(std::string_view text) {
 std::string normalize(std::string_view raw) {
     std::u32string text = replaced(folded(upper(raw)), U"\n", U" ");
     std::erase_if(text, [](char32_t scalar) { return scalar != ' ' && !signOf(scalar)->isKept; });
-    text = replaced(U" " + text + U" ", U"  ", U" ");
+    text = replaced(std::u32string(1, U' ').append(text).append(U" "), U"  ", U" ");
     return text == U" " ? "" : utf8(text.substr(1, text.size() - 2));
 }
 
@@ -225,7 +225,7 @@ std::int64_t fuzzyDistance(std::string_view keyword, std::string_view text) {
     if (wanted.empty() || text.empty())
         return kNone;
     const std::size_t limit = clusters(wanted).size() + 8;
-    const std::u32string whole = U" " + upper(text) + U" ";
+    const std::u32string whole = std::u32string(1, U' ').append(upper(text)).append(U" ");
     std::int64_t best = kNone;
     for (std::size_t first = 0; first + 1 < whole.size(); first = whole.find(U' ', first + 1))
         for (std::size_t end = first; (end = whole.find(U' ', end + 1)) != std::u32string::npos;) {

@@ -14,6 +14,8 @@ namespace {
 
 constexpr int kShortestSide = 24;     // pixels; below this no page can be told from noise
 constexpr double kSameOutline = 0.5;  // overlap from which two are one
+constexpr float kAround = 0.25;       // of a box, on each side: what a closer look shows with it
+constexpr double kWorthwhile = 0.75;  // of the picture: what a closer look shows at most
 constexpr double kBorder = 0.02;      // of the picture: nearer sides are taken for its border
 constexpr double kMargin = 0.001;     // of a box: what it is grown by on each side
 
@@ -71,6 +73,39 @@ std::vector<WeighedOutline> seenIn(const OutlineMaps& maps, cv::Size size,
     return seen;
 }
 
+// What is around a box, as far as the picture shows it.
+cv::Rect surroundings(const cv::Rect2f& box, cv::Size picture) {
+    const cv::Size2f beyond = box.size() * kAround;
+    const cv::Rect2f wide(box.tl() - cv::Point2f(beyond), box.size() + beyond + beyond);
+    return cv::Rect(cv::Point(wide.tl()), cv::Point(wide.br())) & cv::Rect({}, picture);
+}
+
+// The outline as a look at its surroundings alone shows it, which has more pixels of it. far
+// itself, if that look would show little more, or shows no such outline.
+Expected<Quad> closer(const OutlineNetwork& net, const cv::Mat& picture, const Quad& far,
+                      const RectangleRequest& request) {
+    const cv::Rect2f box = clippedBox(far, picture.size());
+    const cv::Rect part = surroundings(box, picture.size());
+    if (part.area() > kWorthwhile * picture.size().area() ||
+        std::min(part.width, part.height) < kShortestSide)
+        return far;
+    const auto maps = net.look(OutlineNetwork::squareOf(picture(part)));
+    if (!maps)
+        return Failure(maps.error());
+    Quad same = far;
+    double most = kSameOutline;
+    for (const WeighedOutline& outline : seenIn(*maps, part.size(), request)) {
+        Quad near = outline.quad;
+        for (cv::Point2f& corner : near)
+            corner += cv::Point2f(part.tl());
+        if (const double shared = overlap(near, far); shared > most) {
+            most = shared;
+            same = near;
+        }
+    }
+    return same;
+}
+
 }  // namespace
 
 NetworkRectangleService::NetworkRectangleService(std::vector<std::filesystem::path> resources,
@@ -105,14 +140,16 @@ RectangleResult NetworkRectangleService::perform(const Bitmap& bitmap,
                 seen = seenIn(*maps, picture.size(), request);
             }
             for (WeighedOutline& candidate : seen) {
-                if (candidate.confidence < static_cast<double>(request.minimumConfidence))
+                if (candidate.confidence < static_cast<double>(request.minimumConfidence) ||
+                    static_cast<int>(found.size()) >= request.maximumObservations)
                     break;
-                candidate.quad = sharpened(picture, candidate.quad);
+                const auto quad = closer(net, picture, candidate.quad, request);
+                if (!quad)
+                    return quad.error();
+                candidate.quad = sharpened(picture, *quad);
                 found.push_back(observationOf(candidate, picture.size()));
             }
         }
-        if (static_cast<int>(found.size()) > request.maximumObservations)
-            found.resize(static_cast<std::size_t>(std::max(request.maximumObservations, 0)));
         return found;
     } catch (const std::exception& error) {
         return requestFailed("Looking for a rectangle failed", error.what());

@@ -13,7 +13,8 @@ namespace kestrelid::vision {
 class OutlineNetwork;
 
 // Finds outlines of documents by the outline network. If its first look leaves doubt it looks
-// again, in the eight ways that a picture can be turned and mirrored.
+// again, in the eight ways that a picture can be turned and mirrored. Each outline that does not
+// fill the picture it then looks at closer.
 //
 // Confidence is meant as the chance that the outline overlaps a document by 0.8 or more. On 270
 // pictures drawn for it, 41 of 70 outlines between 0.4 and 0.7 did, 110 of 147 between 0.7 and 0.9,

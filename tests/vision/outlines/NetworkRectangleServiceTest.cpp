@@ -106,6 +106,24 @@ TEST_F(WithNetwork, cornersAreNamedAsSeenWhicheverWayThePageLies) {
         }
 }
 
+// What the closer look at its surroundings shows counts in pixels of these.
+TEST_F(WithNetwork, aSmallPageIsPlacedWhereItLies) {
+    const cv::Size frame(1280, 960);
+    const cv::Mat3b desk = test::grain(frame, 3);
+    for (const cv::Point2f at : {cv::Point2f(113, 97), {611, 420}, {1000, 740}}) {
+        const Quad quad{at + cv::Point2f(0, 4), at + cv::Point2f(212, 0),
+                        at + cv::Point2f(220, 149), at + cv::Point2f(5, 152)};
+        const auto scene = test::laidOn(desk, test::drawnPage(), quad);
+        const auto found = find(test::bitmapOf(scene, PixelFormat::rgb8));
+        ASSERT_EQ(found.size(), 1u) << at;
+        for (std::size_t i = 0; i < 4; ++i) {
+            const NormalizedPoint& corner = found.front().corners[i];
+            EXPECT_NEAR(corner.x, double{quad[i].x} / frame.width, 0.005) << at << i;
+            EXPECT_NEAR(corner.y, 1.0 - double{quad[i].y} / frame.height, 0.005) << at << i;
+        }
+    }
+}
+
 TEST_F(WithNetwork, onePageGivesOneOutline) {
     for (const double power : {60.0, 20.0})
         EXPECT_EQ(find(paperOnDesk(power)).size(), 1u) << power;
