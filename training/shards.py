@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Draws scenes into files that the trainer reads: pixels, and the corners of the documents."""
 
+import cv2
 import numpy as np
 
 import backgrounds
@@ -12,6 +13,9 @@ SIDE = 256  # pixels; the network is trained on smaller ones
 SCENES = 1000  # a shard
 # By kind of scene: what its documents lie on, and how many of that are drawn.
 BELOW = {"print": (prints.printed_sheet, 60), "keys": (keyboards.keyboard, 40)}
+CLOSER = 0.22  # of the scenes: cut to one document and what is around it, as the finder looks again at what it found
+_AROUND = (0.12, 0.4)  # of its box, on each side; the finder takes 0.25 of a box that it has to guess
+_LEAST, _MOST_SEEN = 48, 0.8  # pixels of a side, and of the picture, that such a cut shows
 _MOST = 6  # documents a scene
 _LAYOUTS = (passports.bangladesh_page, passports.bangladesh_spread, utopia.classic, utopia.trilingual,
             cards.identity_card, papers.receipt)  # the others are held out
@@ -51,18 +55,36 @@ def draw_below(seed, places, longest=640, held_out=False, share=1.0):
     return below
 
 
+def _closer(rng, scene):
+    """Pixels and corners of what is around one of the scene's documents; of the whole scene, if that is little less."""
+    size = np.array(scene.pixels.shape[1::-1])
+    left_top, right_bottom = np.zeros(2, int), size
+    if scene.quads:
+        quad = np.clip(scene.quads[int(rng.integers(len(scene.quads)))], 0, size)
+        beyond = rng.uniform(*_AROUND, (2, 2)) * np.ptp(quad, axis=0)
+        around = np.clip([quad.min(0) - beyond[0], quad.max(0) + beyond[1]], 0, size).round().astype(int)
+        if np.ptp(around, axis=0).min() >= _LEAST and np.prod(np.ptp(around, axis=0)) <= _MOST_SEEN * np.prod(size):
+            left_top, right_bottom = around
+    part = scene.pixels[left_top[1]:right_bottom[1], left_top[0]:right_bottom[0]]
+    shrinks = min(part.shape[:2]) > SIDE
+    pixels = cv2.resize(part, (SIDE, SIDE), interpolation=cv2.INTER_AREA if shrinks else cv2.INTER_LINEAR)
+    return pixels, [(quad - left_top) * SIDE / (right_bottom - left_top) for quad in scene.quads]
+
+
 def draw_shard(number, documents, below, places):
     """Pixels (SCENES x SIDE x SIDE x 3, uint8) and corners (SCENES x _MOST x 4 x 2, NaN: none)."""
     shares = [share for share, _ in scenes.KINDS.values()]
     kinds = np.random.default_rng([number, 0, 1]).choice(list(scenes.KINDS), SCENES, p=shares)
+    closer = np.random.default_rng([number, 0, 2]).random(SCENES) < CLOSER
     pixels = np.empty((SCENES, SIDE, SIDE, 3), np.uint8)
     quads = np.full((SCENES, _MOST, 4, 2), np.nan, np.float32)
     for position in range(SCENES):
         kind = str(kinds[position])
-        scene = scenes.composed(np.random.default_rng([number, position]), documents, places, (SIDE, SIDE), kind=kind,
-                                below=below.get(kind))
-        pixels[position] = scene.pixels
-        for slot, quad in enumerate(scene.quads[:_MOST]):
+        rng = np.random.default_rng([number, position])
+        side = 2 * SIDE if closer[position] else SIDE
+        scene = scenes.composed(rng, documents, places, (side, side), kind=kind, below=below.get(kind))
+        pixels[position], corners = _closer(rng, scene) if closer[position] else (scene.pixels, scene.quads)
+        for slot, quad in enumerate(corners[:_MOST]):
             quads[position, slot] = quad
     return pixels, quads
 

@@ -17,8 +17,8 @@ class OutlineNetwork;
 // fill the picture it then looks at closer.
 //
 // Confidence is meant as the chance that the outline overlaps a document by 0.8 or more. On 270
-// pictures drawn for it, 41 of 70 outlines between 0.4 and 0.7 did, 110 of 147 between 0.7 and 0.9,
-// 905 of 923 above, and 12 of 75 below the default floor of 0.4 (outlines of 2% of the picture or
+// pictures drawn for it, 37 of 64 outlines between 0.4 and 0.7 did, 89 of 119 between 0.7 and 0.9,
+// 943 of 958 above, and 13 of 68 below the default floor of 0.4 (outlines of 2% of the picture or
 // more, several of one document among them).
 class NetworkRectangleService final : public RectangleService {
 public:

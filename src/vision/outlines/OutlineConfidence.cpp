@@ -16,7 +16,7 @@ std::vector<WeighedOutline> weighed(const std::vector<MapOutline>& outlines) {
     std::vector<WeighedOutline> all;
     for (const MapOutline& outline : outlines) {
         const double evidence =
-            -21.76 + 9.98 * outline.inside + 12.65 * outline.fill + 5.36 * outline.corners;
+            -24.36 + 11.29 * outline.inside + 13.33 * outline.fill + 6.84 * outline.corners;
         all.push_back({outline.quad, 1.0 / (1.0 + std::exp(-evidence))});
     }
     return all;
